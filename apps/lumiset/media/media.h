@@ -1,0 +1,155 @@
+#pragma once
+
+// Pictures in and out of the command line host: files of every kind that the FFmpeg libraries read and write, image
+// sequences, y4m on a pipe, and the built-in moving scene.
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace lumiset::media {
+
+/// What went wrong with a file, as one sentence for the person at the terminal.
+class MediaError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Rational {
+    int num = 0;
+    int den = 1;
+    double value() const { return den == 0 ? 0.0 : static_cast<double>(num) / den; }
+};
+
+enum class Depth {
+    kEightBit,  ///< four bytes a pixel
+    kFloat,     ///< four floats a pixel, 0..1; sources deeper than 8 bits keep their precision
+};
+
+enum class Chroma { k420, k422, k444 };  ///< k444 for RGB too
+
+/// How a stream's samples are coded, as the numbers of ITU-T H.273; 2 means that the file does not say.
+struct ColorTags {
+    int matrix = 2;
+    int primaries = 2;
+    int transfer = 2;
+};
+
+struct VideoFormat {
+    int width = 0;
+    int height = 0;
+    Rational frameRate{25, 1};  ///< nominal; the pictures' own times count
+    Rational timeBase{1, 25};   ///< seconds per unit of `Picture::pts`
+    Rational pixelAspect{1, 1};
+    bool interlaced = false;
+    bool topFieldFirst = true;
+    bool hasAlpha = false;
+    int bitDepth = 8;  ///< bits per channel in the file
+    Chroma chroma = Chroma::k444;
+    ColorTags color;
+    std::int64_t frameCount = 0;  ///< pictures to come, an estimate for progress; 0 when unknown
+    double durationSeconds = 0;   ///< length of what will be read; 0 when unknown
+    int firstNumber = 1;          ///< image sequences: number of the first picture
+};
+
+/// Allocates on cache lines, so that rows suit vector instructions.
+template <class T>
+struct CacheLineAllocator {
+    using value_type = T;
+    static constexpr std::align_val_t kAlignment{64};
+    CacheLineAllocator() = default;
+    template <class U>
+    CacheLineAllocator(const CacheLineAllocator<U>&) noexcept {}
+    T* allocate(std::size_t count) { return static_cast<T*>(::operator new(count * sizeof(T), kAlignment)); }
+    void deallocate(T* data, std::size_t) noexcept { ::operator delete(data, kAlignment); }
+    bool operator==(const CacheLineAllocator&) const { return true; }
+};
+
+/// One picture, top row first, samples in the order B, G, R, A, alpha straight (colours not multiplied).
+struct Picture {
+    int width = 0;
+    int height = 0;
+    Depth depth = Depth::kEightBit;
+    int stride = 0;  ///< bytes from row to row, a multiple of 64
+    std::vector<std::uint8_t, CacheLineAllocator<std::uint8_t>> data;
+
+    std::int64_t pts = 0;    ///< in units of the format's `timeBase`; 0 at the file's first picture
+    double timeSeconds = 0;  ///< the same in seconds; counts from the file's beginning also when reading starts later
+    bool interlaced = false;
+    bool topFieldFirst = true;
+
+    int bytesPerPixel() const { return depth == Depth::kFloat ? 16 : 4; }
+    std::uint8_t* row(int y) { return data.data() + static_cast<std::ptrdiff_t>(y) * stride; }
+    const std::uint8_t* row(int y) const { return data.data() + static_cast<std::ptrdiff_t>(y) * stride; }
+    /// Sets size and depth and makes room; keeps the memory where it is large enough. Pixels are undefined.
+    void allocate(int newWidth, int newHeight, Depth newDepth);
+};
+
+struct SourceOptions {
+    Depth depth = Depth::kEightBit;
+    double startSeconds = 0;  ///< the first picture is the first at or after this time
+    double durationSeconds = std::numeric_limits<double>::infinity();
+    Rational frameRate{0, 1};  ///< for image sequences; 0: 25 pictures a second
+    int threads = 0;           ///< threads for decoding and conversion; 0: one a core
+};
+
+/// Pictures in order of time. Used from one thread at a time.
+class Source {
+public:
+    virtual ~Source() = default;
+    virtual const VideoFormat& format() const = 0;
+    /// Reads the next picture into `picture`, whose memory is reused; false after the last one.
+    /// Throws MediaError when the file is damaged or ends too early.
+    virtual bool read(Picture& picture) = 0;
+    /// Starts again with the first picture. Throws MediaError for a pipe.
+    virtual void rewind() = 0;
+
+    /// Where sound and metadata come from; empty path: there are none.
+    struct Origin {
+        std::string path;
+        double firstPictureSeconds = 0;  ///< the container's own time of `pts` 0
+        double startSeconds = 0;
+        double endSeconds = std::numeric_limits<double>::infinity();
+    };
+    virtual Origin origin() const { return {}; }
+};
+
+struct SinkOptions {
+    /// Video codec: h264, prores, qtrle, ffv1, vp9, mpeg2; empty: the usual one for the extension.
+    std::string codec;
+    int quality = -1;  ///< H.264 and VP9: constant rate factor, lower is better; JPEG: 2..31; -1: high quality
+    int threads = 0;   ///< threads for conversion and encoding; 0: one a core
+};
+
+/// Takes pictures in order of time. Used from one thread at a time. Nothing stands under the final name before
+/// `finish`; a sink destroyed without it removes what it has written.
+class Sink {
+public:
+    virtual ~Sink() = default;
+    /// Writes a picture of the size given to `openSink`, any depth. Throws MediaError.
+    virtual void write(const Picture& picture) = 0;
+    /// Writes what is still waiting, and gives the file its name. Throws MediaError, also when nothing was written.
+    virtual void finish() = 0;
+    /// What the user should know though it is no error, a sentence each; complete after the first `write`.
+    virtual std::vector<std::string> notes() const { return {}; }
+};
+
+/// Opens a file, an image sequence ("shot_%04d.png", "shot_%04d.png:10-80"), "-" for standard input, or
+/// "scene[:WIDTHxHEIGHT[:SECONDS[:FPS]]]" for the built-in moving scene. Throws MediaError.
+std::unique_ptr<Source> openSource(const std::string& input, const SourceOptions& options = {});
+
+/// Opens a file by its extension, an image sequence ("out_%04d.png"; "out_%04d.png:10" begins at 10), or "-" for y4m on
+/// standard output. `format` is the source's; set `hasAlpha` where effects make transparent parts. Pictures keep their
+/// times, the first one becoming time 0. Formats without alpha take the colours over black. Sound and metadata are
+/// copied from `copyFrom` (may be null). Throws MediaError.
+std::unique_ptr<Sink> openSink(const std::string& output, const VideoFormat& format, const SinkOptions& options = {},
+                               const Source* copyFrom = nullptr);
+
+/// The extensions that are written well, for messages and help: "png jpg ... y4m".
+const std::string& outputExtensions();
+
+}  // namespace lumiset::media
