@@ -1,0 +1,158 @@
+#include "effects/effect.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "frame/operations/flip.h"
+
+namespace lumiset {
+namespace {
+
+/// True for a frame that can be read or written as its record says. Float samples must be aligned: vector
+/// code may rely on it.
+bool isRenderable(const VideoFrameDesc* desc) {
+    if (desc == nullptr || desc->data == nullptr || desc->width <= 0 || desc->height <= 0 ||
+        !isHostFormat(desc->format) || desc->bytesPerPixel != formatBytesPerPixel(desc->format)) {
+        return false;
+    }
+    const std::int64_t stride = desc->stride;
+    if (std::abs(stride) < std::int64_t{desc->width} * desc->bytesPerPixel ||
+        std::abs(stride) > std::numeric_limits<std::int32_t>::max()) {
+        return false;
+    }
+    const auto sampleSize = static_cast<std::uintptr_t>(BytesPerChannel(desc->format));
+    return reinterpret_cast<std::uintptr_t>(desc->data) % sampleSize == 0 &&
+           static_cast<std::uintptr_t>(std::abs(stride)) % sampleSize == 0;
+}
+
+void copyText(char* out, std::size_t size, const char* text) {
+    std::strncpy(out, text, size - 1);  // the record is zeroed, so the text ends
+}
+
+}  // namespace
+
+Result Effect::QueryInterface(const Guid& iid, void** out) noexcept {
+    if (out == nullptr) {
+        return kResultNoInterface;
+    }
+    if (iid == IUnknown::kId || iid == IVideoEffect::kId || iid == IVideoGPUEffect::kId) {
+        *out = static_cast<IVideoGPUEffect*>(this);
+    } else if (iid == IParamToolTip::kId) {
+        *out = static_cast<IParamToolTip*>(this);
+    } else {
+        *out = nullptr;
+        return kResultNoInterface;
+    }
+    AddRef();
+    return kResultOk;
+}
+
+std::uint32_t Effect::AddRef() noexcept {
+    return m_references.add();
+}
+
+std::uint32_t Effect::Release() noexcept {
+    const std::uint32_t remaining = m_references.release();
+    if (remaining == 0) {
+        delete this;
+    }
+    return remaining;
+}
+
+const char* Effect::GetEffectName() noexcept {
+    return m_info.name;
+}
+
+std::uint32_t Effect::GetEffectFlags() noexcept {
+    return m_info.flags;
+}
+
+bool Effect::GetParamInfo(std::uint32_t index, ParamInfo* out) noexcept {
+    if (out == nullptr || index >= m_info.params.size()) {
+        return false;
+    }
+    const ParamRow& row = m_info.params[index];
+    std::memset(out, 0, sizeof *out);
+    out->type = row.type;
+    copyText(out->label, sizeof out->label, row.label);
+    out->panelRect = row.panelRect;
+    out->visible = 1;
+    switch (row.type) {
+        case kParamSlider:
+            out->minimum = row.minimum;
+            out->slider = {row.maximum, row.showDecimals ? 1U : 0U};
+            break;
+        case kParamChoice:
+            out->itemCount = static_cast<std::uint32_t>(row.items.size());
+            for (std::size_t i = 0; i < row.items.size(); ++i) {
+                copyText(out->items[i], sizeof out->items[i], row.items[i]);
+            }
+            break;
+        case kParamGroup:
+            out->groupEnd = row.closesGroup ? 1 : 0;
+            return true;
+        default:
+            break;
+    }
+    out->defaultValue = row.defaultValue;
+    return true;
+}
+
+const char* Effect::GetPresetName(std::uint32_t preset) noexcept {
+    return preset < m_info.presetNames.size() ? m_info.presetNames[preset] : nullptr;
+}
+
+bool Effect::GetPresetValue(std::uint32_t preset, std::uint32_t slot, ParamValue* out) noexcept {
+    if (out == nullptr || preset >= m_info.presetNames.size() || slot >= m_info.presetSlots) {
+        return false;
+    }
+    *out = m_info.presetValues[preset * m_info.presetSlots + slot];
+    return true;
+}
+
+const char* Effect::GetParamToolTip(std::uint32_t index) noexcept {
+    return index < m_info.params.size() ? m_info.params[index].toolTip : nullptr;
+}
+
+bool Effect::ProcessFrame(IEffectHost* host, const VideoFrameDesc* source, void* /*unused*/,
+                          const VideoFrameDesc* destination, const FrameRenderInfo* info) noexcept {
+    if (!isRenderable(source) || !isRenderable(destination) || source->format != destination->format) {
+        return false;
+    }
+    MemoryAllocator allocator(host);
+    const ParamReader params(m_info, host);
+    Frame wholeSource;
+    Frame wholeDestination;
+    if (!wholeSource.WrapDesc(source) || !wholeDestination.WrapDesc(destination)) {
+        return false;
+    }
+    const std::int32_t width = std::min(source->width, destination->width);
+    const std::int32_t height = std::min(source->height, destination->height);
+    Frame from;
+    Frame to;
+    from.WrapSubRect(wholeSource, 0, 0, width, height, wholeSource.Flipped());
+    to.WrapSubRect(wholeDestination, 0, 0, width, height, wholeDestination.Flipped());
+
+    const double time = info != nullptr && std::isfinite(info->timeSeconds) ? std::max(info->timeSeconds, 0.0) : 0.0;
+    const RenderContext context{info, allocator, time, fieldMode(info), isField(info), width, height};
+    return renderInRowOrder(params, context, from, to);
+}
+
+bool Effect::renderInRowOrder(const ParamReader& params, const RenderContext& context, const Frame& source,
+                              Frame& destination) noexcept {
+    Frame turned;
+    const bool turnSource = m_info.needsTopDown && source.Flipped();
+    if (turnSource && (!turned.Allocate(context.width, context.height, source.BytesPerPixel(), &context.allocator,
+                                        source.Format(), false) ||
+                       !FrameFlipVerticalCopy(source, turned))) {
+        return false;
+    }
+    const Frame& upright = turnSource ? turned : source;
+    return Render(params, context, upright, destination) &&
+           (upright.Flipped() == destination.Flipped() || FrameFlipVertical(destination));
+}
+
+}  // namespace lumiset

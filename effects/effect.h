@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+
+#include "effects/effect_info.h"
+#include "effects/param_reader.h"
+#include "frame/frame.h"
+#include "frame/memory_allocator.h"
+#include "gpu/gpu_effect_helper.h"
+#include "host/pixel_aspect_scale.h"
+#include "host/reference_count.h"
+
+namespace lumiset {
+
+/// What a processor renderer knows of the frame to render beside its pixels and parameters.
+struct RenderContext {
+    const FrameRenderInfo* info;  ///< may be null
+    MemoryAllocator& allocator;
+    double timeSeconds;  ///< finite, 0 or later
+    bool fieldMode;      ///< the host renders by field, and this is one field
+    bool isField;        ///< not a whole frame, whatever the flags say
+    std::int32_t width;  ///< the size that both frames have in common
+    std::int32_t height;
+};
+
+/// An effect class: its `EffectInfo` answers the host's questions, its `Render` makes the picture. Lifetime,
+/// interfaces, checks and wrapping of a frame stand here once for all effects.
+class Effect : public GPUEffectHelper, public IParamToolTip {
+public:
+    explicit Effect(const EffectInfo& info) : m_info(info) {}
+    Effect(const Effect&) = delete;
+    Effect& operator=(const Effect&) = delete;
+
+    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
+    std::uint32_t LUMISET_CALL AddRef() noexcept override;
+    std::uint32_t LUMISET_CALL Release() noexcept override;
+
+    const char* LUMISET_CALL GetEffectName() noexcept override;
+    std::uint32_t LUMISET_CALL GetEffectFlags() noexcept override;
+    bool LUMISET_CALL GetParamInfo(std::uint32_t index, ParamInfo* out) noexcept override;
+    bool LUMISET_CALL ProcessFrame(IEffectHost* host, const VideoFrameDesc* source, void* unused,
+                                   const VideoFrameDesc* destination, const FrameRenderInfo* info) noexcept override;
+    const char* LUMISET_CALL GetPresetName(std::uint32_t preset) noexcept override;
+    bool LUMISET_CALL GetPresetValue(std::uint32_t preset, std::uint32_t slot, ParamValue* out) noexcept override;
+    const char* LUMISET_CALL GetParamToolTip(std::uint32_t index) noexcept override;
+
+protected:
+    virtual ~Effect() = default;
+
+    /// Renders `source` into `destination`: two frames of one size and one colour format. False when the
+    /// frame cannot be rendered; then nothing may have been written.
+    virtual bool Render(const ParamReader& params, const RenderContext& context, const Frame& source,
+                        Frame& destination) noexcept = 0;
+
+private:
+    /// Renders with the rows in the order that the effect needs and leaves them in the destination's order.
+    bool renderInRowOrder(const ParamReader& params, const RenderContext& context, const Frame& source,
+                          Frame& destination) noexcept;
+
+    const EffectInfo& m_info;
+    ReferenceCount m_references;
+};
+
+}  // namespace lumiset

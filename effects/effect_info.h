@@ -1,0 +1,182 @@
+#pragma once
+
+// An effect, declared as data: rows of parameters and of presets. One implementation (effect.h) answers the
+// host's questions from these rows, and `static_assert(valid(info))` checks them when they are compiled.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <span>
+#include <string_view>
+
+#include "host/records.h"
+
+namespace lumiset {
+
+/// One parameter as the host's panel shows it. Rows are made by the functions below.
+struct ParamRow {
+    const char* label = "";
+    ParamType type = kParamGroup;
+    ParamValue defaultValue{};
+    PanelRect panelRect{};
+    const char* toolTip = "";
+    float minimum = 0.0F;  ///< sliders: the range that the panel shows
+    float maximum = 0.0F;
+    bool showDecimals = true;
+    bool closesGroup = false;
+    std::span<const char* const> items = {};  ///< choices: the list's labels
+};
+
+/// Behaviour bits that `GetEffectFlags` reports.
+enum EffectFlags : std::uint32_t {
+    kFlagsEveryEffect = 0x03C1,
+    kFlagChangesAlpha = 0x0004,   ///< the result's transparency is not the source's
+    kFlagDependsOnTime = 0x4000,  ///< the picture changes with the render time
+};
+
+/// Everything about an effect but its renderers.
+struct EffectInfo {
+    const char* name;
+    std::uint32_t flags;
+    std::span<const ParamRow> params;
+    std::span<const char* const> presetNames;
+    std::span<const ParamValue> presetValues;  ///< preset after preset, `presetSlots` values each
+    std::size_t presetSlots;
+    /// The picture knows up from down: frames stored bottom-up are turned over before and after rendering.
+    bool needsTopDown = false;
+};
+
+constexpr ParamValue sliderValue(float value) {
+    return {.slider = value};
+}
+constexpr ParamValue pointValue(float x, float y) {
+    return {.point = {x, y}};
+}
+/// Packed as 0x00BBGGRR.
+constexpr ParamValue colorValue(std::uint32_t value) {
+    return {.words = {value, 0}};
+}
+constexpr ParamValue choiceValue(std::uint32_t item) {
+    return {.words = {item, 0}};
+}
+constexpr ParamValue booleanValue(bool value) {
+    return {.words = {value ? 1U : 0U, 0}};
+}
+
+constexpr ParamRow sliderParam(const char* label, float defaultValue, PanelRect panel, const char* toolTip,
+                               float minimum = 0.0F, float maximum = 100.0F, bool showDecimals = true) {
+    return {.label = label,
+            .type = kParamSlider,
+            .defaultValue = sliderValue(defaultValue),
+            .panelRect = panel,
+            .toolTip = toolTip,
+            .minimum = minimum,
+            .maximum = maximum,
+            .showDecimals = showDecimals};
+}
+constexpr ParamRow colorParam(const char* label, std::uint32_t defaultValue, PanelRect panel, const char* toolTip) {
+    return {.label = label,
+            .type = kParamColor,
+            .defaultValue = colorValue(defaultValue),
+            .panelRect = panel,
+            .toolTip = toolTip};
+}
+constexpr ParamRow pointParam(const char* label, float x, float y, PanelRect panel, const char* toolTip) {
+    return {
+        .label = label, .type = kParamPoint, .defaultValue = pointValue(x, y), .panelRect = panel, .toolTip = toolTip};
+}
+constexpr ParamRow booleanParam(const char* label, bool defaultValue, PanelRect panel, const char* toolTip) {
+    return {.label = label,
+            .type = kParamBoolean,
+            .defaultValue = booleanValue(defaultValue),
+            .panelRect = panel,
+            .toolTip = toolTip};
+}
+constexpr ParamRow choiceParam(const char* label, std::span<const char* const> items, std::uint32_t defaultItem,
+                               PanelRect panel, const char* toolTip) {
+    return {.label = label,
+            .type = kParamChoice,
+            .defaultValue = choiceValue(defaultItem),
+            .panelRect = panel,
+            .toolTip = toolTip,
+            .items = items};
+}
+constexpr ParamRow groupOpen(const char* label, PanelRect panel) {
+    return {.label = label, .type = kParamGroup, .panelRect = panel};
+}
+constexpr ParamRow groupClose(const char* label, PanelRect panel) {
+    return {.label = label, .type = kParamGroup, .panelRect = panel, .closesGroup = true};
+}
+
+/// One preset of an effect with `Slots` values.
+template <std::size_t Slots>
+struct PresetRow {
+    const char* name;
+    std::array<ParamValue, Slots> values;
+};
+
+template <class... Values>
+constexpr PresetRow<sizeof...(Values)> preset(const char* name, Values... values) {
+    return {name, {values...}};
+}
+
+/// The presets of an effect in their order, stored column-wise as `EffectInfo` wants them.
+template <std::size_t Slots, std::size_t Count>
+struct PresetTable {
+    static constexpr std::size_t kSlots = Slots;
+
+    std::array<const char*, Count> names{};
+    std::array<ParamValue, Count * Slots> values{};
+
+    template <class... Rows>
+    constexpr explicit PresetTable(const Rows&... rows) : names{rows.name...} {
+        std::size_t next = 0;
+        for (const PresetRow<Slots>& row : {rows...}) {
+            for (const ParamValue& value : row.values) {
+                values[next++] = value;
+            }
+        }
+    }
+};
+template <std::size_t Slots, class... Rows>
+PresetTable(const PresetRow<Slots>&, const Rows&...) -> PresetTable<Slots, 1 + sizeof...(Rows)>;
+
+/// True when the rows are whole: labels fit their fields and stand, ranges hold, groups open and close in
+/// turn, lists have items, and presets have one length.
+constexpr bool valid(const EffectInfo& info) {
+    const auto fits = [](const char* text, std::size_t size) {
+        const std::string_view view(text);
+        return !view.empty() && view.size() < size;
+    };
+    const ParamRow* open = nullptr;
+    for (const ParamRow& row : info.params) {
+        bool good = fits(row.label, kParamLabelSize);
+        switch (row.type) {
+            case kParamGroup:
+                good = good && (row.closesGroup ? open != nullptr && std::string_view(open->label) == row.label
+                                                : open == nullptr);
+                open = row.closesGroup ? nullptr : &row;
+                break;
+            case kParamChoice:
+                good = good && !row.items.empty() && row.items.size() <= kMaxChoiceItems &&
+                       row.defaultValue.words[0] < row.items.size();
+                for (const char* item : row.items) {
+                    good = good && fits(item, kChoiceLabelSize);
+                }
+                break;
+            case kParamSlider:
+                good = good && row.minimum < row.maximum && row.defaultValue.slider >= 0.0F &&
+                       row.defaultValue.slider <= 1.0F;
+                break;
+            default:
+                break;
+        }
+        if (!good) {
+            return false;
+        }
+    }
+    return open == nullptr && info.presetNames.size() * info.presetSlots == info.presetValues.size();
+}
+
+}  // namespace lumiset

@@ -1,0 +1,79 @@
+#include "host/module/effects_library.h"
+
+#include <array>
+#include <new>
+
+#include "effects/outline.h"
+#include "frame/frame_processor.h"
+#include "host/module/host_services.h"
+
+namespace lumiset {
+namespace {
+
+using Factory = IVideoGPUEffect* (*)();
+
+template <class EffectClass>
+IVideoGPUEffect* make() {
+    return new (std::nothrow) EffectClass;
+}
+
+/// Effects by library index. The places never change: hosts and preset files know effects by them. A place
+/// without a class stands for an effect that this build does not have.
+constexpr auto kEffects = std::to_array<Factory>({
+    nullptr,         // Progressive Stretch
+    nullptr,         // Background Generator
+    make<COutline>,  // Outline
+    nullptr,         // Selective Focus
+    nullptr,         // Selective Tint
+    nullptr,         // Color Fixer Pro
+    nullptr,         // Viewfinder
+    nullptr,         // Old TV
+    nullptr,         // Selective Color
+    nullptr,         // Alpha Processor
+});
+
+}  // namespace
+
+Result CLumisetEffects5::QueryInterface(const Guid& iid, void** out) noexcept {
+    return queryOneInterface<IEffectLibrary>(this, iid, out, kResultNoInterface);
+}
+
+std::uint32_t CLumisetEffects5::AddRef() noexcept {
+    return m_references.add();
+}
+
+std::uint32_t CLumisetEffects5::Release() noexcept {
+    const std::uint32_t remaining = m_references.release();
+    if (remaining == 0) {
+        delete this;
+    }
+    return remaining;
+}
+
+const char* CLumisetEffects5::GetLibraryName() noexcept {
+    return "Vantrel Lumiset V";
+}
+
+IVideoGPUEffect* CLumisetEffects5::CreateEffect(std::uint32_t index) noexcept {
+    return index < kEffects.size() && kEffects[index] != nullptr ? kEffects[index]() : nullptr;
+}
+
+std::uint32_t CLumisetEffects5::LibraryQuery(std::uint32_t a, std::uint32_t b) noexcept {
+    return HostServices::instance().query(a, b, 0);
+}
+
+IHostServices* CLumisetEffects5::GetHostServices() noexcept {
+    void* services = nullptr;
+    HostServices::instance().QueryInterface(IHostServices::kId, &services);
+    return static_cast<IHostServices*>(services);
+}
+
+IFrameProcessor* CLumisetEffects5::CreateFrameProcessor() noexcept {
+    return createFrameProcessor();
+}
+
+IPresetSaver* CLumisetEffects5::CreatePresetSaver() noexcept {
+    return nullptr;
+}
+
+}  // namespace lumiset

@@ -1,0 +1,57 @@
+#include "host/module/host_services.h"
+
+namespace lumiset {
+
+HostServices& HostServices::instance() noexcept {
+    static HostServices services;
+    return services;
+}
+
+std::uint32_t HostServices::query(std::uint32_t /*a*/, std::uint32_t /*b*/, std::uint32_t /*c*/) const noexcept {
+    return 0;
+}
+
+Result HostServices::QueryInterface(const Guid& iid, void** out) noexcept {
+    return queryOneInterface<IHostServices>(this, iid, out, kResultNoInterface);
+}
+
+std::uint32_t HostServices::AddRef() noexcept {
+    return m_references.add();
+}
+
+std::uint32_t HostServices::Release() noexcept {
+    return m_references.release();
+}
+
+// The options live as long as the process: this build has no store to write them to, and the setters say so.
+bool HostServices::set(Option option, bool value) noexcept {
+    m_values[option] = value;
+    return false;
+}
+
+bool HostServices::GetForcedCpu() noexcept {
+    return m_values[kForcedCpu];
+}
+bool HostServices::SetForcedCpu(bool value) noexcept {
+    return set(kForcedCpu, value);
+}
+bool HostServices::GetKnobsDragVertical() noexcept {
+    return m_values[kKnobsDragVertical];
+}
+bool HostServices::SetKnobsDragVertical(bool value) noexcept {
+    return set(kKnobsDragVertical, value);
+}
+bool HostServices::GetKeyFramesVsPresets() noexcept {
+    return m_values[kKeyFramesVsPresets];
+}
+bool HostServices::SetKeyFramesVsPresets(bool value) noexcept {
+    return set(kKeyFramesVsPresets, value);
+}
+bool HostServices::GetCropOverscan() noexcept {
+    return m_values[kCropOverscan];
+}
+bool HostServices::SetCropOverscan(bool value) noexcept {
+    return set(kCropOverscan, value);
+}
+
+}  // namespace lumiset

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+
+#include "host/host_services.h"
+#include "host/reference_count.h"
+
+namespace lumiset {
+
+/// The process-wide options. One object, alive until the process ends, whatever its reference count says.
+class HostServices final : public IHostServices {
+public:
+    static HostServices& instance() noexcept;
+
+    /// What `IEffectLibrary::LibraryQuery` forwards to; nothing hangs on the answer.
+    [[nodiscard]] std::uint32_t query(std::uint32_t a, std::uint32_t b, std::uint32_t c) const noexcept;
+
+    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
+    std::uint32_t LUMISET_CALL AddRef() noexcept override;
+    std::uint32_t LUMISET_CALL Release() noexcept override;
+
+    bool LUMISET_CALL GetForcedCpu() noexcept override;
+    bool LUMISET_CALL SetForcedCpu(bool value) noexcept override;
+    bool LUMISET_CALL GetKnobsDragVertical() noexcept override;
+    bool LUMISET_CALL SetKnobsDragVertical(bool value) noexcept override;
+    bool LUMISET_CALL GetKeyFramesVsPresets() noexcept override;
+    bool LUMISET_CALL SetKeyFramesVsPresets(bool value) noexcept override;
+    bool LUMISET_CALL GetCropOverscan() noexcept override;
+    bool LUMISET_CALL SetCropOverscan(bool value) noexcept override;
+
+private:
+    enum Option : std::size_t { kForcedCpu, kKnobsDragVertical, kKeyFramesVsPresets, kCropOverscan, kOptionCount };
+
+    HostServices() = default;
+    bool set(Option option, bool value) noexcept;
+
+    std::array<std::atomic<bool>, kOptionCount> m_values{};
+    ReferenceCount m_references;
+};
+
+}  // namespace lumiset

@@ -1,0 +1,250 @@
+// What holds for every effect, every preset and every layout: loops over what the module itself tells.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "tests/support/effect_tester.h"
+
+namespace lumiset::testing {
+namespace {
+
+constexpr std::int32_t kFormats[] = {kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat};
+
+/// Largest difference of two pictures, in 8-bit levels. `rowSlack` compares with the nearest of the rows
+/// that far away. Not-a-number differs by infinity.
+double largestDifference(const Picture& a, const Picture& b, std::int32_t rowSlack = 0) {
+    double worst = 0.0;
+    for (std::int32_t y = 0; y < a.height(); ++y) {
+        for (std::int32_t x = 0; x < a.width(); ++x) {
+            double best = std::numeric_limits<double>::infinity();
+            for (std::int32_t row = std::max(0, y - rowSlack); row <= std::min(a.height() - 1, y + rowSlack); ++row) {
+                double here = 0.0;
+                for (const Channel channel : {kRed, kGreen, kBlue, kAlpha}) {
+                    const double difference = std::abs(a.get(x, y, channel) - b.get(x, row, channel));
+                    here = difference <= here ? here : difference;
+                }
+                best = here <= best ? here : best;
+            }
+            worst = best <= worst ? worst : best;
+        }
+    }
+    return worst;
+}
+
+/// Calls `check(tester, host, description)` for every preset of every effect of this build.
+template <class Check>
+void forEveryPreset(Check check) {
+    int seen = 0;
+    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+        const EffectTester tester(index);
+        if (!tester.exists()) {
+            continue;
+        }
+        ++seen;
+        for (std::uint32_t preset = 0; preset < tester.presetCount(); ++preset) {
+            ValueHost host = tester.presetHost(preset);
+            SCOPED_TRACE(std::string(tester.effect().GetEffectName()) + ", " + tester.effect().GetPresetName(preset));
+            check(tester, host);
+            if (::testing::Test::HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+    ASSERT_GT(seen, 0);
+}
+
+Picture rendered(const EffectTester& tester, ValueHost& host, Picture& source, Storage storage,
+                 const FrameRenderInfo& info = frameInfo(1.25)) {
+    Picture result(source.width(), source.height(), storage);
+    EXPECT_TRUE(tester.render(host, source, result, &info));
+    return result;
+}
+
+Picture testCard(std::int32_t width, std::int32_t height, Storage storage, bool turned = false) {
+    Picture picture(width, height, storage);
+    drawTestCard(picture, turned);
+    return picture;
+}
+
+TEST(EveryPreset, GivesOnePictureInEveryLayout) {
+    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
+        std::vector<Picture> results;
+        for (const std::int32_t format : kFormats) {
+            Picture source = testCard(67, 41, {.format = format});
+            results.push_back(rendered(tester, host, source, {.format = format}));
+        }
+        EXPECT_EQ(largestDifference(results[0], results[1]), 0.0) << "8-bit layouts";
+        EXPECT_EQ(largestDifference(results[2], results[3]), 0.0) << "float layouts";
+        EXPECT_LE(largestDifference(results[0], results[2]), 3.0) << "8-bit against float";
+    });
+}
+
+TEST(EveryPreset, StoresNeitherPaddingNorOrderNorStrideInThePicture) {
+    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
+        for (const std::int32_t format : kFormats) {
+            Picture plainSource = testCard(45, 30, {.format = format});
+            const Picture plain = rendered(tester, host, plainSource, {.format = format});
+            for (const Storage& storage : {Storage{format, false, true, 12}, Storage{format, true, false, 4},
+                                           Storage{format, true, true, 0}, Storage{format, false, false, 36}}) {
+                Picture source = testCard(45, 30, storage);
+                const std::vector<std::uint8_t> before = source.bytes();
+                Picture result = rendered(tester, host, source, storage);
+                EXPECT_EQ(source.bytes(), before) << "the source is only read";
+                EXPECT_TRUE(result.guardsIntact());
+                EXPECT_LE(largestDifference(plain, result, 1), 2.0);
+
+                // A destination in the other row order holds the same picture.
+                Storage other = storage;
+                other.flipped = !other.flipped;
+                const Picture turned = rendered(tester, host, source, other);
+                EXPECT_EQ(largestDifference(result, turned), 0.0);
+            }
+        }
+    });
+}
+
+TEST(EveryPreset, WritesOnlyTheCommonRectangle) {
+    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
+        for (const std::int32_t format : kFormats) {
+            Picture source = testCard(40, 24, {.format = format});
+            Picture cropped = testCard(31, 20, {.format = format});
+            for (std::int32_t y = 0; y < 20; ++y) {
+                for (std::int32_t x = 0; x < 31; ++x) {
+                    for (const Channel channel : {kRed, kGreen, kBlue, kAlpha}) {
+                        cropped.set(x, y, channel, source.get(x, y, channel));
+                    }
+                }
+            }
+            Picture larger(50, 20, {.format = format});
+            drawTestCard(larger);
+            const Picture before = larger;
+            const FrameRenderInfo info = frameInfo(1.25);
+            ASSERT_TRUE(tester.render(host, cropped, larger, &info));
+            const Picture small = rendered(tester, host, source, {.format = format});
+            Picture smaller(31, 20, {.format = format});
+            ASSERT_TRUE(tester.render(host, source, smaller, &info));
+            for (std::int32_t y = 0; y < 20; ++y) {
+                for (std::int32_t x = 0; x < 50; ++x) {
+                    const Picture& expected = x < 31 ? smaller : before;
+                    ASSERT_EQ(larger.get(x, y, kGreen), expected.get(x, y, kGreen)) << x << "," << y;
+                    ASSERT_EQ(larger.get(x, y, kAlpha), expected.get(x, y, kAlpha)) << x << "," << y;
+                }
+            }
+        }
+    });
+}
+
+TEST(EveryPreset, RendersEverySizeFiniteAndWithinItsRows) {
+    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
+        constexpr std::int32_t sizes[][2] = {{1, 1}, {1, 9},   {9, 1},  {2, 2},  {3, 5},
+                                             {7, 4}, {17, 13}, {64, 3}, {61, 59}};
+        for (const std::int32_t format : {kFormatArgb8, kFormatBgraFloat}) {
+            for (const auto& size : sizes) {
+                const Storage storage{.format = format, .padding = 4};
+                Picture source = testCard(size[0], size[1], storage);
+                Picture result = rendered(tester, host, source, storage);
+                EXPECT_TRUE(result.guardsIntact()) << size[0] << "x" << size[1];
+                EXPECT_LT(largestDifference(result, source), 1e4) << size[0] << "x" << size[1];
+            }
+        }
+    });
+}
+
+TEST(EveryPreset, RendersTheSameFromManyThreadsInAnyOrder) {
+    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
+        Picture source = testCard(48, 32, {});
+        std::vector<Picture> expected;
+        for (int frame = 0; frame < 4; ++frame) {
+            expected.push_back(rendered(tester, host, source, {}, frameInfo(0.3 * frame)));
+        }
+        std::vector<double> differences(4, 1.0);
+        {
+            std::vector<std::jthread> threads;
+            for (std::size_t frame = 0; frame < 4; ++frame) {
+                threads.emplace_back([&, frame] {
+                    const std::size_t mine = 3 - frame;
+                    Picture own = source;
+                    Picture result(48, 32, {});
+                    const FrameRenderInfo info = frameInfo(0.3 * static_cast<double>(mine));
+                    if (tester.render(host, own, result, &info)) {
+                        differences[mine] = largestDifference(result, expected[mine]);
+                    }
+                });
+            }
+        }
+        EXPECT_EQ(differences, std::vector<double>(4, 0.0));
+    });
+}
+
+TEST(EveryEffect, MakesHostileParameterValuesSafe) {
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+        const EffectTester tester(index);
+        if (!tester.exists()) {
+            continue;
+        }
+        for (const float value : {nan, infinity, -infinity, -5.0F, 7.0F}) {
+            ValueHost host;
+            for (std::uint32_t param = 0; param < tester.paramCount(); ++param) {
+                host.values[param].point = {value, value};
+            }
+            FrameRenderInfo info = frameInfo(value);
+            info.flags = FrameRenderInfo::kHasPixelAspect | FrameRenderInfo::kHasField;
+            info.pixelAspect = value;
+            for (const std::int32_t format : {kFormatBgra8, kFormatArgbFloat}) {
+                Picture source = testCard(23, 19, {.format = format});
+                const Picture result = rendered(tester, host, source, {.format = format}, info);
+                EXPECT_LT(largestDifference(result, source), 1e4) << tester.effect().GetEffectName() << " " << value;
+            }
+        }
+    }
+}
+
+TEST(EveryEffect, RefusesFramesThatItCannotRenderAndLeavesTheDestination) {
+    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+        const EffectTester tester(index);
+        if (!tester.exists()) {
+            continue;
+        }
+        ValueHost host;
+        Picture source = testCard(16, 8, {.format = kFormatBgraFloat});
+        Picture destination = testCard(16, 8, {.format = kFormatBgraFloat});
+        const std::vector<std::uint8_t> before = destination.bytes();
+        using Spoil = void (*)(VideoFrameDesc&);
+        constexpr Spoil spoils[] = {
+            [](VideoFrameDesc& desc) { desc.data = nullptr; },
+            [](VideoFrameDesc& desc) { desc.width = 0; },
+            [](VideoFrameDesc& desc) { desc.height = -1; },
+            [](VideoFrameDesc& desc) { desc.stride = 16 * 16 - 4; },
+            [](VideoFrameDesc& desc) { desc.stride = std::numeric_limits<std::int32_t>::min(); },
+            [](VideoFrameDesc& desc) { desc.format = 2; },
+            [](VideoFrameDesc& desc) { desc.format = kFormatMask8; },
+            [](VideoFrameDesc& desc) { desc.format = kFormatArgbFloat; },
+            [](VideoFrameDesc& desc) { desc.bytesPerPixel = 4; },
+            [](VideoFrameDesc& desc) { desc.data = static_cast<char*>(desc.data) + 1; },
+        };
+        for (std::size_t i = 0; i < std::size(spoils); ++i) {
+            for (const bool spoilSource : {true, false}) {
+                VideoFrameDesc from = source.desc();
+                VideoFrameDesc to = destination.desc();
+                spoils[i](spoilSource ? from : to);
+                EXPECT_FALSE(tester.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr)) << i;
+            }
+        }
+        const VideoFrameDesc good = source.desc();
+        EXPECT_FALSE(tester.effect().ProcessFrame(&host, nullptr, nullptr, &good, nullptr));
+        EXPECT_FALSE(tester.effect().ProcessFrame(&host, &good, nullptr, nullptr, nullptr));
+        EXPECT_EQ(destination.bytes(), before);
+        const VideoFrameDesc to = destination.desc();
+        EXPECT_TRUE(tester.effect().ProcessFrame(&host, &good, nullptr, &to, nullptr)) << "without a render info";
+        EXPECT_TRUE(tester.effect().ProcessFrame(nullptr, &good, nullptr, &to, nullptr)) << "without a host";
+    }
+}
+
+}  // namespace
+}  // namespace lumiset::testing

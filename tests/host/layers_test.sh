@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# layers_test.sh SOURCE_FOLDER: every folder includes only what lies below it, and only the platform layer and
+# the boundary's calling convention know the operating system.
+set -euo pipefail
+cd "$1"
+
+status=0
+# allow FOLDER ALLOWED...: complains about includes of other project folders.
+allow() {
+    local folder=$1 pattern
+    shift
+    pattern=$(IFS='|'; echo "$*")
+    local found
+    found=$(grep -rnE '#include "' "$folder" --include='*.h' --include='*.cpp' | grep -vE "#include \"($pattern|hwy)/" || true)
+    if [ -n "$found" ]; then
+        printf '%s may include %s only:\n%s\n' "$folder" "$*" "$found"
+        status=1
+    fi
+}
+
+allow frame frame host
+allow gpu gpu host platform
+allow effects effects gpu frame host
+allow support support host platform
+allow hostkit hostkit host
+allow apps/lumiset apps/lumiset hostkit host
+
+# The boundary's headers stand alone: a host includes them and nothing else.
+found=$(grep -nE '#include "' host/*.h | grep -vE '#include "host/[a-z_]+\.h"' || true)
+if [ -n "$found" ]; then
+    printf 'host/ is for hosts:\n%s\n' "$found"
+    status=1
+fi
+
+# Hosts know the module by its boundary alone.
+found=$(grep -rnE '#include "host/module/' hostkit apps || true)
+if [ -n "$found" ]; then
+    printf 'hosts include no part of the module:\n%s\n' "$found"
+    status=1
+fi
+
+found=$(grep -rnE '\b(_WIN32|__linux__|__unix__)\b' frame gpu effects support host hostkit apps \
+    --include='*.h' --include='*.cpp' | grep -vE '/(posix|win32)/|^host/platform_call\.h' || true)
+if [ -n "$found" ]; then
+    printf 'the operating system shows outside the platform layer:\n%s\n' "$found"
+    status=1
+fi
+exit $status

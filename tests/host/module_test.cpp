@@ -1,0 +1,224 @@
+// The module's front door, from the outside: names, identifiers, lifetime and interfaces of its objects.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+
+#include "host/pixel_aspect_scale.h"
+#include "tests/support/effect_tester.h"
+
+namespace lumiset::testing {
+namespace {
+
+constexpr Guid kStranger{0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
+
+TEST(Module, MayAlwaysBeUnloaded) {
+    EXPECT_EQ(CanUnloadDLLNow(), 1);
+    const EffectTester outline(2);
+    EXPECT_EQ(CanUnloadDLLNow(), 1);
+}
+
+TEST(Library, ListsItsEffectsByIndexUnderTheirNames) {
+    const Held<IEffectLibrary> library(GetEffectsLibrary());
+    EXPECT_STREQ(library->GetLibraryName(), "Vantrel Lumiset V");
+    const char* const names[kEffectCount] = {
+        "Progressive Stretch", "Background Generator", "Outline", "Selective Focus", "Selective Tint",
+        "Color Fixer Pro",     "Viewfinder",           "Old TV",  "Selective Color", "Alpha Processor"};
+    const std::uint32_t flags[kEffectCount] = {961, 17349, 965, 961, 961, 961, 17349, 17349, 961, 965};
+    int found = 0;
+    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+        const Held<IVideoGPUEffect> effect(library->CreateEffect(index));
+        if (effect != nullptr) {
+            EXPECT_STREQ(effect->GetEffectName(), names[index]);
+            EXPECT_EQ(effect->GetEffectFlags(), flags[index]);
+            ++found;
+        }
+    }
+    EXPECT_GT(found, 0);
+    for (const std::uint32_t index : {kEffectCount, 11U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(library->CreateEffect(index), nullptr);
+    }
+    EXPECT_EQ(library->LibraryQuery(1, 2), 0U);
+}
+
+TEST(Library, EachCallMakesANewObjectThatOutlivesTheOthers) {
+    IEffectLibrary* first = GetEffectsLibrary();
+    IEffectLibrary* second = GetEffectsLibrary();
+    EXPECT_NE(first, second);
+    IVideoGPUEffect* effect = first->CreateEffect(2);
+    IVideoGPUEffect* twin = first->CreateEffect(2);
+    EXPECT_NE(effect, twin);
+    EXPECT_EQ(first->Release(), 0U);
+    EXPECT_EQ(twin->Release(), 0U);
+    EXPECT_STREQ(effect->GetEffectName(), "Outline");
+    EXPECT_EQ(second->Release(), 0U);
+    EXPECT_EQ(effect->Release(), 0U);
+}
+
+TEST(Library, AnswersForItselfAlone) {
+    const Held<IEffectLibrary> library(GetEffectsLibrary());
+    for (const Guid& iid : {IUnknown::kId, IEffectLibrary::kId}) {
+        void* out = nullptr;
+        ASSERT_EQ(library->QueryInterface(iid, &out), kResultOk);
+        EXPECT_EQ(out, library.get());
+        EXPECT_EQ(library->Release(), 1U);
+    }
+    void* out = &out;
+    EXPECT_EQ(library->QueryInterface(kStranger, &out), kResultNoInterface);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(library->QueryInterface(IUnknown::kId, nullptr), kResultNoInterface);
+}
+
+TEST(HostServices, AreOneObjectThatKeepsOptionsForTheProcess) {
+    const Held<IEffectLibrary> library(GetEffectsLibrary());
+    IHostServices* services = library->GetHostServices();
+    EXPECT_EQ(library->GetHostServices(), services);
+    services->SetCropOverscan(true);
+    EXPECT_TRUE(services->GetCropOverscan());
+    EXPECT_FALSE(services->GetForcedCpu());
+    services->SetCropOverscan(false);
+    services->Release();
+    services->Release();
+    services->Release();  // one more than was taken: the object stays
+    EXPECT_FALSE(library->GetHostServices()->GetCropOverscan());
+}
+
+TEST(Effects, AnswerQueriesAndCountReferencesOnBothSides) {
+    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+        const EffectTester tester(index);
+        if (!tester.exists()) {
+            continue;
+        }
+        IVideoGPUEffect& effect = tester.effect();
+        for (const Guid& iid : {IUnknown::kId, IVideoEffect::kId, IVideoGPUEffect::kId}) {
+            void* out = nullptr;
+            ASSERT_EQ(effect.QueryInterface(iid, &out), kResultOk);
+            EXPECT_EQ(out, &effect);
+            EXPECT_EQ(effect.Release(), 1U);
+        }
+        void* out = nullptr;
+        ASSERT_EQ(effect.QueryInterface(IParamToolTip::kId, &out), kResultOk);
+        auto* tips = static_cast<IParamToolTip*>(out);
+        EXPECT_NE(out, static_cast<void*>(&effect));
+        EXPECT_EQ(tips->AddRef(), 3U);
+        EXPECT_EQ(effect.Release(), 2U);
+        void* main = nullptr;
+        ASSERT_EQ(tips->QueryInterface(IUnknown::kId, &main), kResultOk);
+        EXPECT_EQ(main, &effect);
+        EXPECT_EQ(tips->Release(), 2U);
+        EXPECT_EQ(tips->Release(), 1U);
+
+        out = &out;
+        EXPECT_EQ(effect.QueryInterface(kStranger, &out), kResultNoInterface);
+        EXPECT_EQ(out, nullptr);
+        EXPECT_EQ(effect.QueryInterface(IUnknown::kId, nullptr), kResultNoInterface);
+    }
+}
+
+TEST(Effects, DescribeEveryParameterAndNoneBeyondTheLast) {
+    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+        const EffectTester tester(index);
+        if (!tester.exists()) {
+            continue;
+        }
+        IVideoGPUEffect& effect = tester.effect();
+        SCOPED_TRACE(effect.GetEffectName());
+        void* out = nullptr;
+        ASSERT_EQ(effect.QueryInterface(IParamToolTip::kId, &out), kResultOk);
+        const Held<IParamToolTip> tips(static_cast<IParamToolTip*>(out));
+        const std::uint32_t count = tester.paramCount();
+        std::string open;
+        for (std::uint32_t param = 0; param < count; ++param) {
+            ParamInfo info;
+            std::memset(&info, 0xEE, sizeof info);  // what a type does not use must come back as zeros
+            ASSERT_TRUE(effect.GetParamInfo(param, &info));
+            EXPECT_LT(std::strlen(info.label), sizeof info.label);
+            EXPECT_EQ(info.visible, 1);
+            EXPECT_EQ(reinterpret_cast<const std::uint8_t*>(&info)[275], 0);
+            ASSERT_NE(tips->GetParamToolTip(param), nullptr);
+            EXPECT_EQ(std::string(tips->GetParamToolTip(param)).empty(), info.type == kParamGroup) << param;
+            if (info.type == kParamGroup) {
+                EXPECT_EQ(open, info.groupEnd != 0 ? std::string(info.label) : std::string());
+                open = info.groupEnd != 0 ? "" : info.label;
+            }
+            if (info.type == kParamSlider) {
+                EXPECT_LT(info.minimum, info.slider.maximum);
+                EXPECT_EQ(info.items[1][0], 0);
+            }
+        }
+        ParamInfo info{};
+        info.type = 77;
+        EXPECT_FALSE(effect.GetParamInfo(count, &info));
+        EXPECT_EQ(info.type, 77U);
+        EXPECT_FALSE(effect.GetParamInfo(0, nullptr));
+        EXPECT_EQ(tips->GetParamToolTip(count), nullptr);
+    }
+}
+
+TEST(Effects, HoldWholePresetsAndNoneBeyondTheLast) {
+    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+        const EffectTester tester(index);
+        if (!tester.exists()) {
+            continue;
+        }
+        IVideoGPUEffect& effect = tester.effect();
+        SCOPED_TRACE(effect.GetEffectName());
+        const std::uint32_t presets = tester.presetCount();
+        const std::uint32_t slots = tester.slotCount();
+        ASSERT_GT(presets, 0U);
+        ASSERT_GT(slots, 0U);
+        ParamValue value{};
+        bool hasReset = false;
+        for (std::uint32_t preset = 0; preset < presets; ++preset) {
+            hasReset = hasReset || std::string(effect.GetPresetName(preset)) == "Reset to None";
+            EXPECT_TRUE(effect.GetPresetValue(preset, slots - 1, &value));
+            EXPECT_FALSE(effect.GetPresetValue(preset, slots, &value));
+            EXPECT_FALSE(effect.GetPresetValue(preset, 0, nullptr));
+        }
+        EXPECT_TRUE(hasReset);
+        EXPECT_EQ(effect.GetPresetName(presets), nullptr);
+        EXPECT_FALSE(effect.GetPresetValue(presets, 0, &value));
+    }
+}
+
+TEST(PixelAspect, ScalesLengthsBetweenSquareAndStoredPixels) {
+    FrameRenderInfo info = frameInfo();
+    info.pixelAspect = 2.0;
+    EXPECT_EQ(PixelAspectScale(&info, false, false).aspect, 1.0F) << "the flag decides";
+    EXPECT_EQ(PixelAspectScale(nullptr, true, false).aspect, 1.0F);
+
+    info.flags = FrameRenderInfo::kHasPixelAspect;
+    const PixelAspectScale wide(&info, false, false);
+    EXPECT_TRUE(wide.hasAspect && wide.scaleAlongX);
+    EXPECT_EQ(wide.fixedAspect, 2048);
+    EXPECT_EQ(wide.ToStoredX(3.0F), 6.0F);
+    EXPECT_EQ(wide.ToStoredY(3.0F), 3.0F);
+    EXPECT_EQ(wide.FromStoredX(3.0F), 1.5F);
+    EXPECT_EQ(wide.FromStoredY(3.0F), 3.0F);
+    EXPECT_NEAR(wide.unitX, 2.0 / std::sqrt(5.0), 1e-6);
+    EXPECT_NEAR(wide.unitY, 1.0 / std::sqrt(5.0), 1e-6);
+
+    const PixelAspectScale inverted(&info, false, true);
+    EXPECT_FALSE(inverted.scaleAlongX);
+    EXPECT_EQ(inverted.ToStoredX(3.0F), 3.0F);
+    EXPECT_EQ(inverted.ToStoredY(3.0F), 1.5F);
+    EXPECT_EQ(inverted.FromStoredX(3.0F), 3.0F);
+    EXPECT_EQ(inverted.FromStoredY(3.0F), 6.0F);
+
+    info.pixelAspect = 0.5;
+    info.field = 1;
+    EXPECT_EQ(PixelAspectScale(&info, true, false).aspect, 1.0F) << "a field's rows are twice as far apart";
+    const PixelAspectScale narrow(&info, false, true);
+    EXPECT_TRUE(narrow.scaleAlongX) << "only wide pixels are inverted";
+    EXPECT_NEAR(narrow.unitY / narrow.unitX, 2.0, 1e-6);
+
+    for (const double bad : {0.0, -1.0, std::nan(""), HUGE_VAL}) {
+        info.pixelAspect = bad;
+        EXPECT_EQ(PixelAspectScale(&info, false, false).aspect, 1.0F) << bad;
+    }
+}
+
+}  // namespace
+}  // namespace lumiset::testing

@@ -1,0 +1,127 @@
+#pragma once
+
+// A small host of the tests' own: parameter values by index, and the module through its exports.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string_view>
+
+#include "host/effect_library.h"
+#include "tests/support/picture.h"
+
+namespace lumiset::testing {
+
+struct ReleaseInterface {
+    void operator()(IUnknown* object) const { object->Release(); }
+};
+template <class Interface>
+using Held = std::unique_ptr<Interface, ReleaseInterface>;
+
+/// Answers parameter values that were set, and leaves the others at the default that the effect filled in.
+class ValueHost final : public IEffectHost {
+public:
+    Result LUMISET_CALL QueryInterface(const Guid&, void** out) noexcept override {
+        *out = nullptr;
+        return kResultNoInterface;
+    }
+    std::uint32_t LUMISET_CALL AddRef() noexcept override { return 2; }
+    std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
+    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
+        if (const auto found = values.find(index); found != values.end()) {
+            *out = found->second;
+        }
+    }
+    void LUMISET_CALL Reserved4() noexcept override {}
+    void LUMISET_CALL Reserved5() noexcept override {}
+    void LUMISET_CALL Reserved6() noexcept override {}
+    void LUMISET_CALL Reserved7() noexcept override {}
+    void LUMISET_CALL GetHostName(const char** out) noexcept override { *out = "Tests"; }
+
+    std::map<std::uint32_t, ParamValue> values;
+};
+
+/// One effect of the module.
+class EffectTester {
+public:
+    explicit EffectTester(std::uint32_t index) {
+        const Held<IEffectLibrary> library(GetEffectsLibrary());
+        m_effect.reset(library->CreateEffect(index));
+    }
+
+    [[nodiscard]] bool exists() const { return m_effect != nullptr; }
+    [[nodiscard]] IVideoGPUEffect& effect() const { return *m_effect; }
+
+    [[nodiscard]] std::uint32_t paramCount() const {
+        ParamInfo info{};
+        std::uint32_t count = 0;
+        while (m_effect->GetParamInfo(count, &info)) {
+            ++count;
+        }
+        return count;
+    }
+    [[nodiscard]] std::uint32_t presetCount() const {
+        std::uint32_t count = 0;
+        while (m_effect->GetPresetName(count) != nullptr) {
+            ++count;
+        }
+        return count;
+    }
+    [[nodiscard]] std::uint32_t slotCount() const {
+        ParamValue value{};
+        std::uint32_t count = 0;
+        while (m_effect->GetPresetValue(0, count, &value)) {
+            ++count;
+        }
+        return count;
+    }
+
+    /// A host that holds the values of a preset.
+    [[nodiscard]] ValueHost presetHost(std::uint32_t preset) const {
+        ValueHost host;
+        const std::uint32_t params = paramCount();
+        const bool slotsAreIndices = slotCount() == params;
+        std::uint32_t slot = 0;
+        for (std::uint32_t index = 0; index < params; ++index) {
+            ParamInfo info{};
+            m_effect->GetParamInfo(index, &info);
+            if (info.type != kParamGroup) {
+                m_effect->GetPresetValue(preset, slotsAreIndices ? index : slot++, &host.values[index]);
+            }
+        }
+        return host;
+    }
+    [[nodiscard]] ValueHost presetHost(std::string_view name) const {
+        for (std::uint32_t preset = 0; m_effect->GetPresetName(preset) != nullptr; ++preset) {
+            if (name == m_effect->GetPresetName(preset)) {
+                return presetHost(preset);
+            }
+        }
+        ADD_FAILURE() << "no preset named " << name;
+        return {};
+    }
+
+    [[nodiscard]] bool render(ValueHost& host, Picture& source, Picture& destination,
+                              const FrameRenderInfo* info = nullptr) const {
+        const VideoFrameDesc from = source.desc();
+        const VideoFrameDesc to = destination.desc();
+        return m_effect->ProcessFrame(&host, &from, nullptr, &to, info);
+    }
+
+private:
+    Held<IVideoGPUEffect> m_effect;
+};
+
+inline constexpr std::uint32_t kEffectCount = 10;
+
+/// A whole frame at a time; set the flags and fields that a test needs.
+inline FrameRenderInfo frameInfo(double timeSeconds = 0.0) {
+    FrameRenderInfo info{};
+    info.timeSeconds = timeSeconds;
+    info.field = FrameRenderInfo::kWholeFrame;
+    return info;
+}
+
+}  // namespace lumiset::testing
