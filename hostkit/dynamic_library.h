@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+
+namespace lumiset::hostkit {
+
+/// A shared library of the system, open as long as the object lives.
+class DynamicLibrary {
+public:
+    /// Throws std::runtime_error with the loader's own explanation.
+    explicit DynamicLibrary(const std::filesystem::path& path);
+    ~DynamicLibrary();
+    DynamicLibrary(const DynamicLibrary&) = delete;
+    DynamicLibrary& operator=(const DynamicLibrary&) = delete;
+
+    /// Address of an exported function, or null.
+    [[nodiscard]] void* symbol(const char* name) const;
+    /// Leaves the library loaded when this object goes.
+    void keepLoaded() { m_keepLoaded = true; }
+
+private:
+    void* m_handle = nullptr;
+    bool m_keepLoaded = false;
+};
+
+/// Folder of the running program; empty when the system does not tell.
+std::filesystem::path executableDirectory();
+
+/// File name that the system gives a shared library called `stem`.
+std::filesystem::path dynamicLibraryName(const char* stem);
+
+}  // namespace lumiset::hostkit

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/effect_library.h"
+#include "host/records.h"
+#include "hostkit/com_ptr.h"
+
+namespace lumiset::hostkit {
+
+/// A name or value that an effect does not have; the text is whole sentences for the person who wrote it.
+class ParameterError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One control of an effect, as its panel shows it.
+struct ParameterDescription {
+    std::uint32_t index = 0;
+    ParamType type = kParamSlider;  ///< never `kParamGroup`
+    std::string label;
+    std::string group;  ///< label of the group box around it, outer boxes first and parted by slashes; or empty
+    std::string tip;
+    float minimum = 0.0F;  ///< sliders: the range that the panel shows for 0..1
+    float maximum = 0.0F;
+    bool wholeNumbers = false;       ///< sliders: the panel shows no decimals
+    std::vector<std::string> items;  ///< choices
+    ParamValue defaultValue{};
+    PanelRect panelRect{};
+
+    /// `Group/Label`, or the label alone outside every group.
+    [[nodiscard]] std::string path() const { return group.empty() ? label : group + '/' + label; }
+};
+
+struct PresetDescription {
+    std::uint32_t index = 0;
+    std::string name;
+    /// One entry for each of the effect's `parameters`; empty where the preset leaves the parameter alone.
+    std::vector<std::optional<ParamValue>> values;
+};
+
+/// One effect as the module describes it.
+struct EffectDescription {
+    static constexpr std::uint32_t kDependsOnTime = 0x4000;
+
+    std::uint32_t index = 0;  ///< as `IEffectLibrary::CreateEffect` takes it
+    std::string name;
+    std::uint32_t flags = 0;
+    std::uint32_t indexCount = 0;  ///< parameter indices, group markers included
+    std::vector<ParameterDescription> parameters;
+    std::vector<PresetDescription> presets;
+
+    /// The parameter called `name`: its label, `Group/Label` or `#` and its index, in any case of letters.
+    /// Throws `ParameterError` for an unknown name and for a label that several parameters share.
+    [[nodiscard]] const ParameterDescription& parameter(std::string_view name) const;
+    /// The parameter with that index, or null.
+    [[nodiscard]] const ParameterDescription* parameterAt(std::uint32_t index) const;
+    /// The shortest name by which `parameter` finds this one.
+    [[nodiscard]] std::string shortestName(const ParameterDescription& wanted) const;
+    /// Throws `ParameterError` for an unknown name.
+    [[nodiscard]] const PresetDescription& preset(std::string_view name) const;
+};
+
+/// Reads everything that an effect tells about itself.
+[[nodiscard]] EffectDescription describeEffect(IVideoGPUEffect& effect, std::uint32_t index);
+
+/// All effects of a module.
+class EffectCatalogue {
+public:
+    /// Asks the library for its effects; those that this build does not have are left out.
+    explicit EffectCatalogue(IEffectLibrary& library);
+
+    [[nodiscard]] const std::vector<EffectDescription>& effects() const { return m_effects; }
+    /// Throws `ParameterError` for an unknown name.
+    [[nodiscard]] const EffectDescription& effect(std::string_view name) const;
+
+private:
+    std::vector<EffectDescription> m_effects;
+};
+
+}  // namespace lumiset::hostkit

@@ -1,0 +1,59 @@
+#include "hostkit/module.h"
+
+#include <cstdlib>
+#include <string>
+#include <system_error>
+
+namespace lumiset::hostkit {
+namespace {
+
+std::filesystem::path findModule() {
+    if (const char* named = std::getenv("LUMISET_MODULE"); named != nullptr && *named != '\0') {
+        return named;
+    }
+    const std::filesystem::path name = dynamicLibraryName("vantrel_lumiset5");
+    const std::filesystem::path home = executableDirectory();
+    const std::filesystem::path places[] = {home / name, (home / ".." / "lib" / name).lexically_normal()};
+    for (const std::filesystem::path& place : places) {
+        std::error_code error;
+        if (std::filesystem::exists(place, error)) {
+            return place;
+        }
+    }
+    throw ModuleError("The effects module " + name.string() + " was found neither in " + home.string() + " nor in " +
+                      places[1].parent_path().string() + "; set LUMISET_MODULE to its path.");
+}
+
+}  // namespace
+
+Module::Module(const std::filesystem::path& path) : m_path(path.empty() ? findModule() : path) {
+    std::error_code error;
+    if (!std::filesystem::exists(m_path, error)) {
+        throw ModuleError("There is no effects module at " + m_path.string() + ".");
+    }
+    try {
+        // An absolute path keeps the loader from searching the system's library folders for a bare name.
+        m_file = std::make_unique<DynamicLibrary>(std::filesystem::absolute(m_path));
+    } catch (const std::runtime_error& reason) {
+        throw ModuleError("The effects module cannot be loaded: " + std::string(reason.what()) + ".");
+    }
+    const auto getLibrary = reinterpret_cast<IEffectLibrary* (*)()>(m_file->symbol("GetEffectsLibrary"));
+    m_canUnload = reinterpret_cast<std::int32_t (*)()>(m_file->symbol("CanUnloadDLLNow"));
+    if (getLibrary == nullptr || m_canUnload == nullptr) {
+        throw ModuleError(m_path.string() + " is not an effects module: it does not export " +
+                          (getLibrary == nullptr ? "GetEffectsLibrary" : "CanUnloadDLLNow") + ".");
+    }
+    m_library = ComPtr<IEffectLibrary>::adopt(getLibrary());
+    if (!m_library) {
+        throw ModuleError("The effects module " + m_path.string() + " does not hand out its library.");
+    }
+}
+
+Module::~Module() {
+    m_library = {};
+    if (m_canUnload() != 1) {
+        m_file->keepLoaded();
+    }
+}
+
+}  // namespace lumiset::hostkit

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <vector>
+
+#include "host/video_effect.h"
+#include "hostkit/com_ptr.h"
+#include "hostkit/frame_buffer.h"
+#include "hostkit/parameter_store.h"
+
+namespace lumiset::hostkit {
+
+/// One effect in a chain. The object may be shared by any number of renderers.
+struct EffectStage {
+    ComPtr<IVideoGPUEffect> effect;
+    ParameterStore parameters;
+};
+
+enum class FieldOrder { kProgressive, kTopFirst, kBottomFirst };
+
+/// What is known about the frame to render.
+struct FrameContext {
+    double timeSeconds = 0.0;      ///< from the start of the clip; of an interlaced frame, its first field's
+    double durationSeconds = 0.0;  ///< of the frame; the second field comes half of it later
+    double pixelAspect = 0.0;      ///< width of a pixel divided by its height; 0 when it is not known
+    FieldOrder fields = FieldOrder::kProgressive;
+};
+
+/// An effect refused to render; the text is a whole sentence.
+class RenderError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Renders frames through effects, one after the other, on the processor. A renderer keeps its buffers from
+/// frame to frame and is used by one thread at a time; renderers on one chain may work at the same time.
+class Renderer {
+public:
+    /// The effects see frames of `format`. `chain` must outlive the renderer; `allocator` may be null.
+    Renderer(const std::vector<EffectStage>& chain, PixelFormat format, IHostAllocator* allocator = nullptr)
+        : m_chain(chain), m_format(format), m_allocator(allocator) {}
+
+    /// Renders `source` to `destination`, frames of one size in any of the host formats. The frames must not
+    /// overlap. An interlaced frame's fields are rendered each on its own at their own times. Throws
+    /// `RenderError`, std::bad_alloc.
+    void render(const VideoFrameDesc& source, const VideoFrameDesc& destination, const FrameContext& context);
+
+private:
+    void renderStage(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                     const FrameContext& context) const;
+    const VideoFrameDesc& scratch(int which, const VideoFrameDesc& like);
+
+    const std::vector<EffectStage>& m_chain;
+    PixelFormat m_format;
+    IHostAllocator* m_allocator;
+    FrameBuffer m_scratch[2];
+};
+
+}  // namespace lumiset::hostkit
