@@ -1,0 +1,65 @@
+#include <algorithm>
+#include <cstring>
+
+#include "frame/filters/triangular_blur.h"
+#include "frame/operations/filter.h"
+#include "frame/operations/filter_frames.h"
+
+namespace lumiset {
+namespace {
+
+constexpr std::int32_t kLargestBlur = 1000;
+
+/// Whole pixels of a blur size; 0 for what is not a number.
+std::int32_t wholeSize(float radius) {
+    return radius >= 1.0F ? static_cast<std::int32_t>(std::min(radius, static_cast<float>(kLargestBlur))) : 0;
+}
+
+BlurPixels blurPixels(std::int32_t format) {
+    const bool isFloat = isFloatFormat(format);
+    if (AlphaIndex(format) < 0) {
+        return isFloat ? BlurPixels::kMaskFloat : BlurPixels::kMask8;
+    }
+    return isFloat ? BlurPixels::kColorFloat : BlurPixels::kColor8;
+}
+
+void copyRows(const Frame& src, Frame& dst, ImgSize size) {
+    const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(src.BytesPerPixel());
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        std::memmove(dst.PixelAddress(0, y, 0), src.PixelAddress(0, y, 0), bytes);
+    }
+}
+
+}  // namespace
+
+bool FrameBlur(const Frame& src, Frame& dst, float radiusX, float radiusY, MemoryAllocator* allocator,
+               bool includeAlpha) noexcept {
+    const ImgSize size = commonSize(src, dst);
+    const std::int32_t format = dst.Format();
+    if (size.width == 0 || src.BytesPerPixel() != dst.BytesPerPixel() ||
+        formatBytesPerPixel(format) != dst.BytesPerPixel() ||
+        formatBytesPerPixel(src.Format()) != src.BytesPerPixel() ||
+        BytesPerChannel(src.Format()) != BytesPerChannel(format)) {
+        return false;
+    }
+    const std::int32_t sizeX = wholeSize(radiusX);
+    const std::int32_t sizeY = wholeSize(radiusY);
+    if (sizeX < 1 || sizeY < 1) {
+        copyRows(src, dst, size);
+        return true;
+    }
+    MemoryAllocator heap;
+    MemoryAllocator& memory = allocator != nullptr ? *allocator : heap;
+    StableSource source(memory);
+    if (!source.prepare(src, dst, size)) {
+        return false;
+    }
+    const bool reorder = (src.Format() == kFormatArgb8 && format == kFormatBgra8) ||
+                         (src.Format() == kFormatArgbFloat && format == kFormatBgraFloat);
+    const std::int32_t alpha = AlphaIndex(reorder ? src.Format() : format);
+    return triangularBlur({source.data(), source.stride(), dst.Data(), dst.Stride(), size.width, size.height, sizeX,
+                           sizeY, blurPixels(format), includeAlpha ? -1 : alpha, reorder},
+                          memory);
+}
+
+}  // namespace lumiset

@@ -1,0 +1,49 @@
+#include <algorithm>
+#include <cstring>
+
+#include "frame/filters/ellipse_morphology.h"
+#include "frame/operations/filter.h"
+#include "frame/operations/filter_frames.h"
+
+namespace lumiset {
+namespace {
+
+bool morph(const Frame& src, Frame& dst, std::int32_t maskWidth, std::int32_t maskHeight, MemoryAllocator* allocator,
+           bool minimum) {
+    const ImgSize size = commonSize(src, dst);
+    const std::int32_t format = dst.Format();
+    if (size.width == 0 || src.Format() != format || src.BytesPerPixel() != dst.BytesPerPixel() ||
+        formatBytesPerPixel(format) != dst.BytesPerPixel() || maskWidth < 1 || maskHeight < 1) {
+        return false;
+    }
+    if (maskWidth < 2 || maskHeight < 2) {
+        const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(src.BytesPerPixel());
+        for (std::int32_t y = 0; y < size.height; ++y) {
+            std::memmove(dst.PixelAddress(0, y, 0), src.PixelAddress(0, y, 0), bytes);
+        }
+        return true;
+    }
+    MemoryAllocator heap;
+    MemoryAllocator& memory = allocator != nullptr ? *allocator : heap;
+    StableSource source(memory);
+    if (!source.prepare(src, dst, size)) {
+        return false;
+    }
+    return ellipseMorphology({source.data(), source.stride(), dst.Data(), dst.Stride(), size.width, size.height,
+                              AlphaIndex(format) < 0 ? 1 : 4, isFloatFormat(format), minimum, maskWidth, maskHeight},
+                             memory);
+}
+
+}  // namespace
+
+bool FrameDilate(const Frame& src, Frame& dst, std::int32_t maskWidth, std::int32_t maskHeight,
+                 MemoryAllocator* allocator) noexcept {
+    return morph(src, dst, maskWidth, maskHeight, allocator, false);
+}
+
+bool FrameErode(const Frame& src, Frame& dst, std::int32_t maskWidth, std::int32_t maskHeight,
+                MemoryAllocator* allocator) noexcept {
+    return morph(src, dst, maskWidth, maskHeight, allocator, true);
+}
+
+}  // namespace lumiset
