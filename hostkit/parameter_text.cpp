@@ -23,13 +23,20 @@ bool parsePercentage(std::string_view text, double& number) {
     return parseNumber(trimmed(text), number);
 }
 
-/// Position of `number` in the range, 0..1; refuses a number outside.
-float normalised(const ParameterDescription& parameter, std::string_view text, double minimum, double maximum) {
+ParamValue parseSlider(const ParameterDescription& parameter, std::string_view text) {
     double number = 0.0;
-    if (!parsePercentage(text, number) || number < minimum || number > maximum) {
+    // Compared in the range's own precision: its ends can be said as they are shown.
+    if (!parsePercentage(text, number) || static_cast<float>(number) < parameter.minimum ||
+        static_cast<float>(number) > parameter.maximum) {
         refuse(parameter, text);
     }
-    return maximum > minimum ? static_cast<float>((number - minimum) / (maximum - minimum)) : 0.0F;
+    const auto minimum = static_cast<double>(parameter.minimum);
+    const auto maximum = static_cast<double>(parameter.maximum);
+    ParamValue value{};
+    if (maximum > minimum) {
+        value.slider = static_cast<float>(std::clamp((number - minimum) / (maximum - minimum), 0.0, 1.0));
+    }
+    return value;
 }
 
 ParamValue parsePoint(const ParameterDescription& parameter, std::string_view text) {
@@ -138,10 +145,7 @@ ParamValue parseValue(const ParameterDescription& parameter, std::string_view te
         default:
             break;
     }
-    ParamValue value{};
-    value.slider =
-        normalised(parameter, trim, static_cast<double>(parameter.minimum), static_cast<double>(parameter.maximum));
-    return value;
+    return parseSlider(parameter, trim);
 }
 
 std::string formatValue(const ParameterDescription& parameter, const ParamValue& value) {

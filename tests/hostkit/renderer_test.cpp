@@ -1,0 +1,156 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "hostkit/host_allocator.h"
+#include "hostkit/module.h"
+#include "hostkit/renderer.h"
+#include "tests/hostkit/fake_effect.h"
+
+namespace lumiset::hostkit {
+namespace {
+
+EffectStage stageOf(test::FakeEffect& effect, const EffectDescription& description) {
+    effect.AddRef();
+    return {ComPtr<IVideoGPUEffect>::adopt(&effect), ParameterStore(description)};
+}
+
+std::uint8_t* storedRow(const VideoFrameDesc& frame, std::int32_t y) {
+    return static_cast<std::uint8_t*>(frame.data) + static_cast<std::ptrdiff_t>(frame.stride) * y;
+}
+
+TEST(Renderer, AppliesAChainInTurnInTheFormatAskedFor) {
+    test::FakeEffect doubling;
+    test::FakeEffect adding;
+    std::vector<std::uint32_t> formats;
+    doubling.render = [&](IEffectHost*, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                          const FrameRenderInfo&) {
+        formats.push_back(source.format);
+        formats.push_back(destination.format);
+        storedRow(destination, 0)[1] = static_cast<std::uint8_t>(2 * storedRow(source, 0)[1]);
+        return true;
+    };
+    adding.render = [](IEffectHost* host, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                       const FrameRenderInfo&) {
+        ParamValue value{};
+        host->GetParamValue(11, &value, kParamSlider);
+        storedRow(destination, 0)[1] =
+            static_cast<std::uint8_t>(storedRow(source, 0)[1] + static_cast<int>(255.0F * value.slider));
+        return true;
+    };
+    const EffectDescription description = describeEffect(doubling, 0);
+    {
+        std::vector<EffectStage> chain{stageOf(doubling, description), stageOf(adding, description),
+                                       stageOf(doubling, description)};
+        chain[1].parameters.set("#11", "20");
+        FrameBuffer source(1, 1, kFormatBgra8);
+        FrameBuffer destination(1, 1, kFormatBgra8);
+        source.row(0)[2] = 10;  // Red, which is sample 1 where alpha comes first.
+        Renderer renderer(chain, kFormatArgb8);
+        renderer.render(source.desc(), destination.desc(), {});
+        EXPECT_EQ(destination.row(0)[2], 2 * (2 * 10 + 51));
+        EXPECT_EQ(source.row(0)[2], 10);
+    }
+    EXPECT_EQ(formats, std::vector<std::uint32_t>(4, kFormatArgb8));
+    EXPECT_EQ(doubling.references, 1U);
+}
+
+TEST(Renderer, RendersEachFieldAtItsTimeAndWeavesThemAgain) {
+    test::FakeEffect effect;
+    effect.render = [](IEffectHost* host, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                       const FrameRenderInfo& info) {
+        EXPECT_EQ(info.flags, 0x60U);
+        EXPECT_DOUBLE_EQ(info.pixelAspect, 1.5);
+        EXPECT_EQ(source.height, 2);
+        ParamValue value{};
+        host->GetParamValue(11, &value, kParamSlider);
+        EXPECT_FLOAT_EQ(value.slider, static_cast<float>(info.timeSeconds) / 100.0F) << "the host's values too";
+        for (std::int32_t y = 0; y < source.height; ++y) {
+            std::uint8_t* out = storedRow(destination, y);
+            out[0] = storedRow(source, y)[0];
+            out[1] = static_cast<std::uint8_t>(info.field);
+            out[2] = static_cast<std::uint8_t>(info.timeSeconds);
+        }
+        return true;
+    };
+    const EffectDescription description = describeEffect(effect, 0);
+    std::vector<EffectStage> chain{stageOf(effect, description)};
+    chain[0].parameters.addKey("#11", 0.0, "0");
+    chain[0].parameters.addKey("#11", 100.0, "100");
+    FrameBuffer source(1, 4, kFormatBgra8);
+    FrameBuffer destination(1, 4, kFormatBgra8);
+    for (std::int32_t y = 0; y < 4; ++y) {
+        source.row(y)[0] = static_cast<std::uint8_t>(40 + y);
+    }
+    for (const FieldOrder order : {FieldOrder::kTopFirst, FieldOrder::kBottomFirst}) {
+        Renderer renderer(chain, kFormatBgra8);
+        renderer.render(source.desc(), destination.desc(), {10.0, 2.0, 1.5, order});
+        for (std::int32_t y = 0; y < 4; ++y) {
+            const bool second = (y % 2 == 1) == (order == FieldOrder::kTopFirst);
+            EXPECT_EQ(destination.row(y)[0], 40 + y) << "rows stand in their places";
+            EXPECT_EQ(destination.row(y)[1], y % 2);
+            EXPECT_EQ(destination.row(y)[2], second ? 11 : 10);
+        }
+    }
+}
+
+TEST(Renderer, SaysWhichEffectFailed) {
+    test::FakeEffect effect;
+    const EffectDescription description = describeEffect(effect, 0);
+    const std::vector<EffectStage> chain{stageOf(effect, description)};
+    const FrameBuffer source(2, 2, kFormatBgraFloat);
+    const FrameBuffer destination(2, 2, kFormatBgraFloat);
+    try {
+        Renderer(chain, kFormatBgraFloat).render(source.desc(), destination.desc(), {});
+        FAIL() << "a refused frame went unnoticed";
+    } catch (const RenderError& error) {
+        EXPECT_NE(std::string(error.what()).find("\"Fake\""), std::string::npos) << error.what();
+    }
+}
+
+TEST(Module, RendersThroughTheHostsAllocatorAndUnloads) {
+    const ComPtr<IHostAllocator> allocator = PoolAllocator::create();
+    const Module module;
+    const EffectCatalogue catalogue(module.library());
+    const EffectDescription& outline = catalogue.effect("outline");
+    std::vector<EffectStage> chain{
+        {ComPtr<IVideoGPUEffect>::adopt(module.library().CreateEffect(outline.index)), ParameterStore(outline)}};
+    chain[0].parameters.apply(outline.preset("Solid Black"));
+    chain[0].parameters.set("Color", "#FF0000");
+    FrameBuffer source(64, 33, kFormatBgra8);
+    std::memset(source.desc().data, 0, static_cast<std::size_t>(source.desc().stride) * 33);
+    const std::uint8_t white[4] = {255, 255, 255, 255};
+    std::memcpy(source.row(16) + 4 * 32, white, 4);
+    FrameBuffer destination(64, 33, kFormatBgra8);
+    Renderer(chain, kFormatBgra8, allocator.get()).render(source.desc(), destination.desc(), {});
+    const std::uint8_t red[4] = {0, 0, 255, 255};
+    EXPECT_EQ(std::memcmp(destination.row(16) + 4 * 32, white, 4), 0) << "the dot itself";
+    EXPECT_EQ(std::memcmp(destination.row(16) + 4 * 30, red, 4), 0) << "the band around it";
+    EXPECT_EQ(destination.row(16)[4 * 10 + 3], 0) << "far away";
+}
+
+TEST(Module, SaysWhatIsWrongWithAFileThatIsNone) {
+    const auto complaint = [](const std::filesystem::path& path) -> std::string {
+        try {
+            const Module module(path);
+        } catch (const ModuleError& error) {
+            return error.what();
+        }
+        return {};
+    };
+    EXPECT_EQ(complaint("/nowhere/module.so"), "There is no effects module at /nowhere/module.so.");
+    const std::filesystem::path text = std::filesystem::path(testing::TempDir()) / "lumiset_not_a_module.so";
+    std::ofstream(text) << "text";
+    EXPECT_NE(complaint(text).find("cannot be loaded"), std::string::npos) << complaint(text);
+    std::filesystem::remove(text);
+    EXPECT_NE(complaint("/lib/x86_64-linux-gnu/libm.so.6").find("does not export GetEffectsLibrary"),
+              std::string::npos);
+    ::setenv("LUMISET_MODULE", "/nowhere/else.so", 1);
+    EXPECT_EQ(complaint({}), "There is no effects module at /nowhere/else.so.");
+    ::unsetenv("LUMISET_MODULE");
+}
+
+}  // namespace
+}  // namespace lumiset::hostkit
