@@ -149,14 +149,13 @@ constexpr bool valid(const EffectInfo& info) {
         const std::string_view view(text);
         return !view.empty() && view.size() < size;
     };
-    const ParamRow* open = nullptr;
+    bool open = false;
     for (const ParamRow& row : info.params) {
         bool good = fits(row.label, kParamLabelSize);
         switch (row.type) {
             case kParamGroup:
-                good = good && (row.closesGroup ? open != nullptr && std::string_view(open->label) == row.label
-                                                : open == nullptr);
-                open = row.closesGroup ? nullptr : &row;
+                good = good && row.closesGroup == open;
+                open = !row.closesGroup;
                 break;
             case kParamChoice:
                 good = good && !row.items.empty() && row.items.size() <= kMaxChoiceItems &&
@@ -176,7 +175,7 @@ constexpr bool valid(const EffectInfo& info) {
             return false;
         }
     }
-    return open == nullptr && info.presetNames.size() * info.presetSlots == info.presetValues.size();
+    return !open && info.presetNames.size() * info.presetSlots == info.presetValues.size();
 }
 
 }  // namespace lumiset
