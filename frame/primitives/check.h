@@ -37,11 +37,23 @@ struct PlaneArgument {
     return kImgOk;
 }
 
-/// Row `y` of a plane whose step is in bytes.
-template <class T>
-[[nodiscard]] T* planeRow(T* data, std::int32_t step, std::int32_t y) {
-    using Byte = std::conditional_t<std::is_const_v<T>, const std::uint8_t, std::uint8_t>;
-    return reinterpret_cast<T*>(reinterpret_cast<Byte*>(data) + static_cast<std::ptrdiff_t>(step) * y);
+/// An array argument among the planes: only null is refused.
+[[nodiscard]] constexpr PlaneArgument arrayArgument(const void* data) {
+    return {data, 1, 0};
 }
+
+/// A checked plane, as the loops take it.
+template <class T>
+struct Plane {
+    T* data;
+    std::int32_t step;  ///< bytes
+
+    operator Plane<const T>() const requires(!std::is_const_v<T>) { return {data, step}; }
+
+    [[nodiscard]] T* row(std::int32_t y) const {
+        using Byte = std::conditional_t<std::is_const_v<T>, const std::uint8_t, std::uint8_t>;
+        return reinterpret_cast<T*>(reinterpret_cast<Byte*>(data) + static_cast<std::ptrdiff_t>(step) * y);
+    }
+};
 
 }  // namespace lumiset

@@ -1,0 +1,398 @@
+#include "frame/primitives/arithmetic.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frame/primitives/arithmetic.cpp"
+#include "hwy/foreach_target.h"
+
+#include "frame/primitives/pixel_math-inl.h"
+#include "frame/primitives/row_loops-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace lumiset::HWY_NAMESPACE {
+namespace {
+
+void scale8(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, Vec8 factors, Touch touch, ImgSize size) {
+    const Halves wide = split(factors);
+    const auto op = [&](Vec8 v) HWY_ATTR { return scaledProducts(split(v), wide); };
+    if (touch == Touch::kOneChannel) {
+        mapPlane<Touch::kOneChannel>(size, dst, op, src);
+    } else {
+        mapPlane<Touch::kAllFour>(size, dst, op, src);
+    }
+}
+
+HWY_INLINE Vec16 mulScaled(Vec16 v, Vec16 value, int scale, Vec16 half) {
+    const Vec16 product = hn::Mul(v, value);
+    const Vec16 whole = hn::ShiftRightSame(product, scale);
+    const Vec16 rest = hn::Sub(product, hn::ShiftLeftSame(whole, scale));
+    // Above one half, or one half and odd.
+    const auto up = hn::Gt(hn::Add(rest, hn::And(whole, hn::Set(Tag16(), 1))), half);
+    const Vec16 rounded = hn::Add(whole, hn::IfThenElseZero(up, hn::Set(Tag16(), 1)));
+    return hn::Min(rounded, hn::Set(Tag16(), 255));
+}
+
+/// Below low, above high, and a NaN too.
+HWY_INLINE VecF clampTo(VecF v, VecF low, VecF high) {
+    return hn::IfThenElse(hn::Ge(v, low), hn::IfThenElse(hn::Gt(v, high), high, v), low);
+}
+
+template <Touch kTouch>
+void clampF(Plane<float> plane, float low, float high, ImgSize size) {
+    const VecF lows = hn::Set(TagF(), low);
+    const VecF highs = hn::Set(TagF(), high);
+    mapPlane<kTouch>(
+        size, plane, [&](VecF v) HWY_ATTR { return clampTo(v, lows, highs); }, Plane<const float>(plane));
+}
+
+}  // namespace
+
+void scaleByColor8C1(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, std::uint8_t value, ImgSize size) {
+    scale8(src, dst, hn::Set(Tag8(), value), Touch::kOneChannel, size);
+}
+void scaleByColor8C4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const std::uint8_t* values, ImgSize size) {
+    scale8(src, dst, repeatFour(Tag8(), values), Touch::kAllFour, size);
+}
+void scaleByColorFC1(Plane<const float> src, Plane<float> dst, float value, ImgSize size) {
+    const VecF factor = hn::Set(TagF(), value);
+    mapPlane<Touch::kOneChannel>(
+        size, dst, [&](VecF v) HWY_ATTR { return hn::Mul(v, factor); }, src);
+}
+void scaleByColorFC4(Plane<const float> src, Plane<float> dst, const float* values, ImgSize size) {
+    const VecF factors = repeatFour(TagF(), values);
+    mapPlane<Touch::kAllFour>(
+        size, dst, [&](VecF v) HWY_ATTR { return hn::Mul(v, factors); }, src);
+}
+void addFA4(Plane<const float> src, Plane<float> dst, const float* values, ImgSize size) {
+    const VecF terms = repeatThree(TagF(), values);
+    mapPlane<Touch::kFirstThree>(
+        size, dst, [&](VecF v) HWY_ATTR { return hn::Add(v, terms); }, src);
+}
+void mulFA4(Plane<const float> src, Plane<float> dst, const float* values, ImgSize size) {
+    const VecF factors = repeatThree(TagF(), values);
+    mapPlane<Touch::kFirstThree>(
+        size, dst, [&](VecF v) HWY_ATTR { return hn::Mul(v, factors); }, src);
+}
+
+void mulScaled8C1(Plane<std::uint8_t> plane, std::uint8_t value, std::int32_t scale, ImgSize size) {
+    const Vec16 factor = hn::Set(Tag16(), value);
+    const Vec16 half = hn::Set(Tag16(), static_cast<std::uint16_t>(scale == 0 ? 1 : 1 << (scale - 1)));
+    mapPlane<Touch::kOneChannel>(
+        size, plane,
+        [&](Vec8 v) HWY_ATTR {
+            const Halves wide = split(v);
+            return join({mulScaled(wide.even, factor, scale, half), mulScaled(wide.odd, factor, scale, half)});
+        },
+        Plane<const std::uint8_t>(plane));
+}
+
+void clampRange8C1(Plane<std::uint8_t> plane, std::uint8_t low, std::uint8_t high, ImgSize size) {
+    const Vec8 lows = hn::Set(Tag8(), low);
+    const Vec8 highs = hn::Set(Tag8(), high);
+    mapPlane<Touch::kOneChannel>(
+        size, plane, [&](Vec8 v) HWY_ATTR { return hn::IfThenElse(hn::Lt(v, lows), lows, hn::Min(v, highs)); },
+        Plane<const std::uint8_t>(plane));
+}
+void clampRangeFC1(Plane<float> plane, float low, float high, ImgSize size) {
+    clampF<Touch::kOneChannel>(plane, low, high, size);
+}
+void clampRangeFA4(Plane<float> plane, float low, float high, ImgSize size) {
+    clampF<Touch::kFirstThree>(plane, low, high, size);
+}
+
+void thresholdLess8C1(Plane<std::uint8_t> plane, std::uint8_t threshold, std::uint8_t value, ImgSize size) {
+    const Vec8 limit = hn::Set(Tag8(), threshold);
+    const Vec8 values = hn::Set(Tag8(), value);
+    mapPlane<Touch::kOneChannel>(
+        size, plane, [&](Vec8 v) HWY_ATTR { return hn::IfThenElse(hn::Lt(v, limit), values, v); },
+        Plane<const std::uint8_t>(plane));
+}
+void thresholdLessFC1(Plane<float> plane, float threshold, float value, ImgSize size) {
+    const VecF limit = hn::Set(TagF(), threshold);
+    const VecF values = hn::Set(TagF(), value);
+    mapPlane<Touch::kOneChannel>(
+        size, plane, [&](VecF v) HWY_ATTR { return hn::IfThenElse(hn::Lt(v, limit), values, v); },
+        Plane<const float>(plane));
+}
+
+void invert8C1(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, ImgSize size) {
+    mapPlane<Touch::kOneChannel>(
+        size, dst, [](Vec8 v) HWY_ATTR { return hn::Not(v); }, src);
+}
+void invertFC1(Plane<const float> src, Plane<float> dst, ImgSize size) {
+    mapPlane<Touch::kOneChannel>(
+        size, dst, [](VecF v) HWY_ATTR { return hn::Sub(hn::Set(TagF(), 1.0F), v); }, src);
+}
+void invertChannel8(Plane<std::uint8_t> plane, ImgSize size) {
+    mapPlane<Touch::kFirst>(
+        size, plane, [](Vec8 v) HWY_ATTR { return hn::Not(v); }, Plane<const std::uint8_t>(plane));
+}
+void invertChannelF(Plane<float> plane, ImgSize size) {
+    mapPlane<Touch::kFirst>(
+        size, plane, [](VecF v) HWY_ATTR { return hn::Sub(hn::Set(TagF(), 1.0F), v); }, Plane<const float>(plane));
+}
+
+void min8C1(Plane<const std::uint8_t> a, Plane<const std::uint8_t> b, Plane<std::uint8_t> dst, ImgSize size) {
+    mapPlane<Touch::kOneChannel>(
+        size, dst, [](Vec8 u, Vec8 v) HWY_ATTR { return hn::Min(u, v); }, a, b);
+}
+void minFC1(Plane<const float> a, Plane<const float> b, Plane<float> dst, ImgSize size) {
+    mapPlane<Touch::kOneChannel>(
+        size, dst, [](VecF u, VecF v) HWY_ATTR { return hn::IfThenElse(hn::Lt(v, u), v, u); }, a, b);
+}
+
+void limitFC4(Plane<float> plane, const float* limits, ImgSize size) {
+    const VecF highs = repeatFour(TagF(), limits);
+    mapPlane<Touch::kAllFour>(
+        size, plane, [&](VecF v) HWY_ATTR { return hn::IfThenElse(hn::Gt(v, highs), highs, v); },
+        Plane<const float>(plane));
+}
+
+void squareFC1(Plane<float> plane, ImgSize size) {
+    mapPlane<Touch::kOneChannel>(
+        size, plane, [](VecF v) HWY_ATTR { return hn::Mul(v, v); }, Plane<const float>(plane));
+}
+void squareRootFC1(Plane<float> plane, ImgSize size) {
+    mapPlane<Touch::kOneChannel>(
+        size, plane, [](VecF v) HWY_ATTR { return hn::Sqrt(v); }, Plane<const float>(plane));
+}
+bool hasNegative(Plane<float> plane, ImgSize size) {
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        const float* row = plane.row(y);
+        bool negative = false;
+        for (std::int32_t x = 0; x < size.width; ++x) {
+            negative |= row[x] < 0.0F;
+        }
+        if (negative) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace lumiset::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace lumiset {
+
+HWY_EXPORT(scaleByColor8C1);
+ImgStatus ImgScaleByColor8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                             std::uint8_t value, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 1}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(scaleByColor8C1)({src, srcStep}, {dst, dstStep}, value, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(scaleByColor8C4);
+ImgStatus ImgScaleByColor8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                             const std::uint8_t* values, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}, arrayArgument(values)});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(scaleByColor8C4)({src, srcStep}, {dst, dstStep}, values, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(scaleByColorFC1);
+ImgStatus ImgScaleByColorFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, float value,
+                             ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(scaleByColorFC1)({src, srcStep}, {dst, dstStep}, value, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(scaleByColorFC4);
+ImgStatus ImgScaleByColorFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                             const float* values, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(values)});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(scaleByColorFC4)({src, srcStep}, {dst, dstStep}, values, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(addFA4);
+ImgStatus ImgAddFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, const float* values,
+                    ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(values)});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(addFA4)({src, srcStep}, {dst, dstStep}, values, size);
+    }
+    return status;
+}
+ImgStatus ImgAddInPlaceFA4(float* plane, std::int32_t step, const float* values, ImgSize size) noexcept {
+    return ImgAddFA4(plane, step, plane, step, values, size);
+}
+
+HWY_EXPORT(mulFA4);
+ImgStatus ImgMulFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, const float* values,
+                    ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(values)});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(mulFA4)({src, srcStep}, {dst, dstStep}, values, size);
+    }
+    return status;
+}
+ImgStatus ImgMulInPlaceFA4(float* plane, std::int32_t step, const float* values, ImgSize size) noexcept {
+    return ImgMulFA4(plane, step, plane, step, values, size);
+}
+
+HWY_EXPORT(mulScaled8C1);
+ImgStatus ImgMulScaled8C1(std::uint8_t* plane, std::int32_t step, std::uint8_t value, std::int32_t scale,
+                          ImgSize size) noexcept {
+    ImgStatus status = checkPlanes(size, {{plane, step, 1}});
+    if (status == kImgOk && (scale < 0 || scale > 15)) {
+        status = kImgBadRange;
+    }
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(mulScaled8C1)({plane, step}, value, scale, size);
+    }
+    return status;
+}
+
+ImgStatus ImgMulFC1(float* plane, std::int32_t step, float value, ImgSize size) noexcept {
+    return ImgScaleByColorFC1(plane, step, plane, step, value, size);
+}
+
+HWY_EXPORT(clampRange8C1);
+ImgStatus ImgClampRange8C1(std::uint8_t* plane, std::int32_t step, std::uint8_t low, std::uint8_t high,
+                           ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 1}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(clampRange8C1)({plane, step}, low, high, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(clampRangeFC1);
+ImgStatus ImgClampRangeFC1(float* plane, std::int32_t step, float low, float high, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(clampRangeFC1)({plane, step}, low, high, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(clampRangeFA4);
+ImgStatus ImgClampRangeFA4(float* plane, std::int32_t step, float low, float high, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 16}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(clampRangeFA4)({plane, step}, low, high, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(thresholdLess8C1);
+ImgStatus ImgThresholdLess8C1(std::uint8_t* plane, std::int32_t step, std::uint8_t threshold, std::uint8_t value,
+                              ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 1}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(thresholdLess8C1)({plane, step}, threshold, value, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(thresholdLessFC1);
+ImgStatus ImgThresholdLessFC1(float* plane, std::int32_t step, float threshold, float value, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(thresholdLessFC1)({plane, step}, threshold, value, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(invert8C1);
+ImgStatus ImgInvert8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                       ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 1}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(invert8C1)({src, srcStep}, {dst, dstStep}, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(invertFC1);
+ImgStatus ImgInvertFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                       ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(invertFC1)({src, srcStep}, {dst, dstStep}, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(invertChannel8);
+ImgStatus ImgInvertChannel8C4(std::uint8_t* plane, std::int32_t step, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(invertChannel8)({plane, step}, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(invertChannelF);
+ImgStatus ImgInvertChannelFC4(float* plane, std::int32_t step, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 16}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(invertChannelF)({plane, step}, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(min8C1);
+ImgStatus ImgMin8C1(const std::uint8_t* a, std::int32_t aStep, const std::uint8_t* b, std::int32_t bStep,
+                    std::uint8_t* dst, std::int32_t dstStep, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{a, aStep, 1}, {b, bStep, 1}, {dst, dstStep, 1}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(min8C1)({a, aStep}, {b, bStep}, {dst, dstStep}, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(minFC1);
+ImgStatus ImgMinFC1(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep, float* dst,
+                    std::int32_t dstStep, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{a, aStep, 4}, {b, bStep, 4}, {dst, dstStep, 4}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(minFC1)({a, aStep}, {b, bStep}, {dst, dstStep}, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(limitFC4);
+ImgStatus ImgLimitFC4(float* plane, std::int32_t step, const float* limits, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 16}, arrayArgument(limits)});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(limitFC4)({plane, step}, limits, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(squareFC1);
+ImgStatus ImgSquareFC1(float* plane, std::int32_t step, ImgSize size) noexcept {
+    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(squareFC1)({plane, step}, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(hasNegative);
+HWY_EXPORT(squareRootFC1);
+ImgStatus ImgSquareRootFC1(float* plane, std::int32_t step, ImgSize size) noexcept {
+    ImgStatus status = checkPlanes(size, {{plane, step, 4}});
+    if (status == kImgOk && HWY_DYNAMIC_DISPATCH(hasNegative)({plane, step}, size)) {
+        status = kImgBadRange;
+    }
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(squareRootFC1)({plane, step}, size);
+    }
+    return status;
+}
+
+}  // namespace lumiset
+#endif

@@ -1,0 +1,126 @@
+#include "frame/primitives/convert.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frame/primitives/convert.cpp"
+#include "hwy/foreach_target.h"
+
+#include "frame/primitives/pixel_math-inl.h"
+#include "frame/primitives/row_loops-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace lumiset::HWY_NAMESPACE {
+namespace {
+
+template <Touch kTouch>
+void floatToByte(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
+    const VecF offset = hn::Set(TagF(), low);
+    const VecF scale = hn::Set(TagF(), 255.0F / (high - low));
+    mapPlane<kTouch>(
+        size, dst,
+        [&](VecF v) HWY_ATTR {
+            return hn::DemoteTo(hn::Rebind<std::uint8_t, TagF>(), roundToByte(hn::Mul(hn::Sub(v, offset), scale)));
+        },
+        src);
+}
+
+}  // namespace
+
+void floatToByteC1(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
+    floatToByte<Touch::kOneChannel>(src, dst, low, high, size);
+}
+void floatToByteA4(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
+    floatToByte<Touch::kFirstThree>(src, dst, low, high, size);
+}
+
+void byteToFloatC1(Plane<const std::uint8_t> src, Plane<float> dst, float low, float high, ImgSize size) {
+    const VecF offset = hn::Set(TagF(), low);
+    const VecF range = hn::Set(TagF(), high - low);
+    const VecF steps = hn::Set(TagF(), 255.0F);
+    mapPlane<Touch::kOneChannel>(
+        size, dst,
+        [&](auto bytes) HWY_ATTR {
+            const VecF v = hn::ConvertTo(TagF(), hn::PromoteTo(TagI32(), bytes));
+            return hn::Add(hn::Div(hn::Mul(v, range), steps), offset);
+        },
+        src);
+}
+
+}  // namespace lumiset::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace lumiset {
+namespace {
+
+/// Also refuses a range that is not a number.
+ImgStatus checkRange(float low, float high) {
+    return high > low ? kImgOk : kImgBadRange;
+}
+
+}  // namespace
+
+HWY_EXPORT(floatToByteA4);
+ImgStatus ImgFloatToByteA4(const float* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep, float low,
+                           float high, ImgSize size) noexcept {
+    ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 4}});
+    if (status == kImgOk) {
+        status = checkRange(low, high);
+    }
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(floatToByteA4)({src, srcStep}, {dst, dstStep}, low, high, size);
+    }
+    return status;
+}
+
+HWY_EXPORT(floatToByteC1);
+ImgStatus ImgFloatToByteC1(const float* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep, float low,
+                           float high, ImgSize size) noexcept {
+    ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 1}});
+    if (status == kImgOk) {
+        status = checkRange(low, high);
+    }
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(floatToByteC1)({src, srcStep}, {dst, dstStep}, low, high, size);
+    }
+    return status;
+}
+
+ImgStatus ImgFloatToByteC4(const float* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep, float low,
+                           float high, ImgSize size) noexcept {
+    ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 4}});
+    if (status == kImgOk) {
+        status = checkRange(low, high);
+    }
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(floatToByteC1)({src, srcStep}, {dst, dstStep}, low, high, {size.width * 4, size.height});
+    }
+    return status;
+}
+
+HWY_EXPORT(byteToFloatC1);
+ImgStatus ImgByteToFloatC1(const std::uint8_t* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, float low,
+                           float high, ImgSize size) noexcept {
+    ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 4}});
+    if (status == kImgOk) {
+        status = checkRange(low, high);
+    }
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(byteToFloatC1)({src, srcStep}, {dst, dstStep}, low, high, size);
+    }
+    return status;
+}
+
+ImgStatus ImgByteToFloatC4(const std::uint8_t* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, float low,
+                           float high, ImgSize size) noexcept {
+    ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 16}});
+    if (status == kImgOk) {
+        status = checkRange(low, high);
+    }
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(byteToFloatC1)({src, srcStep}, {dst, dstStep}, low, high, {size.width * 4, size.height});
+    }
+    return status;
+}
+
+}  // namespace lumiset
+#endif
