@@ -18,10 +18,20 @@ as_root() {
     fi
 }
 
-# Configures and builds one CMake preset.
+# Prints those of the Debian packages that are not installed.
+missing_packages() {
+    local package
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || printf '%s\n' "$package"
+    done
+}
+
+# Configures and builds one CMake preset: all of it, or the targets named.
 build_preset() {
+    local preset=$1
+    shift
     mkdir -p build
-    cmake --preset "$1" >"build/configure-$1.log" 2>&1 ||
-        { cat "build/configure-$1.log" >&2; return 1; }
-    cmake --build --preset "$1" -j "${LUMISET_JOBS:-2}"
+    cmake --preset "$preset" >"build/configure-$preset.log" 2>&1 ||
+        { cat "build/configure-$preset.log" >&2; return 1; }
+    cmake --build --preset "$preset" -j "${LUMISET_JOBS:-2}" ${1:+--target "$@"}
 }

@@ -22,6 +22,7 @@ allow frame frame host
 allow gpu gpu host platform
 allow effects effects gpu frame host
 allow support support host platform
+allow platform platform host
 allow hostkit hostkit host
 allow apps/lumiset apps/lumiset hostkit host
 
