@@ -1,0 +1,399 @@
+// Separable resampling. Each source row that is needed is filtered along x once, into a few rows of floats that
+// are kept while the rows of the destination need them; those are then summed along y.
+
+#include "frame/primitives/resize.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "frame/primitives/check.h"
+#include "frame/primitives/memory.h"
+#include "frame/primitives/resample_taps.h"
+
+#ifndef LUMISET_RESIZE_COMMON
+#define LUMISET_RESIZE_COMMON
+namespace lumiset {
+namespace {
+
+template <class T>
+struct ResizeJob {
+    Plane<const T> src;
+    ImgSize srcSize;
+    Plane<T> dst;
+    ImgResizeMap map;
+    std::uint8_t* scratch;
+    ImgSize dstSize;
+};
+
+/// Room after each row of scratch, so that whole vectors can be read and written past its end.
+constexpr std::size_t kRowSlack = 64;
+
+/// Parts of the scratch memory, as offsets in bytes.
+struct ResizeScratch {
+    std::size_t starts;     ///< first tap of each column, int32
+    std::size_t weights;    ///< of each column's taps, float
+    std::size_t sourceRow;  ///< one row of floats with `kTapMargin` pixels on both sides
+    std::size_t rows;       ///< as many rows of floats as there are taps, `rowBytes` apart
+    std::size_t rowBytes;
+    std::size_t total;
+};
+
+ResizeScratch resizeScratch(ImgSize srcSize, ImgSize dstSize, std::int32_t channels, std::int32_t interpolation) {
+    const auto taps = static_cast<std::size_t>(resampleTapCount(interpolation));
+    const auto columns = static_cast<std::size_t>(dstSize.width);
+    const auto perPixel = static_cast<std::size_t>(channels) * sizeof(float);
+    const auto padded = [](std::size_t bytes) { return (bytes + kRowSlack + 31) / 32 * 32; };
+    ResizeScratch parts{};
+    parts.weights = padded(columns * sizeof(std::int32_t));
+    parts.total = parts.weights;
+    if (interpolation != kImgNearest) {
+        parts.sourceRow = parts.weights + taps * padded(columns * sizeof(float));
+        parts.rows = parts.sourceRow + padded((static_cast<std::size_t>(srcSize.width) + 2 * kTapMargin) * perPixel);
+        parts.rowBytes = padded(columns * perPixel);
+        parts.total = parts.rows + taps * parts.rowBytes;
+    }
+    return parts;
+}
+
+struct FourFloats {
+    float samples[4];
+};
+template <class T, std::size_t kChannels>
+struct PixelOf;
+template <>
+struct PixelOf<std::uint8_t, 1> {
+    using Type = std::uint8_t;
+};
+template <>
+struct PixelOf<std::uint8_t, 4> {
+    using Type = std::uint32_t;
+};
+template <>
+struct PixelOf<float, 1> {
+    using Type = float;
+};
+template <>
+struct PixelOf<float, 4> {
+    using Type = FourFloats;
+};
+
+}  // namespace
+}  // namespace lumiset
+#endif
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frame/primitives/resize.cpp"
+#include "hwy/foreach_target.h"
+
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace lumiset::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+template <class T, std::size_t kChannels>
+void resizeNearest(const ResizeJob<T>& job) {
+    using Pixel = typename PixelOf<T, kChannels>::Type;
+    auto* columns = reinterpret_cast<std::int32_t*>(job.scratch);
+    const auto width = static_cast<std::size_t>(job.dstSize.width);
+    for (std::int32_t x = 0; x < job.dstSize.width; ++x) {
+        columns[x] = resampleTaps((x - job.map.xShift) / job.map.xFactor, job.srcSize.width, kImgNearest).start;
+    }
+    std::int32_t rowAbove = -1;
+    for (std::int32_t y = 0; y < job.dstSize.height; ++y) {
+        const std::int32_t row =
+            resampleTaps((y - job.map.yShift) / job.map.yFactor, job.srcSize.height, kImgNearest).start;
+        auto* out = reinterpret_cast<std::uint8_t*>(job.dst.row(y));
+        if (row == rowAbove) {
+            std::memcpy(out, job.dst.row(y - 1), width * sizeof(Pixel));
+            continue;
+        }
+        rowAbove = row;
+        const auto* in = reinterpret_cast<const std::uint8_t*>(job.src.row(row));
+        for (std::size_t x = 0; x < width; ++x) {
+            Pixel pixel;
+            std::memcpy(&pixel, in + static_cast<std::size_t>(columns[x]) * sizeof(Pixel), sizeof pixel);
+            std::memcpy(out + x * sizeof(Pixel), &pixel, sizeof pixel);
+        }
+    }
+}
+
+/// The source row as floats, its edge pixels repeated `kTapMargin` times on both sides. Returns its first pixel.
+template <class T, std::size_t kChannels>
+const float* spreadRow(const T* in, std::size_t width, float* row) {
+    float* first = row + kTapMargin * kChannels;
+    const std::size_t samples = width * kChannels;
+    for (std::size_t i = 0; i < samples; ++i) {
+        first[i] = static_cast<float>(in[i]);
+    }
+    for (std::size_t i = 0; i < kTapMargin * kChannels; ++i) {
+        row[i] = first[i % kChannels];
+        first[samples + i] = first[samples - kChannels + i % kChannels];
+    }
+    return first;
+}
+
+/// One row along x. Four channels: weights[x][tap]; one channel: weights[tap][x], `tapStride` floats apart.
+template <std::size_t kChannels, std::size_t kTaps>
+void filterRow(const float* HWY_RESTRICT first, const std::int32_t* HWY_RESTRICT starts,
+               const float* HWY_RESTRICT weights, std::size_t tapStride, float* HWY_RESTRICT out, std::size_t width) {
+    if constexpr (kChannels == 4) {
+        const hn::FixedTag<float, 4> d;
+        for (std::size_t x = 0; x < width; ++x) {
+            const float* pixel = first + static_cast<std::ptrdiff_t>(starts[x]) * 4;
+            const float* w = weights + x * kTaps;
+            auto sum = hn::Mul(hn::LoadU(d, pixel), hn::Set(d, w[0]));
+            for (std::size_t k = 1; k < kTaps; ++k) {
+                sum = hn::Add(sum, hn::Mul(hn::LoadU(d, pixel + 4 * k), hn::Set(d, w[k])));
+            }
+            hn::StoreU(sum, d, out + 4 * x);
+        }
+    } else {
+        const hn::ScalableTag<float> d;
+        const hn::RebindToSigned<decltype(d)> di;
+        for (std::size_t x = 0; x < width; x += hn::Lanes(d)) {
+            const auto start = hn::LoadU(di, starts + x);
+            auto sum = hn::Mul(hn::GatherIndex(d, first, start), hn::LoadU(d, weights + x));
+            for (std::size_t k = 1; k < kTaps; ++k) {
+                const auto samples = hn::GatherIndex(d, first + k, start);
+                sum = hn::Add(sum, hn::Mul(samples, hn::LoadU(d, weights + k * tapStride + x)));
+            }
+            hn::StoreU(sum, d, out + x);
+        }
+    }
+}
+
+/// The weighted sum of rows, to one row of the destination.
+template <class T, std::size_t kTaps>
+void sumRows(const float* const* rows, const float* weights, T* HWY_RESTRICT out, std::size_t samples) {
+    const hn::ScalableTag<float> d;
+    const hn::RebindToSigned<decltype(d)> di;
+    const hn::Rebind<T, decltype(d)> dOut;
+    const auto sumAt = [&](std::size_t i) HWY_ATTR {
+        auto sum = hn::Mul(hn::LoadU(d, rows[0] + i), hn::Set(d, weights[0]));
+        for (std::size_t k = 1; k < kTaps; ++k) {
+            sum = hn::Add(sum, hn::Mul(hn::LoadU(d, rows[k] + i), hn::Set(d, weights[k])));
+        }
+        if constexpr (sizeof(T) == 1) {
+            return hn::DemoteTo(dOut, hn::ConvertTo(di, hn::Add(sum, hn::Set(d, 0.5F))));
+        } else {
+            return sum;
+        }
+    };
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= samples; i += hn::Lanes(d)) {
+        hn::StoreU(sumAt(i), dOut, out + i);
+    }
+    if (i < samples) {
+        HWY_ALIGN T last[HWY_MAX_BYTES / sizeof(float)];
+        hn::StoreU(sumAt(i), dOut, last);
+        std::memcpy(out + i, last, (samples - i) * sizeof(T));
+    }
+}
+
+template <class T, std::size_t kChannels, std::size_t kTaps>
+void resizeFiltered(const ResizeJob<T>& job) {
+    const ResizeScratch parts = resizeScratch(job.srcSize, job.dstSize, kChannels, job.map.interpolation);
+    auto* starts = reinterpret_cast<std::int32_t*>(job.scratch + parts.starts);
+    auto* weights = reinterpret_cast<float*>(job.scratch + parts.weights);
+    auto* sourceRow = reinterpret_cast<float*>(job.scratch + parts.sourceRow);
+    const auto width = static_cast<std::size_t>(job.dstSize.width);
+    const std::size_t tapStride = (parts.sourceRow - parts.weights) / sizeof(float) / kTaps;
+    std::memset(job.scratch, 0, parts.sourceRow);  // vectors at the end of a row read past the last column
+    for (std::size_t x = 0; x < width; ++x) {
+        const double s = (static_cast<double>(x) - job.map.xShift) / job.map.xFactor;
+        const ResampleTaps taps = resampleTaps(s, job.srcSize.width, job.map.interpolation);
+        starts[x] = taps.start;
+        for (std::size_t k = 0; k < kTaps; ++k) {
+            weights[kChannels == 4 ? x * kTaps + k : k * tapStride + x] = taps.weights[k];
+        }
+    }
+    std::int32_t held[kTaps];  // source row in each of the kept rows
+    std::fill_n(held, kTaps, -1);
+    for (std::int32_t y = 0; y < job.dstSize.height; ++y) {
+        const ResampleTaps taps =
+            resampleTaps((y - job.map.yShift) / job.map.yFactor, job.srcSize.height, job.map.interpolation);
+        const float* rows[kTaps];
+        for (std::size_t k = 0; k < kTaps; ++k) {
+            const std::int32_t row = std::clamp(taps.start + static_cast<std::int32_t>(k), 0, job.srcSize.height - 1);
+            const std::size_t slot = static_cast<std::size_t>(row) % kTaps;
+            auto* kept = reinterpret_cast<float*>(job.scratch + parts.rows + slot * parts.rowBytes);
+            if (held[slot] != row) {
+                held[slot] = row;
+                const float* first =
+                    spreadRow<T, kChannels>(job.src.row(row), static_cast<std::size_t>(job.srcSize.width), sourceRow);
+                filterRow<kChannels, kTaps>(first, starts, weights, tapStride, kept, width);
+            }
+            rows[k] = kept;
+        }
+        sumRows<T, kTaps>(rows, taps.weights, job.dst.row(y), width * kChannels);
+    }
+}
+
+template <class T, std::size_t kChannels>
+void resizeAny(const ResizeJob<T>& job) {
+    switch (job.map.interpolation) {
+        case kImgNearest:
+            return resizeNearest<T, kChannels>(job);
+        case kImgLinear:
+            return resizeFiltered<T, kChannels, 2>(job);
+        case kImgCubic:
+            return resizeFiltered<T, kChannels, 4>(job);
+        default:
+            return resizeFiltered<T, kChannels, 6>(job);
+    }
+}
+
+}  // namespace
+
+void resize8C1(const ResizeJob<std::uint8_t>& job) {
+    resizeAny<std::uint8_t, 1>(job);
+}
+void resize8C4(const ResizeJob<std::uint8_t>& job) {
+    resizeAny<std::uint8_t, 4>(job);
+}
+void resizeFC1(const ResizeJob<float>& job) {
+    resizeAny<float, 1>(job);
+}
+void resizeFC4(const ResizeJob<float>& job) {
+    resizeAny<float, 4>(job);
+}
+
+}  // namespace lumiset::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace lumiset {
+namespace {
+
+HWY_EXPORT(resize8C1);
+HWY_EXPORT(resize8C4);
+HWY_EXPORT(resizeFC1);
+HWY_EXPORT(resizeFC4);
+
+template <class T>
+ImgStatus checkResize(const ResizeJob<T>& job, std::int32_t channels) {
+    const auto bytes = static_cast<std::int32_t>(sizeof(T)) * channels;
+    if (const ImgStatus status =
+            checkPlanes(job.srcSize, {{job.src.data, job.src.step, bytes}, arrayArgument(job.dst.data)});
+        status != kImgOk) {
+        return status;
+    }
+    if (const ImgStatus status = checkPlanes(job.dstSize, {{job.dst.data, job.dst.step, bytes}}); status != kImgOk) {
+        return status;
+    }
+    const ImgResizeMap& map = job.map;
+    const bool usable = map.xFactor > 0 && map.yFactor > 0 && std::isfinite(map.xFactor) &&
+                        std::isfinite(map.yFactor) && std::isfinite(map.xShift) && std::isfinite(map.yShift);
+    return usable && resampleTapCount(map.interpolation) != 0 ? kImgOk : kImgBadRange;
+}
+
+}  // namespace
+
+ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t interpolation, std::size_t* bytes,
+                          ImgSize dstSize) noexcept {
+    if (bytes == nullptr) {
+        return kImgNullPointer;
+    }
+    if (srcSize.width < 1 || srcSize.height < 1 || dstSize.width < 1 || dstSize.height < 1) {
+        return kImgBadSize;
+    }
+    if ((channels != 1 && channels != 4) || resampleTapCount(interpolation) == 0) {
+        return kImgBadRange;
+    }
+    // At most 6 rows and tables of 20 bytes a pixel: one comparison covers every sum above.
+    const std::int64_t pixels = std::int64_t{std::max(srcSize.width, dstSize.width)} + 64;
+    if (pixels > static_cast<std::int64_t>(std::numeric_limits<std::ptrdiff_t>::max() / 256)) {
+        return kImgNoMemory;
+    }
+    *bytes = resizeScratch(srcSize, dstSize, channels, interpolation).total;
+    return kImgOk;
+}
+
+ImgStatus ImgResize8C1(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
+                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+    const ResizeJob<std::uint8_t> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
+                                      dstSize};
+    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 1);
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(resize8C1)(job);
+    }
+    return status;
+}
+
+ImgStatus ImgResize8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
+                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+    const ResizeJob<std::uint8_t> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
+                                      dstSize};
+    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 4);
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(resize8C4)(job);
+    }
+    return status;
+}
+
+ImgStatus ImgResizeFC1(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
+                       const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+    const ResizeJob<float> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
+                               dstSize};
+    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 1);
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(resizeFC1)(job);
+    }
+    return status;
+}
+
+ImgStatus ImgResizeFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
+                       const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+    const ResizeJob<float> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
+                               dstSize};
+    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 4);
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(resizeFC4)(job);
+    }
+    return status;
+}
+
+namespace {
+
+template <class T, class Resize>
+ImgStatus resizeSimple(const T* src, std::int32_t srcStep, ImgSize srcSize, T* dst, std::int32_t dstStep,
+                       const ImgResizeMap& map, ImgSize dstSize, const Resize& resize) {
+    const ResizeJob<T> job{{src, srcStep}, srcSize, {dst, dstStep}, map, nullptr, dstSize};
+    if (const ImgStatus status = checkResize(job, 4); status != kImgOk) {
+        return status;
+    }
+    std::size_t bytes = 0;
+    if (const ImgStatus status = ImgResizeBuffer(srcSize, 4, map.interpolation, &bytes, dstSize); status != kImgOk) {
+        return status;
+    }
+    void* scratch = ImgAlloc(bytes);
+    if (scratch == nullptr) {
+        return kImgNoMemory;
+    }
+    const ImgStatus status = resize(src, srcStep, srcSize, dst, dstStep, map, scratch, dstSize);
+    ImgFree(scratch);
+    return status;
+}
+
+}  // namespace
+
+ImgStatus ImgResizeSimple8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
+                             std::int32_t dstStep, double xFactor, double yFactor, std::int32_t interpolation,
+                             ImgSize dstSize) noexcept {
+    const ImgResizeMap map{xFactor, yFactor, 0, 0, interpolation};
+    return resizeSimple(src, srcStep, srcSize, dst, dstStep, map, dstSize, ImgResize8C4);
+}
+
+ImgStatus ImgResizeSimpleFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
+                             double xFactor, double yFactor, std::int32_t interpolation, ImgSize dstSize) noexcept {
+    const ImgResizeMap map{xFactor, yFactor, 0, 0, interpolation};
+    return resizeSimple(src, srcStep, srcSize, dst, dstStep, map, dstSize, ImgResizeFC4);
+}
+
+}  // namespace lumiset
+#endif
