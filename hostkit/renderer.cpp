@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "hostkit/parameter_text.h"
+
 namespace lumiset::hostkit {
 namespace {
 
@@ -10,7 +12,7 @@ void processFrame(const EffectStage& stage, const VideoFrameDesc& source, const 
     RenderHost host(stage.parameters, info.timeSeconds, allocator);
     if (!stage.effect->ProcessFrame(&host, &source, nullptr, &destination, &info)) {
         throw RenderError("The effect \"" + stage.parameters.effect().name + "\" could not render the frame at " +
-                          std::to_string(info.timeSeconds) + " seconds.");
+                          formatNumber(info.timeSeconds, 3) + " seconds.");
     }
 }
 

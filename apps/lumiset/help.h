@@ -1,0 +1,52 @@
+#pragma once
+
+namespace lumiset::app::help {
+
+inline constexpr const char* kProgram =
+    R"(Renders video effects over images and video.
+
+  lumiset list                        the effects there are
+  lumiset show "Outline"              an effect's parameters and presets
+  lumiset render in.mp4 out.mp4 --effect "Outline" --preset "Bold Red"
+)";
+
+inline constexpr const char* kProgramFooter = R"(
+The effects come from the module libvantrel_lumiset5.so beside this program or in ../lib from there. --module or the
+environment variable LUMISET_MODULE name another one.
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted (143 by SIGTERM). Messages go to standard error.
+"lumiset render --help" tells how values are written and gives examples.)";
+
+inline constexpr const char* kRender =
+    R"(Renders INPUT through one or more effects to OUTPUT.
+
+INPUT is an image, an image sequence (shot_%04d.png), a video, "-" for y4m on standard input, or
+"scene[:WIDTHxHEIGHT[:SECONDS[:FPS]]]", a moving picture made here for trying effects.
+OUTPUT is chosen by its extension; "-" is y4m on standard output. Sound is copied. The file appears under its name
+when it is complete: a run that fails or is interrupted leaves what was there before.
+)";
+
+inline constexpr const char* kRenderFooter = R"(
+How values are written, as "lumiset show EFFECT" lists them:
+  slider   "Width=30"            in the range that the panel shows; "Width=30%" is the same
+  colour   "Color=#FF8000"       red, green, blue
+  point    "Center=25,75"        percent of the width from the left and of the height from the top
+  switch   "Battery=off"         on/off, true/false, yes/no, 1/0
+  list     "Blend Mode=Screen"   the item or its number from 0
+Case does not matter. A label that occurs twice is told apart by its group box, "Image/Tint=20", or by its number,
+"#2=20". With --key the value moves in straight lines from key to key; times count from the start of the file, also
+behind --start.
+
+Examples:
+  A preset on a picture with transparent parts:
+    lumiset render logo.png glow.png --effect Outline --preset "Red Glow"
+  The same with a thinner band on a clip, whose transparency is kept:
+    lumiset render title.mov out.mov --effect Outline --preset "Red Glow" --set Width=10
+  A band that grows in two seconds:
+    lumiset render title.mov out.mov --effect Outline --key Width@0=0 --key Width@2=60
+  Two effects, the second works on the picture of the first:
+    lumiset render scene:1280x720:5 out.mp4 --effect Outline --set "Color=#FFD040" --effect Outline --set Width=20
+  From and to another program:
+    ffmpeg -i in.avi -f yuv4mpegpipe - | lumiset render - - --effect Outline | ffplay -)";
+
+}  // namespace lumiset::app::help

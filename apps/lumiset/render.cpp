@@ -1,0 +1,191 @@
+#include "apps/lumiset/render.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <thread>
+
+#include "apps/lumiset/interruption.h"
+#include "apps/lumiset/media/media.h"
+#include "apps/lumiset/ordered_pipeline.h"
+#include "apps/lumiset/progress.h"
+#include "hostkit/host_allocator.h"
+
+namespace lumiset::app {
+namespace {
+
+struct Job {
+    media::Picture source;
+    media::Picture result;
+};
+
+PixelFormat workFormat(const RenderRequest& request) {
+    if (request.floatDepth) {
+        return request.argb ? kFormatArgbFloat : kFormatBgraFloat;
+    }
+    return request.argb ? kFormatArgb8 : kFormatBgra8;
+}
+
+VideoFrameDesc frameOf(media::Picture& picture) {
+    VideoFrameDesc frame{};
+    frame.data = picture.data.data();
+    frame.width = picture.width;
+    frame.height = picture.height;
+    frame.stride = picture.stride;
+    frame.bytesPerPixel = picture.bytesPerPixel();
+    frame.format = picture.depth == media::Depth::kFloat ? kFormatBgraFloat : kFormatBgra8;
+    return frame;
+}
+
+hostkit::FrameContext contextOf(const media::Picture& picture, const media::VideoFormat& format) {
+    hostkit::FrameContext context;
+    context.timeSeconds = picture.timeSeconds;
+    const double rate = format.frameRate.value();
+    context.durationSeconds = rate > 0.0 ? 1.0 / rate : 0.0;
+    context.pixelAspect = format.pixelAspect.value();
+    if (picture.interlaced) {
+        context.fields = picture.topFieldFirst ? hostkit::FieldOrder::kTopFirst : hostkit::FieldOrder::kBottomFirst;
+    }
+    return context;
+}
+
+template <class Sample>
+bool hasTransparency(const media::Picture& picture, Sample opaque) {
+    for (int y = 0; y < picture.height; ++y) {
+        const auto* pixel = reinterpret_cast<const Sample*>(picture.row(y));
+        for (int x = 0; x < picture.width; ++x) {
+            if (pixel[4 * x + 3] < opaque) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+bool hasTransparency(const media::Picture& picture) {
+    return picture.depth == media::Depth::kFloat ? hasTransparency<float>(picture, 1.0F)
+                                                 : hasTransparency<std::uint8_t>(picture, 255);
+}
+
+media::SourceOptions sourceOptions(const RenderRequest& request) {
+    media::SourceOptions options;
+    options.depth = request.floatDepth ? media::Depth::kFloat : media::Depth::kEightBit;
+    options.startSeconds = request.startSeconds;
+    options.durationSeconds = request.durationSeconds;
+    if (request.framesPerSecond > 0.0) {
+        // Thousandths of 1001 hold 23.976 and its kin exactly.
+        const double thousandths = request.framesPerSecond * 1001.0;
+        const bool ntsc = std::abs(thousandths - std::round(thousandths / 1000.0) * 1000.0) < 2.0 &&
+                          std::abs(request.framesPerSecond - std::round(request.framesPerSecond)) > 1e-6;
+        options.frameRate =
+            ntsc ? media::Rational{static_cast<int>(std::lround(thousandths / 1000.0)) * 1000, 1001}
+                 : media::Rational{static_cast<int>(std::lround(request.framesPerSecond * 1000.0)), 1000};
+    }
+    options.threads = request.threads;
+    return options;
+}
+
+int renderThreads(const RenderRequest& request) {
+    return request.threads > 0 ? request.threads : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+}
+
+/// The writing end: opens the output with the first result, since only that tells whether an effect has cut
+/// holes into an opaque input, which the output then needs room for.
+class Output {
+public:
+    Output(const RenderRequest& request, const media::Source& source)
+        : m_request(request), m_source(source), m_progress(request.quiet, source.format().frameCount) {}
+
+    void write(const media::Picture& picture) {
+        if (!m_sink) {
+            media::VideoFormat format = m_source.format();
+            format.hasAlpha = format.hasAlpha || hasTransparency(picture);
+            media::SinkOptions options;
+            options.codec = m_request.codec;
+            options.quality = m_request.quality;
+            options.threads = m_request.threads;
+            m_sink = media::openSink(m_request.output, format, options, &m_source);
+        }
+        m_sink->write(picture);
+        ++m_frames;
+    }
+
+    /// Shows the progress; ends the program when a signal has come.
+    void tick() {
+        if (const int signal = interruptingSignal(); signal != 0) {
+            m_progress.clear();
+            m_sink.reset();
+            fmt::print(stderr, "lumiset: Interrupted; {} is as it was before.\n",
+                       m_request.output == "-" ? "nothing else" : "\"" + m_request.output + "\"");
+            // The reading thread may be waiting for a pipe that will never deliver: nobody waits for it.
+            std::fflush(nullptr);
+            std::_Exit(128 + signal);
+        }
+        m_progress.show(m_frames);
+    }
+
+    void clearProgress() { m_progress.clear(); }
+
+    void finish() {
+        tick();
+        if (!m_sink) {
+            throw media::MediaError(
+                fmt::format("\"{}\" has no picture in the time that was asked for.", m_request.input));
+        }
+        m_sink->finish();
+        m_progress.finish(m_frames, m_request.output);
+        if (!m_request.quiet) {
+            for (const std::string& note : m_sink->notes()) {
+                fmt::print(stderr, "{}\n", note);
+            }
+        }
+    }
+
+private:
+    const RenderRequest& m_request;
+    const media::Source& m_source;
+    Progress m_progress;
+    std::unique_ptr<media::Sink> m_sink;
+    std::int64_t m_frames = 0;
+};
+
+}  // namespace
+
+void render(const RenderRequest& request, const std::vector<hostkit::EffectStage>& chain) {
+    const std::unique_ptr<media::Source> source = media::openSource(request.input, sourceOptions(request));
+    watchForInterruption();
+    const media::VideoFormat& format = source->format();
+    const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
+    const int threads = renderThreads(request);
+    std::vector<hostkit::Renderer> renderers;
+    for (int i = 0; i < threads; ++i) {
+        renderers.emplace_back(chain, workFormat(request), allocator.get());
+    }
+    Output output(request, *source);
+    PipelineSteps<Job> steps;
+    steps.read = [&](Job& job) { return source->read(job.source); };
+    steps.work = [&](Job& job, int worker) {
+        job.result.allocate(job.source.width, job.source.height, job.source.depth);
+        job.result.pts = job.source.pts;
+        job.result.timeSeconds = job.source.timeSeconds;
+        job.result.interlaced = job.source.interlaced;
+        job.result.topFieldFirst = job.source.topFieldFirst;
+        renderers[static_cast<std::size_t>(worker)].render(frameOf(job.source), frameOf(job.result),
+                                                           contextOf(job.source, format));
+    };
+    steps.write = [&](Job& job) { output.write(job.result); };
+    steps.tick = [&] { output.tick(); };
+    try {
+        OrderedPipeline<Job>(threads, std::move(steps)).run();
+        output.finish();
+    } catch (...) {
+        output.clearProgress();
+        throw;
+    }
+}
+
+}  // namespace lumiset::app
