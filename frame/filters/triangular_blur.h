@@ -6,9 +6,6 @@
 
 namespace lumiset {
 
-/// Layout of the pixels to blur.
-enum class BlurPixels { kMask8, kColor8, kMaskFloat, kColorFloat };
-
 struct TriangularBlurJob {
     const std::uint8_t* src;
     std::int32_t srcStride;  ///< bytes
@@ -18,12 +15,14 @@ struct TriangularBlurJob {
     std::int32_t height;
     std::int32_t sizeX;  ///< 1..1000
     std::int32_t sizeY;
-    BlurPixels pixels;
+    std::int32_t channels;    ///< 1 or 4
     std::int32_t keptSample;  ///< position in `src` of a sample that is copied instead, -1 for none
     bool reverseSamples;      ///< store the four samples of a pixel in reverse order
 };
 
-/// Blurs as `FrameBlur` describes. False, before anything is written, when there is no memory.
-[[nodiscard]] bool triangularBlur(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept;
+/// Blur as `FrameBlur` describes, for 8-bit and for float samples. False, before anything is written, when there is
+/// no memory.
+[[nodiscard]] bool triangularBlurBytes(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept;
+[[nodiscard]] bool triangularBlurFloats(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept;
 
 }  // namespace lumiset

@@ -15,14 +15,6 @@ std::int32_t wholeSize(float radius) {
     return radius >= 1.0F ? static_cast<std::int32_t>(std::min(radius, static_cast<float>(kLargestBlur))) : 0;
 }
 
-BlurPixels blurPixels(std::int32_t format) {
-    const bool isFloat = isFloatFormat(format);
-    if (AlphaIndex(format) < 0) {
-        return isFloat ? BlurPixels::kMaskFloat : BlurPixels::kMask8;
-    }
-    return isFloat ? BlurPixels::kColorFloat : BlurPixels::kColor8;
-}
-
 void copyRows(const Frame& src, Frame& dst, ImgSize size) {
     const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(src.BytesPerPixel());
     for (std::int32_t y = 0; y < size.height; ++y) {
@@ -57,9 +49,18 @@ bool FrameBlur(const Frame& src, Frame& dst, float radiusX, float radiusY, Memor
     const bool reorder = (src.Format() == kFormatArgb8 && format == kFormatBgra8) ||
                          (src.Format() == kFormatArgbFloat && format == kFormatBgraFloat);
     const std::int32_t alpha = AlphaIndex(reorder ? src.Format() : format);
-    return triangularBlur({source.data(), source.stride(), dst.Data(), dst.Stride(), size.width, size.height, sizeX,
-                           sizeY, blurPixels(format), includeAlpha ? -1 : alpha, reorder},
-                          memory);
+    const TriangularBlurJob job{source.data(),
+                                source.stride(),
+                                dst.Data(),
+                                dst.Stride(),
+                                size.width,
+                                size.height,
+                                sizeX,
+                                sizeY,
+                                AlphaIndex(format) < 0 ? 1 : 4,
+                                includeAlpha ? -1 : alpha,
+                                reorder};
+    return isFloatFormat(format) ? triangularBlurFloats(job, memory) : triangularBlurBytes(job, memory);
 }
 
 }  // namespace lumiset
