@@ -1,0 +1,269 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstring>
+
+#include "apps/lumiset/media/media.h"
+#include "hostkit/module.h"
+#include "hostkit/renderer.h"
+#include "tests/lumiset/cli_run.h"
+
+namespace lumiset::test {
+namespace {
+
+using media::Picture;
+
+VideoFrameDesc frameOf(Picture& picture) {
+    return {picture.data.data(), picture.width, picture.height, picture.stride, 4, {0, 0}, kFormatBgra8, 0};
+}
+
+std::uint32_t pixelAt(const Picture& picture, int x, int y) {
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, picture.row(y) + 4 * x, 4);
+    return pixel;  // 0xAARRGGBB
+}
+
+std::vector<Picture> readAll(const std::string& file, const media::SourceOptions& options = {}) {
+    const std::unique_ptr<media::Source> source = media::openSource(file, options);
+    std::vector<Picture> pictures;
+    for (Picture picture; source->read(picture);) {
+        pictures.push_back(picture);
+    }
+    return pictures;
+}
+
+/// The largest difference of two pictures' samples where they can be seen; 256 for pictures of two sizes.
+int largestDifference(const Picture& a, const Picture& b) {
+    if (a.width != b.width || a.height != b.height) {
+        return 256;
+    }
+    int largest = 0;
+    for (int y = 0; y < a.height; ++y) {
+        for (int i = 0; i < 4 * a.width; ++i) {
+            const bool invisible = a.row(y)[i | 3] == 0 && b.row(y)[i | 3] == 0;
+            largest = std::max(largest, invisible ? 0 : std::abs(a.row(y)[i] - b.row(y)[i]));
+        }
+    }
+    return largest;
+}
+
+/// A white square, 8 pixels wide, in the middle of nothing.
+std::string writeSquare(const TemporaryFolder& folder) {
+    media::VideoFormat format;
+    format.width = 80;
+    format.height = 60;
+    format.hasAlpha = true;
+    Picture picture;
+    picture.allocate(80, 60, media::Depth::kEightBit);
+    for (int y = 0; y < 60; ++y) {
+        for (int x = 0; x < 80; ++x) {
+            const bool inside = x >= 36 && x < 44 && y >= 26 && y < 34;
+            std::memset(picture.row(y) + 4 * x, inside ? 255 : 0, 4);
+        }
+    }
+    const std::string file = folder / "square.png";
+    const std::unique_ptr<media::Sink> sink = media::openSink(file, format);
+    sink->write(picture);
+    sink->finish();
+    return file;
+}
+
+/// What the host kit makes of a clip through Outline with a moving width, the fields of interlaced pictures each on
+/// their own.
+std::vector<Picture> outlined(const std::string& input) {
+    const hostkit::Module module;
+    const hostkit::EffectCatalogue catalogue(module.library());
+    const hostkit::EffectDescription& outline = catalogue.effect("Outline");
+    std::vector<hostkit::EffectStage> chain{
+        {hostkit::ComPtr<IVideoGPUEffect>::adopt(module.library().CreateEffect(outline.index)),
+         hostkit::ParameterStore(outline)}};
+    hostkit::ParameterStore& parameters = chain[0].parameters;
+    parameters.apply(outline.preset("Red Glow"));
+    parameters.addKey("Width", 0.0, "0");
+    parameters.addKey("Width", 1.0, "100");
+    hostkit::Renderer renderer(chain, kFormatBgra8);
+    const double frameSeconds = 1.0 / media::openSource(input)->format().frameRate.value();
+    std::vector<Picture> pictures = readAll(input);
+    for (Picture& picture : pictures) {
+        Picture source = picture;
+        const hostkit::FieldOrder fields = !picture.interlaced     ? hostkit::FieldOrder::kProgressive
+                                           : picture.topFieldFirst ? hostkit::FieldOrder::kTopFirst
+                                                                   : hostkit::FieldOrder::kBottomFirst;
+        renderer.render(frameOf(source), frameOf(picture), {picture.timeSeconds, frameSeconds, 1.0, fields});
+    }
+    return pictures;
+}
+
+std::vector<std::string> outlineCommand(const std::string& input, const std::string& output,
+                                        std::vector<std::string> more = {}) {
+    more.insert(more.begin(), {"render", input, output, "--effect", "outline", "--preset", "Red Glow", "--key",
+                               "Width@0=0", "--key", "Width@1=100"});
+    return more;
+}
+
+TEST(Render, DrawsTheEffectOnAPictureInEveryDepthAndLayout) {
+    const TemporaryFolder folder;
+    const std::string input = writeSquare(folder);
+    const std::string output = folder / "out.png";
+    std::vector<Picture> results;
+    for (const char* depth : {"8", "float"}) {
+        for (const char* layout : {"bgra", "argb"}) {
+            const RunResult run = runLumiset({"render", input, output, "--effect", "Outline", "--preset", "Solid Black",
+                                              "--set", "Color=#FF8000", "--depth", depth, "--layout", layout});
+            ASSERT_EQ(run.status, 0) << run.err;
+            EXPECT_NE(run.err.find("1 frame in"), std::string::npos) << run.err;
+            EXPECT_EQ(folder.entries(), 2) << "nothing but input and output";
+            results.push_back(readAll(output).at(0));
+        }
+    }
+    EXPECT_EQ(pixelAt(results[0], 40, 30), 0xFFFFFFFFU) << "the square";
+    EXPECT_EQ(pixelAt(results[0], 34, 30), 0xFFFF8000U) << "the band";
+    EXPECT_EQ(pixelAt(results[0], 10, 30) >> 24U, 0U) << "beyond it";
+    for (const Picture& result : results) {
+        EXPECT_LE(largestDifference(result, results[0]), 1);
+    }
+}
+
+TEST(Render, KeepsTheOrderAndTimesOfAClipAndItsKeyframes) {
+    const TemporaryFolder folder;
+    const std::string input = "scene:96x64:1:12";
+    const std::string output = folder / "out.mkv";
+    const std::vector<Picture> expected = outlined(input);
+    ASSERT_EQ(expected.size(), 12U);
+    for (const char* threads : {"1", "3"}) {
+        const RunResult run = runLumiset(outlineCommand(input, output, {"--codec", "ffv1", "--threads", threads}));
+        ASSERT_EQ(run.status, 0) << run.err;
+        const std::vector<Picture> results = readAll(output);
+        ASSERT_EQ(results.size(), expected.size());
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            EXPECT_LE(largestDifference(results[i], expected[i]), 0) << "picture " << i;
+            EXPECT_NEAR(results[i].timeSeconds, static_cast<double>(i) / 12.0, 0.001);
+        }
+    }
+    EXPECT_GT(largestDifference(expected[2], expected[3]), 100) << "or the order would not show";
+}
+
+TEST(Render, CutsAPieceThatLooksAsInTheWhole) {
+    const TemporaryFolder folder;
+    const std::string input = "scene:96x64:1:12";
+    const std::vector<Picture> expected = outlined(input);
+    const RunResult run = runLumiset(outlineCommand(
+        input, folder / "piece.mkv", {"--codec", "ffv1", "--start", "0.25", "--duration", "0.5", "--quiet"}));
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    const std::vector<Picture> results = readAll(folder / "piece.mkv");
+    ASSERT_EQ(results.size(), 6U);
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        EXPECT_LE(largestDifference(results[i], expected[i + 3]), 0) << "picture " << i;
+    }
+}
+
+TEST(Render, RendersTheFieldsOfInterlacedVideo) {
+    const TemporaryFolder folder;
+    const std::string input = folder / "fields.mkv";
+    {
+        std::vector<Picture> pictures = readAll("scene:96x64:0.5:10");
+        media::VideoFormat format = media::openSource("scene:96x64:0.5:10")->format();
+        format.interlaced = true;
+        format.topFieldFirst = true;
+        media::SinkOptions options;
+        options.codec = "ffv1";
+        const std::unique_ptr<media::Sink> sink = media::openSink(input, format, options);
+        for (Picture& picture : pictures) {
+            picture.interlaced = true;
+            sink->write(picture);
+        }
+        sink->finish();
+    }
+    ASSERT_TRUE(readAll(input).at(0).interlaced);
+    const std::vector<Picture> expected = outlined(input);
+    const RunResult run = runLumiset(outlineCommand(input, folder / "out.mkv", {"--codec", "ffv1"}));
+    ASSERT_EQ(run.status, 0) << run.err;
+    const std::vector<Picture> results = readAll(folder / "out.mkv");
+    ASSERT_EQ(results.size(), expected.size());
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        EXPECT_LE(largestDifference(results[i], expected[i]), 0) << "picture " << i;
+        EXPECT_TRUE(results[i].interlaced);
+    }
+}
+
+TEST(Render, AppliesSeveralEffectsInTurnEachWithItsOwnValues) {
+    const TemporaryFolder folder;
+    const std::string input = writeSquare(folder);
+    const RunResult run =
+        runLumiset({"render", input, folder / "out.png", "--effect", "Outline", "--preset", "Inked Lines", "--set",
+                    "Width=60", "--effect", "Outline", "--preset", "Bold Red", "--set", "Width=100"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const Picture result = readAll(folder / "out.png").at(0);
+    EXPECT_EQ(pixelAt(result, 40, 30), 0xFFFFFFFFU);
+    EXPECT_EQ(pixelAt(result, 35, 30), 0xFF000000U) << "the first band, two pixels wide";
+    EXPECT_EQ(pixelAt(result, 32, 30), 0xFFFF0000U) << "the second one around it";
+}
+
+TEST(Render, GoesThroughPipes) {
+    const TemporaryFolder folder;
+    const RunResult made = runLumiset(outlineCommand("scene:32x16:1:5", "-"));
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(made.out.rfind("YUV4MPEG2 W32 H16 F5:1", 0), 0U) << made.out.substr(0, 60);
+    writeFile(folder / "clip.y4m", made.out);
+    const RunResult passed = runLumiset(outlineCommand("-", "-"), folder / "clip.y4m");
+    ASSERT_EQ(passed.status, 0) << passed.err;
+    EXPECT_EQ(passed.out.size(), made.out.size());
+}
+
+TEST(Render, FailsWithOneSentenceAndLeavesTheOldOutput) {
+    const TemporaryFolder folder;
+    const std::string square = writeSquare(folder);
+    const std::string truncated = folder / "truncated.png";
+    writeFile(truncated, contentsOf(square).substr(0, 90));
+    const std::string text = folder / "text.mp4";
+    writeFile(text, "not a video");
+    const std::string output = folder / "out.png";
+    writeFile(output, "old");
+    const auto entries = folder.entries();
+    struct Case {
+        std::string input;
+        std::string output;
+        std::vector<std::string> more;
+    };
+    const Case kCases[] = {{folder / "absent.png", output, {}},
+                           {truncated, output, {}},
+                           {text, output, {}},
+                           {folder.path().string(), output, {}},
+                           {square, folder / "absent/out.png", {}},
+                           {square, folder / "out.xyz", {}},
+                           {"scene:0x0", output, {}},
+                           {"scene:32x32:1", output, {"--start", "5"}}};
+    for (const Case& each : kCases) {
+        const RunResult run = runLumiset(outlineCommand(each.input, each.output, each.more));
+        EXPECT_EQ(run.status, 1) << each.input << ' ' << each.output << '\n' << run.err;
+        EXPECT_EQ(run.err.rfind("lumiset: ", 0), 0U) << run.err;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+        EXPECT_EQ(contentsOf(output), "old") << each.input;
+        EXPECT_EQ(folder.entries(), entries) << "a file was left behind by " << each.input << ' ' << each.output;
+    }
+}
+
+TEST(Render, StopsCleanlyWhenInterrupted) {
+    for (const int number : {SIGINT, SIGTERM}) {
+        const TemporaryFolder folder;
+        const std::string output = folder / "out.mkv";
+        writeFile(output, "old");
+        const RunResult run = runLumiset(outlineCommand("scene:320x240:3600", output), "/dev/null", [&](pid_t process) {
+            // The temporary file beside the old one tells that the render is under way.
+            for (int i = 0; i < 1000 && folder.entries() < 2; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+            EXPECT_EQ(folder.entries(), 2);
+            ::kill(process, number);
+        });
+        EXPECT_EQ(run.status, 128 + number) << run.err;
+        EXPECT_NE(run.err.find("Interrupted"), std::string::npos) << run.err;
+        EXPECT_EQ(folder.entries(), 1);
+        EXPECT_EQ(contentsOf(output), "old");
+    }
+}
+
+}  // namespace
+}  // namespace lumiset::test

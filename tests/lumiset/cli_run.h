@@ -1,0 +1,101 @@
+#pragma once
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace lumiset::test {
+
+/// A folder that is empty at first and gone with the object.
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "lumiset_test_XXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("no temporary folder");
+        }
+        m_path = name;
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::permissions(m_path, std::filesystem::perms::owner_all, ignored);
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    [[nodiscard]] std::string operator/(const std::string& name) const { return (m_path / name).string(); }
+    [[nodiscard]] const std::filesystem::path& path() const { return m_path; }
+    /// Number of files and folders in it.
+    [[nodiscard]] std::ptrdiff_t entries() const {
+        return std::distance(std::filesystem::directory_iterator(m_path), std::filesystem::directory_iterator());
+    }
+
+private:
+    std::filesystem::path m_path;
+};
+
+inline std::string contentsOf(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+inline void writeFile(const std::string& file, const std::string& contents) {
+    std::ofstream(file, std::ios::binary) << contents;
+}
+
+struct RunResult {
+    int status = -1;  ///< exit status; 1000 + signal for a program that a signal ended
+    std::string out;
+    std::string err;
+};
+
+/// Runs the built `lumiset`, with standard input from the file `input`. `meanwhile` is given the process while it
+/// runs.
+inline RunResult runLumiset(std::vector<std::string> arguments, const std::string& input = "/dev/null",
+                            const std::function<void(pid_t)>& meanwhile = {}) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out";
+    const std::string err = folder / "err";
+    posix_spawn_file_actions_t files;
+    ::posix_spawn_file_actions_init(&files);
+    ::posix_spawn_file_actions_addopen(&files, 0, input.c_str(), O_RDONLY, 0);
+    ::posix_spawn_file_actions_addopen(&files, 1, out.c_str(), O_WRONLY | O_CREAT, 0600);
+    ::posix_spawn_file_actions_addopen(&files, 2, err.c_str(), O_WRONLY | O_CREAT, 0600);
+    arguments.insert(arguments.begin(), LUMISET_PROGRAM);
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) {
+        argv.push_back(argument.data());
+    }
+    argv.push_back(nullptr);
+    pid_t process = 0;
+    const int error = ::posix_spawn(&process, LUMISET_PROGRAM, &files, nullptr, argv.data(), environ);
+    ::posix_spawn_file_actions_destroy(&files);
+    RunResult result;
+    if (error != 0) {
+        result.err = "the program does not start";
+        return result;
+    }
+    if (meanwhile) {
+        meanwhile(process);
+    }
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+    result.out = contentsOf(out);
+    result.err = contentsOf(err);
+    return result;
+}
+
+}  // namespace lumiset::test
