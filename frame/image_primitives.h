@@ -11,5 +11,6 @@
 #include "frame/primitives/convert.h"
 #include "frame/primitives/copy.h"
 #include "frame/primitives/fill.h"
+#include "frame/primitives/lookup.h"
 #include "frame/primitives/memory.h"
 #include "frame/primitives/status.h"

@@ -48,7 +48,7 @@ HWY_INLINE AlphaF alphaOf(VecF pixels) {
 template <int kAlphaIndex>
 void premultiply8(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, ImgSize size) {
     mapPlane<Touch::kAllFour>(
-        size, dst, [](Vec8 v) HWY_ATTR { return scaledProducts(split(v), alphaOf<kAlphaIndex>(v).colour); }, src);
+        size, dst, [](Vec8 v) HWY_ATTR { return join(scaledProducts(split(v), alphaOf<kAlphaIndex>(v).colour)); }, src);
 }
 
 template <int kAlphaIndex>
@@ -65,7 +65,9 @@ void overStraight8(Plane<const std::uint8_t> top, Plane<const std::uint8_t> bott
         [](Vec8 t, Vec8 b) HWY_ATTR {
             const Alpha8 alpha = alphaOf<kAlphaIndex>(t);
             // The two rounded-down products never pass 255 together.
-            return hn::Add(scaledProducts(split(t), alpha.colour), scaledProducts(split(b), complement(alpha.all)));
+            const Halves above = scaledProducts(split(t), alpha.colour);
+            const Halves below = scaledProducts(split(b), complement(alpha.all));
+            return join({hn::Add(above.even, below.even), hn::Add(above.odd, below.odd)});
         },
         top, bottom);
 }
@@ -75,8 +77,9 @@ void overPremultiplied8(Plane<const std::uint8_t> top, Plane<const std::uint8_t>
                         ImgSize size) {
     mapPlane<Touch::kAllFour>(
         size, dst,
-        [](Vec8 t, Vec8 b)
-            HWY_ATTR { return hn::SaturatedAdd(t, scaledProducts(split(b), complement(alphaOf<kAlphaIndex>(t).all))); },
+        [](Vec8 t, Vec8 b) HWY_ATTR {
+            return hn::SaturatedAdd(t, join(scaledProducts(split(b), complement(alphaOf<kAlphaIndex>(t).all))));
+        },
         top, bottom);
 }
 

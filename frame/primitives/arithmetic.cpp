@@ -13,7 +13,7 @@ namespace {
 
 void scale8(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, Vec8 factors, Touch touch, ImgSize size) {
     const Halves wide = split(factors);
-    const auto op = [&](Vec8 v) HWY_ATTR { return scaledProducts(split(v), wide); };
+    const auto op = [&](Vec8 v) HWY_ATTR { return join(scaledProducts(split(v), wide)); };
     if (touch == Touch::kOneChannel) {
         mapPlane<Touch::kOneChannel>(size, dst, op, src);
     } else {

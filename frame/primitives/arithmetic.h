@@ -1,6 +1,6 @@
 #pragma once
 
-// Sums, products, limits and tables, sample by sample. Arguments are checked and pointers may be advanced as told
+// Sums, products and limits, sample by sample. Arguments are checked and pointers may be advanced as told
 // in copy.h. A destination may be one of the sources. One-channel functions serve whole four-channel rows too,
 // with the width given in samples.
 
@@ -69,12 +69,5 @@ ImgStatus ImgLimitFC4(float* plane, std::int32_t step, const float* limits, ImgS
 /// is negative.
 ImgStatus ImgSquareFC1(float* plane, std::int32_t step, ImgSize size) noexcept;
 ImgStatus ImgSquareRootFC1(float* plane, std::int32_t step, ImgSize size) noexcept;
-
-/// Entry `table[sample]` of `table[256]`.
-ImgStatus ImgLookup8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                       const std::uint8_t* table, ImgSize size) noexcept;
-/// The first three samples of each pixel, each through its own `tables[i][256]`; the fourth of `dst` stays.
-ImgStatus ImgLookup8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                       const std::uint8_t* const* tables, ImgSize size) noexcept;
 
 }  // namespace lumiset

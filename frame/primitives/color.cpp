@@ -11,25 +11,21 @@ HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
 
-struct Triple {
-    VecF first;
-    VecF second;
-    VecF third;
-};
+using Floats = Triple<VecF>;
 
-HWY_INLINE VecF weighted(const Triple& samples, const Triple& weights) {
+HWY_INLINE VecF weighted(const Floats& samples, const Floats& weights) {
     return hn::Add(hn::Add(hn::Mul(weights.first, samples.first), hn::Mul(weights.second, samples.second)),
                    hn::Mul(weights.third, samples.third));
 }
-HWY_INLINE Triple spread(const float* three) {
+HWY_INLINE Floats spread(const float* three) {
     return {hn::Set(TagF(), three[0]), hn::Set(TagF(), three[1]), hn::Set(TagF(), three[2])};
 }
-HWY_INLINE Triple coloursOf(Vec8 pixels) {
+HWY_INLINE Floats coloursOf(Vec8 pixels) {
     return {byteOfPixel<0>(pixels), byteOfPixel<1>(pixels), byteOfPixel<2>(pixels)};
 }
 
 /// r, g, b to hue, saturation and value. Hue and saturation are 0..1; value has the scale of r, g, b.
-HWY_INLINE Triple hsvOf(VecF r, VecF g, VecF b) {
+HWY_INLINE Floats hsvOf(VecF r, VecF g, VecF b) {
     const VecF zero = hn::Zero(TagF());
     const VecF one = hn::Set(TagF(), 1.0F);
     const VecF six = hn::Set(TagF(), 6.0F);
@@ -60,7 +56,7 @@ HWY_INLINE VecF colourOf(VecF sector, VecF chroma, VecF value, float corner) {
     return hn::Sub(value, hn::Mul(chroma, limited));
 }
 /// The way back. Hue is 0..1, both ends being red.
-HWY_INLINE Triple rgbOf(VecF hue, VecF saturation, VecF value) {
+HWY_INLINE Floats rgbOf(VecF hue, VecF saturation, VecF value) {
     const VecF sector = hn::Mul(hue, hn::Set(TagF(), 6.0F));
     const VecF chroma = hn::Mul(value, saturation);
     return {colourOf(sector, chroma, value, 5.0F), colourOf(sector, chroma, value, 3.0F),
@@ -70,9 +66,9 @@ HWY_INLINE Triple rgbOf(VecF hue, VecF saturation, VecF value) {
 /// Hue, saturation and value pixels of 8-bit colours that follow each other as `kBgr` tells.
 template <bool kBgr>
 HWY_INLINE Vec8 hsvPixels(Vec8 pixels) {
-    const Triple in = coloursOf(pixels);
+    const Floats in = coloursOf(pixels);
     const VecF full = hn::Set(TagF(), 255.0F);
-    const Triple hsv = kBgr ? hsvOf(in.third, in.second, in.first) : hsvOf(in.first, in.second, in.third);
+    const Floats hsv = kBgr ? hsvOf(in.third, in.second, in.first) : hsvOf(in.first, in.second, in.third);
     const VecF turn = hn::Mul(hsv.first, full);
     const VecF hue = hn::IfThenElseZero(hn::Lt(turn, hn::Set(TagF(), 254.5F)), turn);
     const VecF saturation = hn::Mul(hsv.second, full);
@@ -80,62 +76,26 @@ HWY_INLINE Vec8 hsvPixels(Vec8 pixels) {
 }
 template <bool kBgr>
 HWY_INLINE Vec8 rgbPixels(Vec8 pixels) {
-    const Triple in = coloursOf(pixels);
+    const Floats in = coloursOf(pixels);
     const VecF full = hn::Set(TagF(), 255.0F);
     const VecF hue = hn::Div(kBgr ? in.third : in.first, full);
-    const Triple rgb = rgbOf(hue, hn::Div(in.second, full), kBgr ? in.first : in.third);
+    const Floats rgb = rgbOf(hue, hn::Div(in.second, full), kBgr ? in.first : in.third);
     return kBgr ? pixelsOf(rgb.third, rgb.second, rgb.first) : pixelsOf(rgb.first, rgb.second, rgb.third);
-}
-
-/// dst = op(first, second, third) for the first three floats of each pixel, taken apart into vectors.
-template <class Op>
-HWY_INLINE void mapColours(ImgSize size, Plane<const float> src, Plane<float> dst, const Op& op) {
-    const TagF d;
-    const std::size_t pixels = hn::Lanes(d);
-    const std::size_t samples = samplesInRow<Touch::kFirstThree>(size.width);
-    const auto step = [&](const float* in, float* out) HWY_ATTR {
-        VecF first;
-        VecF second;
-        VecF third;
-        VecF fourth;
-        hn::LoadInterleaved4(d, out, first, second, third, fourth);
-        VecF unused;
-        hn::LoadInterleaved4(d, in, first, second, third, unused);
-        const Triple result = op(first, second, third);
-        hn::StoreInterleaved4(result.first, result.second, result.third, fourth, d, out);
-    };
-    for (std::int32_t y = 0; y < size.height; ++y) {
-        const float* in = src.row(y);
-        float* out = dst.row(y);
-        std::size_t i = 0;
-        for (; i + 4 * pixels <= samples; i += 4 * pixels) {
-            step(in + i, out + i);
-        }
-        if (i < samples) {
-            HWY_ALIGN float lastIn[HWY_MAX_BYTES] = {};
-            HWY_ALIGN float lastOut[HWY_MAX_BYTES] = {};
-            const std::size_t rest = (samples - i) * sizeof(float);
-            std::memcpy(lastIn, in + i, rest);
-            std::memcpy(lastOut, out + i, rest);
-            step(lastIn, lastOut);
-            std::memcpy(out + i, lastOut, rest);
-        }
-    }
 }
 
 template <bool kBgr>
 void rgbToHsvF(Plane<const float> src, Plane<float> dst, ImgSize size) {
-    mapColours(size, src, dst, [](VecF first, VecF second, VecF third) HWY_ATTR {
-        const Triple hsv = kBgr ? hsvOf(third, second, first) : hsvOf(first, second, third);
-        return kBgr ? Triple{hsv.third, hsv.second, hsv.first} : hsv;
+    mapColours(size, src, dst, [](Floats in) HWY_ATTR {
+        const Floats hsv = kBgr ? hsvOf(in.third, in.second, in.first) : hsvOf(in.first, in.second, in.third);
+        return kBgr ? Floats{hsv.third, hsv.second, hsv.first} : hsv;
     });
 }
 template <bool kBgr>
 void hsvToRgbF(Plane<const float> src, Plane<float> dst, ImgSize size) {
-    mapColours(size, src, dst, [](VecF first, VecF second, VecF third) HWY_ATTR {
-        const VecF hue = kBgr ? third : first;
-        const Triple rgb = rgbOf(hn::Sub(hue, hn::Floor(hue)), second, kBgr ? first : third);
-        return kBgr ? Triple{rgb.third, rgb.second, rgb.first} : rgb;
+    mapColours(size, src, dst, [](Floats in) HWY_ATTR {
+        const VecF hue = kBgr ? in.third : in.first;
+        const Floats rgb = rgbOf(hn::Sub(hue, hn::Floor(hue)), in.second, kBgr ? in.first : in.third);
+        return kBgr ? Floats{rgb.third, rgb.second, rgb.first} : rgb;
     });
 }
 template <bool kBgr>
@@ -167,9 +127,9 @@ void luma8C3(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float
     }
 }
 void luma8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float* coefficients, ImgSize size) {
-    const Triple weights = spread(coefficients);
+    const Floats weights = spread(coefficients);
     foldPlane<Touch::kFirstThree>(size, dst, src, [&](Vec8 v) HWY_ATTR {
-        return hn::DemoteTo(hn::Rebind<std::uint8_t, TagF>(), roundToByte(weighted(coloursOf(v), weights)));
+        return hn::BitCast(Tag8(), roundToByte(weighted(coloursOf(v), weights)));
     });
 }
 void lumaFA4(Plane<const float> src, Plane<float> dst, const float* coefficients, ImgSize size) {
@@ -186,12 +146,12 @@ void lumaFA4(Plane<const float> src, Plane<float> dst, const float* coefficients
 }
 
 void colorTwist8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float* matrix, ImgSize size) {
-    const Triple rows[3] = {spread(matrix), spread(matrix + 4), spread(matrix + 8)};
-    const Triple offsets = {hn::Set(TagF(), matrix[3]), hn::Set(TagF(), matrix[7]), hn::Set(TagF(), matrix[11])};
+    const Floats rows[3] = {spread(matrix), spread(matrix + 4), spread(matrix + 8)};
+    const Floats offsets = {hn::Set(TagF(), matrix[3]), hn::Set(TagF(), matrix[7]), hn::Set(TagF(), matrix[11])};
     mapPlane<Touch::kFirstThree>(
         size, dst,
         [&](Vec8 v) HWY_ATTR {
-            const Triple in = coloursOf(v);
+            const Floats in = coloursOf(v);
             return pixelsOf(hn::Add(weighted(in, rows[0]), offsets.first),
                             hn::Add(weighted(in, rows[1]), offsets.second),
                             hn::Add(weighted(in, rows[2]), offsets.third));
@@ -207,7 +167,7 @@ void colorTwistFA4(Plane<const float> src, Plane<float> dst, const float* matrix
     mapPlane<Touch::kFirstThree>(
         size, dst,
         [&](VecF v) HWY_ATTR {
-            const Triple in = {hn::Broadcast<0>(v), hn::Broadcast<1>(v), hn::Broadcast<2>(v)};
+            const Floats in = {hn::Broadcast<0>(v), hn::Broadcast<1>(v), hn::Broadcast<2>(v)};
             return hn::Add(weighted(in, {columns[0], columns[1], columns[2]}), columns[3]);
         },
         src);

@@ -47,11 +47,7 @@ void copyChannelF(Plane<const float> src, Plane<float> dst, ImgSize size) {
 }
 
 void extractChannel8(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, ImgSize size) {
-    const hn::ScalableTag<std::int32_t> d32;
-    foldPlane<Touch::kFirst>(size, dst, src, [&](auto pixels) HWY_ATTR {
-        return hn::DemoteTo(hn::Rebind<std::uint8_t, decltype(d32)>(),
-                            hn::And(hn::BitCast(d32, pixels), hn::Set(d32, 255)));
-    });
+    foldPlane<Touch::kFirst>(size, dst, src, [](auto pixels) HWY_ATTR { return pixels; });
 }
 void extractChannelF(Plane<const float> src, Plane<float> dst, ImgSize size) {
     for (std::int32_t y = 0; y < size.height; ++y) {

@@ -41,21 +41,38 @@ HWY_INLINE Vec8 join(Halves v) {
     return hn::BitCast(Tag8(), hn::Or(v.even, hn::ShiftLeft<8>(v.odd)));
 }
 
-/// `scaledProduct` of each two bytes.
-HWY_INLINE Vec8 scaledProducts(Halves a, Halves b) {
-    const Vec16 one = hn::Set(Tag16(), 1);
-    const Vec16 even = hn::Mul(a.even, b.even);
-    const Vec16 odd = hn::Mul(a.odd, b.odd);
-    const Vec16 evenSum = hn::Add(hn::Add(even, hn::ShiftRight<8>(even)), one);
-    const Vec16 oddSum = hn::Add(hn::Add(odd, hn::ShiftRight<8>(odd)), one);
-    return hn::BitCast(Tag8(), hn::Or(hn::ShiftRight<8>(evenSum), hn::AndNot(hn::Set(Tag16(), 0xFF), oddSum)));
+/// p / 255 rounded as `scaledProduct` does it, for products p of two bytes.
+HWY_INLINE Vec16 over255(Vec16 product) {
+    const Vec16 next = hn::Add(product, hn::Set(Tag16(), 1));
+#if HWY_TARGET == HWY_EMU128
+    return hn::ShiftRight<8>(hn::Add(next, hn::ShiftRight<8>(product)));
+#else
+    return hn::MulHigh(next, hn::Set(Tag16(), 257));  // the same for every p up to 255 * 255
+#endif
 }
 
-/// floor(v + 0.5) limited to 0..255; a NaN becomes 0.
-HWY_INLINE hn::Vec<TagI32> roundToByte(VecF v) {
-    const VecF positive = hn::IfThenElseZero(hn::Gt(v, hn::Zero(TagF())), v);
-    const VecF limited = hn::Min(positive, hn::Set(TagF(), 255.0F));
-    return hn::ConvertTo(TagI32(), hn::Add(limited, hn::Set(TagF(), 0.5F)));
+/// `scaledProduct` of each two bytes.
+HWY_INLINE Halves scaledProducts(Halves a, Halves b) {
+    return {over255(hn::Mul(a.even, b.even)), over255(hn::Mul(a.odd, b.odd))};
+}
+
+/// v limited to 0..255; a NaN becomes 0.
+HWY_INLINE VecF limitToByte(VecF v) {
+    const VecF zero = hn::Zero(TagF());
+    const VecF full = hn::Set(TagF(), 255.0F);
+#if HWY_TARGET == HWY_EMU128
+    return hn::Min(hn::IfThenElseZero(hn::Gt(v, zero), v), full);
+#else
+    return hn::Min(hn::Max(v, zero), full);           // of a NaN and a number these instructions give the second operand
+#endif
+}
+
+/// floor(v + 0.5) limited to 0..255, in the lowest byte of each lane; a NaN becomes 0. The top byte is not 0,
+/// the two between are.
+HWY_INLINE Vec32 roundToByte(VecF v) {
+    const VecF whole = hn::Floor(hn::Add(limitToByte(v), hn::Set(TagF(), 0.5F)));
+    // Above 2^23 the unit of a float is 1: the sum has the number in its lowest bits.
+    return hn::BitCast(Tag32(), hn::Add(whole, hn::Set(TagF(), 8388608.0F)));
 }
 
 /// Byte `kIndex` of each pixel of four, as floats.
@@ -71,10 +88,10 @@ HWY_INLINE VecF byteOfPixel(Vec8 pixels) {
     return hn::ConvertTo(TagF(), hn::BitCast(TagI32(), v));
 }
 
-/// Pixels whose first three bytes are these, each limited and rounded, and whose fourth is 0.
+/// Pixels whose first three bytes are these, each limited and rounded. The fourth is undefined.
 HWY_INLINE Vec8 pixelsOf(VecF first, VecF second, VecF third) {
-    const auto low = hn::Or(roundToByte(first), hn::ShiftLeft<8>(roundToByte(second)));
-    return hn::BitCast(Tag8(), hn::Or(low, hn::ShiftLeft<16>(roundToByte(third))));
+    const Vec32 high = hn::Or(hn::ShiftLeft<8>(roundToByte(second)), hn::ShiftLeft<16>(roundToByte(third)));
+    return hn::BitCast(Tag8(), hn::Or(roundToByte(first), high));
 }
 
 }  // namespace lumiset::HWY_NAMESPACE

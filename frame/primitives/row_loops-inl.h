@@ -131,27 +131,76 @@ HWY_INLINE void mapPlane(ImgSize size, Plane<T> dst, const Op& op, Plane<const S
     }
 }
 
-/// Four bytes to one sample: `op` takes a vector of 8-bit pixels and gives as many samples as it has pixels, in
-/// a vector of a quarter of the lanes. `kTouch` tells what of a pixel is read.
-template <Touch kTouch, class T, class Op>
-HWY_INLINE void foldPlane(ImgSize size, Plane<T> dst, Plane<const std::uint8_t> src, const Op& op) {
-    const hn::ScalableTag<std::uint8_t> dIn;
-    const hn::Rebind<T, hn::ScalableTag<float>> dOut;
-    const std::size_t pixels = hn::Lanes(dOut);
+/// Four-byte pixels to one byte each: `op` takes a vector of pixels and leaves each one's result in its first byte.
+/// `kTouch` tells what of a pixel is read.
+template <Touch kTouch, class Op>
+HWY_INLINE void foldPlane(ImgSize size, Plane<std::uint8_t> dst, Plane<const std::uint8_t> src, const Op& op) {
+    const hn::ScalableTag<std::uint8_t> d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto step = [&](std::uint8_t* out, const std::uint8_t* in) HWY_ATTR {
+        const auto first = hn::ConcatEven(d, op(hn::LoadU(d, in + lanes)), op(hn::LoadU(d, in)));
+        const auto second = hn::ConcatEven(d, op(hn::LoadU(d, in + 3 * lanes)), op(hn::LoadU(d, in + 2 * lanes)));
+        hn::StoreU(hn::ConcatEven(d, second, first), d, out);
+    };
     const std::size_t rowBytes = samplesInRow<kTouch>(size.width);
     for (std::int32_t y = 0; y < size.height; ++y) {
         const std::uint8_t* in = src.row(y);
-        T* out = dst.row(y);
+        std::uint8_t* out = dst.row(y);
         std::size_t x = 0;
-        for (; (x + pixels) * 4 <= rowBytes; x += pixels) {
-            hn::StoreU(op(hn::LoadU(dIn, in + 4 * x)), dOut, out + x);
+        for (; (x + lanes) * 4 <= rowBytes; x += lanes) {
+            step(out + x, in + 4 * x);
         }
         if (4 * x < rowBytes) {
-            HWY_ALIGN std::uint8_t lastIn[HWY_MAX_BYTES] = {};
-            HWY_ALIGN T lastOut[HWY_MAX_BYTES / 4];
+            HWY_ALIGN std::uint8_t lastIn[4 * HWY_MAX_BYTES] = {};
+            HWY_ALIGN std::uint8_t lastOut[HWY_MAX_BYTES];
             std::memcpy(lastIn, in + 4 * x, rowBytes - 4 * x);
-            hn::StoreU(op(hn::LoadU(dIn, lastIn)), dOut, lastOut);
-            std::memcpy(out + x, lastOut, (static_cast<std::size_t>(size.width) - x) * sizeof(T));
+            step(lastOut, lastIn);
+            std::memcpy(out + x, lastOut, static_cast<std::size_t>(size.width) - x);
+        }
+    }
+}
+
+/// The first three samples of each pixel through `op`, which gets and gives them taken apart into three vectors (a
+/// `Triple`). The fourth sample of dst stays.
+template <class V>
+struct Triple {
+    V first;
+    V second;
+    V third;
+};
+template <class T, class Op>
+HWY_INLINE void mapColours(ImgSize size, Plane<const T> src, Plane<T> dst, const Op& op) {
+    const hn::ScalableTag<T> d;
+    using V = hn::Vec<decltype(d)>;
+    constexpr std::size_t kMaxSamples = 4 * HWY_MAX_BYTES / sizeof(T);
+    const std::size_t stepSamples = 4 * hn::Lanes(d);
+    const auto step = [&](T* out, const T* in) HWY_ATTR {
+        V first;
+        V second;
+        V third;
+        V unused;
+        V fourth;
+        hn::LoadInterleaved4(d, out, first, second, third, fourth);
+        hn::LoadInterleaved4(d, in, first, second, third, unused);
+        const Triple<V> result = op(Triple<V>{first, second, third});
+        hn::StoreInterleaved4(result.first, result.second, result.third, fourth, d, out);
+    };
+    const SampleRows rows = sampleRows<Touch::kFirstThree>(size, src, dst);
+    for (std::int32_t y = 0; y < rows.height; ++y) {
+        const T* in = src.row(y);
+        T* out = dst.row(y);
+        std::size_t i = 0;
+        for (; i + stepSamples <= rows.samples; i += stepSamples) {
+            step(out + i, in + i);
+        }
+        if (i < rows.samples) {
+            HWY_ALIGN T lastIn[kMaxSamples] = {};
+            HWY_ALIGN T lastOut[kMaxSamples] = {};
+            const std::size_t rest = (rows.samples - i) * sizeof(T);
+            std::memcpy(lastIn, in + i, rest);
+            std::memcpy(lastOut, out + i, rest);
+            step(lastOut, lastIn);
+            std::memcpy(out + i, lastOut, rest);
         }
     }
 }
