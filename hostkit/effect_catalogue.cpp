@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "hostkit/names.h"
+#include "hostkit/parameter_text.h"
 
 namespace lumiset::hostkit {
 namespace {
@@ -168,11 +169,12 @@ const ParameterDescription& EffectDescription::parameter(std::string_view asked)
         throw ParameterError(name + " has no parameter \"" + std::string(wanted) + "\"." +
                              (hint.empty() ? " It has " + quotedList(known) + "." : hint));
     }
-    std::vector<std::string> ways;
+    std::string ways;
     for (const ParameterDescription* each : found) {
-        ways.push_back(shortestName(*each));
+        ways += ways.empty() ? "" : " or ";
+        ways += '"' + shortestName(*each) + "\" (" + describeRange(*each) + ')';
     }
-    throw ParameterError(name + " has more than one \"" + std::string(wanted) + "\": say " + quotedList(ways) + ".");
+    throw ParameterError(name + " has more than one \"" + std::string(wanted) + "\": say " + ways + ".");
 }
 
 std::string EffectDescription::shortestName(const ParameterDescription& wanted) const {

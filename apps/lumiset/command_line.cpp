@@ -3,6 +3,7 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <cmath>
 #include <map>
 #include <memory>
 
@@ -57,6 +58,22 @@ double parseTime(const std::string& text, const std::string& option) {
     }
 }
 
+/// A whole number of pictures a second, one with up to three decimals, or a fraction of whole numbers.
+RenderRequest::Rate parseRate(const std::string& text) {
+    const std::string_view whole = text;
+    const std::size_t slash = whole.find('/');
+    const bool fraction = slash != std::string_view::npos;
+    double num = 0.0;
+    double den = fraction ? 0.0 : 1.0;
+    const bool read = hostkit::parseNumber(whole.substr(0, slash), num) &&
+                      (!fraction || hostkit::parseNumber(whole.substr(slash + 1), den));
+    const double scale = fraction ? 1.0 : 1000.0;
+    if (!read || !(num * scale >= 1.0) || !(num * scale <= 1e7) || !(den >= 1.0) || !(den <= 1e7)) {
+        throw UsageError("--fps takes a number or a fraction of pictures a second, not \"" + text + "\".");
+    }
+    return {static_cast<int>(std::lround(num * scale)), static_cast<int>(std::lround(den * scale))};
+}
+
 /// The `render` command's options; those of one effect are put together from the order in which they came.
 class RenderOptions {
 public:
@@ -83,8 +100,7 @@ public:
         app.add_option("--quality", request.quality, "H.264, VP9: constant rate factor; JPEG: 2 (best) to 31")
             ->check(CLI::Range(0, 63))
             ->option_text("N");
-        app.add_option("--fps", request.framesPerSecond, "pictures a second of an input image sequence [25]")
-            ->check(CLI::Range(0.01, 1000.0))
+        app.add_option("--fps", m_rate, "pictures a second of an input image sequence, as 24 or 24000/1001 [25]")
             ->option_text("RATE");
         app.add_flag("--quiet,-q", request.quiet, "no progress and no summary");
     }
@@ -102,6 +118,9 @@ public:
             if (!(request.durationSeconds > 0.0)) {
                 throw UsageError("--duration must be longer than 0.");
             }
+        }
+        if (!m_rate.empty()) {
+            request.frameRate = parseRate(m_rate);
         }
         return std::move(request);
     }
@@ -156,6 +175,7 @@ private:
     std::string m_layout = "bgra";
     std::string m_start;
     std::string m_duration;
+    std::string m_rate;
 };
 
 /// CLI11's message as a sentence of one line.

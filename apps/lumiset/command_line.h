@@ -50,9 +50,13 @@ struct RenderRequest {
     int threads = 0;  ///< 0: one a core
     double startSeconds = 0.0;
     double durationSeconds = std::numeric_limits<double>::infinity();
-    std::string codec;           ///< empty: the usual one for the extension
-    int quality = -1;            ///< -1: the encoder's usual one
-    double framesPerSecond = 0;  ///< of an image sequence; 0: the usual one
+    std::string codec;  ///< empty: the usual one for the extension
+    int quality = -1;   ///< -1: the encoder's usual one
+    struct Rate {
+        int num = 0;
+        int den = 1;
+    };
+    Rate frameRate;  ///< pictures a second of an input image sequence; 0: the usual rate
     bool quiet = false;
 };
 

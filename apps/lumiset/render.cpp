@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -76,15 +75,7 @@ media::SourceOptions sourceOptions(const RenderRequest& request) {
     options.depth = request.floatDepth ? media::Depth::kFloat : media::Depth::kEightBit;
     options.startSeconds = request.startSeconds;
     options.durationSeconds = request.durationSeconds;
-    if (request.framesPerSecond > 0.0) {
-        // Thousandths of 1001 hold 23.976 and its kin exactly.
-        const double thousandths = request.framesPerSecond * 1001.0;
-        const bool ntsc = std::abs(thousandths - std::round(thousandths / 1000.0) * 1000.0) < 2.0 &&
-                          std::abs(request.framesPerSecond - std::round(request.framesPerSecond)) > 1e-6;
-        options.frameRate =
-            ntsc ? media::Rational{static_cast<int>(std::lround(thousandths / 1000.0)) * 1000, 1001}
-                 : media::Rational{static_cast<int>(std::lround(request.framesPerSecond * 1000.0)), 1000};
-    }
+    options.frameRate = {request.frameRate.num, request.frameRate.den};
     options.threads = request.threads;
     return options;
 }

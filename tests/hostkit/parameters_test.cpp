@@ -68,8 +68,10 @@ TEST(EffectDescription, FindsParametersByLabelGroupAndNumber) {
 TEST(EffectDescription, TellsHowToSayAnAmbiguousOrUnknownName) {
     const EffectDescription effect = fake();
     const auto complaint = [&](const char* name) { return complaintOf([&] { (void)effect.parameter(name); }); };
-    EXPECT_EQ(complaint("tint"), "Fake has more than one \"tint\": say \"#1\" or \"#2\".");
-    EXPECT_EQ(complaint("Size"), "Fake has more than one \"Size\": say \"Overlay/Size\" or \"#11\".");
+    EXPECT_EQ(complaint("tint"),
+              "Fake has more than one \"tint\": say \"#1\" (a colour as #RRGGBB) or \"#2\" (-100 to 100).");
+    EXPECT_EQ(complaint("Size"),
+              "Fake has more than one \"Size\": say \"Overlay/Size\" (0 to 10) or \"#11\" (0 to 100).");
     EXPECT_EQ(complaint("Huor"), "Fake has no parameter \"Huor\". Did you mean \"Hour\"?");
     EXPECT_EQ(complaint("#4"), "Fake has no parameter #4.") << "a group marker has no value";
     EXPECT_NE(complaint("#99999999999"), "");

@@ -104,6 +104,7 @@ TEST(CommandLine, AnswersWrongUsageWithOneSentenceAndStatus2) {
         {render({"--effect", "Outline", "--threads", "0"}), "--threads"},
         {render({"--effect", "Outline", "--start", "soon"}), "--start takes seconds"},
         {render({"--effect", "Outline", "--duration", "0"}), "--duration must be longer"},
+        {render({"--effect", "Outline", "--fps", "24/0"}), "--fps takes"},
         {render({"--effect", "Outline", "--sharpen"}), "--sharpen"},
     };
     for (const Case& each : kCases) {
