@@ -85,7 +85,7 @@ HWY_INLINE hn::Vec<D> touchedLanes(D d) {
     using Bits = hwy::MakeUnsigned<hn::TFromD<D>>;
     const Bits all = static_cast<Bits>(~Bits{0});
     const Bits rest = kTouch == Touch::kFirst ? Bits{0} : all;
-    HWY_ALIGN const Bits four[4] = {all, rest, rest, kTouch == Touch::kFirstThree ? Bits{0} : all};
+    HWY_ALIGN const Bits four[4] = {all, rest, rest, kTouch == Touch::kFirstThree ? Bits{0} : rest};
     return hn::BitCast(d, repeatFour(hn::RebindToUnsigned<D>(), four));
 }
 
