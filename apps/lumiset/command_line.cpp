@@ -102,6 +102,8 @@ public:
             ->option_text("N");
         app.add_option("--fps", m_rate, "pictures a second of an input image sequence, as 24 or 24000/1001 [25]")
             ->option_text("RATE");
+        app.add_flag("--alpha", request.alpha,
+                     "write transparency; without it only where the input has it or the first result shows it");
         app.add_flag("--quiet,-q", request.quiet, "no progress and no summary");
     }
 

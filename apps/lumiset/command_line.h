@@ -56,7 +56,8 @@ struct RenderRequest {
         int num = 0;
         int den = 1;
     };
-    Rate frameRate;  ///< pictures a second of an input image sequence; 0: the usual rate
+    Rate frameRate;      ///< pictures a second of an input image sequence; 0: the usual rate
+    bool alpha = false;  ///< the output has transparency whatever the first picture is like
     bool quiet = false;
 };
 

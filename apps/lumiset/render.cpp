@@ -94,7 +94,7 @@ public:
     void write(const media::Picture& picture) {
         if (!m_sink) {
             media::VideoFormat format = m_source.format();
-            format.hasAlpha = format.hasAlpha || hasTransparency(picture);
+            format.hasAlpha = format.hasAlpha || m_request.alpha || hasTransparency(picture);
             media::SinkOptions options;
             options.codec = m_request.codec;
             options.quality = m_request.quality;
