@@ -1,0 +1,340 @@
+// Noise from 32 generators side by side, each the sum of a linear congruential and a subtract-with-borrow sequence
+// (after Marsaglia and Zaman's combined generators), which a third congruential sequence starts from the seed.
+// Their values come in a fixed order whatever the length of the processor's vectors, and every step is either
+// exact in whole numbers or one correctly rounded operation: one seed gives one picture everywhere.
+
+#include "frame/primitives/noise.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+
+#include "frame/primitives/check.h"
+
+#ifndef LUMISET_NOISE_COMMON
+#define LUMISET_NOISE_COMMON
+namespace lumiset {
+namespace {
+
+constexpr std::size_t kLanes = 32;      ///< generators side by side
+constexpr std::size_t kBlock = 1024;    ///< values made at a time
+constexpr std::size_t kMaxVector = 16;  ///< 32-bit values in the longest vectors
+
+/// State of the generators.
+struct NoiseLanes {
+    explicit NoiseLanes(std::uint32_t& seed) {
+        for (std::size_t i = 0; i < kLanes; ++i) {
+            congruential[i] = next(seed);
+            newest[i] = next(seed);
+            older[i] = next(seed);
+        }
+    }
+
+    alignas(64) std::uint32_t congruential[kLanes];
+    alignas(64) std::uint32_t newest[kLanes];
+    alignas(64) std::uint32_t older[kLanes];
+    alignas(64) std::uint32_t borrow[kLanes] = {};  ///< 0 or 1
+
+private:
+    /// Steps the seed and scatters its bits (the finisher of MurmurHash3, Appleby), so that seeds that follow each
+    /// other give unrelated lanes.
+    static std::uint32_t next(std::uint32_t& seed) {
+        seed = seed * 69069U + 1013904243U;
+        std::uint32_t h = seed;
+        h = (h ^ (h >> 16U)) * 0x85EBCA6BU;
+        h = (h ^ (h >> 13U)) * 0xC2B2AE35U;
+        return h ^ (h >> 16U);
+    }
+};
+
+struct UniformRange {
+    std::int32_t low;
+    std::int32_t high;
+};
+struct NormalShape {
+    float mean;
+    float deviation;
+};
+
+}  // namespace
+}  // namespace lumiset
+#endif
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frame/primitives/noise.cpp"
+#include "hwy/foreach_target.h"
+
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace lumiset::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using DU = hn::CappedTag<std::uint32_t, kMaxVector>;
+using DI = hn::RebindToSigned<DU>;
+using DF = hn::RebindToFloat<DU>;
+using VU = hn::Vec<DU>;
+using VF = hn::Vec<DF>;
+
+constexpr std::size_t kVector = hn::MaxLanes(DU());
+constexpr std::size_t kGroups = kLanes / kVector;
+
+/// The generators' state in registers.
+class LaneVectors {
+public:
+    explicit LaneVectors(const NoiseLanes& lanes) {
+        for (std::size_t g = 0; g < kGroups; ++g) {
+            m_congruential[g] = hn::Load(DU(), lanes.congruential + g * kVector);
+            m_newest[g] = hn::Load(DU(), lanes.newest + g * kVector);
+            m_older[g] = hn::Load(DU(), lanes.older + g * kVector);
+            m_borrow[g] = hn::Load(DU(), lanes.borrow + g * kVector);
+        }
+    }
+    void store(NoiseLanes& lanes) const {
+        for (std::size_t g = 0; g < kGroups; ++g) {
+            hn::Store(m_congruential[g], DU(), lanes.congruential + g * kVector);
+            hn::Store(m_newest[g], DU(), lanes.newest + g * kVector);
+            hn::Store(m_older[g], DU(), lanes.older + g * kVector);
+            hn::Store(m_borrow[g], DU(), lanes.borrow + g * kVector);
+        }
+    }
+
+    /// The next 32 random bits of the generators of group `g`.
+    HWY_INLINE VU next(std::size_t g) {
+        const DU d;
+        const VU one = hn::Set(d, 1U);
+        m_congruential[g] = hn::Sub(hn::Mul(m_congruential[g], hn::Set(d, 475559465U)), hn::Set(d, 89601513U));
+        const VU difference = hn::Sub(m_older[g], m_newest[g]);
+        const VU value = hn::Sub(difference, m_borrow[g]);
+        const auto wrapped = hn::Or(hn::Lt(m_older[g], m_newest[g]), hn::Lt(difference, m_borrow[g]));
+        m_borrow[g] = hn::IfThenElseZero(wrapped, one);
+        m_older[g] = m_newest[g];
+        m_newest[g] = value;
+        return hn::Add(m_congruential[g], value);
+    }
+
+private:
+    VU m_congruential[kGroups];
+    VU m_newest[kGroups];
+    VU m_older[kGroups];
+    VU m_borrow[kGroups];
+};
+
+/// Blocks of values spread evenly over whole numbers.
+class UniformBlocks {
+public:
+    UniformBlocks(std::uint32_t& seed, const UniformRange& range) : m_lanes(seed), m_range(range) {}
+
+    void fill(float* out) {
+        const DF d;
+        const auto count = static_cast<float>(m_range.high - m_range.low + 1);
+        const VF scale = hn::Set(d, count * 0x1p-24F);
+        const VF low = hn::Set(d, static_cast<float>(m_range.low));
+        const VF last = hn::Set(d, count - 1);
+        LaneVectors lanes(m_lanes);
+        for (std::size_t i = 0; i < kBlock; i += kLanes) {
+            for (std::size_t g = 0; g < kGroups; ++g) {
+                const VF random = hn::ConvertTo(d, hn::BitCast(DI(), hn::ShiftRight<8>(lanes.next(g))));
+                const VF whole = hn::ConvertTo(d, hn::ConvertTo(DI(), hn::Mul(random, scale)));
+                hn::Store(hn::Add(low, hn::Min(whole, last)), d, out + i + g * kVector);
+            }
+        }
+        lanes.store(m_lanes);
+    }
+
+private:
+    NoiseLanes m_lanes;
+    UniformRange m_range;
+};
+
+/// Natural logarithm of normal numbers above 0, to about one part in a million.
+HWY_INLINE VF logarithm(VF v) {
+    const DF d;
+    const DI di;
+    // v = 2^exponent * (1 + z), 1 + z from sqrt(1/2) to sqrt(2)
+    const auto bits = hn::BitCast(di, v);
+    const auto exponent = hn::ShiftRight<23>(hn::Sub(bits, hn::Set(di, 0x3F3504F3)));
+    const VF z = hn::Sub(hn::BitCast(d, hn::Sub(bits, hn::ShiftLeft<23>(exponent))), hn::Set(d, 1.0F));
+    // ln(1 + z) / z, interpolated at Chebyshev nodes.
+    constexpr float kSeries[] = {0.205254436F, -0.249203363F, 0.333135633F, -0.500008774F, 1.00000103F};
+    VF sum = hn::Add(hn::Mul(hn::Set(d, 0.116578061F), z), hn::Set(d, -0.185738401F));
+    for (const float coefficient : kSeries) {
+        sum = hn::Add(hn::Mul(sum, z), hn::Set(d, coefficient));
+    }
+    return hn::Add(hn::Mul(sum, z), hn::Mul(hn::ConvertTo(d, exponent), hn::Set(d, 0.693147181F)));
+}
+
+/// Blocks of normally distributed values. Points (u, v) of a square are drawn; those in the unit circle are kept.
+class NormalBlocks {
+public:
+    NormalBlocks(std::uint32_t& seed, const NormalShape& shape) : m_lanes(seed), m_shape(shape) {}
+
+    void fill(float* out) {
+        collect();
+        const DF d;
+        const VF mean = hn::Set(d, m_shape.mean);
+        const VF deviation = hn::Set(d, m_shape.deviation);
+        for (std::size_t i = 0; i < kPairs; i += kVector) {
+            const VF u = hn::Load(d, m_u + i);
+            const VF v = hn::Load(d, m_v + i);
+            const VF s = hn::Add(hn::Mul(u, u), hn::Mul(v, v));
+            const VF factor = hn::Mul(hn::Sqrt(hn::Div(hn::Mul(logarithm(s), hn::Set(d, -2.0F)), s)), deviation);
+            hn::Store(hn::Add(hn::Mul(u, factor), mean), d, out + i);
+            hn::Store(hn::Add(hn::Mul(v, factor), mean), d, out + kPairs + i);
+        }
+        // What was drawn beyond this block opens the next one.
+        m_count -= kPairs;
+        std::memcpy(m_u, m_u + kPairs, kSpare * sizeof(float));
+        std::memcpy(m_v, m_v + kPairs, kSpare * sizeof(float));
+    }
+
+private:
+    static constexpr std::size_t kPairs = kBlock / 2;
+    static constexpr std::size_t kSpare = 2 * kMaxVector;
+
+    /// Draws until there are enough pairs for a block.
+    void collect() {
+        const DF d;
+        const VF scale = hn::Set(d, 0x1p-31F);
+        LaneVectors lanes(m_lanes);
+        std::size_t count = m_count;
+        while (count < kPairs) {
+            for (std::size_t g = 0; g < kGroups / 2; ++g) {
+                const VF u = hn::Mul(hn::ConvertTo(d, hn::BitCast(DI(), lanes.next(g))), scale);
+                const VF v = hn::Mul(hn::ConvertTo(d, hn::BitCast(DI(), lanes.next(kGroups / 2 + g))), scale);
+                const VF s = hn::Add(hn::Mul(u, u), hn::Mul(v, v));
+                const auto inside = hn::And(hn::Lt(s, hn::Set(d, 1.0F)), hn::Gt(s, hn::Zero(d)));
+                hn::StoreU(hn::Compress(u, inside), d, m_u + count);
+                hn::StoreU(hn::Compress(v, inside), d, m_v + count);
+                count += hn::CountTrue(d, inside);
+            }
+        }
+        lanes.store(m_lanes);
+        m_count = count;
+    }
+
+    NoiseLanes m_lanes;
+    NormalShape m_shape;
+    std::size_t m_count = 0;
+    alignas(64) float m_u[kPairs + kSpare];
+    alignas(64) float m_v[kPairs + kSpare];
+};
+
+/// Adds noise to whole vectors of samples.
+template <class T>
+HWY_INLINE void addVector(T* samples, const float* noise) {
+    const DF d;
+    const hn::Rebind<T, DF> dSample;
+    if constexpr (sizeof(T) == 1) {
+        const VF sample = hn::ConvertTo(d, hn::PromoteTo(DI(), hn::LoadU(dSample, samples)));
+        const VF sum = hn::Add(hn::Add(sample, hn::LoadU(d, noise)), hn::Set(d, 0.5F));
+        const VF limited = hn::Min(hn::Max(hn::Zero(d), sum), hn::Set(d, 255.0F));
+        hn::StoreU(hn::DemoteTo(dSample, hn::ConvertTo(DI(), limited)), dSample, samples);
+    } else {
+        hn::StoreU(hn::Add(hn::LoadU(d, samples), hn::LoadU(d, noise)), d, samples);
+    }
+}
+
+template <class T, class Blocks>
+void addNoise(Plane<T> plane, ImgSize size, Blocks&& blocks) {
+    alignas(64) float noise[kBlock + kMaxVector] = {};
+    std::size_t used = kBlock;
+    const auto width = static_cast<std::size_t>(size.width);
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        T* row = plane.row(y);
+        for (std::size_t x = 0; x < width;) {
+            if (used == kBlock) {
+                blocks.fill(noise);
+                used = 0;
+            }
+            const std::size_t count = std::min(width - x, kBlock - used);
+            std::size_t i = 0;
+            for (; i + kVector <= count; i += kVector) {
+                addVector(row + x + i, noise + used + i);
+            }
+            if (i < count) {
+                T last[kVector] = {};
+                std::memcpy(last, row + x + i, (count - i) * sizeof(T));
+                addVector(last, noise + used + i);
+                std::memcpy(row + x + i, last, (count - i) * sizeof(T));
+            }
+            x += count;
+            used += count;
+        }
+    }
+}
+
+}  // namespace
+
+void addUniform8(Plane<std::uint8_t> plane, const UniformRange& range, std::uint32_t* seed, ImgSize size) {
+    addNoise(plane, size, UniformBlocks(*seed, range));
+}
+void addGauss8(Plane<std::uint8_t> plane, const NormalShape& shape, std::uint32_t* seed, ImgSize size) {
+    addNoise(plane, size, NormalBlocks(*seed, shape));
+}
+void addGaussF(Plane<float> plane, const NormalShape& shape, std::uint32_t* seed, ImgSize size) {
+    addNoise(plane, size, NormalBlocks(*seed, shape));
+}
+
+}  // namespace lumiset::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace lumiset {
+namespace {
+
+HWY_EXPORT(addUniform8);
+HWY_EXPORT(addGauss8);
+HWY_EXPORT(addGaussF);
+
+constexpr std::int32_t kUniformLimit = 65536;
+
+bool isUsable(const NormalShape& shape) {
+    return std::isfinite(shape.mean) && std::isfinite(shape.deviation) && shape.deviation >= 0;
+}
+
+}  // namespace
+
+ImgStatus ImgAddUniform8C1(std::uint8_t* plane, std::int32_t step, std::int32_t low, std::int32_t high,
+                           std::uint32_t* seed, ImgSize size) noexcept {
+    if (const ImgStatus status = checkPlanes(size, {{plane, step, 1}, arrayArgument(seed)}); status != kImgOk) {
+        return status;
+    }
+    if (high < low || low < -kUniformLimit || high > kUniformLimit) {
+        return kImgBadRange;
+    }
+    HWY_DYNAMIC_DISPATCH(addUniform8)({plane, step}, {low, high}, seed, size);
+    return kImgOk;
+}
+
+ImgStatus ImgAddGauss8C1(std::uint8_t* plane, std::int32_t step, float mean, float deviation, std::uint32_t* seed,
+                         ImgSize size) noexcept {
+    if (const ImgStatus status = checkPlanes(size, {{plane, step, 1}, arrayArgument(seed)}); status != kImgOk) {
+        return status;
+    }
+    const NormalShape shape{mean, deviation};
+    if (!isUsable(shape)) {
+        return kImgBadRange;
+    }
+    HWY_DYNAMIC_DISPATCH(addGauss8)({plane, step}, shape, seed, size);
+    return kImgOk;
+}
+
+ImgStatus ImgAddGaussF(float* plane, std::int32_t step, float mean, float deviation, std::uint32_t* seed,
+                       ImgSize size) noexcept {
+    if (const ImgStatus status = checkPlanes(size, {{plane, step, 4}, arrayArgument(seed)}); status != kImgOk) {
+        return status;
+    }
+    const NormalShape shape{mean, deviation};
+    if (!isUsable(shape)) {
+        return kImgBadRange;
+    }
+    HWY_DYNAMIC_DISPATCH(addGaussF)({plane, step}, shape, seed, size);
+    return kImgOk;
+}
+
+}  // namespace lumiset
+#endif
