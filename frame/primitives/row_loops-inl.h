@@ -84,13 +84,14 @@ template <Touch kTouch, class D>
 HWY_INLINE hn::Vec<D> touchedLanes(D d) {
     using Bits = hwy::MakeUnsigned<hn::TFromD<D>>;
     const Bits all = static_cast<Bits>(~Bits{0});
-    const Bits rest = kTouch == Touch::kFirst ? Bits{0} : all;
-    HWY_ALIGN const Bits four[4] = {all, rest, rest, kTouch == Touch::kFirstThree ? Bits{0} : rest};
+    const Bits middle = kTouch == Touch::kFirst ? Bits{0} : all;
+    const Bits last = kTouch == Touch::kFirst || kTouch == Touch::kFirstThree ? Bits{0} : all;
+    HWY_ALIGN const Bits four[4] = {all, middle, middle, last};
     return hn::BitCast(d, repeatFour(hn::RebindToUnsigned<D>(), four));
 }
 
 /// Runs `op` over one row: dst[i] = op(src[i]...), where `op` takes and gives vectors of as many lanes as the
-/// widest of the sample types fills. `keep` are `touchedLanes`; the other lanes of dst stay.
+/// widest of the sample types fills. What `kTouch` leaves out stays.
 template <Touch kTouch, class T, class Op, class... S>
 HWY_INLINE void mapRow(T* dst, std::size_t samples, const Op& op, const S*... src) {
     constexpr bool kFloat = (sizeof(T) == 4) || (... || (sizeof(S) == 4));
