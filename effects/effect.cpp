@@ -28,6 +28,11 @@ bool isRenderable(const VideoFrameDesc* desc) {
            static_cast<std::uintptr_t>(std::abs(stride)) % sampleSize == 0;
 }
 
+FrameFacts frameFacts(const FrameRenderInfo* info, std::int32_t width, std::int32_t height) {
+    const double time = info != nullptr && std::isfinite(info->timeSeconds) ? std::max(info->timeSeconds, 0.0) : 0.0;
+    return {info, time, fieldMode(info), isField(info), width, height};
+}
+
 void copyText(char* out, std::size_t size, const char* text) {
     std::strncpy(out, text, size - 1);  // the record is zeroed, so the text ends
 }
@@ -136,8 +141,7 @@ bool Effect::ProcessFrame(IEffectHost* host, const VideoFrameDesc* source, void*
     from.WrapSubRect(wholeSource, 0, 0, width, height, wholeSource.Flipped());
     to.WrapSubRect(wholeDestination, 0, 0, width, height, wholeDestination.Flipped());
 
-    const double time = info != nullptr && std::isfinite(info->timeSeconds) ? std::max(info->timeSeconds, 0.0) : 0.0;
-    const RenderContext context{info, allocator, time, fieldMode(info), isField(info), width, height};
+    const RenderContext context{frameFacts(info, width, height), allocator};
     return renderInRowOrder(params, context, from, to);
 }
 
@@ -153,6 +157,41 @@ bool Effect::renderInRowOrder(const ParamReader& params, const RenderContext& co
     const Frame& upright = turnSource ? turned : source;
     return Render(params, context, upright, destination) &&
            (upright.Flipped() == destination.Flipped() || FrameFlipVertical(destination));
+}
+
+bool Effect::LoadGPUPrograms(IEffectHost* host, GPUProgramSet* status, std::uint32_t /*reserved*/) noexcept {
+    IHostGL* gl = queryGL(host);
+    if (gl == nullptr) {
+        return false;
+    }
+    // Only the main program is tried; the others meet the compiler when a frame needs them.
+    const GPUProgramSource* main = m_info.mainProgram;
+    const ProgramText* const vertexTexts[] = {main != nullptr ? &main->vertex : nullptr, nullptr};
+    const ProgramText* const fragmentTexts[] = {main != nullptr ? &main->fragment : nullptr, nullptr};
+    GPUProgramSet result{};
+    LoadPrograms(result, gl, vertexTexts, fragmentTexts);
+    gl->Release();
+    if (main == nullptr) {
+        result.compiled = 0;
+    }
+    if (status != nullptr) {
+        *status = result;
+    }
+    return result.compiled != 0;
+}
+
+bool Effect::RenderFrameGPU(IEffectHost* host, const GPUFrameDesc* source, void* /*extra*/, GPUFrameDesc* destination,
+                            const FrameRenderInfo* info) noexcept {
+    if (source == nullptr || source->handle == nullptr || destination == nullptr || destination->handle == nullptr) {
+        return false;
+    }
+    const ParamReader params(m_info, host);
+    GPUFrame frame(*this, *source, *destination, m_info.needsTopDown);
+    return frame.ok() && RenderGPU(params, frameFacts(info, frame.width(), frame.height()), frame);
+}
+
+bool Effect::RenderGPU(const ParamReader& /*params*/, const FrameFacts& /*facts*/, GPUFrame& /*frame*/) noexcept {
+    return false;
 }
 
 }  // namespace lumiset

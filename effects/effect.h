@@ -7,24 +7,29 @@
 #include "frame/frame.h"
 #include "frame/memory_allocator.h"
 #include "gpu/gpu_effect_helper.h"
+#include "gpu/gpu_frame.h"
 #include "host/pixel_aspect_scale.h"
 #include "host/reference_count.h"
 
 namespace lumiset {
 
-/// What a processor renderer knows of the frame to render beside its pixels and parameters.
-struct RenderContext {
+/// What a renderer knows of the frame to render beside its pixels and parameters.
+struct FrameFacts {
     const FrameRenderInfo* info;  ///< may be null
-    MemoryAllocator& allocator;
-    double timeSeconds;  ///< finite, 0 or later
-    bool fieldMode;      ///< the host renders by field, and this is one field
-    bool isField;        ///< not a whole frame, whatever the flags say
-    std::int32_t width;  ///< the size that both frames have in common
+    double timeSeconds;           ///< finite, 0 or later
+    bool fieldMode;               ///< the host renders by field, and this is one field
+    bool isField;                 ///< not a whole frame, whatever the flags say
+    std::int32_t width;           ///< the size that both frames have in common
     std::int32_t height;
 };
 
-/// An effect class: its `EffectInfo` answers the host's questions, its `Render` makes the picture. Lifetime,
-/// interfaces, checks and wrapping of a frame stand here once for all effects.
+/// The same for a processor renderer, which needs memory.
+struct RenderContext : FrameFacts {
+    MemoryAllocator& allocator;
+};
+
+/// An effect class: its `EffectInfo` answers the host's questions, its `Render` and `RenderGPU` make the picture.
+/// Lifetime, interfaces, checks and wrapping of a frame stand here once for all effects.
 class Effect : public GPUEffectHelper, public IParamToolTip {
 public:
     explicit Effect(const EffectInfo& info) : m_info(info) {}
@@ -43,6 +48,10 @@ public:
     const char* LUMISET_CALL GetPresetName(std::uint32_t preset) noexcept override;
     bool LUMISET_CALL GetPresetValue(std::uint32_t preset, std::uint32_t slot, ParamValue* out) noexcept override;
     const char* LUMISET_CALL GetParamToolTip(std::uint32_t index) noexcept override;
+    bool LUMISET_CALL LoadGPUPrograms(IEffectHost* host, GPUProgramSet* status,
+                                      std::uint32_t reserved) noexcept override;
+    bool LUMISET_CALL RenderFrameGPU(IEffectHost* host, const GPUFrameDesc* source, void* extra,
+                                     GPUFrameDesc* destination, const FrameRenderInfo* info) noexcept override;
 
 protected:
     virtual ~Effect() = default;
@@ -51,6 +60,10 @@ protected:
     /// frame cannot be rendered; then nothing may have been written.
     virtual bool Render(const ParamReader& params, const RenderContext& context, const Frame& source,
                         Frame& destination) noexcept = 0;
+
+    /// Renders in OpenGL: `frame.create`, passes, `frame.finish`; the result is `frame.ok()`. An effect without
+    /// such a renderer has no `EffectInfo::mainProgram`, and hosts are told so.
+    virtual bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept;
 
 private:
     /// Renders with the rows in the order that the effect needs and leaves them in the destination's order.

@@ -35,6 +35,8 @@ enum EffectFlags : std::uint32_t {
     kFlagDependsOnTime = 0x4000,  ///< the picture changes with the render time
 };
 
+struct GPUProgramSource;
+
 /// Everything about an effect but its renderers.
 struct EffectInfo {
     const char* name;
@@ -45,6 +47,8 @@ struct EffectInfo {
     std::size_t presetSlots;
     /// The picture knows up from down: frames stored bottom-up are turned over before and after rendering.
     bool needsTopDown = false;
+    /// The program by which a host learns whether the effect can render in OpenGL; null without such a renderer.
+    const GPUProgramSource* mainProgram = nullptr;
 };
 
 constexpr ParamValue sliderValue(float value) {

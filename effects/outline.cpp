@@ -2,11 +2,16 @@
 // a triangular blur, filled with the chosen colour, and the source is composited over it. Sizes are fractions
 // of the picture's width in square pixels, so the band looks equally wide in both directions whatever the
 // shape of a pixel; a field has half the rows, so its vertical sizes are halved.
+//
+// The OpenGL renderer takes the same steps. It softens by three pixels even where Soften is lower, and corrects
+// the soft edge for the pixel's shape once more; large ellipses are grown in several passes and may differ from
+// the true ellipse by about a pixel along their edge.
 
 #include "effects/outline.h"
 
 #include <algorithm>
 
+#include "effects/gpu_image_ops.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -38,6 +43,17 @@ constexpr PresetTable kPresets(                                  //
     row("Solid Black", 1.0F, 0.0F, 0x000000, 1.0F),              //
     row("Subtle Edge Definition", 0.0F, 0.59F, 0x000000, 0.575F));
 
+enum Program : std::size_t { kExtract, kBlurVertical, kBlurHorizontal, kCompose, kEllipse, kRing };
+
+constexpr auto kPrograms = std::to_array<GPUProgramSource>({
+    {shaders::kPassVert, shaders::kOutlineExtractFrag},
+    kBlurVerticalProgram,
+    kBlurHorizontalProgram,
+    {shaders::kPassVert, shaders::kOutlineComposeFrag},
+    kDilateEllipseProgram,
+    kDilateRingProgram,
+});
+
 constexpr EffectInfo kInfo{
     .name = "Outline",
     .flags = kFlagsEveryEffect | kFlagChangesAlpha,
@@ -45,6 +61,7 @@ constexpr EffectInfo kInfo{
     .presetNames = kPresets.names,
     .presetValues = kPresets.values,
     .presetSlots = kPresets.kSlots,
+    .mainProgram = &kPrograms[kExtract],
 };
 static_assert(valid(kInfo));
 
@@ -62,6 +79,34 @@ Settings readSettings(const ParamReader& params) {
     return {params.slider(kWidth), params.slider(kSoften), params.color(kColor), params.slider(kOpacity)};
 }
 
+/// Sizes in stored pixels, for both renderers.
+struct Sizes {
+    EllipseSize ellipse;
+    float blurWidth;
+    float blurHeight;
+    std::int32_t gpuBlurWidth;
+    std::int32_t gpuBlurHeight;
+};
+
+Sizes sizesOf(const Settings& settings, const FrameFacts& facts) {
+    constexpr float kMost = 32768.0F;  // keeps the numbers whole for the oddest shapes of a pixel
+    constexpr float kLeastGPUBlur = 3.0F;
+    constexpr float kMostGPUBlur = 1000.0F;  // as `FrameBlur`
+    const PixelAspectScale aspect(facts.info, false, false);
+    const float full = aspect.FromStoredX(static_cast<float>(facts.width)) * kFullSize;
+    const float rowScale = facts.fieldMode ? 0.5F : 1.0F;
+    const float diameter = full * settings.width;
+    const float blur = full * settings.soften;
+    const auto whole = [](float value, float least, float most) {
+        return static_cast<std::int32_t>(std::min(std::max(least, value), most));
+    };
+    return {{whole(aspect.ToStoredX(diameter), 1.0F, kMost), whole(aspect.ToStoredY(diameter * rowScale), 1.0F, kMost)},
+            aspect.ToStoredX(blur),
+            aspect.ToStoredY(blur * rowScale),
+            whole(aspect.ToStoredX(blur * aspect.aspect), kLeastGPUBlur, kMostGPUBlur),
+            whole(aspect.ToStoredY(blur * aspect.aspect * rowScale), kLeastGPUBlur, kMostGPUBlur)};
+}
+
 /// 0x00BBGGRR to the 0x00RRGGBB that fills take.
 constexpr std::uint32_t swapRedAndBlue(std::uint32_t color) {
     return (color & 0x0000FF00U) | ((color & 0xFFU) << 16U) | ((color >> 16U) & 0xFFU);
@@ -74,11 +119,7 @@ COutline::COutline() : Effect(kInfo) {}
 bool COutline::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
                       Frame& destination) noexcept {
     const Settings settings = readSettings(params);
-    const PixelAspectScale aspect(context.info, false, false);
-    const float squareWidth = aspect.FromStoredX(static_cast<float>(context.width));
-    const float rowScale = context.fieldMode ? 0.5F : 1.0F;
-    const float diameter = squareWidth * settings.width * kFullSize;
-    const float blur = squareWidth * settings.soften * kFullSize;
+    const Sizes sizes = sizesOf(settings, context);
 
     const std::int32_t alpha = AlphaIndex(source.Format());
     const std::int32_t maskFormat = MaskFormat(source.Format());
@@ -90,10 +131,8 @@ bool COutline::Render(const ParamReader& params, const RenderContext& context, c
         return false;
     }
     FrameCopyChannel(source, shape, alpha, 0);
-    const auto maskWidth = static_cast<std::int32_t>(std::max(aspect.ToStoredX(diameter), 1.0F));
-    const auto maskHeight = static_cast<std::int32_t>(std::max(aspect.ToStoredY(diameter * rowScale), 1.0F));
-    FrameDilate(shape, grown, maskWidth, maskHeight, &context.allocator);
-    FrameBlur(grown, shape, aspect.ToStoredX(blur), aspect.ToStoredY(blur * rowScale), &context.allocator, true);
+    FrameDilate(shape, grown, sizes.ellipse.width, sizes.ellipse.height, &context.allocator);
+    FrameBlur(grown, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true);
 
     // The opacity goes on the mask: the same product as on the filled frame's alpha, at a quarter of the cost.
     const float opacity[4] = {settings.opacity, 1.0F, 1.0F, 1.0F};
@@ -102,6 +141,29 @@ bool COutline::Render(const ParamReader& params, const RenderContext& context, c
     FrameCopyChannel(shape, destination, 0, alpha);
     FrameAlphaOver(source, destination, destination, false);
     return true;
+}
+
+bool COutline::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+    const Settings settings = readSettings(params);
+    const Sizes sizes = sizesOf(settings, facts);
+    if (!frame.create(2, kPrograms)) {
+        return false;
+    }
+    GPUTexture& shape = frame.temporary(0);
+    GPUTexture& grown = frame.temporary(1);
+    frame.pass(frame.program(kExtract), frame.source(), shape);
+    growByEllipse(frame, frame.program(kEllipse), frame.program(kRing), sizes.ellipse, shape, grown,
+                  frame.destination());
+    frame.blur(frame.program(kBlurVertical), frame.program(kBlurHorizontal), sizes.gpuBlurWidth, sizes.gpuBlurHeight,
+               grown, frame.destination(), shape);
+    frame.pass2(frame.program(kCompose), frame.source(), shape, grown, [&](ShaderProgram& program) {
+        const auto part = [&](std::uint32_t shift) {
+            return static_cast<float>((settings.color >> shift) & 0xFFU) / 255.0F;
+        };
+        program.SetFloat3("colors", part(0), part(8), part(16));
+        program.SetFloat("opacity", settings.opacity);
+    });
+    return frame.finish(grown);
 }
 
 }  // namespace lumiset

@@ -12,6 +12,7 @@ public:
 protected:
     bool Render(const ParamReader& params, const RenderContext& context, const Frame& source,
                 Frame& destination) noexcept override;
+    bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept override;
 };
 
 }  // namespace lumiset

@@ -1,0 +1,38 @@
+#pragma once
+
+// Image operations of several passes that effects share in OpenGL. Each names its programs, which the effect makes
+// along with its own in `GPUFrame::create`.
+
+#include <cstdint>
+
+#include "effects/shaders/shader_texts.h"
+#include "gpu/gpu_frame.h"
+
+namespace lumiset {
+
+inline constexpr GPUProgramSource kBlurVerticalProgram{shaders::kPassVert, shaders::kBlurVerticalFrag};
+inline constexpr GPUProgramSource kBlurHorizontalProgram{shaders::kPassVert, shaders::kBlurHorizontalFrag};
+inline constexpr GPUProgramSource kDilateEllipseProgram{shaders::kPassVert, shaders::kDilateEllipseFrag};
+inline constexpr GPUProgramSource kDilateRingProgram{shaders::kPassVert, shaders::kDilateRingFrag};
+inline constexpr GPUProgramSource kErodeEllipseProgram{shaders::kPassVert, shaders::kErodeEllipseFrag};
+inline constexpr GPUProgramSource kErodeRingProgram{shaders::kPassVert, shaders::kErodeRingFrag};
+
+/// Size of an elliptical mask in whole texels. The mask is the one of `FrameDilate`: an even size lacks its last
+/// column or row, and a size of 1 in either direction leaves the picture as it is.
+struct EllipseSize {
+    std::int32_t width;
+    std::int32_t height;
+};
+
+/// Grows (dilation programs) or shrinks (erosion programs) bright shapes by an ellipse, every channel for itself.
+/// `from`, `to` and `scratch` are three textures; `scratch` may hold anything afterwards.
+///
+/// A small ellipse is done exactly in one pass. A larger one is grown from a small one by rings: the Minkowski sum
+/// of two ellipses of one shape is the ellipse with the sum of their half axes, and of the ring's ellipse only as many
+/// points of the boundary are needed as keep the gaps between them below a quarter of a texel (and its centre, as
+/// long as the ring is at most twice as large as what it grows). So the number of texels read grows with the square
+/// root of the size: about 175 for a diameter of 192. The edge stays within about one texel of the true ellipse's.
+bool growByEllipse(GPUFrame& frame, ShaderProgram& ellipse, ShaderProgram& ring, EllipseSize size,
+                   const GPUTexture& from, const GPUTexture& to, const GPUTexture& scratch) noexcept;
+
+}  // namespace lumiset

@@ -1,0 +1,82 @@
+#include "gpu/gpu_frame.h"
+
+#include <algorithm>
+
+namespace lumiset {
+
+GPUFrame::GPUFrame(GPUHelper& gpu, const GPUTexture& source, GPUTexture& destination, bool topDown) noexcept
+    : m_gpu(gpu),
+      m_source(source),
+      m_destination(destination),
+      m_given(destination),
+      m_turnSource(topDown && source.flipped != 0),
+      m_resultFlipped(!topDown && source.flipped != 0) {
+    m_source.width = std::min(source.width, destination.width);
+    m_source.height = std::min(source.height, destination.height);
+    m_destination.width = m_source.width;
+    m_destination.height = m_source.height;
+    // Passes that use the destination as scratch keep the plain order too; the last one swaps.
+    m_destination.format = PlainFormat(destination.format);
+    m_ok = m_source.width > 0 && m_source.height > 0;
+}
+
+GPUFrame::~GPUFrame() {
+    if (m_begun && !m_ok) {
+        m_gpu.SetRenderTarget(nullptr, false, 0, 0);
+    }
+    for (std::size_t i = 0; i < m_temporaryCount; ++i) {
+        m_gpu.ReleaseTexture(m_temporaries[i]);
+    }
+    for (std::size_t i = 0; i < m_programCount; ++i) {
+        m_gpu.ReleaseProgram(m_programs[i]);
+    }
+    m_destination.width = m_given.width;
+    m_destination.height = m_given.height;
+    m_destination.format = m_given.format;
+}
+
+bool GPUFrame::create(std::size_t temporaries, std::span<const GPUProgramSource> programs) noexcept {
+    m_ok = m_ok && temporaries <= kMaxTemporaries && programs.size() <= kMaxPrograms;
+    const std::int32_t format = PlainFormat(m_source.format);
+    while (m_ok && m_temporaryCount < temporaries) {
+        m_ok = m_gpu.CreateTexture(m_temporaries[m_temporaryCount], width(), height(), format, 0, 0);
+        m_temporaryCount += m_ok ? 1 : 0;
+    }
+    while (m_ok && m_programCount < programs.size()) {
+        const GPUProgramSource& source = programs[m_programCount];
+        m_ok = m_gpu.CreateProgram(source.vertex, source.fragment, m_programs[m_programCount]);
+        m_programCount += m_ok ? 1 : 0;
+    }
+    m_ok = m_ok && m_gpu.PrepareCopy();
+    if (m_ok) {
+        m_gpu.BeginRender(10.0, 10.0);
+        m_begun = true;
+    }
+    return m_ok;
+}
+
+bool GPUFrame::begin(ShaderProgram& shader, const GPUTexture& to) noexcept {
+    m_ok = m_ok && m_gpu.SetRenderTarget(&to, false, 0, 0) && m_gpu.UseProgram(shader);
+    if (m_ok) {
+        shader.SetInt("SwapChannels", NeedsChannelSwap(m_source) ? 1 : 0);
+    }
+    return m_ok;
+}
+
+bool GPUFrame::blur(ShaderProgram& vertical, ShaderProgram& horizontal, std::int32_t columns, std::int32_t rows,
+                    const GPUTexture& from, const GPUTexture& between, const GPUTexture& to) noexcept {
+    m_ok = m_ok && m_gpu.SeparableBlur(columns, rows, from, between, to, horizontal, vertical);
+    return m_ok;
+}
+
+bool GPUFrame::finish(GPUTexture& result) noexcept {
+    if (m_ok) {
+        m_destination.format = m_given.format;
+        result.flipped = m_resultFlipped ? 1 : 0;
+        m_gpu.NotifyTarget(m_destination.flipped);
+        m_ok = m_gpu.SetRenderTarget(nullptr, false, 0, 0) && m_gpu.FinishFrame(result, m_destination);
+    }
+    return m_ok;
+}
+
+}  // namespace lumiset
