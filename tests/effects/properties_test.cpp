@@ -29,8 +29,8 @@ double largestDifference(const Picture& a, const Picture& b) {
     return worst;
 }
 
-/// How far a sample of `b` lies outside what `a` shows up to `rows` rows away: even kernels and corner-anchored
-/// scaling work in stored order, so the other row order may move them by a row.
+/// How far a sample of `b` lies outside what `a` shows up to `rows` rows away. Even kernels and corner-anchored
+/// scaling work in stored order: the other row order moves each by a row, and the blur's border by two more.
 double differenceWithinRows(const Picture& a, const Picture& b, std::int32_t rows) {
     double worst = 0.0;
     for (std::int32_t y = 0; y < a.height(); ++y) {
@@ -111,7 +111,7 @@ TEST(EveryPreset, StoresNeitherPaddingNorOrderNorStrideInThePicture) {
                 Picture result = rendered(tester, host, source, storage);
                 EXPECT_EQ(source.bytes(), before) << "the source is only read";
                 EXPECT_TRUE(result.guardsIntact());
-                EXPECT_LE(differenceWithinRows(plain, result, 2), 3.0);
+                EXPECT_LE(differenceWithinRows(plain, result, 4), 3.0);
                 if (storage.flipped == storage.negativeStride) {
                     EXPECT_EQ(largestDifference(plain, result), 0.0) << "stored in the same order";
                 }
