@@ -30,15 +30,17 @@ double largestDifference(const Picture& a, const Picture& b) {
 }
 
 /// How far a sample of `b` lies outside what `a` shows up to `rows` rows away. Even kernels and corner-anchored
-/// scaling work in stored order: the other row order moves each by a row, and the blur's border by two more.
+/// scaling work in stored order: in the other row order each moves the picture by a row. Rows near the border,
+/// where they may come from outside, are left out.
 double differenceWithinRows(const Picture& a, const Picture& b, std::int32_t rows) {
+    constexpr std::int32_t kBorder = 5;
     double worst = 0.0;
-    for (std::int32_t y = 0; y < a.height(); ++y) {
+    for (std::int32_t y = kBorder; y < a.height() - kBorder; ++y) {
         for (std::int32_t x = 0; x < a.width(); ++x) {
             for (const Channel channel : {kRed, kGreen, kBlue, kAlpha}) {
                 double low = HUGE_VAL;
                 double high = -HUGE_VAL;
-                for (std::int32_t row = std::max(0, y - rows); row <= std::min(a.height() - 1, y + rows); ++row) {
+                for (std::int32_t row = y - rows; row <= y + rows; ++row) {
                     low = std::min(low, a.get(x, row, channel));
                     high = std::max(high, a.get(x, row, channel));
                 }
@@ -111,7 +113,7 @@ TEST(EveryPreset, StoresNeitherPaddingNorOrderNorStrideInThePicture) {
                 Picture result = rendered(tester, host, source, storage);
                 EXPECT_EQ(source.bytes(), before) << "the source is only read";
                 EXPECT_TRUE(result.guardsIntact());
-                EXPECT_LE(differenceWithinRows(plain, result, 4), 3.0);
+                EXPECT_LE(differenceWithinRows(plain, result, 2), 3.0);
                 if (storage.flipped == storage.negativeStride) {
                     EXPECT_EQ(largestDifference(plain, result), 0.0) << "stored in the same order";
                 }
