@@ -1,0 +1,57 @@
+#include "bench/frames.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <random>
+
+namespace lumiset::bench {
+namespace {
+
+/// Frames of one pool take this much memory together, well above a processor's last cache with two pools in use.
+constexpr std::int64_t kPoolBytes = 64 << 20;
+
+void fill(Frame& frame, std::mt19937& random) {
+    const bool isFloat = isFloatFormat(frame.Format());
+    for (std::int32_t y = 0; y < frame.Height(); ++y) {
+        for (std::int32_t i = 0; i + 4 <= frame.Width() * frame.BytesPerPixel(); i += 4) {
+            const auto bits = static_cast<std::uint32_t>(random());
+            const float value = static_cast<float>(bits >> 8U) * 0x1p-24F;
+            std::memcpy(frame.PixelAddress(0, y, i), isFloat ? static_cast<const void*>(&value) : &bits, 4);
+        }
+    }
+}
+
+}  // namespace
+
+Pool::Pool(std::int32_t format, std::int32_t width, std::int32_t height) {
+    const std::int64_t frameBytes = std::int64_t{width} * height * formatBytesPerPixel(format);
+    const auto count = static_cast<std::size_t>(std::clamp<std::int64_t>(kPoolBytes / frameBytes, 2, 32));
+    std::mt19937 random(static_cast<std::uint32_t>(format + 1));
+    for (std::size_t n = 0; n < count; ++n) {
+        auto frame = std::make_unique<Frame>();
+        if (!frame->Allocate(width, height, formatBytesPerPixel(format), nullptr, format, false)) {
+            throw std::bad_alloc();
+        }
+        if (n == 0) {
+            fill(*frame, random);
+        } else {
+            std::memcpy(frame->Data(), bytes(0), static_cast<std::size_t>(step()) * static_cast<std::size_t>(height));
+        }
+        m_frames.push_back(std::move(frame));
+    }
+}
+
+cv::Mat Pool::mat(std::size_t n) const {
+    Frame& frame = (*this)[n];
+    const int depth = isFloatFormat(frame.Format()) ? CV_32F : CV_8U;
+    return {frame.Height(), frame.Width(), CV_MAKETYPE(depth, isHostFormat(frame.Format()) ? 4 : 1), frame.Data(),
+            static_cast<std::size_t>(frame.Stride())};
+}
+
+Frames& frames() {
+    static Frames all;
+    return all;
+}
+
+}  // namespace lumiset::bench
