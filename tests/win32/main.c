@@ -1,0 +1,143 @@
+// A host in plain C: loads the module by name, knows it by vtable slots, byte offsets and identifiers alone, and does
+// so with every alignment of the stack that a 32-bit caller can have.
+
+#include <windows.h>
+
+#include <stdio.h>
+#include <string.h>
+
+#include "call.h"
+#include "contract.h"
+#include "suites.h"
+
+static const struct {
+    const char* name;
+    uint32_t flags;
+} EFFECTS[] = {
+    {"Progressive Stretch", 961}, {"Background Generator", 17349}, {"Outline", 965},      {"Selective Focus", 961},
+    {"Selective Tint", 961},      {"Color Fixer Pro", 961},        {"Viewfinder", 17349}, {"Old TV", 17349},
+    {"Selective Color", 961},     {"Alpha Processor", 965},
+};
+enum { EFFECT_COUNT = sizeof EFFECTS / sizeof EFFECTS[0], OUTLINE = 2 };
+
+void checkUnknown(uint32_t object, const uint8_t* interfaceId, uint32_t statusForNull) {
+    const uint8_t* const known[] = {ID_UNKNOWN, interfaceId};
+    uint32_t out = 0;
+    for (int i = 0; i < 2; ++i) {
+        CHECK(METHOD(QUERY_INTERFACE, object, WORD(known[i]), WORD(&out)) == 0 && out == object);
+    }
+    CHECK(METHOD(ADD_REF, object) == 4);
+    for (uint32_t left = 4; left-- > 1;) {
+        CHECK(METHOD(RELEASE, object) == left);
+    }
+    CHECK(METHOD(QUERY_INTERFACE, object, WORD(ID_STRANGER), WORD(&out)) == NO_INTERFACE && out == 0);
+    CHECK(METHOD(QUERY_INTERFACE, object, WORD(ID_UNKNOWN), 0) == statusForNull);
+}
+
+static int checkEffects(uint32_t library) {
+    int found = 0;
+    for (uint32_t index = 0; index < EFFECT_COUNT; ++index) {
+        about("%s", EFFECTS[index].name);
+        const uint32_t effect = METHOD(LIBRARY_CREATE_EFFECT, library, index);
+        if (effect == 0) {
+            continue;  // a build may lack an effect; the library's index stays
+        }
+        ++found;
+        CHECK(strcmp((const char*)(uintptr_t)METHOD(EFFECT_NAME, effect), EFFECTS[index].name) == 0);
+        CHECK(METHOD(EFFECT_FLAGS, effect) == EFFECTS[index].flags);
+        checkEffect(effect);
+        if (index == OUTLINE) {
+            checkOutline(effect);
+        }
+        about("%s", EFFECTS[index].name);
+        CHECK(METHOD(RELEASE, effect) == 0);
+    }
+    about("Effects past the last");
+    CHECK(METHOD(LIBRARY_CREATE_EFFECT, library, EFFECT_COUNT) == 0);
+    CHECK(METHOD(LIBRARY_CREATE_EFFECT, library, 0xFFFFFFFF) == 0);
+    return found;
+}
+
+static void checkLibrary(uint32_t library) {
+    about("Library");
+    CHECK(strcmp((const char*)(uintptr_t)METHOD(LIBRARY_NAME, library), "Vantrel Lumiset V") == 0);
+    checkUnknown(library, ID_EFFECT_LIBRARY, NO_INTERFACE);
+    CHECK(METHOD(LIBRARY_QUERY, library, 1, 2) == 0);
+
+    about("Host services");
+    const uint32_t services = METHOD(LIBRARY_HOST_SERVICES, library);
+    CHECK(services != 0 && METHOD(LIBRARY_HOST_SERVICES, library) == services);
+    METHOD(RELEASE, services);
+    METHOD(RELEASE, services);
+
+    const uint32_t processor = METHOD(LIBRARY_CREATE_FRAME_PROCESSOR, library);
+    CHECK(processor != 0);
+    checkFrameProcessor(processor);
+    about("Frame processor");
+    CHECK(METHOD(RELEASE, processor) == 0);
+
+    about("Preset saver");
+    const uint32_t saver = METHOD(LIBRARY_CREATE_PRESET_SAVER, library);
+    if (saver != 0) {
+        checkUnknown(saver, ID_PRESET_SAVER, FAILURE);
+        CHECK(METHOD(RELEASE, saver) == 0);
+    }
+    CHECK(checkEffects(library) > 0);
+}
+
+static void checkVersion(HMODULE module) {
+    about("Version resource");
+    char path[MAX_PATH];
+    CHECK(GetModuleFileNameA(module, path, sizeof path) > 0);
+    static uint8_t block[4096];
+    CHECK(GetFileVersionInfoSizeA(path, NULL) <= sizeof block);
+    CHECK(GetFileVersionInfoA(path, 0, sizeof block, block));
+    void* value = NULL;
+    UINT size = 0;
+    CHECK(VerQueryValueA(block, "\\", &value, &size) && ((VS_FIXEDFILEINFO*)value)->dwFileVersionMS == 0x00050000);
+    CHECK(VerQueryValueA(block, "\\StringFileInfo\\040904B0\\OriginalFilename", &value, &size) &&
+          strcmp(value, "vantrel_lumiset5.dll") == 0);
+}
+
+static void checkModule(const char* name) {
+    typedef void (*Export)(void);
+    about("Exports");
+    HMODULE module = LoadLibraryA(name);
+    CHECK(module != NULL);
+    if (module == NULL) {
+        return;
+    }
+    const Export getLibrary = (Export)(void*)GetProcAddress(module, "GetEffectsLibrary");
+    const Export canUnload = (Export)(void*)GetProcAddress(module, "CanUnloadDLLNow");
+    const Export promotion = (Export)(void*)GetProcAddress(module, "DisplayPromotionW");
+    CHECK(getLibrary != NULL && canUnload != NULL && promotion != NULL);
+    if (getLibrary != NULL && canUnload != NULL && promotion != NULL) {
+        CHECK(callExport(canUnload) == 1);
+        CHECK(callExport(promotion) == 0);
+        const uint32_t library = callExport(getLibrary);
+        const uint32_t second = callExport(getLibrary);
+        CHECK(library != 0 && second != 0 && library != second);
+        CHECK(METHOD(RELEASE, second) == 0);
+        checkLibrary(library);
+        about("Unloading");
+        CHECK(callExport(canUnload) == 1);  // objects alive or not
+        CHECK(METHOD(RELEASE, library) == 0);
+    }
+    checkVersion(module);
+    about("Unloading");
+    CHECK(FreeLibrary(module));
+    CHECK(GetModuleHandleA(name) == NULL);
+}
+
+int main(int argc, char** argv) {
+    setvbuf(stdout, NULL, _IONBF, 0);
+    const char* name = argc > 1 ? argv[1] : "vantrel_lumiset5.dll";
+    for (uint32_t offset = 0; offset < 16; offset += 4) {
+        const int before = checksFailed();
+        setStackOffset(offset);
+        checkModule(name);
+        printf("stack %u bytes past a multiple of 16: %d failed\n", offset, checksFailed() - before);
+    }
+    printf("%d checks, %d failed\n", checksRun(), checksFailed());
+    return checksFailed() == 0 ? 0 : 1;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+// What the host asks of the module's objects. An object is the address that the module answered.
+
+#include <stdint.h>
+
+// `IUnknown` with an interface or two that the object answers for, and the status for a null out pointer.
+void checkUnknown(uint32_t object, const uint8_t* interfaceId, uint32_t statusForNull);
+// One effect of the library: its description, its presets, its tool tips, a frame in each format.
+void checkEffect(uint32_t effect);
+// "Outline" in particular, whose picture tells whether each field of the records was understood.
+void checkOutline(uint32_t effect);
+// The frame processor, slot by slot.
+void checkFrameProcessor(uint32_t processor);
