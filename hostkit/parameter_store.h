@@ -65,9 +65,6 @@ public:
     void LUMISET_CALL Reserved7() noexcept override {}
     void LUMISET_CALL GetHostName(const char** out) noexcept override;
 
-    /// References that the module took and did not give back.
-    [[nodiscard]] std::uint32_t leakedReferences() const { return m_references - 1; }
-
 private:
     const ParameterStore& m_parameters;
     double m_timeSeconds;
