@@ -21,14 +21,19 @@ void scale8(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, Vec8 factors
     }
 }
 
-HWY_INLINE Vec16 mulScaled(Vec16 v, Vec16 value, int scale, Vec16 half) {
-    const Vec16 product = hn::Mul(v, value);
+/// A product shifted right, half to even, where `half` is half a unit of the result (1 without a shift).
+HWY_INLINE Vec16 shiftRounded(Vec16 product, int scale, Vec16 half) {
+    const Vec16 one = hn::Set(Tag16(), 1);
     const Vec16 whole = hn::ShiftRightSame(product, scale);
     const Vec16 rest = hn::Sub(product, hn::ShiftLeftSame(whole, scale));
     // Above one half, or one half and odd.
-    const auto up = hn::Gt(hn::Add(rest, hn::And(whole, hn::Set(Tag16(), 1))), half);
-    const Vec16 rounded = hn::Add(whole, hn::IfThenElseZero(up, hn::Set(Tag16(), 1)));
-    return hn::Min(rounded, hn::Set(Tag16(), 255));
+    const auto up = hn::Gt(hn::Add(rest, hn::And(whole, one)), half);
+    return hn::Min(hn::Add(whole, hn::IfThenElseZero(up, one)), hn::Set(Tag16(), 255));
+}
+/// The same for a shift of 8, where no sum overflows and no result passes 254.
+HWY_INLINE Vec16 shiftRoundedBy8(Vec16 product) {
+    const Vec16 odd = hn::And(hn::ShiftRight<8>(product), hn::Set(Tag16(), 1));
+    return hn::ShiftRight<8>(hn::Add(product, hn::Add(odd, hn::Set(Tag16(), 127))));
 }
 
 /// Below low, above high, and a NaN too.
@@ -75,14 +80,26 @@ void mulFA4(Plane<const float> src, Plane<float> dst, const float* values, ImgSi
 
 void mulScaled8C1(Plane<std::uint8_t> plane, std::uint8_t value, std::int32_t scale, ImgSize size) {
     const Vec16 factor = hn::Set(Tag16(), value);
+    const Plane<const std::uint8_t> src = plane;
+    if (scale == 8) {
+        mapPlane<Touch::kOneChannel>(
+            size, plane,
+            [&](Vec8 v) HWY_ATTR {
+                const Halves wide = split(v);
+                return join({shiftRoundedBy8(hn::Mul(wide.even, factor)), shiftRoundedBy8(hn::Mul(wide.odd, factor))});
+            },
+            src);
+        return;
+    }
     const Vec16 half = hn::Set(Tag16(), static_cast<std::uint16_t>(scale == 0 ? 1 : 1 << (scale - 1)));
     mapPlane<Touch::kOneChannel>(
         size, plane,
         [&](Vec8 v) HWY_ATTR {
             const Halves wide = split(v);
-            return join({mulScaled(wide.even, factor, scale, half), mulScaled(wide.odd, factor, scale, half)});
+            return join({shiftRounded(hn::Mul(wide.even, factor), scale, half),
+                         shiftRounded(hn::Mul(wide.odd, factor), scale, half)});
         },
-        Plane<const std::uint8_t>(plane));
+        src);
 }
 
 void clampRange8C1(Plane<std::uint8_t> plane, std::uint8_t low, std::uint8_t high, ImgSize size) {

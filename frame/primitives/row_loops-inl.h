@@ -133,10 +133,10 @@ HWY_INLINE void mapPlane(ImgSize size, Plane<T> dst, const Op& op, Plane<const S
 }
 
 /// Four-byte pixels to one byte each: `op` takes a vector of pixels and leaves each one's result in its first byte.
-/// `kTouch` tells what of a pixel is read.
-template <Touch kTouch, class Op>
-HWY_INLINE void foldPlane(ImgSize size, Plane<std::uint8_t> dst, Plane<const std::uint8_t> src, const Op& op) {
-    const hn::ScalableTag<std::uint8_t> d;
+/// `kTouch` tells what of a pixel is read, `d` how long the vectors are.
+template <Touch kTouch, class Op, class D = hn::ScalableTag<std::uint8_t>>
+HWY_INLINE void foldPlane(ImgSize size, Plane<std::uint8_t> dst, Plane<const std::uint8_t> src, const Op& op,
+                          D d = D()) {
     const std::size_t lanes = hn::Lanes(d);
     const auto step = [&](std::uint8_t* out, const std::uint8_t* in) HWY_ATTR {
         const auto first = hn::ConcatEven(d, op(hn::LoadU(d, in + lanes)), op(hn::LoadU(d, in)));
