@@ -6,10 +6,6 @@
 
 namespace lumiset {
 
-/// Half width of an ellipse's row: the set elements of row `y` of a mask of `maskWidth` by `maskHeight` run from
-/// column ax - c to ax + c (at most maskWidth - 1) about the anchor ax = maskWidth / 2. Below 0: none is set.
-[[nodiscard]] std::int32_t ellipseHalfChord(std::int32_t maskWidth, std::int32_t maskHeight, std::int32_t y);
-
 struct EllipseJob {
     const std::uint8_t* src;
     std::int32_t srcStride;  ///< bytes
@@ -24,7 +20,7 @@ struct EllipseJob {
     std::int32_t maskHeight;  ///< at least 2
 };
 
-/// Maximum or minimum over an ellipse, border pixels replicated. False, before anything is written, when there is
+/// Maximum or minimum over an ellipse as `FrameDilate` describes. False, before anything is written, when there is
 /// no memory.
 [[nodiscard]] bool ellipseMorphology(const EllipseJob& job, MemoryAllocator& allocator) noexcept;
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "frame/filters/blur_rows.h"
+#include "frame/filters/scratch_block.h"
 #include "frame/filters/triangular_blur.h"
 #include "frame/filters/triangular_kernel.h"
 

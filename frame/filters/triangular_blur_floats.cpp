@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "frame/filters/blur_rows.h"
+#include "frame/filters/scratch_block.h"
 #include "frame/filters/triangular_blur.h"
 #include "frame/filters/triangular_kernel.h"
 
