@@ -1,0 +1,83 @@
+#include "hostkit/gl/gpu_renderer.h"
+
+#include <chrono>
+
+#include "host/pixel_format.h"
+
+namespace lumiset::hostkit {
+namespace {
+
+bool isFrame(const VideoFrameDesc& frame) {
+    return frame.data != nullptr && frame.width > 0 && frame.height > 0 && isHostFormat(frame.format) &&
+           frame.bytesPerPixel == formatBytesPerPixel(frame.format);
+}
+
+/// A texture for the length of a frame.
+class HeldTexture {
+public:
+    HeldTexture(GLHost& gl, const VideoFrameDesc& frame)
+        : m_gl(gl), m_texture(gl.makeTexture(frame.width, frame.height, static_cast<std::int32_t>(frame.format))) {}
+    ~HeldTexture() { m_gl.ReleaseTexture(&m_texture); }
+    HeldTexture(const HeldTexture&) = delete;
+    HeldTexture& operator=(const HeldTexture&) = delete;
+    [[nodiscard]] GPUTexture& get() { return m_texture; }
+
+private:
+    GLHost& m_gl;
+    GPUTexture m_texture;
+};
+
+}  // namespace
+
+bool GPURenderer::canRender(IVideoGPUEffect& effect, IEffectHost& host) {
+    const auto [entry, isNew] = m_effects.try_emplace(&effect, false);
+    if (isNew) {
+        GPUProgramSet status{};
+        entry->second = effect.InitGPU(&host, &m_gl, &status, 0);
+    }
+    return entry->second;
+}
+
+bool GPURenderer::render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
+                         const VideoFrameDesc& destination, const FrameRenderInfo& info) {
+    GLEffectHost glHost(host, m_gl);
+    if (!isFrame(source) || !isFrame(destination) || source.format != destination.format ||
+        !canRender(effect, glHost)) {
+        return false;
+    }
+    using Clock = std::chrono::steady_clock;
+    auto last = Clock::now();
+    const auto measure = [&](double& seconds) {
+        if (m_measuring) {
+            m_gl.finish();
+            const auto now = Clock::now();
+            seconds += std::chrono::duration<double>(now - last).count();
+            last = now;
+        }
+    };
+    try {
+        HeldTexture from(m_gl, source);
+        HeldTexture to(m_gl, destination);
+        m_gl.upload(source, from.get());
+        if (source.width < destination.width || source.height < destination.height) {
+            m_gl.upload(destination, to.get());  // what lies outside the common rectangle stays
+        }
+        to.get().flipped = (destination.flipped != 0) != (destination.stride < 0) ? 1 : 0;
+        measure(m_times.upload);
+        if (!effect.ProcessFrameGPU(0, &glHost, &m_gl, &from.get(), nullptr, &to.get(), &info)) {
+            return false;
+        }
+        measure(m_times.render);
+        if (!m_gl.checkErrors("rendering")) {
+            return false;
+        }
+        m_gl.download(to.get(), destination);
+        measure(m_times.download);
+        return m_gl.checkErrors("reading a frame");
+    } catch (const GLError& error) {
+        m_gl.report(error.what());
+        return false;
+    }
+}
+
+}  // namespace lumiset::hostkit

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <map>
+
+#include "host/video_effect.h"
+#include "hostkit/gl/gl_host.h"
+
+namespace lumiset::hostkit {
+
+/// A host object with OpenGL: asks another one for everything but that. Lives on the caller's stack, longer than
+/// the call; its reference count frees nothing.
+class GLEffectHost final : public IEffectHost {
+public:
+    GLEffectHost(IEffectHost& inner, IHostGL& gl) : m_inner(inner), m_gl(gl) {}
+
+    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override {
+        return iid == IHostGL::kId ? m_gl.QueryInterface(iid, out) : m_inner.QueryInterface(iid, out);
+    }
+    std::uint32_t LUMISET_CALL AddRef() noexcept override { return m_inner.AddRef(); }
+    std::uint32_t LUMISET_CALL Release() noexcept override { return m_inner.Release(); }
+    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t type) noexcept override {
+        m_inner.GetParamValue(index, out, type);
+    }
+    void LUMISET_CALL Reserved4() noexcept override {}
+    void LUMISET_CALL Reserved5() noexcept override {}
+    void LUMISET_CALL Reserved6() noexcept override {}
+    void LUMISET_CALL Reserved7() noexcept override {}
+    void LUMISET_CALL GetHostName(const char** out) noexcept override { m_inner.GetHostName(out); }
+
+private:
+    IEffectHost& m_inner;
+    IHostGL& m_gl;
+};
+
+/// Renders frames in memory through effects' OpenGL renderers. Used on the thread that made its `GLHost`; the
+/// effects given to it must outlive it.
+class GPURenderer {
+public:
+    explicit GPURenderer(GLHost& gl) : m_gl(gl) {}
+
+    /// Like `IVideoEffect::ProcessFrame`. False when the effect did not render: then the destination is as it was,
+    /// and the frame is to be rendered by `ProcessFrame`. Frames that are no host's frames are refused too.
+    [[nodiscard]] bool render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
+                              const VideoFrameDesc& destination, const FrameRenderInfo& info);
+
+    /// Seconds spent since the start, each step waited for. Only kept while `measuring`, which costs time itself.
+    struct Times {
+        double upload = 0.0;
+        double render = 0.0;
+        double download = 0.0;
+    };
+    void setMeasuring(bool measuring) { m_measuring = measuring; }
+    [[nodiscard]] const Times& times() const { return m_times; }
+
+private:
+    [[nodiscard]] bool canRender(IVideoGPUEffect& effect, IEffectHost& host);
+
+    GLHost& m_gl;
+    std::map<IVideoGPUEffect*, bool> m_effects;  ///< what `InitGPU` answered
+    bool m_measuring = false;
+    Times m_times;
+};
+
+}  // namespace lumiset::hostkit

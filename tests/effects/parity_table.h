@@ -1,0 +1,49 @@
+#pragma once
+
+// Which effects have an OpenGL renderer, and how far it may be from the processor's.
+
+#include <array>
+
+#include "tests/support/effect_tester.h"
+
+namespace lumiset::testing {
+
+/// The frame that a comparison renders.
+struct ParityFrame {
+    std::int32_t width;
+    const FrameRenderInfo* info;
+    [[nodiscard]] double aspect() const {
+        return (info->flags & FrameRenderInfo::kHasPixelAspect) != 0 ? info->pixelAspect : 1.0;
+    }
+    [[nodiscard]] bool isField() const { return (info->flags & FrameRenderInfo::kHasField) != 0; }
+};
+
+struct ParityRow {
+    std::uint32_t index;
+    double leastPsnr;       ///< dB
+    double largestBytes;    ///< levels, 8-bit frames
+    double largestFloats;   ///< levels of 255, float frames
+    const char* exception;  ///< what the renderers do differently by intent, or empty
+    /// Makes those parts equal by changing a preset's values for either renderer; may be null.
+    void (*makeEqual)(ValueHost& processor, ValueHost& gpu, const ParityFrame& frame);
+};
+
+/// Outline's OpenGL renderer softens by at least three pixels, and multiplies the soft width by the pixel aspect once
+/// more. A Soften that gives both of them four pixels or more is free of the first, a smaller one for the OpenGL
+/// renderer of the second. (Ellipses of the size that these small frames give are grown in one exact pass.)
+inline void makeOutlineEqual(ValueHost& processor, ValueHost& gpu, const ParityFrame& frame) {
+    constexpr std::uint32_t kSoften = 1;
+    const double leastPixels = frame.isField() ? 8.5 : 4.25;
+    const double aspect = frame.aspect();
+    const double least = leastPixels * std::max(aspect, 1.0) / (0.1 * frame.width);
+    const auto soften =
+        static_cast<float>(std::min(std::max(least, double{processor.values[kSoften].slider}), std::min(aspect, 1.0)));
+    processor.values[kSoften].slider = soften;
+    gpu.values[kSoften].slider = static_cast<float>(soften / aspect);
+}
+
+inline constexpr auto kParity = std::to_array<ParityRow>({
+    {2, 40.0, 3.0, 0.5, "least softness; softness with wide pixels", makeOutlineEqual},
+});
+
+}  // namespace lumiset::testing
