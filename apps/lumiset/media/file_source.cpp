@@ -16,7 +16,7 @@ bool isInterlaced(AVFieldOrder order) {
     return order > AV_FIELD_PROGRESSIVE;
 }
 bool isTopFirst(AVFieldOrder order) {
-    return order == AV_FIELD_TT || order == AV_FIELD_BT;
+    return order != AV_FIELD_BB && order != AV_FIELD_TB;
 }
 
 Chroma chromaOf(const AVPixFmtDescriptor& descriptor) {

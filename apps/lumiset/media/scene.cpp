@@ -69,19 +69,23 @@ void writeRow(const float* from, int width, Sample* to, Store store) {
 Scene::Scene(int width, int height)
     : m_still(std::make_unique<SceneCanvas>(width, height)), m_work(std::make_unique<SceneCanvas>(width, height)) {
     SceneCanvas& still = *m_still;
-    SceneCanvas layer(width, height);
-    drawLandscape(layer);
-    drawSky(still);
-    putOver(layer, still);
-    cutWindow(still);
-
-    m_aboveClouds = alphaOf(layer);
+    SceneCanvas landscape(width, height);
+    SceneCanvas portrait(width, height);
     SceneCanvas front(width, height);
-    drawPortrait(front);
+    drawLandscape(landscape);
+    drawPortrait(portrait);
     drawTestStrip(front);
     drawTitle(front);
-    m_aboveBalloons = alphaOf(front);
+
+    drawSky(still);
+    putOver(landscape, still);
+    putOver(portrait, still);
+    cutWindow(still);
     putOver(front, still);
+
+    m_aboveClouds = alphaOf(landscape);
+    putOver(portrait, front);
+    m_aboveBalloons = alphaOf(front);
     for (int y = 0; y < height; y++) {
         for (int x = 0; x < width; x++) {
             const std::size_t i = still.index(x, y);

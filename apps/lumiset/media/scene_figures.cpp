@@ -3,8 +3,6 @@
 namespace lumiset::media {
 namespace {
 
-constexpr Vec kHead = {0.47F, 0.045F};
-
 Paint over(Paint top, Paint below) {
     const float alpha = top.alpha + below.alpha * (1 - top.alpha);
     return alpha <= 0 ? Paint{} : Paint{mix(below.color, top.color, top.alpha / alpha), alpha};
@@ -14,14 +12,16 @@ Paint over(Paint top, Paint below) {
 
 void drawPortrait(SceneCanvas& canvas) {
     const auto cover = [&](float d) { return canvas.coverage(d); };
-    const float bottom = canvas.half().y - 0.065F;
+    // She stands at the lower edge, however tall the frame is.
+    const float bottom = canvas.half().y;
+    const Vec head = {0.47F, bottom - 0.455F};
     const Color skin = {0.91F, 0.68F, 0.54F};
     const Color skinShade = {0.70F, 0.44F, 0.33F};
     const Color skinLight = {0.99F, 0.83F, 0.70F};
     const Color hair = {0.30F, 0.16F, 0.09F};
 
-    canvas.draw({0.12F, -0.22F, 0.82F, bottom + 0.03F}, [&](Vec at) -> Paint {
-        const Vec p = at - kHead;
+    canvas.draw({0.12F, head.y - 0.245F, 0.82F, bottom}, [&](Vec at) -> Paint {
+        const Vec p = at - head;
         Paint result;
 
         // Hair behind the head, falling to the shoulders, strands along its length.
@@ -29,7 +29,7 @@ void drawPortrait(SceneCanvas& canvas) {
         float back = ellipse(p, {0, -0.035F}, {0.152F, 0.168F});
         back =
             smoothUnion(back, roundedBox(p, {0, 0.075F}, {0.140F + 0.012F * std::sin(p.y * 30), 0.135F}, 0.07F), 0.05F);
-        const Color hairTone = mix(hair * 0.55F, {0.56F, 0.33F, 0.17F}, smooth(0.25F, 0.85F, strand));
+        const Color hairTone = mix(hair * 0.75F, {0.47F, 0.27F, 0.14F}, smooth(0.2F, 0.9F, strand));
         result = over({hairTone, cover(back)}, result);
 
         // Shoulders in a knitted jersey, cut by the window's lower edge.
@@ -47,15 +47,11 @@ void drawPortrait(SceneCanvas& canvas) {
         neck = std::min(neck, neckline);
         const float chinShadow = smooth(0.26F, 0.14F, p.y + 0.3F * p.x);
         result = over({mix(skin, skinShade, 0.25F + 0.65F * chinShadow), cover(neck)}, result);
-        const float fade = smooth(bottom + 0.02F, bottom - 0.02F, at.y);
         result = over({wool, cover(jersey)}, result);
 
         // Face: an egg, lit from the left.
         const float jaw = 1 - 0.55F * smooth(0.0F, 0.16F, p.y);
         float face = ellipse({p.x / (0.72F + 0.28F * jaw), p.y}, {0, 0.015F}, {0.108F, 0.142F});
-        const float ears =
-            std::min(ellipse(p, {-0.108F, 0.015F}, {0.018F, 0.033F}), ellipse(p, {0.108F, 0.015F}, {0.018F, 0.033F}));
-        result = over({mix(skin, skinShade, 0.35F), cover(ears)}, result);
         const float light = clamp01(0.52F - p.x * 4.2F - p.y * 1.6F);
         Color tone = mix(mix(skinShade, skin, smooth(0, 0.5F, light)), skinLight, smooth(0.55F, 1.1F, light));
         const float pores = latticeNoise(static_cast<int>(p.x * 700), static_cast<int>(p.y * 700)) - 0.5F;
@@ -75,7 +71,7 @@ void drawPortrait(SceneCanvas& canvas) {
                        0.8F * cover(ellipse(p, {side * 0.0115F, 0.0615F}, {0.0055F, 0.0028F})));
         }
         // Mouth.
-        const float curve = p.y - 0.094F + 3.2F * p.x * p.x;
+        const float curve = p.y - 0.096F + 6.0F * p.x * p.x;
         const float mouth = std::max(std::abs(p.x) - 0.040F, 0.0F);
         const float upper = ellipse({p.x, curve + 0.005F - 0.004F * std::cos(p.x * 150)}, {0, 0}, {0.038F, 0.0085F});
         const float lower = ellipse({p.x, curve - 0.006F}, {0, 0}, {0.034F, 0.0105F});
@@ -112,10 +108,9 @@ void drawPortrait(SceneCanvas& canvas) {
         fringe = std::max(fringe, p.y - 0.03F - 0.25F * std::abs(p.x));
         const float shine = smooth(0.035F, 0, std::abs(p.y + 0.122F - 1.4F * p.x * p.x));
         const float fall = fractalNoise({(p.x - p.y * 0.7F) * 110, (p.x + p.y) * 9}, 3);
-        Color front = mix(hair * 0.6F, {0.52F, 0.30F, 0.15F}, smooth(0.25F, 0.8F, fall));
+        Color front = mix(hair * 0.8F, {0.45F, 0.25F, 0.13F}, smooth(0.2F, 0.9F, fall));
         front = mix(front, {0.86F, 0.62F, 0.38F}, 0.55F * shine * smooth(0.35F, 0.8F, fall));
         result = over({front, cover(fringe)}, result);
-        result.alpha *= fade;
         return result;
     });
 }
@@ -150,6 +145,10 @@ void drawBalloons(SceneCanvas& canvas, double seconds, const float* cover) {
                 const Vec p = {q.x + tilt * q.y, q.y - tilt * q.x};
                 // The string waves below the knot.
                 const float sway = 0.10F * std::sin(q.y * 2.6F + turn(2.0)) * smooth(1.2F, 2.4F, q.y) - tilt * 1.2F;
+                const bool nearString = std::abs(q.x - sway) < 0.1F;
+                if (q.y > 1.5F ? !nearString : dot(q, q) > 2.2F) {
+                    return {};
+                }
                 Paint paint;
                 if (q.y > 1.2F && q.y < 4.0F) {
                     paint = {{0.96F, 0.96F, 0.96F}, 0.85F * canvas.lineCoverage(std::abs(q.x - sway) * s, 0.0011F)};

@@ -5,12 +5,12 @@
 namespace lumiset::media {
 namespace {
 
-constexpr Vec kSun = {-0.50F, -0.20F};
+constexpr Vec kSun = {-0.335F, -0.185F};
 
 float mountainLine(float x) {
     const float coarse = smoothNoise({x * 3.1F + 20, 3});
     const float fine = smoothNoise({x * 11.0F + 4, 9});
-    return 0.115F - 0.17F * coarse - 0.035F * fine;
+    return 0.135F - 0.25F * coarse - 0.045F * fine;
 }
 float hillLine(float x) {
     return 0.13F + 0.045F * std::sin(x * 3.3F + 0.6F) + 0.02F * std::sin(x * 7.1F);
@@ -23,14 +23,16 @@ float meadowLine(float x) {
 Paint foliage(const SceneCanvas& canvas, Vec p, const Vec* centers, const float* radii, int count, float leaf) {
     float d = 1;
     float light = 0;
+    float weights = 0;
     for (int i = 0; i < count; i++) {
         const float di = circle(p, centers[i], radii[i]);
-        if (di < d) {
-            const Vec n = (p - centers[i]) * (1 / radii[i]);
-            light = 0.5F - 0.35F * n.x - 0.45F * n.y;
-        }
+        const Vec n = (p - centers[i]) * (1 / radii[i]);
+        const float weight = std::exp(-di * 40);
+        light += weight * (0.5F + 0.35F * n.x - 0.45F * n.y);
+        weights += weight;
         d = smoothUnion(d, di, 0.02F);
     }
+    light /= weights;
     const float leaves = fractalNoise(p * leaf, 3);
     d += (leaves - 0.5F) * 0.022F;
     const float tone = clamp01(light * 0.75F + (leaves - 0.5F) * 1.3F + 0.1F);
@@ -75,7 +77,7 @@ void drawTree(SceneCanvas& canvas) {
         d = std::min(d, segment(p, {-0.585F, 0.10F}, {-0.655F, 0.02F}, 0.008F));
         d = std::min(d, segment(p, {-0.585F, 0.12F}, {-0.515F, 0.035F}, 0.008F));
         const float bark = fractalNoise({p.x * 130, p.y * 24}, 3);
-        const float side = clamp01(0.5F - (p.x + 0.585F - bend) / (2.6F * width));
+        const float side = clamp01(0.5F + (p.x + 0.585F - bend) / (2.6F * width));
         return {mix({0.20F, 0.12F, 0.07F}, {0.56F, 0.40F, 0.25F}, clamp01(side * 0.8F + (bark - 0.5F))),
                 canvas.coverage(d)};
     });
@@ -105,7 +107,7 @@ void drawSky(SceneCanvas& canvas) {
 }
 
 void drawLandscape(SceneCanvas& canvas) {
-    const Box ground = {-canvas.half().x, -0.12F, canvas.half().x, canvas.half().y};
+    const Box ground = {-canvas.half().x, -0.18F, canvas.half().x, canvas.half().y};
     canvas.draw(ground, [&](Vec p) -> Paint {
         const float height = p.y - mountainLine(p.x);
         const float slope = (mountainLine(p.x + 0.01F) - mountainLine(p.x - 0.01F)) * 50;
@@ -157,7 +159,7 @@ void drawClouds(SceneCanvas& canvas, double seconds, const float* cover) {
         float x, y, size, speed;
     };
     static constexpr Cloud kClouds[] = {
-        {-0.30F, -0.30F, 1.0F, 0.030F}, {0.35F, -0.20F, 0.72F, 0.022F}, {0.05F, -0.125F, 0.50F, 0.016F}};
+        {-0.13F, -0.20F, 0.85F, 0.030F}, {0.33F, -0.22F, 0.72F, 0.022F}, {0.08F, -0.105F, 0.50F, 0.016F}};
     static constexpr Vec kPuffs[] = {{-0.115F, 0.010F}, {-0.060F, -0.022F}, {0.005F, -0.040F},
                                      {0.065F, -0.015F}, {0.118F, 0.012F},   {0.020F, 0.008F}};
     static constexpr float kRadii[] = {0.034F, 0.048F, 0.058F, 0.046F, 0.030F, 0.050F};

@@ -8,7 +8,7 @@ namespace {
 
 constexpr float kStripHeight = 0.088F;
 constexpr float kStripLeft = -0.80F;
-constexpr float kStripWidth = 0.90F;
+constexpr float kStripWidth = 0.97F;
 constexpr float kClockSize = 0.030F;
 
 float stripTop(const SceneCanvas& canvas) {
@@ -78,7 +78,7 @@ void drawClock(SceneCanvas& canvas, double seconds) {
     });
     char text[32];
     std::snprintf(text, sizeof text, "%05.2f", std::fmod(seconds, 100.0));
-    drawText(canvas, text, {center.x - 0.118F, center.y - 0.013F}, 0.026F, 0.0035F, {0.45F, 0.95F, 0.55F}, 1, 0);
+    drawText(canvas, text, {center.x - 0.161F, center.y - 0.013F}, 0.026F, 0.0035F, {0.45F, 0.95F, 0.55F}, 1, 0);
 }
 
 }  // namespace lumiset::media

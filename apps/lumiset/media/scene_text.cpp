@@ -49,6 +49,7 @@ constexpr Glyph kGlyphs[] = {
     {'9', "4313020110304145 4536 16"},
     {'.', "1616"},
     {':', "1212 1515"},
+    {',', "1607"},
 };
 constexpr float kColumns = 4;
 constexpr float kRows = 6;
@@ -82,7 +83,8 @@ void forEachStroke(char letter, Stroke stroke) {
 
 float advance(char letter, float height) {
     const float grid = height / kRows;
-    return letter == 'I' || letter == '.' || letter == ':' ? grid * (kGap + 0.6F) : grid * (kColumns + kGap);
+    return letter == 'I' || letter == '.' || letter == ',' || letter == ':' ? grid * (kGap + 0.6F)
+                                                                            : grid * (kColumns + kGap);
 }
 
 }  // namespace
@@ -103,7 +105,7 @@ void drawText(SceneCanvas& canvas, std::string_view text, Vec origin, float heig
     };
     std::vector<Line> lines;
     for (const char letter : text) {
-        const bool narrow = letter == 'I' || letter == '.' || letter == ':';
+        const bool narrow = letter == 'I' || letter == '.' || letter == ',' || letter == ':';
         const float shift = letter == 'I' ? 1.7F : narrow ? 0.7F : 0;
         lines.clear();
         forEachStroke(letter, [&](Vec from, Vec to) {
@@ -137,8 +139,9 @@ void drawTitle(SceneCanvas& canvas) {
     drawText(canvas, "LUMISET", at, kHeight, 0.006F, {0.90F, 0.36F, 0.12F}, 1, 0);
     constexpr std::string_view kLine = "A SCENE TO TRY EFFECTS ON: SKIN, SKY, LEAVES, FINE LINES";
     constexpr float kSmall = 0.0165F;
-    drawText(canvas, kLine, {-0.5F * textWidth(kLine, kSmall), at.y + kHeight + 0.032F}, kSmall, 0.0027F, {1, 1, 1},
-             0.95F, 0);
+    const Vec below = {-0.5F * textWidth(kLine, kSmall), at.y + kHeight + 0.032F};
+    drawText(canvas, kLine, below + Vec{0.0015F, 0.002F}, kSmall, 0.004F, {0.05F, 0.15F, 0.4F}, 0.7F, 0.004F);
+    drawText(canvas, kLine, below, kSmall, 0.0027F, {1, 1, 1}, 0.95F, 0);
 }
 
 }  // namespace lumiset::media
