@@ -2,32 +2,16 @@
 
 // An ellipse of pixels as the rectangles that touch its staircase edge: with a column's reach getting shorter away
 // from the middle, one rectangle for each of the few different reaches covers it. A maximum over a rectangle is
-// the maximum of four maxima over blocks whose sides are powers of two, and such blocks double from one to the
-// next; since the rectangles overlap, a block need not be wider than the columns that are new in its rectangle.
+// that over blocks in its four corners; since the rectangles overlap, a block need not be wider than the columns that
+// are new in its rectangle.
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 
-#include "frame/memory_allocator.h"
+#include "frame/filters/block_morphology.h"
 
 namespace lumiset {
-
-/// Pixels about the anchor, each side included: columns -left..right, rows -up..down; and its blocks of
-/// 2^blockWidthLog by 2^blockHeightLog.
-struct EllipseRectangle {
-    std::int32_t left;
-    std::int32_t right;
-    std::int32_t up;
-    std::int32_t down;
-    std::int32_t blockWidthLog;
-    std::int32_t blockHeightLog;
-};
-
-constexpr std::int32_t floorLog2(std::int32_t value) {
-    return static_cast<std::int32_t>(std::bit_width(static_cast<std::uint32_t>(value))) - 1;
-}
 
 /// The largest distance from the anchor, along an axis with anchor `along`, at which the mask is still set when
 /// `across` pixels away from the anchor `acrossAnchor` on the other axis. Anchors are at least 1.
@@ -49,7 +33,7 @@ inline std::int32_t ellipseReach(std::int32_t along, std::int32_t acrossAnchor, 
 }
 
 /// Fills `out`, which has room for maskWidth / 2 + 1, narrow and tall rectangles first. Returns their number.
-inline std::int32_t ellipseRectangles(std::int32_t maskWidth, std::int32_t maskHeight, EllipseRectangle* out) {
+inline std::int32_t ellipseRectangles(std::int32_t maskWidth, std::int32_t maskHeight, BlockRectangle* out) {
     const std::int32_t anchorX = maskWidth / 2;
     const std::int32_t anchorY = maskHeight / 2;
     std::int32_t count = 0;
@@ -59,7 +43,7 @@ inline std::int32_t ellipseRectangles(std::int32_t maskWidth, std::int32_t maskH
         if (x < anchorX && ellipseReach(anchorY, anchorX, x + 1) == reach) {
             continue;  // the next column's rectangle holds this one
         }
-        EllipseRectangle& rectangle = out[count];
+        BlockRectangle& rectangle = out[count];
         rectangle.left = x;
         rectangle.right = std::min(x, maskWidth - 1 - anchorX);
         rectangle.up = reach;

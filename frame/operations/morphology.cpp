@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "frame/filters/ellipse_morphology.h"
+#include "frame/filters/block_morphology.h"
+#include "frame/filters/ellipse_rectangles.h"
+#include "frame/filters/scratch_block.h"
 #include "frame/operations/filter.h"
 #include "frame/operations/filter_frames.h"
 
@@ -29,9 +31,17 @@ bool morph(const Frame& src, Frame& dst, std::int32_t maskWidth, std::int32_t ma
     if (!source.prepare(src, dst, size)) {
         return false;
     }
-    return ellipseMorphology({source.data(), source.stride(), dst.Data(), dst.Stride(), size.width, size.height,
-                              AlphaIndex(format) < 0 ? 1 : 4, isFloatFormat(format), minimum, maskWidth, maskHeight},
-                             memory);
+    const std::int64_t mostRectangles = maskWidth / 2 + 1;
+    ScratchBlock block(memory);
+    block.add<BlockRectangle>(mostRectangles);
+    if (!block.allocate()) {
+        return false;
+    }
+    auto* rectangles = block.take<BlockRectangle>(mostRectangles);
+    const std::int32_t count = ellipseRectangles(maskWidth, maskHeight, rectangles);
+    return blockMorphology({source.data(), source.stride(), dst.Data(), dst.Stride(), size.width, size.height,
+                            AlphaIndex(format) < 0 ? 1 : 4, isFloatFormat(format), minimum, rectangles, count, true},
+                           memory);
 }
 
 }  // namespace

@@ -1,31 +1,30 @@
-// Rows go through in blocks of four. For each block the tables of block maxima are brought up to its last source row,
-// each in a ring of rows; then each rectangle of the ellipse takes two vector loads, aligned, for its upper and
-// lower blocks, and two for its left and right ones. A tile is finished early once it has reached the largest
-// value in its sight: most tiles of a mask do at once.
+// Rows go through in blocks of four. For each block the tables of block maxima, each in a ring of rows, are brought
+// up to its last source row; a block doubles from two of the half size. Then each rectangle of the mask takes four
+// vector loads. A tile is finished early once it has reached the largest value in its sight, as most tiles of a
+// picture do after a few rectangles.
 
-#include "frame/filters/ellipse_morphology.h"
+#include "frame/filters/block_morphology.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
 
-#include "frame/filters/ellipse_rectangles.h"
 #include "frame/filters/scratch_block.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "frame/filters/ellipse_morphology.cpp"
+#define HWY_TARGET_INCLUDE "frame/filters/block_morphology.cpp"
 #include "hwy/foreach_target.h"
 
 #include "hwy/highway.h"
 
-#ifndef LUMISET_ELLIPSE_MORPHOLOGY
-#define LUMISET_ELLIPSE_MORPHOLOGY
+#ifndef LUMISET_BLOCK_MORPHOLOGY
+#define LUMISET_BLOCK_MORPHOLOGY
 namespace lumiset {
 
 constexpr std::int32_t kMostLevels = 31;
 constexpr std::int32_t kBlockRows = 4;
 constexpr std::int32_t kTermsAtOnce = 2;
-constexpr std::int32_t kTile = 1024;       ///< samples of a row that are worked on together; whole vectors
+constexpr std::int32_t kTile = 1024;      ///< samples of a row that are worked on together; whole vectors
 constexpr std::int32_t kVectorRoom = 64;  ///< samples, at least a vector's
 
 /// Maxima over blocks of one size, from each sample to the right and down, for the rows in its ring.
@@ -34,10 +33,10 @@ struct BlockTable {
     std::int32_t rows;  ///< in the ring; 0: the table is not needed
 };
 
-struct EllipsePlan {
-    const EllipseRectangle* rectangles;
+struct BlockPlan {
+    const BlockRectangle* rectangles;
     std::int32_t count;
-    std::int32_t left;  ///< reach of the whole ellipse, in samples
+    std::int32_t left;  ///< reach of the whole mask, in samples
     std::int32_t right;
     std::int32_t up;  ///< in rows
     std::int32_t down;
@@ -60,9 +59,9 @@ namespace {
 namespace hn = hwy::HWY_NAMESPACE;
 
 template <class T, bool kMinimum>
-class EllipseStrip {
+class MorphologyStrip {
 public:
-    EllipseStrip(const EllipseJob& job, const EllipsePlan& plan, std::int32_t first, std::int32_t samples)
+    MorphologyStrip(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t first, std::int32_t samples)
         : m_job(job), m_plan(plan), m_first(first), m_samples(samples), m_nextRow(-plan.up) {}
 
     void run() {
@@ -158,7 +157,7 @@ private:
                     join<false>(term, first, y + r, samples, bestRow(r));
                 }
             }
-            if (term % 8 == 0 && term + 8 < m_plan.count && reachedBest(first, y, samples)) {
+            if (m_job.firstHasEveryRow && term % 8 == 0 && term + 8 < m_plan.count && reachedBest(first, y, samples)) {
                 break;
             }
         }
@@ -180,7 +179,7 @@ private:
         const D d;
         const T* HWY_RESTRICT from[4 * kTermsAtOnce];
         for (std::int32_t t = 0; t < kTermsAtOnce; ++t) {
-            const EllipseRectangle& rectangle = m_plan.rectangles[std::min(term + t, m_plan.count - 1)];
+            const BlockRectangle& rectangle = m_plan.rectangles[std::min(term + t, m_plan.count - 1)];
             const BlockTable& table = m_plan.tables[rectangle.blockHeightLog][rectangle.blockWidthLog];
             const T* upper = tableRow(table, y - rectangle.up) + first;
             const T* lower = tableRow(table, y + rectangle.down + 1 - (1 << rectangle.blockHeightLog)) + first;
@@ -207,10 +206,10 @@ private:
         }
     }
 
-    /// True when every value of the tile is the best of all that any of its ellipses holds.
+    /// True when every value of the tile is the best of all that any of its masks holds.
     bool reachedBest(std::int32_t first, std::int32_t y, std::int32_t samples) const {
         const D d;
-        const EllipseRectangle& tallest = m_plan.rectangles[0];
+        const BlockRectangle& tallest = m_plan.rectangles[0];
         const BlockTable& table = m_plan.tables[tallest.blockHeightLog][0];
         const T candidate = bestRow(0)[0];
         const auto wanted = hn::Set(d, candidate);
@@ -242,24 +241,24 @@ private:
         return hn::AllTrue(d, hn::Eq(limit, wanted));
     }
 
-    const EllipseJob& m_job;
-    const EllipsePlan& m_plan;
+    const BlockMorphologyJob& m_job;
+    const BlockPlan& m_plan;
     std::int32_t m_first;
     std::int32_t m_samples;
     std::int32_t m_nextRow;
 };
 
 template <class T, bool kMinimum>
-void runStrips(const EllipseJob& job, const EllipsePlan& plan) {
+void runStrips(const BlockMorphologyJob& job, const BlockPlan& plan) {
     const std::int32_t samples = job.width * job.channels;
     for (std::int32_t first = 0; first < samples; first += plan.strip) {
-        EllipseStrip<T, kMinimum>(job, plan, first, std::min(plan.strip, samples - first)).run();
+        MorphologyStrip<T, kMinimum>(job, plan, first, std::min(plan.strip, samples - first)).run();
     }
 }
 
 }  // namespace
 
-void ellipseStrips(const EllipseJob& job, const EllipsePlan& plan) {
+void morphologyStrips(const BlockMorphologyJob& job, const BlockPlan& plan) {
     if (job.isFloat) {
         job.minimum ? runStrips<float, true>(job, plan) : runStrips<float, false>(job, plan);
     } else {
@@ -275,9 +274,9 @@ namespace lumiset {
 namespace {
 
 /// Which tables the rectangles need, and how many rows of each.
-void planTables(EllipsePlan& plan) {
+void planTables(BlockPlan& plan) {
     for (std::int32_t i = 0; i < plan.count; ++i) {
-        const EllipseRectangle& rectangle = plan.rectangles[i];
+        const BlockRectangle& rectangle = plan.rectangles[i];
         plan.heightLevels = std::max(plan.heightLevels, rectangle.blockHeightLog + 1);
         std::int32_t& widths = plan.widthLevels[rectangle.blockHeightLog];
         widths = std::max(widths, rectangle.blockWidthLog + 1);
@@ -288,7 +287,7 @@ void planTables(EllipsePlan& plan) {
         std::int32_t keep = (1 << h) + 1;
         std::int32_t keepWide = 1;
         for (std::int32_t i = 0; i < plan.count; ++i) {
-            const EllipseRectangle& rectangle = plan.rectangles[i];
+            const BlockRectangle& rectangle = plan.rectangles[i];
             if (rectangle.blockHeightLog == h) {
                 keepWide = std::max(keepWide, newest + rectangle.up + 1);
             }
@@ -303,25 +302,26 @@ void planTables(EllipsePlan& plan) {
 
 }  // namespace
 
-HWY_EXPORT(ellipseStrips);
+HWY_EXPORT(morphologyStrips);
 
-bool ellipseMorphology(const EllipseJob& job, MemoryAllocator& allocator) noexcept {
+bool blockMorphology(const BlockMorphologyJob& job, MemoryAllocator& allocator) noexcept {
     const std::int64_t sampleBytes = job.isFloat ? 4 : 1;
     const std::int64_t samples = std::int64_t{job.width} * job.channels;
-    ScratchBlock shape(allocator);
-    shape.add<EllipseRectangle>(job.maskWidth / 2 + 1);
-    shape.add<EllipsePlan>(1);
-    if (!shape.allocate()) {
+    ScratchBlock planBlock(allocator);
+    planBlock.add<BlockPlan>(1);
+    if (!planBlock.allocate()) {
         return false;
     }
-    auto* rectangles = shape.take<EllipseRectangle>(job.maskWidth / 2 + 1);
-    auto& plan = *new (shape.take<EllipsePlan>(1)) EllipsePlan{};
-    plan.rectangles = rectangles;
-    plan.count = ellipseRectangles(job.maskWidth, job.maskHeight, rectangles);
-    plan.left = rectangles[plan.count - 1].left * job.channels;
-    plan.right = rectangles[plan.count - 1].right * job.channels;
-    plan.up = rectangles[0].up;
-    plan.down = rectangles[0].down;
+    auto& plan = *new (planBlock.take<BlockPlan>(1)) BlockPlan{};
+    plan.rectangles = job.rectangles;
+    plan.count = job.count;
+    for (std::int32_t i = 0; i < job.count; ++i) {
+        const BlockRectangle& rectangle = job.rectangles[i];
+        plan.left = std::max(plan.left, rectangle.left * job.channels);
+        plan.right = std::max(plan.right, rectangle.right * job.channels);
+        plan.up = std::max(plan.up, rectangle.up);
+        plan.down = std::max(plan.down, rectangle.down);
+    }
     planTables(plan);
 
     // Strips bound the scratch memory; they are wide enough that what overlaps does not matter.
@@ -353,7 +353,7 @@ bool ellipseMorphology(const EllipseJob& job, MemoryAllocator& allocator) noexce
         }
     }
     plan.best = block.take<std::uint8_t>(kBlockRows * kTile * sampleBytes);
-    HWY_DYNAMIC_DISPATCH(ellipseStrips)(job, plan);
+    HWY_DYNAMIC_DISPATCH(morphologyStrips)(job, plan);
     return true;
 }
 
