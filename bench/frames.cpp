@@ -24,19 +24,20 @@ void fill(Frame& frame, std::mt19937& random) {
 
 }  // namespace
 
-Pool::Pool(std::int32_t format, std::int32_t width, std::int32_t height) {
-    const std::int64_t frameBytes = std::int64_t{width} * height * formatBytesPerPixel(format);
+void Pool::make() const {
+    const std::int64_t frameBytes = std::int64_t{m_width} * m_height * formatBytesPerPixel(m_format);
     const auto count = static_cast<std::size_t>(std::clamp<std::int64_t>(kPoolBytes / frameBytes, 2, 32));
-    std::mt19937 random(static_cast<std::uint32_t>(format + 1));
+    std::mt19937 random(static_cast<std::uint32_t>(m_format + 1));
     for (std::size_t n = 0; n < count; ++n) {
         auto frame = std::make_unique<Frame>();
-        if (!frame->Allocate(width, height, formatBytesPerPixel(format), nullptr, format, false)) {
+        if (!frame->Allocate(m_width, m_height, formatBytesPerPixel(m_format), nullptr, m_format, false)) {
             throw std::bad_alloc();
         }
         if (n == 0) {
             fill(*frame, random);
         } else {
-            std::memcpy(frame->Data(), bytes(0), static_cast<std::size_t>(step()) * static_cast<std::size_t>(height));
+            std::memcpy(frame->Data(), m_frames[0]->Data(),
+                        static_cast<std::size_t>(frame->Stride()) * static_cast<std::size_t>(m_height));
         }
         m_frames.push_back(std::move(frame));
     }

@@ -17,13 +17,18 @@ namespace lumiset::bench {
 inline constexpr std::int32_t kWidth = 1920;
 inline constexpr std::int32_t kHeight = 1080;
 
-/// Frames of one format and size with random content; floats in 0..1.
+/// Frames of one format and size with random content; floats in 0..1. They are made when they are first used.
 class Pool {
 public:
-    explicit Pool(std::int32_t format, std::int32_t width = kWidth, std::int32_t height = kHeight);
+    explicit Pool(std::int32_t format, std::int32_t width = kWidth, std::int32_t height = kHeight)
+        : m_format(format), m_width(width), m_height(height) {}
 
-    [[nodiscard]] Frame& operator[](std::size_t n) const { return *m_frames[n % m_frames.size()]; }
-    [[nodiscard]] std::size_t count() const { return m_frames.size(); }
+    [[nodiscard]] Frame& operator[](std::size_t n) const {
+        if (m_frames.empty()) {
+            make();
+        }
+        return *m_frames[n % m_frames.size()];
+    }
     /// The n-th frame's samples.
     [[nodiscard]] std::uint8_t* bytes(std::size_t n) const { return (*this)[n].Data(); }
     [[nodiscard]] float* floats(std::size_t n) const { return reinterpret_cast<float*>(bytes(n)); }
@@ -34,7 +39,12 @@ public:
     [[nodiscard]] cv::Mat mat(std::size_t n) const;
 
 private:
-    std::vector<std::unique_ptr<Frame>> m_frames;
+    void make() const;
+
+    std::int32_t m_format;
+    std::int32_t m_width;
+    std::int32_t m_height;
+    mutable std::vector<std::unique_ptr<Frame>> m_frames;
 };
 
 struct Frames {

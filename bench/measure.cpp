@@ -23,7 +23,7 @@ public:
             if (run.error_occurred) {
                 errors[run.run_name.function_name] = run.error_message;
             } else if (run.run_type == Run::RT_Iteration) {
-                times[run.run_name.function_name].push_back(run.GetAdjustedRealTime());
+                times[run.run_name.function_name].push_back(run.GetAdjustedCPUTime());
             }
         }
     }
@@ -55,7 +55,6 @@ void add(const std::string& name, int repetitions, const Work& work) {
                                      }
                                  })
         ->Unit(benchmark::kMillisecond)
-        ->UseRealTime()
         ->MinTime(kSecondsPerRepetition)
         ->Repetitions(repetitions);
 }

@@ -21,7 +21,7 @@ struct Measurement {
 };
 
 /// Runs all cases several times in random order, the copies that they are compared with among them. A time is the
-/// median of its repetitions.
+/// median of its repetitions, in time of the processor, so that other programs disturb it little.
 std::vector<Measurement> measure(const Cases& cases, int repetitions);
 
 }  // namespace lumiset::bench

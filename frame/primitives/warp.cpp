@@ -34,6 +34,17 @@ struct WarpJob {
 constexpr std::size_t kStretch = 64;  ///< pixels at a time
 constexpr std::int32_t kWeightBits = 14;
 
+/// 0, 1, 2 and so on.
+struct Indices {
+    constexpr Indices() {
+        for (std::size_t i = 0; i < kStretch; ++i) {
+            values[i] = static_cast<float>(i);
+        }
+    }
+    alignas(64) float values[kStretch] = {};
+};
+constexpr Indices kIndices;
+
 /// Where a stretch of pixels lies in the source: the pixel at the left top of each, counted from a base pixel, and
 /// the shares of the next column and row.
 struct Stretch {
@@ -65,10 +76,41 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+/// Positions along one axis, 0..extent: (first + i * step) / (1 + i * wStep) for pixel i. Returns the base pixel.
+template <bool kNearest>
+HWY_INLINE std::int32_t locateAlong(double first, double step, double wStep, std::int32_t extent, std::size_t count,
+                                    std::int32_t* HWY_RESTRICT pixel, float* HWY_RESTRICT share) {
+    const hn::CappedTag<float, 16> d;
+    const hn::RebindToSigned<decltype(d)> di;
+    const double base = std::floor(std::min(std::max(0.0, first), static_cast<double>(extent)));
+    const auto offset = hn::Set(d, static_cast<float>(first - base));
+    const auto steps = hn::Set(d, static_cast<float>(step - base * wStep));
+    const auto wSteps = hn::Set(d, static_cast<float>(wStep));
+    const auto lowest = hn::Set(d, static_cast<float>(-base));
+    const auto highest = hn::Set(d, static_cast<float>(extent - base));
+    // The last pixel pair ends at the rectangle's edge.
+    const auto lastPair = hn::Set(d, static_cast<float>(extent - base - (extent > 0 && !kNearest ? 1 : 0)));
+    for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
+        const auto index = hn::Load(d, kIndices.values + k);
+        const auto w = hn::Add(hn::Set(d, 1.0F), hn::Mul(index, wSteps));
+        auto position = hn::Div(hn::Add(offset, hn::Mul(index, steps)), w);
+        // A position that is not a number, at the horizon of a steep perspective, counts as the lowest.
+        position = hn::IfThenElse(hn::Ge(position, lowest), hn::Min(position, highest), lowest);
+        if constexpr (kNearest) {
+            position = hn::Floor(hn::Add(position, hn::Set(d, 0.5F)));
+        }
+        const auto corner = hn::Min(hn::Floor(position), lastPair);
+        hn::Store(hn::ConvertTo(di, corner), di, pixel + k);
+        hn::Store(hn::Sub(position, corner), d, share + k);
+    }
+    return static_cast<std::int32_t>(base);
+}
+
+enum Walk { kAlongRow = 0, kDownColumn = 1 };
+
 /// Positions of the `count` pixels from (x, y) on.
-template <bool kIntegerWeights>
-HWY_INLINE void locate(const WarpPlan& plan, bool nearest, std::int32_t x, std::int32_t y, std::size_t count,
-                       Stretch& at) {
+template <Walk kWalk, bool kNearest, bool kIntegerWeights>
+HWY_INLINE void locate(const WarpPlan& plan, std::int32_t x, std::int32_t y, std::size_t count, Stretch& at) {
     const hn::CappedTag<float, 16> d;
     const hn::RebindToSigned<decltype(d)> di;
     const hn::RebindToUnsigned<decltype(d)> du;
@@ -78,35 +120,11 @@ HWY_INLINE void locate(const WarpPlan& plan, bool nearest, std::int32_t x, std::
         start[i] = plan.matrix[i][0] * x + plan.matrix[i][1] * y + plan.matrix[i][2];
     }
     const double scale = 1 / start[2];
-    const double wStep = plan.matrix[2][0] * scale;
-    const auto axis = [&](int i, std::int32_t low, std::int32_t high, std::int32_t& base,
-                          std::int32_t* HWY_RESTRICT pixel, float* HWY_RESTRICT share) HWY_ATTR {
-        const double extent = high - low;
-        const double first = start[i] * scale;
-        const double whole = std::floor(std::min(std::max(0.0, first), extent));
-        base = low + static_cast<std::int32_t>(whole);
-        const auto offset = hn::Set(d, static_cast<float>(first - whole));
-        const auto step = hn::Set(d, static_cast<float>(plan.matrix[i][0] * scale - whole * wStep));
-        const auto lowest = hn::Set(d, static_cast<float>(-whole));
-        const auto highest = hn::Set(d, static_cast<float>(extent - whole));
-        // The last pixel pair ends at the rectangle's edge.
-        const auto lastPair = hn::Set(d, static_cast<float>(extent - whole - (extent > 0 && !nearest ? 1 : 0)));
-        for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
-            const auto index = hn::ConvertTo(d, hn::Iota(di, static_cast<std::int32_t>(k)));
-            const auto w = hn::Add(hn::Set(d, 1.0F), hn::Mul(index, hn::Set(d, static_cast<float>(wStep))));
-            auto position = hn::Div(hn::Add(offset, hn::Mul(index, step)), w);
-            // A position that is not a number, at the horizon of a steep perspective, counts as the lowest.
-            position = hn::IfThenElse(hn::Ge(position, lowest), hn::Min(position, highest), lowest);
-            if (nearest) {
-                position = hn::Floor(hn::Add(position, hn::Set(d, 0.5F)));
-            }
-            const auto corner = hn::Min(hn::Floor(position), lastPair);
-            hn::Store(hn::ConvertTo(di, corner), di, pixel + k);
-            hn::Store(hn::Sub(position, corner), d, share + k);
-        }
-    };
-    axis(0, rect.left, rect.right, at.baseColumn, at.column, at.right);
-    axis(1, rect.top, rect.bottom, at.baseRow, at.row, at.below);
+    const double wStep = plan.matrix[2][kWalk] * scale;
+    at.baseColumn = rect.left + locateAlong<kNearest>(start[0] * scale, plan.matrix[0][kWalk] * scale, wStep,
+                                                      rect.right - rect.left, count, at.column, at.right);
+    at.baseRow = rect.top + locateAlong<kNearest>(start[1] * scale, plan.matrix[1][kWalk] * scale, wStep,
+                                                  rect.bottom - rect.top, count, at.row, at.below);
     if constexpr (kIntegerWeights) {
         const auto one = hn::Set(d, static_cast<float>(1 << kWeightBits));
         const auto half = hn::Set(d, 0.5F);
@@ -120,41 +138,56 @@ HWY_INLINE void locate(const WarpPlan& plan, bool nearest, std::int32_t x, std::
             const auto upperRight = hn::Sub(rightBoth, lowerRight);
             const auto lowerLeft = hn::Sub(lowerBoth, lowerRight);
             const auto upperLeft = hn::Sub(hn::Sub(hn::Set(di, 1 << kWeightBits), rightBoth), lowerLeft);
-            const auto pair = [&](auto first, auto second) HWY_ATTR {
-                return hn::BitCast(du, hn::Or(hn::ShiftLeft<16>(second), hn::And(first, low16)));
-            };
-            hn::Store(pair(upperLeft, upperRight), du, at.upper + k);
-            hn::Store(pair(lowerLeft, lowerRight), du, at.lower + k);
+            const auto upper = hn::Or(hn::ShiftLeft<16>(upperRight), hn::And(upperLeft, low16));
+            const auto lower = hn::Or(hn::ShiftLeft<16>(lowerRight), hn::And(lowerLeft, low16));
+            hn::Store(hn::BitCast(du, upper), du, at.upper + k);
+            hn::Store(hn::BitCast(du, lower), du, at.lower + k);
         }
     }
 }
 
-/// The interpolated pixels of a stretch. `right` and `below` are the bytes to the next column and row, 0 where there
-/// is none.
+using DBytes = hn::FixedTag<std::uint8_t, 16>;
+using DWords = hn::FixedTag<std::int16_t, 8>;
+using DSums = hn::FixedTag<std::int32_t, 4>;
+
+HWY_INLINE hn::Vec<DBytes> pixelAt(const std::uint8_t* p) {
+    std::uint32_t pixel;
+    std::memcpy(&pixel, p, sizeof pixel);
+    return hn::BitCast(DBytes(), hn::Set(hn::FixedTag<std::uint32_t, 4>(), pixel));
+}
+
+/// Two pixels side by side, their samples in pairs, times their shares.
+HWY_INLINE hn::Vec<DSums> addPair(const std::uint8_t* left, std::ptrdiff_t right, std::uint32_t shares,
+                                  hn::Vec<DSums> sum, hn::Vec<DSums>& odd) {
+    const auto samples =
+        hn::PromoteTo(DWords(), hn::LowerHalf(hn::InterleaveLower(pixelAt(left), pixelAt(left + right))));
+    const auto weights = hn::BitCast(DWords(), hn::Set(hn::FixedTag<std::uint32_t, 4>(), shares));
+    return hn::ReorderWidenMulAccumulate(DSums(), samples, weights, sum, odd);
+}
+
+HWY_INLINE hn::Vec<DSums> mixPixel(const std::uint8_t* base, std::ptrdiff_t step, std::ptrdiff_t right,
+                                   std::ptrdiff_t below, const Stretch& at, std::size_t k) {
+    const std::uint8_t* p = base + at.row[k] * step + std::ptrdiff_t{at.column[k]} * 4;
+    auto odd = hn::Zero(DSums());
+    auto sum = hn::Set(DSums(), 1 << (kWeightBits - 1));
+    sum = addPair(p, right, at.upper[k], sum, odd);
+    sum = addPair(p + below, right, at.lower[k], sum, odd);
+    return hn::ShiftRight<kWeightBits>(hn::RearrangeToOddPlusEven(sum, odd));
+}
+
+/// The interpolated pixels of a stretch, and up to three more. `right` and `below` are the bytes to the next column and
+/// row, 0 where there is none.
 HWY_INLINE void samplePixels(const std::uint8_t* base, std::ptrdiff_t step, std::ptrdiff_t right, std::ptrdiff_t below,
                              const Stretch& at, std::size_t count, std::integral_constant<int, 4>,
                              std::uint8_t* HWY_RESTRICT out) {
-    const hn::FixedTag<std::uint32_t, 4> du32;
-    const hn::FixedTag<std::int32_t, 4> di32;
-    const hn::FixedTag<std::uint8_t, 16> du8;
-    const hn::FixedTag<std::int16_t, 8> di16;
-    const hn::FixedTag<std::uint8_t, 4> dPixel;
-    const auto half = hn::Set(di32, 1 << (kWeightBits - 1));
-    const auto pixelAt = [&](const std::uint8_t* p) HWY_ATTR {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, p, sizeof pixel);
-        return hn::BitCast(du8, hn::Set(du32, pixel));
-    };
-    for (std::size_t k = 0; k < count; ++k) {
-        const std::uint8_t* p = base + at.row[k] * step + std::ptrdiff_t{at.column[k]} * 4;
-        const auto upper = hn::PromoteTo(di16, hn::LowerHalf(hn::InterleaveLower(pixelAt(p), pixelAt(p + right))));
-        const auto lower =
-            hn::PromoteTo(di16, hn::LowerHalf(hn::InterleaveLower(pixelAt(p + below), pixelAt(p + below + right))));
-        auto odd = hn::Zero(di32);
-        auto sum = hn::ReorderWidenMulAccumulate(di32, upper, hn::BitCast(di16, hn::Set(du32, at.upper[k])), half, odd);
-        sum = hn::ReorderWidenMulAccumulate(di32, lower, hn::BitCast(di16, hn::Set(du32, at.lower[k])), sum, odd);
-        const auto rounded = hn::ShiftRight<kWeightBits>(hn::RearrangeToOddPlusEven(sum, odd));
-        hn::StoreU(hn::DemoteTo(dPixel, rounded), dPixel, out + 4 * k);
+    const hn::Half<DBytes> dHalf;
+    for (std::size_t k = 0; k < count; k += 4) {
+        const auto first = hn::ReorderDemote2To(DWords(), mixPixel(base, step, right, below, at, k),
+                                                mixPixel(base, step, right, below, at, k + 1));
+        const auto second = hn::ReorderDemote2To(DWords(), mixPixel(base, step, right, below, at, k + 2),
+                                                 mixPixel(base, step, right, below, at, k + 3));
+        hn::Store(hn::Combine(DBytes(), hn::DemoteTo(dHalf, second), hn::DemoteTo(dHalf, first)), DBytes(),
+                  out + 4 * k);
     }
 }
 
@@ -190,6 +223,70 @@ HWY_INLINE void samplePixels(const float* base, std::ptrdiff_t step, std::ptrdif
 }
 
 template <class T>
+HWY_INLINE void copySamples(const T* HWY_RESTRICT from, std::size_t samples, T* HWY_RESTRICT to) {
+    const hn::FixedTag<T, 16 / sizeof(T)> d;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(d) <= samples; i += hn::Lanes(d)) {
+        hn::StoreU(hn::Load(d, from + i), d, to + i);
+    }
+    constexpr std::size_t kWord = 4 / sizeof(T);
+    for (; i + kWord <= samples; i += kWord) {
+        std::memcpy(to + i, from + i, 4);
+    }
+    for (; i < samples; ++i) {
+        to[i] = from[i];
+    }
+}
+
+/// Finished pixels on their way to the destination. Frames often lie a whole number of pages apart, and a processor
+/// that reads the source close behind small writes to the same place of another page takes several times as long; so
+/// writes are put off until there are many.
+template <int kChannels, class T>
+class PendingPixels {
+public:
+    PendingPixels() = default;
+    ~PendingPixels() { flush(); }
+    PendingPixels(const PendingPixels&) = delete;
+    PendingPixels& operator=(const PendingPixels&) = delete;
+
+    /// Room for a stretch, to be passed on by `add`.
+    HWY_INLINE T* room() {
+        if (m_used + kStretch > kPixels || m_segmentCount == kSegments) {
+            flush();
+        }
+        return m_pixels + m_used * kChannels;
+    }
+    HWY_INLINE void add(T* to, std::size_t count) {
+        m_segments[m_segmentCount++] = {to, m_used, count};
+        m_used += (count + 3) / 4 * 4;  // the next stretch is written in vectors again
+    }
+
+private:
+    static constexpr std::size_t kPixels = 16384 / sizeof(T) / kChannels;
+    static constexpr std::size_t kSegments = 256;
+
+    struct Segment {
+        T* to;
+        std::size_t first;
+        std::size_t count;
+    };
+
+    HWY_NOINLINE void flush() {
+        for (std::size_t i = 0; i < m_segmentCount; ++i) {
+            const Segment& segment = m_segments[i];
+            copySamples(m_pixels + segment.first * kChannels, segment.count * kChannels, segment.to);
+        }
+        m_used = 0;
+        m_segmentCount = 0;
+    }
+
+    std::size_t m_used = 0;
+    std::size_t m_segmentCount = 0;
+    Segment m_segments[kSegments];
+    alignas(64) T m_pixels[kPixels * kChannels];
+};
+
+template <class T>
 T scaled(T value, float share) {
     const float product = static_cast<float>(value) * share;
     if constexpr (sizeof(T) == 1) {
@@ -216,29 +313,83 @@ void putTouched(const WarpJob<T>& job, float coverage, const T* pixel, T* out) {
     }
 }
 
-template <int kChannels, class T>
-void drawWarp(const WarpPlan& plan, const WarpJob<T>& job) {
-    const bool wide = plan.rect.right > plan.rect.left && !job.nearest;
-    const bool high = plan.rect.bottom > plan.rect.top && !job.nearest;
-    const std::ptrdiff_t right = wide ? static_cast<std::ptrdiff_t>(sizeof(T)) * kChannels : 0;
-    const std::ptrdiff_t below = high ? job.src.step : 0;
-    Stretch at;
-    const auto sample = [&](std::int32_t x, std::int32_t y, std::size_t count, T* out) HWY_ATTR {
-        locate<sizeof(T) == 1>(plan, job.nearest, x, y, count, at);
-        const T* base = job.src.row(at.baseRow) + std::ptrdiff_t{at.baseColumn} * kChannels;
-        samplePixels(base, job.src.step, right, below, at, count, std::integral_constant<int, kChannels>(), out);
+/// Interpolates pixels of a warp.
+template <int kChannels, bool kNearest, class T>
+class Sampler {
+public:
+    Sampler(const WarpPlan& plan, const WarpJob<T>& job)
+        : m_plan(plan),
+          m_src(job.src),
+          m_right(plan.rect.right > plan.rect.left && !kNearest ? kPixelBytes : 0),
+          m_below(plan.rect.bottom > plan.rect.top && !kNearest ? job.src.step : 0) {}
+
+    /// The `count` pixels from (x, y) on, at most `kStretch`, and up to three more.
+    template <Walk kWalk>
+    HWY_INLINE void sample(std::int32_t x, std::int32_t y, std::size_t count, T* out) {
+        locate<kWalk, kNearest, sizeof(T) == 1>(m_plan, x, y, count, m_at);
+        const T* base = m_src.row(m_at.baseRow) + std::ptrdiff_t{m_at.baseColumn} * kChannels;
+        samplePixels(base, m_src.step, m_right, m_below, m_at, count, std::integral_constant<int, kChannels>(), out);
+    }
+
+private:
+    static constexpr std::ptrdiff_t kPixelBytes = static_cast<std::ptrdiff_t>(sizeof(T)) * kChannels;
+
+    const WarpPlan& m_plan;
+    const Plane<const T> m_src;
+    const std::ptrdiff_t m_right;
+    const std::ptrdiff_t m_below;
+    Stretch m_at;
+};
+
+/// Widest part of rows that is walked column by column.
+constexpr std::int32_t kNarrow = 16;
+
+/// Draws rows of one narrow span column by column, so that the positions of many pixels are computed together.
+template <int kChannels, bool kNearest, class T>
+void drawNarrow(const WarpJob<T>& job, Sampler<kChannels, kNearest, T>& sampler, const PixelSpan& columns,
+                const PixelSpan& rows) {
+    struct Pixel {
+        T samples[static_cast<std::size_t>(kChannels)];
     };
+    alignas(64) Pixel block[kNarrow][kStretch];
+    const std::int32_t width = columns.last - columns.first + 1;
+    for (std::int32_t y = rows.first; y <= rows.last; y += static_cast<std::int32_t>(kStretch)) {
+        const std::size_t height = std::min(static_cast<std::size_t>(rows.last - y) + 1, kStretch);
+        for (std::int32_t x = 0; x < width; ++x) {
+            sampler.template sample<kDownColumn>(columns.first + x, y, height, block[x]->samples);
+        }
+        for (std::size_t i = 0; i < height; ++i) {
+            T* out = job.dst.row(y + static_cast<std::int32_t>(i)) + std::ptrdiff_t{columns.first} * kChannels;
+            for (std::int32_t x = 0; x < width; ++x) {
+                std::memcpy(out + std::ptrdiff_t{x} * kChannels, &block[x][i], sizeof(Pixel));
+            }
+        }
+    }
+}
+
+template <int kChannels, bool kNearest, class T>
+void drawRows(const WarpPlan& plan, const WarpJob<T>& job) {
+    Sampler<kChannels, kNearest, T> sampler(plan, job);
+    PendingPixels<kChannels, T> pending;
     const auto lengthOf = [](std::int32_t x, std::int32_t last) {
         return std::min(static_cast<std::size_t>(last - x) + 1, kStretch);
     };
     for (std::int32_t y = plan.rows().first; y <= plan.rows().last; ++y) {
         const RowSpans spans = plan.spansOf(y);
+        const PixelSpan steady = plan.steadyRows();
+        const bool plain = job.edge == WarpEdge::kHard ||
+                           (spans.touched.first == spans.inside.first && spans.touched.last == spans.inside.last);
+        if (y == steady.first && steady.last > y && plain && spans.inside.last - spans.inside.first < kNarrow) {
+            drawNarrow(job, sampler, spans.inside, steady);
+            y = steady.last;
+            continue;
+        }
         T* row = job.dst.row(y);
         const auto drawTouched = [&](std::int32_t x, std::int32_t last) HWY_ATTR {
             while (x <= last) {
-                T pixels[kStretch * kChannels];
                 const std::size_t count = lengthOf(x, last);
-                sample(x, y, count, pixels);
+                T* pixels = pending.room();
+                sampler.template sample<kAlongRow>(x, y, count, pixels);
                 for (std::size_t k = 0; k < count; ++k, ++x) {
                     const auto coverage = static_cast<float>(plan.coverage(x, y));
                     putTouched<kChannels>(job, coverage, pixels + k * kChannels, row + std::ptrdiff_t{x} * kChannels);
@@ -256,10 +407,16 @@ void drawWarp(const WarpPlan& plan, const WarpJob<T>& job) {
         }
         while (!inside.empty()) {
             const std::size_t count = lengthOf(inside.first, inside.last);
-            sample(inside.first, y, count, row + std::ptrdiff_t{inside.first} * kChannels);
+            sampler.template sample<kAlongRow>(inside.first, y, count, pending.room());
+            pending.add(row + std::ptrdiff_t{inside.first} * kChannels, count);
             inside.first += static_cast<std::int32_t>(count);
         }
     }
+}
+
+template <int kChannels, class T>
+void drawWarp(const WarpPlan& plan, const WarpJob<T>& job) {
+    job.nearest ? drawRows<kChannels, true>(plan, job) : drawRows<kChannels, false>(plan, job);
 }
 
 }  // namespace

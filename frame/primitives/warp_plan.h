@@ -31,6 +31,8 @@ public:
 
     /// Rows with pixels to draw.
     [[nodiscard]] PixelSpan rows() const { return m_rows; }
+    /// Rows that follow each other and have the same spans, as most rows of an upright strip have.
+    [[nodiscard]] PixelSpan steadyRows() const { return m_steadyRows; }
     [[nodiscard]] RowSpans spansOf(std::int32_t y) const {
         return y >= m_steadyRows.first && y <= m_steadyRows.last ? m_widest : computeSpans(y);
     }
@@ -61,7 +63,7 @@ private:
     Side m_sides[4];
     PixelSpan m_rows;
     RowSpans m_widest;       ///< the widest spans that any row can have
-    PixelSpan m_steadyRows;  ///< rows with just those, as most rows of an upright strip are
+    PixelSpan m_steadyRows;  ///< rows with just those
 };
 
 }  // namespace lumiset
