@@ -1,7 +1,6 @@
 #include "apps/lumiset/media/decoder.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 
 #include <fmt/format.h>
@@ -107,24 +106,6 @@ void Decoder::failDamaged(int error) const {
                          : fmt::format("Cannot read {}: {}.", displayName(m_input), reason));
 }
 
-void Decoder::checkWholeVideoSeen() const {
-    // Matroska cut short ends without any error; its own statement of the length tells.
-    const AVDictionaryEntry* tag = av_dict_get(m_stream->metadata, "DURATION", nullptr, 0);
-    double declared = 0;
-    int hours = 0;
-    int minutes = 0;
-    double seconds = 0;
-    if (tag != nullptr && std::sscanf(tag->value, "%d:%d:%lf", &hours, &minutes, &seconds) == 3) {
-        declared = hours * 3600 + minutes * 60 + seconds;
-    } else if (m_container->nb_streams == 1 && std::string(m_container->iformat->name).starts_with("matroska") &&
-               m_container->duration > 0) {
-        declared = static_cast<double>(m_container->duration) / AV_TIME_BASE;
-    }
-    if (m_endSeconds + std::max(0.5, 0.02 * declared) < declared) {
-        failDamaged(AVERROR_EOF);
-    }
-}
-
 // Feeds the decoder once; false when it has been told of the end.
 bool Decoder::sendPacket() {
     int result = av_read_frame(m_container.get(), m_packet.get());
@@ -145,6 +126,7 @@ bool Decoder::sendPacket() {
         if ((m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0 && !broadcast) {
             failDamaged(AVERROR_INVALIDDATA);
         }
+        m_read = {m_packet->pos, m_packet->size};
         const int sent = avcodec_send_packet(m_codec.get(), m_packet.get());
         if (sent < 0 && (m_anyFrame || isStill())) {
             failDamaged(sent);
@@ -159,9 +141,11 @@ const AVFrame* Decoder::next() {
         const int result = avcodec_receive_frame(m_codec.get(), m_frame.get());
         if (result == AVERROR_EOF) {
             if (!m_anyFrame) {
-                throw MediaError(fmt::format("No picture in {} could be decoded.", displayName(m_input)));
+                failDamaged(AVERROR_INVALIDDATA);
             }
-            checkWholeVideoSeen();
+            if (endsTooEarly(*m_container, *m_stream, m_read)) {
+                failDamaged(AVERROR_EOF);
+            }
             return nullptr;
         }
         if (result == AVERROR(EAGAIN)) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "apps/lumiset/media/av.h"
+#include "apps/lumiset/media/completeness.h"
 #include "apps/lumiset/media/input_name.h"
 
 namespace lumiset::media {
@@ -39,7 +40,6 @@ private:
     void openContainer();
     void openCodec();
     bool sendPacket();
-    void checkWholeVideoSeen() const;
     [[noreturn]] void failDamaged(int error) const;
 
     Input m_input;
@@ -50,7 +50,8 @@ private:
     AvPacket m_packet;
     bool m_anyFrame = false;
     bool m_flushed = false;
-    double m_endSeconds = 0;  ///< where the latest frame ends
+    ReadSoFar m_read;
+    double m_endSeconds = 0;  ///< time of the latest frame
 };
 
 }  // namespace lumiset::media
