@@ -12,6 +12,7 @@
 #include "frame/primitives/convert.h"
 #include "frame/primitives/copy.h"
 #include "frame/primitives/fill.h"
+#include "frame/primitives/limits.h"
 #include "frame/primitives/lookup.h"
 #include "frame/primitives/memory.h"
 #include "frame/primitives/noise.h"
