@@ -24,14 +24,15 @@ struct EllipseSize {
     std::int32_t height;
 };
 
-/// Grows (dilation programs) or shrinks (erosion programs) bright shapes by an ellipse, every channel for itself.
-/// `from`, `to` and `scratch` are three textures; `scratch` may hold anything afterwards.
+/// Grows (dilation programs) or shrinks (erosion programs) the bright shapes of a mask, which stands in all channels
+/// alike, by an ellipse. `from`, `to` and `scratch` are three textures; `scratch` may hold anything afterwards.
 ///
-/// A small ellipse is done exactly in one pass. A larger one is grown from a small one by rings: the Minkowski sum
-/// of two ellipses of one shape is the ellipse with the sum of their half axes, and of the ring's ellipse only as many
-/// points of the boundary are needed as keep the gaps between them below a quarter of a texel (and its centre, as
-/// long as the ring is at most twice as large as what it grows). So the number of texels read grows with the square
-/// root of the size: about 175 for a diameter of 192. The edge stays within about one texel of the true ellipse's.
+/// A small ellipse is done exactly, from the extremes of runs of texels in its rows. A larger one is grown from a
+/// small one by rings: the Minkowski sum of two ellipses of one shape is the ellipse with the sum of their half axes,
+/// and of the ring's ellipse only as many points of the boundary are needed as keep the gaps between them below half
+/// a texel (and its centre, as long as the ring is at most twice as large as what it grows). So the
+/// number of texels read grows with the square root of the size: about 155 for a diameter of 192. The edge of
+/// a large ellipse stays within about one texel of the true one's.
 bool growByEllipse(GPUFrame& frame, ShaderProgram& ellipse, ShaderProgram& ring, EllipseSize size,
                    const GPUTexture& from, const GPUTexture& to, const GPUTexture& scratch) noexcept;
 

@@ -3,7 +3,10 @@
 #include <array>
 #include <new>
 
+#include "effects/alpha_processor.h"
+#include "effects/color_fixer.h"
 #include "effects/outline.h"
+#include "effects/progressive_stretch.h"
 #include "frame/frame_processor.h"
 #include "host/module/host_services.h"
 
@@ -20,16 +23,16 @@ IVideoGPUEffect* make() {
 /// Effects by library index. The places never change: hosts and preset files know effects by them. A place
 /// without a class stands for an effect that this build does not have.
 constexpr auto kEffects = std::to_array<Factory>({
-    nullptr,         // Progressive Stretch
-    nullptr,         // Background Generator
-    make<COutline>,  // Outline
-    nullptr,         // Selective Focus
-    nullptr,         // Selective Tint
-    nullptr,         // Color Fixer Pro
-    nullptr,         // Viewfinder
-    nullptr,         // Old TV
-    nullptr,         // Selective Color
-    nullptr,         // Alpha Processor
+    make<CProgressiveStretch>,  // Progressive Stretch
+    nullptr,                      // Background Generator
+    make<COutline>,               // Outline
+    nullptr,                      // Selective Focus
+    nullptr,                      // Selective Tint
+    make<CImprovedColorbalance>,  // Color Fixer Pro
+    nullptr,                      // Viewfinder
+    nullptr,                      // Old TV
+    nullptr,                      // Selective Color
+    make<CAlphaProcessor>,        // Alpha Processor
 });
 
 }  // namespace

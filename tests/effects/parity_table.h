@@ -43,7 +43,10 @@ inline void makeOutlineEqual(ValueHost& processor, ValueHost& gpu, const ParityF
 }
 
 inline constexpr auto kParity = std::to_array<ParityRow>({
+    {0, 40.0, 3.0, 1.0, "", nullptr},
     {2, 40.0, 3.0, 0.5, "least softness; softness with wide pixels", makeOutlineEqual},
+    {5, 40.0, 6.0, 1.0, "whole-number gains in 8 bits", nullptr},
+    {9, 40.0, 3.0, 1.0, "", nullptr},
 });
 
 }  // namespace lumiset::testing

@@ -124,8 +124,8 @@ private:
 };
 
 /// A picture with something for every effect: colour ramps, a hard-edged opaque disc, a soft alpha ramp and
-/// single bright pixels. `turned` draws it upside down.
-inline void drawTestCard(Picture& picture, bool turned = false) {
+/// single bright pixels, which may be left out. `turned` draws it upside down.
+inline void drawTestCard(Picture& picture, bool turned = false, bool sparks = true) {
     const double w = picture.width();
     const double h = picture.height();
     for (std::int32_t y = 0; y < picture.height(); ++y) {
@@ -133,7 +133,7 @@ inline void drawTestCard(Picture& picture, bool turned = false) {
         for (std::int32_t x = 0; x < picture.width(); ++x) {
             const bool disc = std::hypot(x - 0.4 * w, y - 0.6 * h) < 0.22 * h;
             const double soft = std::round(255.0 * std::max(0.0, (x - 0.7 * w) / w));
-            const bool spark = (x * 7 + y * 13) % 97 == 0;
+            const bool spark = sparks && (x * 7 + y * 13) % 97 == 0;
             picture.setPixel(x, row, spark ? 255 : std::round(255.0 * x / w), std::round(255.0 * y / h),
                              std::round(127.5 + 127.5 * std::sin(x * 0.3) * std::cos(y * 0.2)), disc ? 255 : soft);
         }

@@ -8,7 +8,7 @@ uniform vec2 turn;
 
 // To whole texels, a little towards the centre: so the grown shapes overshoot no more than they fall short.
 vec2 onGrid(vec2 offset) {
-    return sign(offset) * floor(abs(offset) + 0.4);
+    return sign(offset) * floor(abs(offset) + 0.45);
 }
 
 vec4 extremeOnRing() {
