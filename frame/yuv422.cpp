@@ -61,7 +61,14 @@ HWY_INLINE void stepToBgra(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* H
     const auto blueGreen = hn::BitCast(du, hn::Or(blue, hn::ShiftLeft<8>(green)));
     const auto redAlpha =
         hn::Or(hn::BitCast(du, red), hn::Set(du, static_cast<std::uint16_t>(static_cast<unsigned>(alpha) << 8U)));
-    hn::StoreInterleaved2(blueGreen, redAlpha, du, reinterpret_cast<std::uint16_t*>(dst));
+    if constexpr (HWY_TARGET == HWY_EMU128) {
+        // The portable vectors store words one by one, which needs words at even addresses.
+        HWY_ALIGN std::uint16_t pixels[HWY_MAX_BYTES];
+        hn::StoreInterleaved2(blueGreen, redAlpha, du, pixels);
+        std::memcpy(dst, pixels, 4 * hn::Lanes(d));
+    } else {
+        hn::StoreInterleaved2(blueGreen, redAlpha, du, reinterpret_cast<std::uint16_t*>(dst));
+    }
 }
 
 /// First the whole vectors of a row, then the rest by way of buffers.
