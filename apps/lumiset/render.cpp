@@ -52,24 +52,6 @@ hostkit::FrameContext contextOf(const media::Picture& picture, const media::Vide
     return context;
 }
 
-template <class Sample>
-bool hasTransparency(const media::Picture& picture, Sample opaque) {
-    for (int y = 0; y < picture.height; ++y) {
-        const auto* pixel = reinterpret_cast<const Sample*>(picture.row(y));
-        for (int x = 0; x < picture.width; ++x) {
-            if (pixel[4 * x + 3] < opaque) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
-
-bool hasTransparency(const media::Picture& picture) {
-    return picture.depth == media::Depth::kFloat ? hasTransparency<float>(picture, 1.0F)
-                                                 : hasTransparency<std::uint8_t>(picture, 255);
-}
-
 media::SourceOptions sourceOptions(const RenderRequest& request) {
     media::SourceOptions options;
     options.depth = request.floatDepth ? media::Depth::kFloat : media::Depth::kEightBit;
@@ -84,23 +66,21 @@ int renderThreads(const RenderRequest& request) {
     return request.threads > 0 ? request.threads : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
 }
 
-/// The writing end: opens the output with the first result, since only that tells whether an effect has cut
-/// holes into an opaque input, which the output then needs room for.
+/// The writing end of a render.
 class Output {
 public:
     Output(const RenderRequest& request, const media::Source& source)
-        : m_request(request), m_source(source), m_progress(request.quiet, source.format().frameCount) {}
+        : m_request(request), m_progress(request.quiet, source.format().frameCount) {
+        media::VideoFormat format = source.format();
+        format.hasAlpha = format.hasAlpha || request.alpha;
+        media::SinkOptions options;
+        options.codec = request.codec;
+        options.quality = request.quality;
+        options.threads = request.threads;
+        m_sink = media::openSink(request.output, format, options, &source);
+    }
 
     void write(const media::Picture& picture) {
-        if (!m_sink) {
-            media::VideoFormat format = m_source.format();
-            format.hasAlpha = format.hasAlpha || m_request.alpha || hasTransparency(picture);
-            media::SinkOptions options;
-            options.codec = m_request.codec;
-            options.quality = m_request.quality;
-            options.threads = m_request.threads;
-            m_sink = media::openSink(m_request.output, format, options, &m_source);
-        }
         m_sink->write(picture);
         ++m_frames;
     }
@@ -110,8 +90,8 @@ public:
         if (const int signal = interruptingSignal(); signal != 0) {
             m_progress.clear();
             m_sink.reset();
-            fmt::print(stderr, "lumiset: Interrupted; {} is as it was before.\n",
-                       m_request.output == "-" ? "nothing else" : "\"" + m_request.output + "\"");
+            fmt::print(stderr, "lumiset: Interrupted before {} was complete.\n",
+                       m_request.output == "-" ? "the output" : "\"" + m_request.output + "\"");
             // The reading thread may be waiting for a pipe that will never deliver: nobody waits for it.
             std::fflush(nullptr);
             std::_Exit(128 + signal);
@@ -123,7 +103,7 @@ public:
 
     void finish() {
         tick();
-        if (!m_sink) {
+        if (m_frames == 0) {
             throw media::MediaError(
                 fmt::format("\"{}\" has no picture in the time that was asked for.", m_request.input));
         }
@@ -138,7 +118,6 @@ public:
 
 private:
     const RenderRequest& m_request;
-    const media::Source& m_source;
     Progress m_progress;
     std::unique_ptr<media::Sink> m_sink;
     std::int64_t m_frames = 0;

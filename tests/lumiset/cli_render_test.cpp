@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <cmath>
@@ -263,6 +264,28 @@ TEST(Render, StopsCleanlyWhenInterrupted) {
         EXPECT_EQ(folder.entries(), 1);
         EXPECT_EQ(contentsOf(output), "old");
     }
+}
+
+TEST(Render, StopsWhileItWaitsForASilentPipe) {
+    const TemporaryFolder folder;
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const int writer = ::open(pipe.c_str(), O_RDWR);
+    const std::string picture(std::size_t{16} * 16 * 3, '\x80');
+    std::string clip = "YUV4MPEG2 W16 H16 F25:1 Ip A1:1 C444\n";
+    for (int i = 0; i < 40; ++i) {
+        clip += "FRAME\n" + picture;
+    }
+    ASSERT_EQ(::write(writer, clip.data(), clip.size()), static_cast<ssize_t>(clip.size()));
+    const RunResult run = runLumiset(outlineCommand("-", folder / "out.mkv"), pipe, [&](pid_t process) {
+        for (int i = 0; i < 1000 && folder.entries() < 2; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ::kill(process, SIGINT);
+    });
+    ::close(writer);
+    EXPECT_EQ(run.status, 128 + SIGINT) << run.err;
+    EXPECT_EQ(folder.entries(), 1);
 }
 
 }  // namespace

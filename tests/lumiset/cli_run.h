@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -61,8 +62,8 @@ struct RunResult {
     std::string err;
 };
 
-/// Runs the built `lumiset`, with standard input from the file `input`. `meanwhile` is given the process while it
-/// runs.
+/// Runs the built `lumiset`, a minute at most, with standard input from the file `input`. `meanwhile` is given the
+/// process while it runs.
 inline RunResult runLumiset(std::vector<std::string> arguments, const std::string& input = "/dev/null",
                             const std::function<void(pid_t)>& meanwhile = {}) {
     const TemporaryFolder folder;
@@ -91,7 +92,12 @@ inline RunResult runLumiset(std::vector<std::string> arguments, const std::strin
         meanwhile(process);
     }
     int status = 0;
-    ::waitpid(process, &status, 0);
+    for (int waited = 0; ::waitpid(process, &status, WNOHANG) == 0; ++waited) {
+        if (waited == 12000) {
+            ::kill(process, SIGKILL);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
     result.out = contentsOf(out);
     result.err = contentsOf(err);
