@@ -173,16 +173,17 @@ static Picture source;
 static Picture target;
 
 static void checkRendering(uint32_t effect, const Params* params) {
+    enum { WIDTH = 97, HEIGHT = 61 };  // enough for whole vectors and a rest
     uint8_t info[INFO_SIZE];
     plainInfo(info);
     for (uint32_t format = 0; format <= 4; ++format) {
         about("%s, format %u", nameOf(effect), format);
         const int32_t bytes = format < 2 ? 4 : 16;
-        makePicture(&source, 45, 33, format, bytes, 4);
-        makePicture(&target, 45, 33, format, bytes, 12);
-        for (int32_t y = 0; y < 33; ++y) {
-            for (int32_t x = 0; x < 45; ++x) {
-                const uint8_t level = (uint8_t)(x * 5 + y);
+        makePicture(&source, WIDTH, HEIGHT, format, bytes, 4);
+        makePicture(&target, WIDTH, HEIGHT, format, bytes, 12);
+        for (int32_t y = 0; y < HEIGHT; ++y) {
+            for (int32_t x = 0; x < WIDTH; ++x) {
+                const uint8_t level = (uint8_t)(x * 2 + y);
                 const uint8_t inside = x > 20 && y > 10 ? 255 : 0;
                 if (format < 2) {
                     putPixel(&source, x, y, format == 0 ? level : inside, level, level, format == 0 ? inside : level);

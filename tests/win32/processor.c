@@ -157,23 +157,60 @@ static void checkFloats(uint32_t processor) {
     CHECK(areSamples(&a, 0, 0, 0.1F, 0.2F, 0.3F, 0, 0) && guardsIntact(&a));
 }
 
-// Arguments of each slot behind the object; nulls answer false everywhere.
+// Arguments of each slot behind the object.
+static const uint8_t ARGUMENT_COUNT[] = {
+    [PROCESSOR_COPY_IMAGE] = 2,         [PROCESSOR_RESIZE_IMAGE] = 3,        [PROCESSOR_SWAP_CHANNEL_ORDER] = 2,
+    [PROCESSOR_YUV422_TO_BGRA] = 3,     [PROCESSOR_BGRA_TO_YUV422] = 2,      [PROCESSOR_SET_CHANNEL] = 3,
+    [PROCESSOR_ALPHA_OVER] = 4,         [PROCESSOR_SWAP_CHANNELS] = 2,       [PROCESSOR_PREMULTIPLY_ALPHA] = 1,
+    [PROCESSOR_YUV_TO_COLOR] = 2,       [PROCESSOR_COLOR_TO_YUV] = 2,        [PROCESSOR_FLIP_VERTICAL] = 1,
+    [PROCESSOR_FLIP_VERTICAL_COPY] = 2, [PROCESSOR_COPY_CHANNEL] = 4,        [PROCESSOR_INVERT_CHANNEL] = 2,
+    [PROCESSOR_SQUARE_SAMPLES] = 1,     [PROCESSOR_SQUARE_ROOT_SAMPLES] = 1, [PROCESSOR_LIMIT_SAMPLES] = 5,
+    [PROCESSOR_RESIZE_REGION] = 4,
+};
+enum { SLOT_COUNT = sizeof ARGUMENT_COUNT };
+
 static void checkNulls(uint32_t processor) {
-    static const uint8_t argumentCount[] = {
-        [PROCESSOR_COPY_IMAGE] = 2,         [PROCESSOR_RESIZE_IMAGE] = 3,        [PROCESSOR_SWAP_CHANNEL_ORDER] = 2,
-        [PROCESSOR_YUV422_TO_BGRA] = 3,     [PROCESSOR_BGRA_TO_YUV422] = 2,      [PROCESSOR_SET_CHANNEL] = 3,
-        [PROCESSOR_ALPHA_OVER] = 4,         [PROCESSOR_SWAP_CHANNELS] = 2,       [PROCESSOR_PREMULTIPLY_ALPHA] = 1,
-        [PROCESSOR_YUV_TO_COLOR] = 2,       [PROCESSOR_COLOR_TO_YUV] = 2,        [PROCESSOR_FLIP_VERTICAL] = 1,
-        [PROCESSOR_FLIP_VERTICAL_COPY] = 2, [PROCESSOR_COPY_CHANNEL] = 4,        [PROCESSOR_INVERT_CHANNEL] = 2,
-        [PROCESSOR_SQUARE_SAMPLES] = 1,     [PROCESSOR_SQUARE_ROOT_SAMPLES] = 1, [PROCESSOR_LIMIT_SAMPLES] = 5,
-        [PROCESSOR_RESIZE_REGION] = 4,
-    };
     const uint32_t words[6] = {processor};
-    for (uint32_t slot = 0; slot < sizeof argumentCount; ++slot) {
-        if (argumentCount[slot] != 0) {
+    for (uint32_t slot = 0; slot < SLOT_COUNT; ++slot) {
+        if (ARGUMENT_COUNT[slot] != 0) {
             about("Frame processor slot %u with nulls", slot);
-            CHECK(!callBoolean(slot, words, 1u + argumentCount[slot]));
+            CHECK(!callBoolean(slot, words, 1u + ARGUMENT_COUNT[slot]));
         }
+    }
+}
+
+// Every slot on pictures of whole vectors and a rest, where the stack's alignment matters to vector code. Each must
+// take one of the two formats.
+static void checkLargePictures(uint32_t processor) {
+    enum { WIDTH = 97, HEIGHT = 61 };
+    const uint32_t order[4] = {3, 2, 1, 0};
+    const uint32_t region[4] = {1, 2, 70, 50};
+    const uint32_t frames[3] = {WORD(a.record), WORD(b.record), WORD(c.record)};
+    for (uint32_t slot = 0; slot < SLOT_COUNT; ++slot) {
+        if (ARGUMENT_COUNT[slot] == 0) {
+            continue;
+        }
+        about("Frame processor slot %u, large pictures", slot);
+        uint32_t words[6] = {processor, frames[0], frames[1], frames[2], 1, floatBits(0.5F)};
+        if (slot == PROCESSOR_SWAP_CHANNELS) {
+            words[2] = WORD(order);
+        } else if (slot == PROCESSOR_RESIZE_REGION) {
+            words[2] = WORD(region);
+        } else if (slot == PROCESSOR_SET_CHANNEL || slot == PROCESSOR_INVERT_CHANNEL) {
+            words[2] = words[3] = 1;
+        } else if (slot == PROCESSOR_COPY_CHANNEL) {
+            words[3] = 2;
+        }
+        int taken = 0;
+        for (int isFloat = 0; isFloat < 2; ++isFloat) {
+            makePicture(&a, WIDTH, HEIGHT, isFloat ? FLOAT_ARGB : BGRA, isFloat ? 16 : 4, 4);
+            b = c = a;
+            putWord(b.record, FRAME_DATA, WORD(pixelOf(&b, 0, 0)));
+            putWord(c.record, FRAME_DATA, WORD(pixelOf(&c, 0, 0)));
+            taken |= callBoolean(slot, words, 1u + ARGUMENT_COUNT[slot]);
+            CHECK(guardsIntact(&a) && guardsIntact(&b) && guardsIntact(&c));
+        }
+        CHECK(taken);
     }
 }
 
@@ -185,4 +222,5 @@ void checkFrameProcessor(uint32_t processor) {
     checkVideo(processor);
     checkGeometry(processor);
     checkFloats(processor);
+    checkLargePictures(processor);
 }

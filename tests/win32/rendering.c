@@ -7,7 +7,7 @@
 void plainInfo(uint8_t* info) {
     memset(info, 0xCC, INFO_SIZE);
     putWord(info, INFO_FLAGS, 0);
-    putDouble(info, INFO_TIME, 1.5);
+    putDouble(info, INFO_TIME, 0.75);
     putDouble(info, INFO_PIXEL_ASPECT, 1.0);
     putWord(info, INFO_FIELD, 0xCCCC0000u | INFO_WHOLE_FRAME);
 }

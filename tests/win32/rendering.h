@@ -3,7 +3,7 @@
 #include "frames.h"
 #include "host_object.h"
 
-// A whole frame at 1.5 seconds with square pixels; words that the contract does not list hold garbage.
+// A whole frame at 0.75 seconds with square pixels; words that the contract does not list hold garbage.
 void plainInfo(uint8_t* info);
 // Renders `source` to `target` and answers what the effect did. The host must have got everything back, and the source
 // be as it was.
