@@ -204,6 +204,11 @@ void FrameWriter::writeLines(const Picture& picture, AVFrame& frame) {
     const AVPixFmtDescriptor& descriptor = descriptorOf(m_format);
     std::vector<std::uint16_t> line(static_cast<std::size_t>(picture.width));
     const int levels = (1 << descriptor.comp[0].depth) - 1;
+    // The library's line writer only sets bits.
+    for (int plane = 0; plane < 4 && frame.data[plane] != nullptr; plane++) {
+        const std::ptrdiff_t stride = frame.linesize[plane];
+        std::fill_n(frame.data[plane], stride * frame.height, std::uint8_t{0});
+    }
     for (int y = 0; y < picture.height; y++) {
         for (int i = 0; i < 4; i++) {
             const int component = componentOf(descriptor, i);

@@ -90,8 +90,9 @@ void Decoder::openCodec() {
     avCheck(avcodec_parameters_to_context(m_codec.get(), m_stream->codecpar), "Cannot decode " + displayName(m_input));
     m_codec->pkt_timebase = m_stream->time_base;
     m_codec->thread_count = m_input.threads;
-    if (isStill()) {
-        // A picture file is whole or it is not; errors are not worth concealing.
+    if (isStill() && codec->id != AV_CODEC_ID_TIFF) {
+        // A picture file is whole or it is not; errors are not worth concealing. TIFF's decoder tells of missing rows
+        // anyway, and this strictness would have it refuse what this very library writes.
         m_codec->err_recognition = AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER | AV_EF_EXPLODE;
     }
     avCheck(avcodec_open2(m_codec.get(), codec, nullptr), "Cannot decode " + displayName(m_input));

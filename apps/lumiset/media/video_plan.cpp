@@ -85,6 +85,9 @@ VideoPlan planVp9(const SinkOptions& options, const PictureKind& kind) {
     plan.options = {{"b", "0"},           {"crf", rateFactor(options, 20)},
                     {"deadline", "good"}, {"cpu-used", "4"},
                     {"row-mt", "1"},      {"tile-columns", "2"}};
+    if (kind.format.interlaced) {
+        plan.note = "VP9 has no place for fields, so players take the interlaced pictures for whole ones.";
+    }
     plan.format = kind.alpha ? AV_PIX_FMT_YUVA420P : kind.deep ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_YUV420P;
     if (kind.alpha) {
         // The stream of alpha has to keep step with the colours, which hidden reference frames break.
@@ -149,6 +152,7 @@ std::string usualCodec(const AVOutputFormat& container, const PictureKind& kind)
            : name == "webm"   ? "vp9"
            : name == "mp4"    ? "h264"
            : name == "mpegts" ? "h264"
+           : name == "mpeg"   ? "mpeg2"
                               : "";
 }
 
