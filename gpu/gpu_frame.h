@@ -57,6 +57,17 @@ public:
     bool pass(ShaderProgram& shader, const GPUTexture& from, const GPUTexture& to) {
         return pass(shader, from, to, [](ShaderProgram&) {});
     }
+    /// The same into a rectangle of `to`, in fractions of it: the quad's texture coordinates 0..1 span the rectangle,
+    /// and what lies outside keeps what it holds.
+    template <class SetUniforms>
+    bool passRect(ShaderProgram& shader, const GPUTexture& from, const GPUTexture& to, const QuadRect& rect,
+                  SetUniforms&& setUniforms) {
+        if (begin(shader, to)) {
+            setUniforms(shader);
+            m_ok = m_gpu.DrawQuad(from, false, &rect);
+        }
+        return m_ok;
+    }
     /// The same with two textures.
     template <class SetUniforms>
     bool pass2(ShaderProgram& shader, const GPUTexture& from0, const GPUTexture& from1, const GPUTexture& to,
