@@ -2,6 +2,7 @@
 #include <random>
 
 #include "frame/operations/filter.h"
+#include "frame/primitives/morphology.h"
 #include "tests/frame/filter_support.h"
 #include "tests/support/failing_host.h"
 
@@ -170,6 +171,91 @@ TEST(FrameMorphology, AnswersFalseWithoutMemoryAndForFramesThatDoNotFit) {
     EXPECT_FALSE(FrameErode(colour.frame, floats.frame, 3, 3, nullptr));
     EXPECT_FALSE(FrameDilate(empty, frame.frame, 3, 3, nullptr));
     EXPECT_FALSE(FrameDilate(frame.frame, frame.frame, 0, 3, nullptr));
+}
+
+struct MaskCase {
+    const char* name;
+    ImgSize size;
+    std::int32_t anchorX;
+    std::int32_t anchorY;
+    std::vector<std::uint8_t> bytes;
+};
+
+std::vector<MaskCase> maskCases(std::mt19937& random) {
+    std::vector<std::uint8_t> noise(11 * 7);
+    for (std::uint8_t& byte : noise) {
+        byte = random() % 3 == 0 ? 1 : 0;
+    }
+    return {{"full", {13, 6}, 2, 5, std::vector<std::uint8_t>(13 * 6, 255)},
+            {"one element away from the anchor", {4, 3}, 0, 2, {0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0}},
+            {"cross", {3, 3}, 1, 1, {0, 1, 0, 1, 1, 1, 0, 1, 0}},
+            {"noise", {11, 7}, 10, 0, noise},
+            {"empty", {2, 2}, 0, 0, {0, 0, 0, 0}}};
+}
+
+template <class T, class Init, class Run>
+void expectMasked(std::int32_t format, bool minimum, const Init& init, const Run& run) {
+    std::mt19937 random(6);
+    for (const MaskCase& mask : maskCases(random)) {
+        for (const auto& [width, height] : {std::pair{1, 1}, {5, 40}, {70, 9}}) {
+            SCOPED_TRACE(::testing::Message()
+                         << mask.name << ", " << width << " x " << height << ", format " << format);
+            GuardedFrame src(width, height, format, 8);
+            GuardedFrame dst(width, height, format);
+            GuardedFrame expected(width, height, format);
+            src.randomize(random);
+            for (std::int32_t y = 0; y < height; ++y) {
+                for (std::int32_t i = 0; i < src.samplesPerRow(); ++i) {
+                    const std::int32_t x = i / src.channels();
+                    const std::int32_t c = i % src.channels();
+                    bool any = false;
+                    float best = sampleAt(src, x, y, c);
+                    for (std::int32_t k = 0; k < mask.size.width * mask.size.height; ++k) {
+                        if (mask.bytes[static_cast<std::size_t>(k)] != 0) {
+                            const float value = sampleAt(src, x + k % mask.size.width - mask.anchorX,
+                                                         y + k / mask.size.width - mask.anchorY, c);
+                            best = !any ? value : minimum ? std::min(best, value) : std::max(best, value);
+                            any = true;
+                        }
+                    }
+                    storeAt(expected, i, y, best);
+                }
+            }
+            ImgMorphState* state = nullptr;
+            ASSERT_EQ(init(width, mask.bytes.data(), mask.size, mask.anchorX, mask.anchorY, &state), kImgOk);
+            EXPECT_EQ(run(src.row<T>(0), src.frame.Stride(), dst.row<T>(0), dst.frame.Stride(), {width, height}, state),
+                      kImgOk);
+            ImgMorphFree(state);
+            ASSERT_TRUE(framesAgree(dst, expected));
+        }
+    }
+}
+
+TEST(ImgMorphology, TakesAnyMask) {
+    expectMasked<std::uint8_t>(kFormatMask8, false, ImgMorphInit8C1, ImgDilate8C1);
+    expectMasked<std::uint8_t>(kFormatMask8, true, ImgMorphInit8C1, ImgErode8C1);
+    expectMasked<std::uint8_t>(kFormatBgra8, false, ImgMorphInit8C4, ImgDilate8C4);
+    expectMasked<std::uint8_t>(kFormatBgra8, true, ImgMorphInit8C4, ImgErode8C4);
+    expectMasked<float>(kFormatMaskFloat, false, ImgMorphInitFC1, ImgDilateFC1);
+    expectMasked<float>(kFormatMaskFloat, true, ImgMorphInitFC1, ImgErodeFC1);
+    expectMasked<float>(kFormatArgbFloat, false, ImgMorphInitFC4, ImgDilateFC4);
+    expectMasked<float>(kFormatArgbFloat, true, ImgMorphInitFC4, ImgErodeFC4);
+}
+
+TEST(ImgMorphology, NamesWhatIsWrong) {
+    const std::uint8_t mask[4] = {1, 1, 1, 1};
+    std::uint8_t plane[64] = {};
+    ImgMorphState* state = nullptr;
+    EXPECT_EQ(ImgMorphInit8C1(8, nullptr, {2, 2}, 0, 0, &state), kImgNullPointer);
+    EXPECT_EQ(ImgMorphInit8C1(8, mask, {2, 0}, 0, 0, &state), kImgBadSize);
+    EXPECT_EQ(ImgMorphInit8C1(8, mask, {2, 2}, 2, 0, &state), kImgBadMaskSize);
+    EXPECT_EQ(state, nullptr);
+    ASSERT_EQ(ImgMorphInit8C1(8, mask, {2, 2}, 0, 0, &state), kImgOk);
+    EXPECT_EQ(ImgDilate8C1(plane, 16, plane + 32, 16, {9, 2}, state), kImgBadSize);
+    EXPECT_EQ(ImgDilate8C1(plane, 8, plane + 32, 8, {8, 2}, nullptr), kImgNullPointer);
+    EXPECT_EQ(ImgErode8C4(plane, 16, plane + 32, 16, {4, 2}, state), kImgBadMaskSize);
+    ImgMorphFree(state);
+    ImgMorphFree(nullptr);
 }
 
 }  // namespace

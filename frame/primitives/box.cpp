@@ -1,0 +1,298 @@
+// Sums of columns move down the picture by one row in and one row out; a window's sum then moves along a row by one
+// column in and one column out. Four rows are interleaved for that second step, so that it has a row in each lane.
+
+#include "frame/primitives/box.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+
+#include "frame/filters/scratch_block.h"
+#include "frame/filters/triangular_kernel.h"
+#include "frame/primitives/check.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frame/primitives/box.cpp"
+#include "hwy/foreach_target.h"
+
+#include "hwy/highway.h"
+
+#ifndef LUMISET_BOX
+#define LUMISET_BOX
+namespace lumiset {
+
+/// `Sum` is u32 for bytes, double for floats.
+template <class T, class Sum>
+struct BoxJob {
+    Plane<const T> src;  ///< upper left pixel of the first window
+    Plane<T> dst;
+    ImgSize size;
+    ImgSize mask;
+    Sum* columns;      ///< sums of the columns of one row of windows
+    Sum* rows;         ///< four times those
+    Sum* interleaved;  ///< the four together, a column's four side by side
+    std::int64_t stride;
+    std::int32_t columnCount;
+};
+using ByteBox = BoxJob<std::uint8_t, std::uint32_t>;
+using FloatBox = BoxJob<float, double>;
+
+constexpr std::int32_t kBoxRows = 4;
+
+}  // namespace lumiset
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace lumiset::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+HWY_INLINE std::uint32_t sample(std::uint8_t value) {
+    return value;
+}
+HWY_INLINE double sample(float value) {
+    constexpr float kMost = std::numeric_limits<float>::max();
+    return value >= -kMost && value <= kMost ? static_cast<double>(value) : 0.0;
+}
+
+/// Plain loops over a row vectorise as they are.
+template <class T, class Sum>
+void startColumns(const BoxJob<T, Sum>& job) {
+    std::fill_n(job.columns, job.columnCount, Sum{0});
+    for (std::int32_t y = 0; y < job.mask.height; ++y) {
+        const T* row = job.src.row(y);
+        for (std::int32_t x = 0; x < job.columnCount; ++x) {
+            job.columns[x] += sample(row[x]);
+        }
+    }
+}
+
+/// Stores the column sums of windows of row `y`, and moves them on to the next row.
+template <class T, class Sum>
+void columnsOfRow(const BoxJob<T, Sum>& job, std::int32_t y, Sum* HWY_RESTRICT out) {
+    Sum* HWY_RESTRICT columns = job.columns;
+    const T* HWY_RESTRICT gone = job.src.row(y);
+    std::copy(columns, columns + job.columnCount, out);
+    if (y + 1 == job.size.height) {
+        return;
+    }
+    const T* HWY_RESTRICT come = job.src.row(y + job.mask.height);
+    for (std::int32_t x = 0; x < job.columnCount; ++x) {
+        columns[x] = columns[x] + sample(come[x]) - sample(gone[x]);
+    }
+}
+
+template <class Sum>
+void interleave(const Sum* rows, std::int64_t stride, std::int32_t count, Sum* out) {
+    const hn::ScalableTag<Sum> d;
+    const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
+    for (std::int32_t x = 0; x < count; x += lanes) {
+        hn::StoreInterleaved4(hn::Load(d, rows + x), hn::Load(d, rows + x + stride), hn::Load(d, rows + x + 2 * stride),
+                              hn::Load(d, rows + x + 3 * stride), d, out + 4 * x);
+    }
+}
+
+/// Window sums of one lane for each row.
+template <class D>
+struct Walk {
+    using V = hn::Vec<D>;
+    HWY_INLINE Walk(const hn::TFromD<D>* interleaved, std::int32_t width) : at(interleaved), reach(4 * width) {
+        sum = hn::Zero(D());
+        for (std::int32_t x = 0; x < width; ++x) {
+            sum = hn::Add(sum, hn::Load(D(), at + 4 * x));
+        }
+    }
+    HWY_INLINE V next() {
+        const V result = sum;
+        sum = hn::Add(sum, hn::Sub(hn::Load(D(), at + reach), hn::Load(D(), at)));
+        at += 4;
+        return result;
+    }
+    const hn::TFromD<D>* at;
+    std::ptrdiff_t reach;
+    V sum;
+};
+
+using Words = hn::CappedTag<std::uint32_t, 4>;
+
+/// Sum to mean, in the low byte; the other bits are not clear.
+struct ByFactor {
+    explicit ByFactor(float usedFactor) : factor(usedFactor) {}
+    HWY_INLINE hn::Vec<Words> operator()(hn::Vec<Words> sum) const {
+        const hn::RebindToFloat<Words> d;
+        const auto real = hn::ConvertTo(d, hn::BitCast(hn::RebindToSigned<Words>(), sum));
+        return hn::BitCast(Words(), hn::Add(hn::Mul(real, hn::Set(d, factor)), hn::Set(d, 8388608.0F)));
+    }
+    float factor;
+};
+struct ByWholeNumbers {
+    explicit ByWholeNumbers(std::int32_t area) : division(area), half(static_cast<std::uint32_t>(area / 2)) {}
+    HWY_INLINE hn::Vec<Words> operator()(hn::Vec<Words> sum) const {
+        const Words d;
+        const hn::Repartition<std::uint64_t, Words> d64;
+        const auto all = hn::Add(sum, hn::Set(d, half));
+        const auto factor = hn::Set(d, division.factor);
+        const auto even = hn::ShiftRight<32>(hn::MulEven(all, factor));
+        const auto odd = hn::MulEven(hn::BitCast(d, hn::ShiftRight<32>(hn::BitCast(d64, all))), factor);
+        return hn::ShiftRightSame(hn::OddEven(hn::BitCast(d, odd), hn::BitCast(d, even)), division.shift);
+    }
+    WholeDivision division;
+    std::uint32_t half;
+};
+
+template <class Rounding>
+void walkBytes(const ByteBox& job, const Rounding& rounding, std::uint8_t* const (&out)[kBoxRows]) {
+    const Words d;
+    Walk<Words> walk(job.interleaved, job.mask.width);
+    HWY_ALIGN std::uint32_t four[kBoxRows];
+    for (std::int32_t x = 0; x < job.size.width; x += 4) {
+        const auto a = hn::And(rounding(walk.next()), hn::Set(d, 0xFFU));
+        const auto b = hn::ShiftLeft<8>(rounding(walk.next()));
+        const auto c = hn::ShiftLeft<16>(rounding(walk.next()));
+        const auto e = hn::ShiftLeft<24>(rounding(walk.next()));
+        hn::Store(hn::Or(hn::Or(a, b), hn::Or(c, e)), d, four);
+        const auto bytes = static_cast<std::size_t>(std::min(4, job.size.width - x));
+        for (std::int32_t r = 0; r < kBoxRows; ++r) {
+            if (HWY_LIKELY(bytes == 4)) {
+                std::memcpy(out[r] + x, four + r, 4);
+            } else {
+                std::memcpy(out[r] + x, four + r, bytes);
+            }
+        }
+    }
+}
+
+/// Four rows' worth of column sums, interleaved; past the last row the sums stand still.
+template <class T, class Sum>
+void fourRows(const BoxJob<T, Sum>& job, std::int32_t y) {
+    for (std::int32_t r = 0; r < kBoxRows; ++r) {
+        columnsOfRow(job, std::min(y + r, job.size.height - 1), job.rows + r * job.stride);
+    }
+    interleave(job.rows, job.stride, job.columnCount, job.interleaved);
+}
+
+}  // namespace
+
+void boxBytes(const ByteBox& job) {
+    const std::int32_t area = job.mask.width * job.mask.height;
+    const auto factor = roundingFactor(area);
+    startColumns(job);
+    for (std::int32_t y = 0; y < job.size.height; y += kBoxRows) {
+        fourRows(job, y);
+        // Rows past the region repeat its last one.
+        std::uint8_t* out[kBoxRows];
+        for (std::int32_t r = 0; r < kBoxRows; ++r) {
+            out[r] = job.dst.row(std::min(y + r, job.size.height - 1));
+        }
+        if (factor) {
+            walkBytes(job, ByFactor(*factor), out);
+        } else {
+            walkBytes(job, ByWholeNumbers(area), out);
+        }
+    }
+}
+
+void boxFloats(const FloatBox& job) {
+    const hn::CappedTag<double, 4> d;
+    const hn::Rebind<float, decltype(d)> single;
+    const double factor = 1.0 / (static_cast<double>(job.mask.width) * job.mask.height);
+    startColumns(job);
+    for (std::int32_t y = 0; y < job.size.height; y += kBoxRows) {
+        fourRows(job, y);
+        const std::int32_t rows = std::min(kBoxRows, job.size.height - y);
+        for (std::int32_t lane = 0; lane < kBoxRows; lane += static_cast<std::int32_t>(hn::Lanes(d))) {
+            Walk<decltype(d)> walk(job.interleaved + lane, job.mask.width);
+            HWY_ALIGN float means[kBoxRows];
+            for (std::int32_t x = 0; x < job.size.width; ++x) {
+                hn::StoreU(hn::DemoteTo(single, hn::Mul(walk.next(), hn::Set(d, factor))), single, means);
+                for (std::int32_t r = 0; r < static_cast<std::int32_t>(hn::Lanes(d)) && lane + r < rows; ++r) {
+                    job.dst.row(y + lane + r)[x] = means[r];
+                }
+            }
+        }
+    }
+}
+
+}  // namespace lumiset::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace lumiset {
+
+HWY_EXPORT(boxBytes);
+HWY_EXPORT(boxFloats);
+
+namespace {
+
+void runBox(const ByteBox& job) {
+    HWY_DYNAMIC_DISPATCH(boxBytes)(job);
+}
+void runBox(const FloatBox& job) {
+    HWY_DYNAMIC_DISPATCH(boxFloats)(job);
+}
+
+template <class T, class Sum>
+ImgStatus box(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, ImgSize size, ImgSize mask,
+              std::int32_t anchorX, std::int32_t anchorY, bool inPlace) {
+    constexpr std::int32_t kPixelBytes = static_cast<std::int32_t>(sizeof(T));
+    constexpr std::int64_t kLargestArea = 1 << 23;
+    constexpr std::int64_t kVectorRoom = 16;
+    const ImgStatus status = checkPlanes(size, {{src, srcStep, kPixelBytes}, {dst, dstStep, kPixelBytes}});
+    if (status != kImgOk) {
+        return status;
+    }
+    if (mask.width < 1 || mask.height < 1 || anchorX < 0 || anchorX >= mask.width || anchorY < 0 ||
+        anchorY >= mask.height || (kPixelBytes == 1 && std::int64_t{mask.width} * mask.height >= kLargestArea)) {
+        return kImgBadMaskSize;
+    }
+    const Plane<const T> from{src - static_cast<std::ptrdiff_t>(srcStep) * anchorY / kPixelBytes - anchorX, srcStep};
+    const std::int64_t columns = std::int64_t{size.width} + mask.width - 1;
+    const std::int64_t lines = std::int64_t{size.height} + mask.height - 1;
+    const std::int64_t stride = (columns + 2 * kVectorRoom - 1) / kVectorRoom * kVectorRoom;
+    MemoryAllocator heap;
+    ScratchBlock block(heap);
+    block.add<Sum>((1 + kBoxRows) * stride);
+    block.add<Sum>(kBoxRows * (stride + kVectorRoom));
+    block.add<T>(inPlace ? columns * lines : 0);
+    if (!block.allocate()) {
+        return kImgNoMemory;
+    }
+    BoxJob<T, Sum> job{
+        from, {dst, dstStep}, size, mask, nullptr, nullptr, nullptr, stride, static_cast<std::int32_t>(columns)};
+    job.columns = block.take<Sum>((1 + kBoxRows) * stride);
+    job.rows = job.columns + stride;
+    job.interleaved = block.take<Sum>(kBoxRows * (stride + kVectorRoom));
+    if (inPlace) {
+        T* copy = block.take<T>(columns * lines);
+        for (std::int32_t y = 0; y < lines; ++y) {
+            std::memcpy(copy + columns * y, from.row(y), static_cast<std::size_t>(columns) * sizeof(T));
+        }
+        job.src = {copy, static_cast<std::int32_t>(columns * kPixelBytes)};
+    }
+    runBox(job);
+    return kImgOk;
+}
+
+}  // namespace
+
+ImgStatus ImgBox8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                    ImgSize size, ImgSize mask, std::int32_t anchorX, std::int32_t anchorY) noexcept {
+    return box<std::uint8_t, std::uint32_t>(src, srcStep, dst, dstStep, size, mask, anchorX, anchorY, false);
+}
+ImgStatus ImgBoxFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                    ImgSize mask, std::int32_t anchorX, std::int32_t anchorY) noexcept {
+    return box<float, double>(src, srcStep, dst, dstStep, size, mask, anchorX, anchorY, false);
+}
+ImgStatus ImgBoxInPlace8C1(std::uint8_t* plane, std::int32_t step, ImgSize size, ImgSize mask, std::int32_t anchorX,
+                           std::int32_t anchorY) noexcept {
+    return box<std::uint8_t, std::uint32_t>(plane, step, plane, step, size, mask, anchorX, anchorY, true);
+}
+ImgStatus ImgBoxInPlaceFC1(float* plane, std::int32_t step, ImgSize size, ImgSize mask, std::int32_t anchorX,
+                           std::int32_t anchorY) noexcept {
+    return box<float, double>(plane, step, plane, step, size, mask, anchorX, anchorY, true);
+}
+
+}  // namespace lumiset
+#endif

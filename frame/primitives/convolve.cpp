@@ -1,0 +1,240 @@
+#include "frame/primitives/convolve.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "frame/primitives/check.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "frame/primitives/convolve.cpp"
+#include "hwy/foreach_target.h"
+
+#include "hwy/highway.h"
+
+#ifndef LUMISET_CONVOLVE
+#define LUMISET_CONVOLVE
+namespace lumiset {
+
+template <class Tap>
+struct ConvolveKernel {
+    const Tap* taps;
+    std::int32_t size;
+    std::int32_t anchor;
+    std::int32_t divisor;
+};
+
+/// Rows of samples; from one kernel element to the next are `tapStep` samples. With `skipsFourth` every fourth
+/// sample of the destination stays.
+template <class T>
+struct ConvolvePlanes {
+    Plane<const T> src;
+    Plane<T> dst;
+    std::int32_t samples;
+    std::int32_t height;
+    std::ptrdiff_t tapStep;
+    bool skipsFourth;
+};
+
+}  // namespace lumiset
+#endif
+
+// Plain loops: compiled for each instruction set, they vectorise as they are.
+HWY_BEFORE_NAMESPACE();
+namespace lumiset::HWY_NAMESPACE {
+namespace {
+
+constexpr std::int32_t kChunk = 512;  ///< samples that are summed together
+
+/// Adds up one chunk of a row.
+template <class Sum, class T, class Tap>
+void sumChunk(const T* src, std::int32_t count, std::ptrdiff_t tapStep, const ConvolveKernel<Tap>& kernel, Sum* sums) {
+    std::fill_n(sums, count, Sum{0});
+    for (std::int32_t k = 0; k < kernel.size; ++k) {
+        const T* from = src + tapStep * (k - kernel.anchor);
+        const Sum tap = static_cast<Sum>(kernel.taps[kernel.size - 1 - k]);
+        for (std::int32_t i = 0; i < count; ++i) {
+            sums[i] += tap * static_cast<Sum>(from[i]);
+        }
+    }
+}
+
+template <class Sum, class T, class Tap, class Finish>
+void convolve(const ConvolvePlanes<T>& planes, const ConvolveKernel<Tap>& kernel, const Finish& finish) {
+    Sum sums[kChunk];
+    T results[kChunk];
+    for (std::int32_t y = 0; y < planes.height; ++y) {
+        for (std::int32_t first = 0; first < planes.samples; first += kChunk) {
+            const std::int32_t count = std::min(kChunk, planes.samples - first);
+            T* out = planes.dst.row(y) + first;
+            sumChunk(planes.src.row(y) + first, count, planes.tapStep, kernel, sums);
+            for (std::int32_t i = 0; i < count; ++i) {
+                results[i] = finish(sums[i]);
+            }
+            if (!planes.skipsFourth) {
+                std::copy(results, results + count, out);
+                continue;
+            }
+            for (std::int32_t i = 0; i < count; ++i) {
+                if (i % 4 != 3) {
+                    out[i] = results[i];
+                }
+            }
+        }
+    }
+}
+
+/// The sum divided and rounded by a reciprocal: quotients reach 255.5, where a double is off by less than half of
+/// 1 / divisor.
+struct RoundedQuotient {
+    double half;
+    double divisor;
+    double reciprocal;
+
+    template <class Sum>
+    std::uint8_t operator()(Sum sum) const {
+        const double bounded = std::min(std::max(static_cast<double>(sum), 0.0), 255.0 * divisor);
+        return static_cast<std::uint8_t>(static_cast<std::int32_t>((bounded + half) * reciprocal));
+    }
+};
+
+}  // namespace
+
+void convolveBytePlanes(const ConvolvePlanes<std::uint8_t>& planes, const ConvolveKernel<std::int32_t>& kernel) {
+    std::int64_t most = 0;
+    for (std::int32_t k = 0; k < kernel.size; ++k) {
+        most += 255 * std::abs(std::int64_t{kernel.taps[k]});
+    }
+    // A negative divisor is that of the negated kernel; the half is its whole part, and half a unit more keeps
+    // quotients clear of whole numbers.
+    const std::int64_t divisor = std::abs(std::int64_t{kernel.divisor});
+    const double half = static_cast<double>(divisor / 2) + 0.5;
+    const double real = static_cast<double>(divisor);
+    const RoundedQuotient quotient{half, real, 1.0 / real};
+    const bool negative = kernel.divisor < 0;
+    if (most <= INT32_MAX) {
+        convolve<std::int32_t>(planes, kernel, [&](std::int32_t sum) { return quotient(negative ? -sum : sum); });
+    } else {
+        convolve<std::int64_t>(planes, kernel, [&](std::int64_t sum) { return quotient(negative ? -sum : sum); });
+    }
+}
+
+void convolveFloatPlanes(const ConvolvePlanes<float>& planes, const ConvolveKernel<float>& kernel) {
+    convolve<double>(planes, kernel, [](double sum) { return static_cast<float>(sum); });
+}
+
+}  // namespace lumiset::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace lumiset {
+
+HWY_EXPORT(convolveBytePlanes);
+HWY_EXPORT(convolveFloatPlanes);
+
+namespace {
+
+template <int kChannels, bool kSkipsFourth, bool kRows, class T, class Tap>
+ImgStatus prepare(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, ImgSize size,
+                  const ConvolveKernel<Tap>& kernel, ConvolvePlanes<T>& planes) {
+    const std::int32_t pixelBytes = kChannels * static_cast<std::int32_t>(sizeof(T));
+    const ImgStatus status =
+        checkPlanes(size, {{src, srcStep, pixelBytes}, {dst, dstStep, pixelBytes}, arrayArgument(kernel.taps)});
+    if (status != kImgOk) {
+        return status;
+    }
+    if (kernel.size < 1 || kernel.anchor < 0 || kernel.anchor >= kernel.size) {
+        return kImgBadMaskSize;
+    }
+    if (kernel.divisor == 0) {
+        return kImgBadRange;
+    }
+    planes = {{src, srcStep},
+              {dst, dstStep},
+              size.width * kChannels - (kSkipsFourth ? 1 : 0),
+              size.height,
+              kRows ? kChannels : srcStep / static_cast<std::ptrdiff_t>(sizeof(T)),
+              kSkipsFourth};
+    return kImgOk;
+}
+
+template <int kChannels, bool kSkipsFourth, bool kRows>
+ImgStatus convolveBytes(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                        ImgSize size, const ConvolveKernel<std::int32_t>& kernel) {
+    ConvolvePlanes<std::uint8_t> planes{};
+    const ImgStatus status = prepare<kChannels, kSkipsFourth, kRows>(src, srcStep, dst, dstStep, size, kernel, planes);
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(convolveBytePlanes)(planes, kernel);
+    }
+    return status;
+}
+
+template <int kChannels, bool kSkipsFourth, bool kRows>
+ImgStatus convolveFloats(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                         const ConvolveKernel<float>& kernel) {
+    ConvolvePlanes<float> planes{};
+    const ImgStatus status = prepare<kChannels, kSkipsFourth, kRows>(src, srcStep, dst, dstStep, size, kernel, planes);
+    if (status == kImgOk) {
+        HWY_DYNAMIC_DISPATCH(convolveFloatPlanes)(planes, kernel);
+    }
+    return status;
+}
+
+}  // namespace
+
+ImgStatus ImgConvolveRows8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                             std::int32_t divisor) noexcept {
+    return convolveBytes<1, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
+}
+ImgStatus ImgConvolveRows8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                             std::int32_t divisor) noexcept {
+    return convolveBytes<4, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
+}
+ImgStatus ImgConvolveRows8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                             std::int32_t divisor) noexcept {
+    return convolveBytes<4, true, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
+}
+ImgStatus ImgConvolveRowsFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
+    return convolveFloats<1, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
+}
+ImgStatus ImgConvolveRowsFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
+    return convolveFloats<4, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
+}
+ImgStatus ImgConvolveRowsFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
+    return convolveFloats<4, true, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
+}
+ImgStatus ImgConvolveColumns8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                                std::int32_t divisor) noexcept {
+    return convolveBytes<1, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
+}
+ImgStatus ImgConvolveColumns8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                                std::int32_t divisor) noexcept {
+    return convolveBytes<4, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
+}
+ImgStatus ImgConvolveColumns8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                                std::int32_t divisor) noexcept {
+    return convolveBytes<4, true, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
+}
+ImgStatus ImgConvolveColumnsFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
+    return convolveFloats<1, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
+}
+ImgStatus ImgConvolveColumnsFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
+    return convolveFloats<4, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
+}
+ImgStatus ImgConvolveColumnsFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
+    return convolveFloats<4, true, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
+}
+
+}  // namespace lumiset
+#endif
