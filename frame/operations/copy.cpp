@@ -3,6 +3,7 @@
 #include "frame/image_primitives.h"
 #include "frame/operations/operands.h"
 #include "frame/operations/values.h"
+#include "frame/primitives/spread.h"
 
 namespace lumiset {
 namespace {
@@ -77,11 +78,17 @@ bool FrameCopyChannelAt(const Frame& src, Frame& dst, std::int32_t srcChannel, s
 }
 
 bool FrameSpreadGrayToColor(const Frame& mask, Frame& dst) noexcept {
+    if (!isMask(mask) || !isColor(dst) || isFloat(mask) != isFloat(dst)) {
+        return false;
+    }
+    const ImgSize size = sizeOf(mask, dst);
     const std::int32_t alpha = AlphaIndex(dst.Format());
-    const std::int32_t first = alpha == 0 ? 1 : 0;
-    return isMask(mask) && isColor(dst) && FrameCopyChannel(mask, dst, 0, first) &&
-           FrameCopyChannel(mask, dst, 0, first + 1) && FrameCopyChannel(mask, dst, 0, first + 2) &&
-           FrameSetChannel(dst, alpha, 255);
+    const ImgStatus status =
+        isFloat(dst)
+            ? ImgSpreadGrayFC4(floatsOf(mask), mask.Stride(), floatsOf(dst), dst.Stride(), 1.0F, alpha == 0, size)
+            : ImgSpreadGray8C4(bytesOf(mask), mask.Stride(), bytesOf(dst), dst.Stride(), 255, alpha == 0, size);
+    const bool all = size.width == dst.Width() && size.height == dst.Height();
+    return status == kImgOk && (all || FrameSetChannel(dst, alpha, 255));
 }
 
 bool FrameSwapChannelOrder(const Frame& src, Frame& dst) noexcept {

@@ -123,20 +123,37 @@ TEST(FrameCopyChannelAt, WritesAtAPlaceInsideTheDestination) {
     EXPECT_TRUE(framesAgree(dst, expected));
 }
 
-TEST(FrameSpreadGrayToColor, FillsTheColoursAndSetsAlpha) {
-    for (const std::int32_t format : kColorFormats) {
-        GuardedFrame mask(2, 1, MaskFormat(format));
-        GuardedFrame dst(2, 1, format);
-        const double full = fullScale(format);
-        setSamples(mask, {0, full});
-        ASSERT_TRUE(FrameSpreadGrayToColor(mask.frame, dst.frame));
-        EXPECT_EQ(samplesIn(dst), AlphaIndex(format) == 0
-                                      ? (std::vector<double>{full, 0, 0, 0, full, full, full, full})
-                                      : (std::vector<double>{0, 0, 0, full, full, full, full, full}));
-        GuardedFrame otherDepth(2, 1, isFloatFormat(format) ? kFormatMask8 : kFormatMaskFloat);
-        EXPECT_FALSE(FrameSpreadGrayToColor(otherDepth.frame, dst.frame));
-        EXPECT_FALSE(FrameSpreadGrayToColor(dst.frame, mask.frame));
-    }
+TEST(FrameSpreadGrayToColor, FillsTheColoursAndSetsAllOfAlpha) {
+    onEveryInstructionSet([] {
+        std::mt19937 random(8);
+        for (const std::int32_t format : kColorFormats) {
+            for (std::int32_t width = 1; width <= 70; ++width) {
+                const std::int32_t dstWidth = width % 5 == 0 ? width + 2 : width;
+                GuardedFrame mask(width, 2, MaskFormat(format));
+                GuardedFrame dst(dstWidth, 3, format);
+                GuardedFrame expected(dstWidth, 3, format);
+                mask.randomize(random);
+                dst.randomize(random);
+                expected.restore(dst.bytes());
+                for (std::int32_t y = 0; y < 3; ++y) {
+                    for (std::int32_t i = 0; i < dstWidth * 4; ++i) {
+                        if (i % 4 == AlphaIndex(format)) {
+                            setSample(expected, y, i, fullScale(format));
+                        } else if (y < 2 && i / 4 < width) {
+                            setSample(expected, y, i, sampleAt(mask, y, i / 4));
+                        }
+                    }
+                }
+                ASSERT_TRUE(FrameSpreadGrayToColor(mask.frame, dst.frame));
+                ASSERT_TRUE(framesAgree(dst, expected)) << "format " << format << ", width " << width;
+            }
+            GuardedFrame dst(2, 1, format);
+            GuardedFrame otherDepth(2, 1, isFloatFormat(format) ? kFormatMask8 : kFormatMaskFloat);
+            EXPECT_FALSE(FrameSpreadGrayToColor(otherDepth.frame, dst.frame));
+            EXPECT_FALSE(FrameSpreadGrayToColor(dst.frame, otherDepth.frame));
+        }
+    });
+    expectRefusesUnsoundFrames(FrameSpreadGrayToColor);
 }
 
 TEST(FrameSwapChannelOrder, ReversesThePixelsOfOneDepth) {
