@@ -63,7 +63,7 @@ std::string writeSquare(const TemporaryFolder& folder) {
             std::memset(picture.row(y) + 4 * x, inside ? 255 : 0, 4);
         }
     }
-    const std::string file = folder / "square.png";
+    std::string file = folder / "square.png";
     const std::unique_ptr<media::Sink> sink = media::openSink(file, format);
     sink->write(picture);
     sink->finish();
