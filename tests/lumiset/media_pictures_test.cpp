@@ -89,6 +89,22 @@ TEST_F(MediaPictures, TakeMatrixAndRangeFromTheSize) {
     }
 }
 
+TEST_F(MediaPictures, WithoutAlphaStayExactWhereTheFormatIsLossless) {
+    for (const int width : {64, 33}) {
+        const Picture picture = colorPatches(width, 48, false);
+        for (const auto& [name, codec] :
+             {std::pair{"a.png", ""}, {"a.tiff", ""}, {"a.bmp", ""}, {"a.mkv", ""}, {"a.mov", "qtrle"}}) {
+            SCOPED_TRACE(std::string(name) + " " + std::to_string(width));
+            SinkOptions options;
+            options.codec = codec;
+            writePictures(path(name), formatOf(picture, false), {picture}, options);
+            const auto source = openSource(path(name));
+            EXPECT_FALSE(source->format().hasAlpha);
+            EXPECT_EQ(worstDifference(readAll(*source).at(0), picture), 0);
+        }
+    }
+}
+
 TEST_F(MediaPictures, WithoutAlphaAreBlendedOverBlack) {
     for (const Depth depth : {Depth::kEightBit, Depth::kFloat}) {
         const Picture half = flatPicture(16, 16, 200, 100, 40, 51, depth);  // alpha 0.2
