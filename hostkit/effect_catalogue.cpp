@@ -101,6 +101,7 @@ void describePresets(IVideoGPUEffect& effect, EffectDescription& description) {
 template <class Range>
 std::vector<std::string> namesOf(const Range& things) {
     std::vector<std::string> names;
+    names.reserve(things.size());
     for (const auto& thing : things) {
         names.push_back(thing.name);
     }

@@ -34,7 +34,7 @@ EffectRequest::Key parseKey(const std::string& text) {
     EffectRequest::Key key{{}, 0.0, std::move(assignment.value)};
     if (at == std::string::npos ||
         !hostkit::parseNumber(hostkit::trimmed(std::string_view(assignment.name).substr(at + 1)), key.timeSeconds)) {
-        throw UsageError("--key takes \"" + std::string(kForm) + "\", not \"" + text + "\".");
+        throw UsageError(std::string("--key takes \"") + kForm + "\", not \"" + text + "\".");
     }
     key.label = assignment.name.substr(0, at);
     return key;
@@ -48,7 +48,9 @@ double parseTime(const std::string& text, const std::string& option) {
         const std::size_t colon = rest.find(':');
         double number = 0.0;
         if (part > 2 || !hostkit::parseNumber(rest.substr(0, colon), number) || number < 0.0) {
-            throw UsageError(option + " takes seconds or [hours:]minutes:seconds, not \"" + text + "\".");
+            std::string sentence = option;
+            sentence.append(" takes seconds or [hours:]minutes:seconds, not \"").append(text).append("\".");
+            throw UsageError(sentence);
         }
         seconds = seconds * 60.0 + number;
         if (colon == std::string_view::npos) {
@@ -104,6 +106,9 @@ public:
             ->option_text("RATE");
         app.add_flag("--alpha", request.alpha,
                      "write transparency; without it only where the input has it or the first result shows it");
+        app.add_flag(
+            "--gpu", request.gpu,
+            "render in OpenGL; frames that cannot be are left to the processor, as all are where there is none");
         app.add_flag("--quiet,-q", request.quiet, "no progress and no summary");
     }
 
@@ -216,10 +221,15 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     showApp->add_option("EFFECT", show.effect, "name of the effect")->required();
     showApp->add_flag("--json", show.json, "as JSON");
 
+    CLI::App* gpuApp = app.add_subcommand("gpu", "Tells about rendering in OpenGL");
+    gpuApp->require_subcommand(1);
+    CLI::App* gpuInfoApp = gpuApp->add_subcommand("info", "The OpenGL of this machine and its extensions");
+    gpuInfoApp->group("Commands");
+
     CLI::App* renderApp = app.add_subcommand("render", "Renders images or video through effects");
     renderApp->footer(help::kRenderFooter);
     app.footer(help::kProgramFooter);  // Set last, since commands take it over when they are added.
-    for (CLI::App* command : {listApp, showApp, renderApp}) {
+    for (CLI::App* command : {listApp, showApp, renderApp, gpuApp}) {
         command->group("Commands");
     }
     RenderOptions render(*renderApp);
@@ -243,7 +253,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         if (app.get_subcommands().empty()) {
             const std::string word = app.remaining().front();
             throw UsageError((word.front() == '-' ? "There is no option \"" : "There is no command \"") + word + "\"." +
-                             hostkit::didYouMean(word, {"list", "show", "render"}));
+                             hostkit::didYouMean(word, {"list", "show", "render", "gpu"}));
         }
         throw UsageError(sentence(error.what()));
     } catch (const CLI::ParseError& error) {
@@ -253,10 +263,12 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         line.request = list;
     } else if (*showApp) {
         line.request = std::move(show);
+    } else if (*gpuInfoApp) {
+        line.request = GPUInfoRequest{};
     } else if (*renderApp) {
         line.request = render.finish();
     } else {
-        throw UsageError("A command is needed: list, show or render.");
+        throw UsageError("A command is needed: list, show, render or gpu.");
     }
     return line;
 }

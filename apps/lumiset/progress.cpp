@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace lumiset::app {
@@ -16,7 +17,7 @@ constexpr auto kLineInterval = 5s;
 constexpr std::int64_t kBarWidth = 24;
 
 std::string timeText(double seconds) {
-    const auto whole = static_cast<std::int64_t>(seconds + 0.5);
+    const std::int64_t whole = std::llround(seconds);
     return whole < 3600 ? fmt::format("{}:{:02}", whole / 60, whole % 60)
                         : fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <thread>
 
+#include "apps/lumiset/gpu_commands.h"
 #include "apps/lumiset/interruption.h"
 #include "apps/lumiset/media/media.h"
 #include "apps/lumiset/ordered_pipeline.h"
@@ -130,10 +131,15 @@ void render(const RenderRequest& request, const std::vector<hostkit::EffectStage
     watchForInterruption();
     const media::VideoFormat& format = source->format();
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
-    const int threads = renderThreads(request);
+    const std::unique_ptr<GPUFrames> gpu = request.gpu ? GPUFrames::open() : nullptr;
+    const int threads = gpu != nullptr ? 1 : renderThreads(request);
     std::vector<hostkit::Renderer> renderers;
+    renderers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i) {
         renderers.emplace_back(chain, workFormat(request), allocator.get());
+    }
+    if (gpu != nullptr) {
+        gpu->serve(renderers.front());
     }
     Output output(request, *source);
     PipelineSteps<Job> steps;

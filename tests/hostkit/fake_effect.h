@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,9 +26,9 @@ public:
         m_params.back().slider.showDecimals = 0;
         parameter("Mode", kParamChoice);
         m_params.back().itemCount = 3;
-        std::strcpy(m_params.back().items[0], "Normal");
-        std::strcpy(m_params.back().items[1], "Screen");
-        std::strcpy(m_params.back().items[2], "Color Dodge");
+        copyText(m_params.back().items[0], "Normal");
+        copyText(m_params.back().items[1], "Screen");
+        copyText(m_params.back().items[2], "Color Dodge");
         parameter("Center", kParamPoint).point = {0.5F, 0.25F};
         group("Overlay", false);
         slider("Size", 0.0F, 10.0F);
@@ -84,10 +83,14 @@ public:
     std::uint32_t references = 1;
 
 private:
+    template <std::size_t kSize>
+    static void copyText(char (&out)[kSize], const std::string& text) {
+        text.copy(out, kSize - 1);  // The record is zeroed.
+    }
     ParamValue& parameter(const char* label, ParamType type) {
         ParamInfo info{};
         info.type = type;
-        std::strcpy(info.label, label);
+        copyText(info.label, label);
         m_params.push_back(info);
         return m_params.back().defaultValue;
     }
