@@ -1,6 +1,5 @@
 #include "frame/operations/geometry.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "frame/operations/operands.h"
@@ -84,7 +83,7 @@ bool FrameResizeInto(const Frame& src, Frame& dst, std::int32_t mode) noexcept {
 }
 
 bool FrameReplicateBorder(const Frame& src, Frame& dst, std::int32_t left, std::int32_t top) noexcept {
-    if (src.Data() == nullptr || dst.Data() == nullptr || src.BytesPerPixel() != dst.BytesPerPixel()) {
+    if (!isSound(src) || !isSound(dst) || src.BytesPerPixel() != dst.BytesPerPixel()) {
         return false;
     }
     const bool sameData = src.Data() == dst.Data();
@@ -92,7 +91,7 @@ bool FrameReplicateBorder(const Frame& src, Frame& dst, std::int32_t left, std::
     if ((!sameData && !sameSize) || (sameData && src.Stride() != dst.Stride())) {
         return false;
     }
-    const ImgSize size{std::min(src.Width(), dst.Width()), std::min(src.Height(), dst.Height())};
+    const ImgSize size = sizeOf(src, dst);
     if (left < 0 || top < 0 || left >= (size.width + 1) / 2 || top >= (size.height + 1) / 2) {
         return false;
     }

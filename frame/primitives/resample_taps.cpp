@@ -12,8 +12,11 @@ namespace {
 constexpr double kLanczosLobes = 3;
 
 double sinc(double x) {
+    if (x == std::floor(x)) {
+        return x == 0 ? 1 : 0;  // the sine of a rounded multiple of pi is not quite 0
+    }
     const double a = std::numbers::pi * x;
-    return std::abs(a) < 1e-9 ? 1.0 : std::sin(a) / a;
+    return std::sin(a) / a;
 }
 
 /// Weight of a sample at distance `x`.

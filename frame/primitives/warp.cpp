@@ -119,11 +119,12 @@ HWY_INLINE void locate(const WarpPlan& plan, std::int32_t x, std::int32_t y, std
     for (int i = 0; i < 3; ++i) {
         start[i] = plan.matrix[i][0] * x + plan.matrix[i][1] * y + plan.matrix[i][2];
     }
-    const double scale = 1 / start[2];
-    const double wStep = plan.matrix[2][kWalk] * scale;
-    at.baseColumn = rect.left + locateAlong<kNearest>(start[0] * scale, plan.matrix[0][kWalk] * scale, wStep,
+    // Divisions, not products with a reciprocal: a map that moves nothing is then exact.
+    const double w = start[2];
+    const double wStep = plan.matrix[2][kWalk] / w;
+    at.baseColumn = rect.left + locateAlong<kNearest>(start[0] / w, plan.matrix[0][kWalk] / w, wStep,
                                                       rect.right - rect.left, count, at.column, at.right);
-    at.baseRow = rect.top + locateAlong<kNearest>(start[1] * scale, plan.matrix[1][kWalk] * scale, wStep,
+    at.baseRow = rect.top + locateAlong<kNearest>(start[1] / w, plan.matrix[1][kWalk] / w, wStep,
                                                   rect.bottom - rect.top, count, at.row, at.below);
     if constexpr (kIntegerWeights) {
         const auto one = hn::Set(d, static_cast<float>(1 << kWeightBits));
@@ -227,7 +228,7 @@ HWY_INLINE void copySamples(const T* HWY_RESTRICT from, std::size_t samples, T* 
     const hn::FixedTag<T, 16 / sizeof(T)> d;
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= samples; i += hn::Lanes(d)) {
-        hn::StoreU(hn::Load(d, from + i), d, to + i);
+        hn::StoreU(hn::LoadU(d, from + i), d, to + i);
     }
     constexpr std::size_t kWord = 4 / sizeof(T);
     for (; i + kWord <= samples; i += kWord) {

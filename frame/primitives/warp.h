@@ -41,12 +41,11 @@ ImgStatus ImgWarpAffine8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSiz
 /// Maps a rectangle of the source to the quadrilateral `quad[4]` (its corners in the order left top, right top,
 /// right bottom, left bottom) by the projective map of the two (Heckbert 1989), with linear sampling that stays
 /// inside the rectangle. Pixels whose centres lie in the quadrilateral, its sides included, are written; those up to
-/// one pixel outside have their alpha scaled by their coverage and are written only where that is above the alpha
-/// they have. So, in a target cleared to transparent, quadrilaterals with common sides join without a gap or a
-/// line. Other pixels stay.
-/// `alphaIndex` is the position of alpha, 0 or 3. Quadrilaterals or rectangles without area draw nothing.
-/// `kImgBadRange` for a rectangle outside the source, another `alphaIndex`, and for corners that are not finite or not
-/// those of a convex quadrilateral (either way round).
+/// one pixel outside (and outside its corners, in each direction) have their alpha scaled by their coverage and are
+/// written only where that is above the alpha they have. So, in a target cleared to transparent, quadrilaterals with
+/// common sides join without a gap or a line. Other pixels stay. `alphaIndex` is the position of alpha, 0 or 3.
+/// Quadrilaterals or rectangles without area draw nothing. `kImgBadRange` for a rectangle outside the source, another
+/// `alphaIndex`, and for corners that are not finite or not those of a convex quadrilateral (either way round).
 ImgStatus ImgWarpQuad8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, const ImgPixelRect& rect,
                          std::uint8_t* dst, std::int32_t dstStep, const ImgPoint* quad, std::int32_t alphaIndex,
                          ImgSize dstSize) noexcept;
