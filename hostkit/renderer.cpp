@@ -5,18 +5,18 @@
 #include "hostkit/parameter_text.h"
 
 namespace lumiset::hostkit {
-namespace {
 
-void processFrame(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
-                  const FrameRenderInfo& info, IHostAllocator* allocator) {
-    RenderHost host(stage.parameters, info.timeSeconds, allocator);
+void Renderer::processFrame(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                            const FrameRenderInfo& info) const {
+    RenderHost host(stage.parameters, info.timeSeconds, m_allocator);
+    if (m_firstChoice && m_firstChoice(*stage.effect.get(), host, source, destination, info)) {
+        return;
+    }
     if (!stage.effect->ProcessFrame(&host, &source, nullptr, &destination, &info)) {
         throw RenderError("The effect \"" + stage.parameters.effect().name + "\" could not render the frame at " +
                           formatNumber(info.timeSeconds, 3) + " seconds.");
     }
 }
-
-}  // namespace
 
 const VideoFrameDesc& Renderer::scratch(int which, const VideoFrameDesc& like) {
     FrameBuffer& buffer = m_scratch[which];
@@ -38,7 +38,7 @@ void Renderer::renderStage(const EffectStage& stage, const VideoFrameDesc& sourc
         info.pixelAspect = context.pixelAspect;
     }
     if (context.fields == FieldOrder::kProgressive) {
-        processFrame(stage, source, destination, info, m_allocator);
+        processFrame(stage, source, destination, info);
         return;
     }
     info.flags |= FrameRenderInfo::kHasField;
@@ -51,7 +51,7 @@ void Renderer::renderStage(const EffectStage& stage, const VideoFrameDesc& sourc
         const bool second = bottom == (context.fields == FieldOrder::kTopFirst);
         info.field = bottom ? 1 : 0;
         info.timeSeconds = context.timeSeconds + (second ? context.durationSeconds / 2.0 : 0.0);
-        processFrame(stage, sourceField, destinationField, info, m_allocator);
+        processFrame(stage, sourceField, destinationField, info);
     }
 }
 

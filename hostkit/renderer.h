@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "host/video_effect.h"
@@ -33,6 +35,11 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Renders one frame through an effect in another way than `IVideoEffect::ProcessFrame`, with the same arguments. On
+/// false the destination is as it was.
+using StageRenderer = std::function<bool(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
+                                         const VideoFrameDesc& destination, const FrameRenderInfo& info)>;
+
 /// Renders frames through effects, one after the other, on the processor. A renderer keeps its buffers from
 /// frame to frame and is used by one thread at a time; renderers on one chain may work at the same time.
 class Renderer {
@@ -40,6 +47,9 @@ public:
     /// The effects see frames of `format`. `chain` must outlive the renderer; `allocator` may be null.
     Renderer(const std::vector<EffectStage>& chain, PixelFormat format, IHostAllocator* allocator = nullptr)
         : m_chain(chain), m_format(format), m_allocator(allocator) {}
+
+    /// Tries `first` for every effect's frame before the processor.
+    void setFirstChoice(StageRenderer first) { m_firstChoice = std::move(first); }
 
     /// Renders `source` to `destination`, frames of one size in any of the host formats. The frames must not
     /// overlap. An interlaced frame's fields are rendered each on its own at their own times. Throws
@@ -49,11 +59,14 @@ public:
 private:
     void renderStage(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
                      const FrameContext& context) const;
+    void processFrame(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                      const FrameRenderInfo& info) const;
     const VideoFrameDesc& scratch(int which, const VideoFrameDesc& like);
 
     const std::vector<EffectStage>& m_chain;
     PixelFormat m_format;
     IHostAllocator* m_allocator;
+    StageRenderer m_firstChoice;
     FrameBuffer m_scratch[2];
 };
 

@@ -41,6 +41,8 @@ struct EffectRequest {
     std::vector<Key> keys;
 };
 
+struct GPUInfoRequest {};
+
 struct RenderRequest {
     std::string input;
     std::string output;
@@ -58,6 +60,7 @@ struct RenderRequest {
     };
     Rate frameRate;      ///< pictures a second of an input image sequence; 0: the usual rate
     bool alpha = false;  ///< the output has transparency whatever the first picture is like
+    bool gpu = false;    ///< in OpenGL where that is possible
     bool quiet = false;
 };
 
@@ -68,7 +71,7 @@ struct TextRequest {
 
 struct CommandLine {
     std::string modulePath;  ///< empty: found by the host kit
-    std::variant<TextRequest, ListRequest, ShowRequest, RenderRequest> request;
+    std::variant<TextRequest, ListRequest, ShowRequest, GPUInfoRequest, RenderRequest> request;
 };
 
 /// Reads the program's arguments. Throws `UsageError`.

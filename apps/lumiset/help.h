@@ -46,6 +46,8 @@ Examples:
     lumiset render title.mov out.mov --effect Outline --key Width@0=0 --key Width@2=60
   Two effects, the second works on the picture of the first:
     lumiset render scene:1280x720:5 out.mp4 --effect Outline --set "Color=#FFD040" --effect Outline --set Width=20
+  In OpenGL ("lumiset gpu info" tells what there is):
+    lumiset render title.mov out.mov --gpu --effect Outline
   From and to another program:
     ffmpeg -i in.avi -f yuv4mpegpipe - | lumiset render - - --effect Outline | ffplay -)";
 

@@ -7,6 +7,7 @@
 
 #include "apps/lumiset/chain.h"
 #include "apps/lumiset/command_line.h"
+#include "apps/lumiset/gpu_commands.h"
 #include "apps/lumiset/render.h"
 #include "apps/lumiset/show.h"
 #include "hostkit/module.h"
@@ -32,6 +33,10 @@ void printText(const std::string& text) {
 void carryOut(const CommandLine& line) {
     if (const auto* text = std::get_if<TextRequest>(&line.request)) {
         printText(text->text);
+        return;
+    }
+    if (std::holds_alternative<GPUInfoRequest>(line.request)) {
+        printText(gpuInfoText());
         return;
     }
     const hostkit::Module module(line.modulePath);

@@ -23,6 +23,8 @@ public:
 
     /// Makes it current on the calling thread. Throws `GLError`.
     virtual void makeCurrent() = 0;
+    /// Leaves the calling thread without a context, so that another may take this one.
+    virtual void release() noexcept = 0;
     /// Address of an OpenGL function, or null.
     [[nodiscard]] virtual GLProc procAddress(const char* name) const = 0;
 };

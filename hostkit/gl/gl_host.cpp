@@ -54,7 +54,13 @@ GLHost::GLHost(Report report) : m_report(std::move(report)), m_context(makeCurre
     checkErrors("starting OpenGL");
 }
 
-GLHost::~GLHost() = default;
+GLHost::~GLHost() {
+    try {
+        takeThread();  // what goes now needs the context
+    } catch (const GLError&) {
+        // Then the driver frees all of it with the context.
+    }
+}
 
 std::string GLHost::text(GLenum name) const {
     const auto* found = reinterpret_cast<const char*>(m_gl.GetString(name));

@@ -18,7 +18,8 @@
 namespace lumiset::hostkit {
 
 /// A real OpenGL host: a context, and the two objects that effects render through. Programs are kept by their texts
-/// and textures by their sizes from frame to frame. Everything is used on the thread that made it.
+/// and textures by their sizes from frame to frame. Everything is used on one thread, the one that made it until
+/// `leaveThread`, then the one that calls `takeThread`.
 class GLHost final : public IHostGL, public GPUResources {
 public:
     using Report = std::function<void(const std::string&)>;
@@ -29,6 +30,10 @@ public:
     ~GLHost();
     GLHost(const GLHost&) = delete;
     GLHost& operator=(const GLHost&) = delete;
+
+    void leaveThread() noexcept { m_context->release(); }
+    /// Throws `GLError`.
+    void takeThread() { m_context->makeCurrent(); }
 
     /// What the driver says of itself.
     struct Info {

@@ -98,9 +98,9 @@ std::string writeComparison(const Picture& a, const Picture& b, const std::strin
     for (const char letter : name) {
         file += std::isalnum(static_cast<unsigned char>(letter)) != 0 ? letter : '_';
     }
-    const std::filesystem::path folder = "differences";
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() / "lumiset_differences";
     std::filesystem::create_directories(folder);
-    const std::string path = (std::filesystem::absolute(folder) / (file + ".png")).string();
+    const std::string path = (folder / (file + ".png")).string();
     sheet.write(path, 2);
     return path;
 }

@@ -91,7 +91,7 @@ public:
 
     ~EglContext() override {
         if (m_context != EGL_NO_CONTEXT) {
-            m_egl.makeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+            release();
             m_egl.destroyContext(m_display, m_context);
         }
         // The display stays initialised: it is the same object for every context of the process.
@@ -103,6 +103,8 @@ public:
             throw GLError("The OpenGL context cannot be made current on this thread.");
         }
     }
+
+    void release() noexcept override { m_egl.makeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT); }
 
     [[nodiscard]] GLProc procAddress(const char* name) const override {
         return reinterpret_cast<GLProc>(m_egl.getProcAddress(name));
