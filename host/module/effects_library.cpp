@@ -5,8 +5,10 @@
 
 #include "effects/alpha_processor.h"
 #include "effects/color_fixer.h"
+#include "effects/old_tv.h"
 #include "effects/outline.h"
 #include "effects/progressive_stretch.h"
+#include "effects/selective_focus.h"
 #include "frame/frame_processor.h"
 #include "host/module/host_services.h"
 
@@ -26,11 +28,11 @@ constexpr auto kEffects = std::to_array<Factory>({
     make<CProgressiveStretch>,  // Progressive Stretch
     nullptr,                      // Background Generator
     make<COutline>,               // Outline
-    nullptr,                      // Selective Focus
+    make<CSelectiveFocus>,        // Selective Focus
     nullptr,                      // Selective Tint
     make<CImprovedColorbalance>,  // Color Fixer Pro
     nullptr,                      // Viewfinder
-    nullptr,                      // Old TV
+    make<COldTV>,                      // Old TV
     nullptr,                      // Selective Color
     make<CAlphaProcessor>,        // Alpha Processor
 });

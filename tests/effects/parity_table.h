@@ -42,10 +42,19 @@ inline void makeOutlineEqual(ValueHost& processor, ValueHost& gpu, const ParityF
     gpu.values[kSoften].slider = static_cast<float>(soften / aspect);
 }
 
+/// Old TV's static is another picture in OpenGL.
+inline void makeOldTVEqual(ValueHost& processor, ValueHost& gpu, const ParityFrame&) {
+    constexpr std::uint32_t kNoise = 1;
+    processor.values[kNoise].slider = 0.0F;
+    gpu.values[kNoise].slider = 0.0F;
+}
+
 inline constexpr auto kParity = std::to_array<ParityRow>({
     {0, 40.0, 3.0, 1.0, "", nullptr},
     {2, 40.0, 3.0, 0.5, "least softness; softness with wide pixels", makeOutlineEqual},
+    {3, 40.0, 3.0, 1.0, "", nullptr},
     {5, 40.0, 6.0, 1.0, "whole-number gains in 8 bits", nullptr},
+    {7, 40.0, 255.0, 255.0, "the static's picture", makeOldTVEqual},
     {9, 40.0, 3.0, 1.0, "", nullptr},
 });
 

@@ -1,0 +1,29 @@
+#pragma once
+
+// The glass of an old television: its rounded shape and its soft edge. Frames are top-down.
+
+#include <cstdint>
+
+#include "effects/effect.h"
+#include "frame/frame.h"
+
+namespace lumiset {
+
+/// How far the corners lie inwards on a side of `length` pixels, `curvature` 0..1.
+std::int32_t tubeCornerDepth(std::int32_t length, float curvature);
+
+/// Size of the box filter, applied twice, that softens the edge; `amount` 0..1.
+struct TubeSoftness {
+    std::int32_t columns;
+    std::int32_t rows;
+};
+TubeSoftness tubeSoftness(float amount, const FrameFacts& facts);
+
+/// Bends the picture's four sides inwards towards the corners, `curvature` 0..1; outside it becomes transparent.
+/// The picture goes through `scratch`, a frame of the same kind, and comes back.
+void bendTube(Frame& frame, Frame& scratch, float curvature) noexcept;
+
+/// Softens the picture's alpha inwards from every transparent edge, `amount` 0..1.
+void softenTubeEdge(Frame& frame, float amount, const RenderContext& context) noexcept;
+
+}  // namespace lumiset
