@@ -63,6 +63,14 @@ bool GPUFrame::begin(ShaderProgram& shader, const GPUTexture& to) noexcept {
     return m_ok;
 }
 
+void GPUFrame::drawRects(const GPUTexture& from, const GPUTexture& to, std::span<const PixelRect> rects) noexcept {
+    for (const PixelRect& rect : rects) {
+        const QuadRect part{static_cast<double>(rect.left) / to.width, static_cast<double>(rect.top) / to.height,
+                            static_cast<double>(rect.right) / to.width, static_cast<double>(rect.bottom) / to.height};
+        m_ok = m_ok && m_gpu.DrawQuad(from, false, &part);
+    }
+}
+
 bool GPUFrame::blur(ShaderProgram& vertical, ShaderProgram& horizontal, std::int32_t columns, std::int32_t rows,
                     const GPUTexture& from, const GPUTexture& between, const GPUTexture& to) noexcept {
     m_ok = m_ok && m_gpu.SeparableBlur(columns, rows, from, between, to, horizontal, vertical);

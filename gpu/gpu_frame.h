@@ -5,6 +5,7 @@
 #include <span>
 
 #include "gpu/gpu_helper.h"
+#include "host/frame_processor.h"
 
 namespace lumiset {
 
@@ -68,6 +69,16 @@ public:
         }
         return m_ok;
     }
+    /// The same into many rectangles of whole texels of `to`, which should not overlap.
+    template <class SetUniforms>
+    bool passRects(ShaderProgram& shader, const GPUTexture& from, const GPUTexture& to,
+                   std::span<const PixelRect> rects, SetUniforms&& setUniforms) {
+        if (begin(shader, to)) {
+            setUniforms(shader);
+            drawRects(from, to, rects);
+        }
+        return m_ok;
+    }
     /// The same with two textures.
     template <class SetUniforms>
     bool pass2(ShaderProgram& shader, const GPUTexture& from0, const GPUTexture& from1, const GPUTexture& to,
@@ -87,6 +98,7 @@ public:
 
 private:
     bool begin(ShaderProgram& shader, const GPUTexture& to) noexcept;
+    void drawRects(const GPUTexture& from, const GPUTexture& to, std::span<const PixelRect> rects) noexcept;
 
     GPUHelper& m_gpu;
     GPUTexture m_source;

@@ -8,6 +8,7 @@ uniform vec2 regionSize;
 uniform vec2 targetSize;
 
 void main() {
-    vec2 position = texelHere() * regionSize / targetSize + regionOrigin;
+    vec2 here = floor(normPosition() * (targetSize - 1.0) + 0.5);
+    vec2 position = here * regionSize / targetSize + regionOrigin;
     gl_FragColor = plainOrder(linearTexel(position, regionOrigin, regionOrigin + regionSize - 1.0));
 }
