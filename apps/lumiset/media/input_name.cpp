@@ -1,8 +1,8 @@
 #include "apps/lumiset/media/input_name.h"
 
 #include <cctype>
+#include <charconv>
 #include <filesystem>
-#include <regex>
 #include <set>
 
 #include <fmt/format.h>
@@ -14,67 +14,87 @@ namespace fs = std::filesystem;
 namespace lumiset::media {
 namespace {
 
-const std::regex& patternRegex() {
-    static const std::regex regex("%(0([0-9]))?d");
-    return regex;
+// A name around its "%d" or "%04d".
+struct Pattern {
+    std::string before;
+    int digits = 1;
+    std::string after;
+};
+
+std::optional<Pattern> splitPattern(const std::string& name) {
+    for (std::size_t at = name.find('%'); at != std::string::npos; at = name.find('%', at + 1)) {
+        std::size_t end = at + 1;
+        int digits = 1;
+        if (end + 1 < name.size() && name[end] == '0' && name[end + 1] >= '1' && name[end + 1] <= '9') {
+            digits = name[end + 1] - '0';
+            end += 2;
+        }
+        if (end < name.size() && name[end] == 'd') {
+            return Pattern{name.substr(0, at), digits, name.substr(end + 1)};
+        }
+    }
+    return std::nullopt;
+}
+
+// A whole text of at most nine digits.
+std::optional<int> numberOf(std::string_view text) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool plain = !text.empty() && text.size() <= 9 && text[0] != '-';
+    return plain && error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
 }
 
 // The number that a file name holds where the pattern has its %d.
-std::optional<int> numberIn(const std::string& name, const std::string& before, const std::string& after, int digits) {
-    if (name.size() <= before.size() + after.size() || !name.starts_with(before) || !name.ends_with(after)) {
+std::optional<int> numberIn(const std::string& name, const Pattern& pattern) {
+    if (name.size() <= pattern.before.size() + pattern.after.size() || !name.starts_with(pattern.before) ||
+        !name.ends_with(pattern.after)) {
         return std::nullopt;
     }
-    const std::string text = name.substr(before.size(), name.size() - before.size() - after.size());
-    const bool numeric = text.find_first_not_of("0123456789") == std::string::npos;
-    if (!numeric || text.size() > 9 || fmt::format("{:0{}}", std::stoi(text), digits) != text) {
-        return std::nullopt;
-    }
-    return std::stoi(text);
+    const std::size_t length = name.size() - pattern.before.size() - pattern.after.size();
+    const std::string text = name.substr(pattern.before.size(), length);
+    const std::optional<int> number = numberOf(text);
+    return number && fmt::format("{:0{}}", *number, pattern.digits) == text ? number : std::nullopt;
 }
 
 }  // namespace
 
 std::string SequenceName::fileName(int number) const {
-    std::smatch match;
-    std::regex_search(pattern, match, patternRegex());
-    const int digits = match[2].matched ? std::stoi(match[2].str()) : 1;
-    return match.prefix().str() + fmt::format("{:0{}}", number, digits) + match.suffix().str();
+    const Pattern parts = splitPattern(pattern).value_or(Pattern{pattern, 1, ""});
+    return parts.before + fmt::format("{:0{}}", number, parts.digits) + parts.after;
 }
 
 std::optional<SequenceName> parseSequenceName(const std::string& name) {
     std::error_code ignored;
-    if (!std::regex_search(name, patternRegex()) || fs::exists(name, ignored)) {
+    if (!splitPattern(name) || fs::exists(name, ignored)) {
         return std::nullopt;
     }
-    static const std::regex withRange("(.*):([0-9]{1,9})(-([0-9]{1,9}))?");
-    std::smatch match;
-    if (!std::regex_match(name, match, withRange)) {
+    const std::size_t colon = name.rfind(':');
+    const std::string range = colon == std::string::npos ? "" : name.substr(colon + 1);
+    const std::size_t dash = range.find('-');
+    const std::optional<int> first = numberOf(range.substr(0, dash));
+    const std::optional<int> last = dash == std::string::npos ? std::nullopt : numberOf(range.substr(dash + 1));
+    if (!first || (dash != std::string::npos && !last)) {
         return SequenceName{name, std::nullopt, std::nullopt};
     }
-    SequenceName sequence{match[1].str(), std::stoi(match[2].str()), std::nullopt};
-    if (match[4].matched) {
-        sequence.last = std::stoi(match[4].str());
-        if (*sequence.last < *sequence.first) {
-            throw MediaError(fmt::format("The range of '{}' ends before it begins.", name));
-        }
+    if (last && *last < *first) {
+        throw MediaError(fmt::format("The range of '{}' ends before it begins.", name));
     }
-    return sequence;
+    return SequenceName{name.substr(0, colon), first, last};
 }
 
 void findSequence(SequenceName& sequence) {
     const fs::path path(sequence.pattern);
     const std::string name = path.filename().string();
-    std::smatch match;
-    if (!std::regex_search(name, match, patternRegex())) {
+    const std::optional<Pattern> pattern = splitPattern(name);
+    if (!pattern) {
         throw MediaError(
             fmt::format("'{}' has its number in a folder's name; it has to be in the file's.", path.string()));
     }
-    const int digits = match[2].matched ? std::stoi(match[2].str()) : 1;
     std::set<int> numbers;
     std::error_code error;
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        const auto number = numberIn(entry->path().filename().string(), match.prefix(), match.suffix(), digits);
+        const auto number = numberIn(entry->path().filename().string(), *pattern);
         if (number && *number >= sequence.first.value_or(0) && *number <= sequence.last.value_or(*number)) {
             numbers.insert(*number);
         }

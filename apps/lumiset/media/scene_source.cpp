@@ -1,7 +1,9 @@
 #include "apps/lumiset/media/scene_source.h"
 
+#include <charconv>
 #include <cmath>
-#include <regex>
+#include <optional>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -20,36 +22,64 @@ struct SceneName {
     Rational rate{25, 1};
 };
 
-// Frames a second as a whole number, a decimal or a ratio such as 30000/1001.
-Rational parseRate(const std::string& text) {
-    const std::size_t slash = text.find('/');
-    if (slash != std::string::npos) {
-        return {std::stoi(text.substr(0, slash)), std::stoi(text.substr(slash + 1))};
+template <class Number>
+std::optional<Number> parseNumber(std::string_view text) {
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole && value <= Number(1000000) ? std::optional(value) : std::nullopt;
+}
+
+// Takes the text up to a separator off the front, which is all of it where there is none.
+std::optional<std::string_view> takePart(std::optional<std::string_view>& text, char separator) {
+    const std::optional<std::string_view> whole = text;
+    if (whole) {
+        const std::size_t at = whole->find(separator);
+        text = at == std::string_view::npos ? std::nullopt : std::optional(whole->substr(at + 1));
+        return whole->substr(0, at);
     }
-    const double rate = std::stod(text);
-    return rate == std::floor(rate) ? Rational{static_cast<int>(rate), 1}
-                                    : Rational{static_cast<int>(std::lround(rate * 1000)), 1000};
+    return std::nullopt;
+}
+
+// Frames a second as a whole number, a decimal or a ratio such as 30000/1001.
+std::optional<Rational> parseRate(std::string_view text) {
+    if (const std::size_t slash = text.find('/'); slash != std::string_view::npos) {
+        const auto num = parseNumber<int>(text.substr(0, slash));
+        const auto den = parseNumber<int>(text.substr(slash + 1));
+        return num && den && *num > 0 && *den > 0 ? std::optional(Rational{*num, *den}) : std::nullopt;
+    }
+    if (const auto whole = parseNumber<int>(text)) {
+        return Rational{*whole, 1};
+    }
+    const auto rate = parseNumber<double>(text);
+    return rate ? std::optional(Rational{static_cast<int>(std::lround(*rate * 1000)), 1000}) : std::nullopt;
 }
 
 SceneName parse(const std::string& input) {
-    static const std::regex form(
-        "scene(:([0-9]{1,5})x([0-9]{1,5})(:([0-9]{1,6}(\\.[0-9]{1,9})?)(:([0-9]{1,6}(/"
-        "[0-9]{1,6}|\\.[0-9]{1,3})?))?)?)?");
-    std::smatch match;
-    if (!std::regex_match(input, match, form)) {
+    SceneName name;
+    std::optional<std::string_view> rest = input;
+    takePart(rest, ':');
+    bool understood = true;
+    if (auto size = takePart(rest, ':')) {
+        const auto width = parseNumber<int>(*takePart(size, 'x'));
+        const auto height = size ? parseNumber<int>(*size) : std::nullopt;
+        name.width = width.value_or(0);
+        name.height = height.value_or(0);
+        understood = width && height;
+    }
+    if (const auto seconds = takePart(rest, ':')) {
+        const auto number = parseNumber<double>(*seconds);
+        name.seconds = number.value_or(0);
+        understood = understood && number;
+    }
+    if (rest) {
+        const auto rate = parseRate(*rest);
+        name.rate = rate.value_or(Rational{0, 1});
+        understood = understood && rate;
+    }
+    if (!understood) {
         throw MediaError(
             fmt::format("'{}' is no scene; write scene:WIDTHxHEIGHT:SECONDS:FPS, as in scene:1280x720:4:25.", input));
-    }
-    SceneName name;
-    if (match[2].matched) {
-        name.width = std::stoi(match[2].str());
-        name.height = std::stoi(match[3].str());
-    }
-    if (match[5].matched) {
-        name.seconds = std::stod(match[5].str());
-    }
-    if (match[8].matched) {
-        name.rate = parseRate(match[8].str());
     }
     if (name.width < 1 || name.height < 1 || name.width > kLargestSide || name.height > kLargestSide) {
         throw MediaError(fmt::format("The size of '{}' has to be 1x1 to {}x{}.", input, kLargestSide, kLargestSide));
