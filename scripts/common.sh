@@ -18,11 +18,14 @@ as_root() {
     fi
 }
 
-# Prints those of the Debian packages that are not installed.
+# Prints those of the Debian packages, NAME or NAME:ARCHITECTURE, that are not installed.
 missing_packages() {
-    local package
+    local package architecture
     for package in "$@"; do
-        [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || printf '%s\n' "$package"
+        architecture=${package#*:}
+        [ "$architecture" != "$package" ] || architecture=$(dpkg --print-architecture)
+        dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "${package%:*}" 2>/dev/null |
+            grep -xE "($architecture|all) installed" >/dev/null || printf '%s\n' "$package"
     done
 }
 
