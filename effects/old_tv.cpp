@@ -427,7 +427,7 @@ bool COldTV::Render(const ParamReader& params, const RenderContext& context, con
     }
     if (events.hasTube) {
         applyBand(*frames.current, findBand(settings, context.height, events.cycleTime));
-        bendTube(*frames.current, *frames.other, settings.curvature);
+        bendTube(*frames.current, *frames.other, settings.curvature, context.allocator);
         softenTubeEdge(*frames.current, settings.softenEdge, context);
     }
     if (hasSurround) {

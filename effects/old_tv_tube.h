@@ -21,7 +21,7 @@ TubeSoftness tubeSoftness(float amount, const FrameFacts& facts);
 
 /// Bends the picture's four sides inwards towards the corners, `curvature` 0..1; outside it becomes transparent.
 /// The picture goes through `scratch`, a frame of the same kind, and comes back.
-void bendTube(Frame& frame, Frame& scratch, float curvature) noexcept;
+void bendTube(Frame& frame, Frame& scratch, float curvature, MemoryAllocator& allocator) noexcept;
 
 /// Softens the picture's alpha inwards from every transparent edge, `amount` 0..1.
 void softenTubeEdge(Frame& frame, float amount, const RenderContext& context) noexcept;

@@ -31,13 +31,8 @@ void main() {
     float side = mix(insetFrom, insetTo, share);
     float across = dot(here, along.yx);
     float end = dot(last, along.yx);
-    // The projective map of the piece: lengths shrink across, so positions along draw towards its shorter end.
-    float lengthFrom = end - 2.0 * insetFrom;
-    float lengthTo = end - 2.0 * insetTo;
-    float sourceAlong = from + (to - from) * share * lengthTo / mix(lengthFrom, lengthTo, share);
-    float sourceAcross = (across - side) / (end - 2.0 * side) * end;
-    vec2 source = sourceAlong * along + clamp(sourceAcross, 0.0, end) * along.yx;
-    vec4 pixel = linearTexel(source, vec2(0.0), last);
+    float source = clamp((across - side) / (end - 2.0 * side) * end, 0.0, end);
+    vec4 pixel = linearTexel(position * along + source * along.yx, vec2(0.0), last);
     float slope = to > from ? (insetTo - insetFrom) / (to - from) : 0.0;
     float perpendicular = inversesqrt(1.0 + slope * slope);
     float coverage = clamp(1.0 + (across - side) * perpendicular, 0.0, 1.0) *

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+#include "frame/frame.h"
+
+namespace lumiset {
+
+/// Bends two opposite sides of the picture inwards, by `depth` pixels in the corners and not at all in the middle, in
+/// straight pieces of eight pixels: top and bottom, or left and right. Each line across is scaled linearly to what is
+/// left of it, which within such short pieces is the projective map to a hundredth of a pixel. Pixels that the picture
+/// covers in part have their alpha scaled by the cover; beyond them it is transparent. `source` and `destination` are
+/// two frames of one size, at least 2 pixels in each direction, and one colour format; all of `destination` is
+/// written. False when there is no memory.
+bool bendSides(const Frame& source, Frame& destination, std::int32_t depth, bool topAndBottom,
+               MemoryAllocator& allocator) noexcept;
+
+}  // namespace lumiset
