@@ -1,5 +1,6 @@
 // Sums of columns move down the picture by one row in and one row out; a window's sum then moves along a row by one
-// column in and one column out. Four rows are interleaved for that second step, so that it has a row in each lane.
+// column in and one column out. Sixteen rows of bytes, four of floats, are interleaved for that second step, so
+// that it has a row in each lane.
 
 #include "frame/primitives/box.h"
 
@@ -31,14 +32,18 @@ struct BoxJob {
     ImgSize mask;
     Sum* columns;      ///< sums of the columns of one row of windows
     Sum* rows;         ///< four times those
-    Sum* interleaved;  ///< the four together, a column's four side by side
+    Sum* interleaved;  ///< those of all rows of a block, a column's side by side
     std::int64_t stride;
     std::int32_t columnCount;
 };
 using ByteBox = BoxJob<std::uint8_t, std::uint32_t>;
 using FloatBox = BoxJob<float, double>;
 
-constexpr std::int32_t kBoxRows = 4;
+constexpr std::int32_t kGroupRows = 4;  ///< that one interleaving store takes
+
+/// Rows of a block.
+template <class T>
+constexpr std::int32_t kBoxRows = sizeof(T) == 1 ? 16 : 4;
 
 }  // namespace lumiset
 #endif
@@ -60,11 +65,13 @@ HWY_INLINE double sample(float value) {
 /// Plain loops over a row vectorise as they are.
 template <class T, class Sum>
 void startColumns(const BoxJob<T, Sum>& job) {
-    std::fill_n(job.columns, job.columnCount, Sum{0});
+    const std::int32_t count = job.columnCount;
+    Sum* HWY_RESTRICT columns = job.columns;
+    std::fill_n(columns, count, Sum{0});
     for (std::int32_t y = 0; y < job.mask.height; ++y) {
-        const T* row = job.src.row(y);
-        for (std::int32_t x = 0; x < job.columnCount; ++x) {
-            job.columns[x] += sample(row[x]);
+        const T* HWY_RESTRICT row = job.src.row(y);
+        for (std::int32_t x = 0; x < count; ++x) {
+            columns[x] += sample(row[x]);
         }
     }
 }
@@ -72,42 +79,51 @@ void startColumns(const BoxJob<T, Sum>& job) {
 /// Stores the column sums of windows of row `y`, and moves them on to the next row.
 template <class T, class Sum>
 void columnsOfRow(const BoxJob<T, Sum>& job, std::int32_t y, Sum* HWY_RESTRICT out) {
+    const std::int32_t count = job.columnCount;
     Sum* HWY_RESTRICT columns = job.columns;
     const T* HWY_RESTRICT gone = job.src.row(y);
-    std::copy(columns, columns + job.columnCount, out);
+    std::copy(columns, columns + count, out);
     if (y + 1 == job.size.height) {
         return;
     }
     const T* HWY_RESTRICT come = job.src.row(y + job.mask.height);
-    for (std::int32_t x = 0; x < job.columnCount; ++x) {
+    for (std::int32_t x = 0; x < count; ++x) {
         columns[x] = columns[x] + sample(come[x]) - sample(gone[x]);
     }
 }
 
-template <class Sum>
+/// Four rows of column sums to four neighbouring places out of `kRows` of each column.
+template <std::int32_t kRows, class Sum>
 void interleave(const Sum* rows, std::int64_t stride, std::int32_t count, Sum* out) {
     const hn::ScalableTag<Sum> d;
     const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
+    HWY_ALIGN Sum tile[kGroupRows * HWY_MAX_BYTES / sizeof(Sum)];
     for (std::int32_t x = 0; x < count; x += lanes) {
         hn::StoreInterleaved4(hn::Load(d, rows + x), hn::Load(d, rows + x + stride), hn::Load(d, rows + x + 2 * stride),
-                              hn::Load(d, rows + x + 3 * stride), d, out + 4 * x);
+                              hn::Load(d, rows + x + 3 * stride), d, kRows == kGroupRows ? out + kRows * x : tile);
+        if constexpr (kRows != kGroupRows) {
+            for (std::int32_t i = 0; i < lanes; ++i) {
+                std::memcpy(out + kRows * (x + i), tile + kGroupRows * i, kGroupRows * sizeof(Sum));
+            }
+        }
     }
 }
 
 /// Window sums of one lane for each row.
-template <class D>
+template <class D, std::int32_t kRows>
 struct Walk {
     using V = hn::Vec<D>;
-    HWY_INLINE Walk(const hn::TFromD<D>* interleaved, std::int32_t width) : at(interleaved), reach(4 * width) {
+    HWY_INLINE Walk(const hn::TFromD<D>* interleaved, std::int32_t width)
+        : at(interleaved), reach(std::ptrdiff_t{kRows} * width) {
         sum = hn::Zero(D());
         for (std::int32_t x = 0; x < width; ++x) {
-            sum = hn::Add(sum, hn::Load(D(), at + 4 * x));
+            sum = hn::Add(sum, hn::Load(D(), at + kRows * x));
         }
     }
     HWY_INLINE V next() {
         const V result = sum;
         sum = hn::Add(sum, hn::Sub(hn::Load(D(), at + reach), hn::Load(D(), at)));
-        at += 4;
+        at += kRows;
         return result;
     }
     const hn::TFromD<D>* at;
@@ -115,7 +131,7 @@ struct Walk {
     V sum;
 };
 
-using Words = hn::CappedTag<std::uint32_t, 4>;
+using Words = hn::CappedTag<std::uint32_t, 16>;
 
 /// Sum to mean, in the low byte; the other bits are not clear.
 struct ByFactor {
@@ -142,35 +158,50 @@ struct ByWholeNumbers {
     std::uint32_t half;
 };
 
+/// The low bytes of the next four means, the first lowest, in one word a lane.
 template <class Rounding>
-void walkBytes(const ByteBox& job, const Rounding& rounding, std::uint8_t* const (&out)[kBoxRows]) {
+HWY_INLINE hn::Vec<Words> nextFour(Walk<Words, kBoxRows<std::uint8_t>>& walk, const Rounding& rounding) {
+    const auto a = hn::And(rounding(walk.next()), hn::Set(Words(), 0xFFU));
+    const auto b = hn::ShiftLeft<8>(rounding(walk.next()));
+    const auto c = hn::ShiftLeft<16>(rounding(walk.next()));
+    const auto e = hn::ShiftLeft<24>(rounding(walk.next()));
+    return hn::Or(hn::Or(a, b), hn::Or(c, e));
+}
+
+template <class Rounding>
+void walkBytes(const ByteBox& job, const Rounding& rounding, std::uint8_t* const* out) {
     const Words d;
-    Walk<Words> walk(job.interleaved, job.mask.width);
-    HWY_ALIGN std::uint32_t four[kBoxRows];
-    for (std::int32_t x = 0; x < job.size.width; x += 4) {
-        const auto a = hn::And(rounding(walk.next()), hn::Set(d, 0xFFU));
-        const auto b = hn::ShiftLeft<8>(rounding(walk.next()));
-        const auto c = hn::ShiftLeft<16>(rounding(walk.next()));
-        const auto e = hn::ShiftLeft<24>(rounding(walk.next()));
-        hn::Store(hn::Or(hn::Or(a, b), hn::Or(c, e)), d, four);
-        const auto bytes = static_cast<std::size_t>(std::min(4, job.size.width - x));
-        for (std::int32_t r = 0; r < kBoxRows; ++r) {
-            if (HWY_LIKELY(bytes == 4)) {
-                std::memcpy(out[r] + x, four + r, 4);
-            } else {
-                std::memcpy(out[r] + x, four + r, bytes);
+    const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
+    HWY_ALIGN std::uint32_t tile[4 * 16];
+    for (std::int32_t lane = 0; lane < kBoxRows<std::uint8_t>; lane += lanes) {
+        Walk<Words, kBoxRows<std::uint8_t>> walk(job.interleaved + lane, job.mask.width);
+        for (std::int32_t x = 0; x < job.size.width; x += 16) {
+            const auto a = nextFour(walk, rounding);
+            const auto b = nextFour(walk, rounding);
+            const auto c = nextFour(walk, rounding);
+            const auto e = nextFour(walk, rounding);
+            hn::StoreInterleaved4(a, b, c, e, d, tile);
+            const auto bytes = static_cast<std::size_t>(std::min(16, job.size.width - x));
+            for (std::int32_t r = 0; r < lanes; ++r) {
+                if (HWY_LIKELY(bytes == 16)) {
+                    std::memcpy(out[lane + r] + x, tile + 4 * r, 16);
+                } else {
+                    std::memcpy(out[lane + r] + x, tile + 4 * r, bytes);
+                }
             }
         }
     }
 }
 
-/// Four rows' worth of column sums, interleaved; past the last row the sums stand still.
+/// The column sums of a block of rows, interleaved; past the last row they stand still.
 template <class T, class Sum>
-void fourRows(const BoxJob<T, Sum>& job, std::int32_t y) {
-    for (std::int32_t r = 0; r < kBoxRows; ++r) {
-        columnsOfRow(job, std::min(y + r, job.size.height - 1), job.rows + r * job.stride);
+void sumBlock(const BoxJob<T, Sum>& job, std::int32_t y) {
+    for (std::int32_t first = 0; first < kBoxRows<T>; first += kGroupRows) {
+        for (std::int32_t r = 0; r < kGroupRows; ++r) {
+            columnsOfRow(job, std::min(y + first + r, job.size.height - 1), job.rows + r * job.stride);
+        }
+        interleave<kBoxRows<T>>(job.rows, job.stride, job.columnCount, job.interleaved + first);
     }
-    interleave(job.rows, job.stride, job.columnCount, job.interleaved);
 }
 
 }  // namespace
@@ -179,11 +210,11 @@ void boxBytes(const ByteBox& job) {
     const std::int32_t area = job.mask.width * job.mask.height;
     const auto factor = roundingFactor(area);
     startColumns(job);
-    for (std::int32_t y = 0; y < job.size.height; y += kBoxRows) {
-        fourRows(job, y);
+    for (std::int32_t y = 0; y < job.size.height; y += kBoxRows<std::uint8_t>) {
+        sumBlock(job, y);
         // Rows past the region repeat its last one.
-        std::uint8_t* out[kBoxRows];
-        for (std::int32_t r = 0; r < kBoxRows; ++r) {
+        std::uint8_t* out[kBoxRows<std::uint8_t>];
+        for (std::int32_t r = 0; r < kBoxRows<std::uint8_t>; ++r) {
             out[r] = job.dst.row(std::min(y + r, job.size.height - 1));
         }
         if (factor) {
@@ -199,12 +230,12 @@ void boxFloats(const FloatBox& job) {
     const hn::Rebind<float, decltype(d)> single;
     const double factor = 1.0 / (static_cast<double>(job.mask.width) * job.mask.height);
     startColumns(job);
-    for (std::int32_t y = 0; y < job.size.height; y += kBoxRows) {
-        fourRows(job, y);
-        const std::int32_t rows = std::min(kBoxRows, job.size.height - y);
-        for (std::int32_t lane = 0; lane < kBoxRows; lane += static_cast<std::int32_t>(hn::Lanes(d))) {
-            Walk<decltype(d)> walk(job.interleaved + lane, job.mask.width);
-            HWY_ALIGN float means[kBoxRows];
+    for (std::int32_t y = 0; y < job.size.height; y += kGroupRows) {
+        sumBlock(job, y);
+        const std::int32_t rows = std::min(kGroupRows, job.size.height - y);
+        for (std::int32_t lane = 0; lane < kGroupRows; lane += static_cast<std::int32_t>(hn::Lanes(d))) {
+            Walk<decltype(d), kGroupRows> walk(job.interleaved + lane, job.mask.width);
+            HWY_ALIGN float means[kGroupRows];
             for (std::int32_t x = 0; x < job.size.width; ++x) {
                 hn::StoreU(hn::DemoteTo(single, hn::Mul(walk.next(), hn::Set(d, factor))), single, means);
                 for (std::int32_t r = 0; r < static_cast<std::int32_t>(hn::Lanes(d)) && lane + r < rows; ++r) {
@@ -253,17 +284,17 @@ ImgStatus box(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, 
     const std::int64_t stride = (columns + 2 * kVectorRoom - 1) / kVectorRoom * kVectorRoom;
     MemoryAllocator heap;
     ScratchBlock block(heap);
-    block.add<Sum>((1 + kBoxRows) * stride);
-    block.add<Sum>(kBoxRows * (stride + kVectorRoom));
+    block.add<Sum>((1 + kGroupRows) * stride);
+    block.add<Sum>(kBoxRows<T> * (stride + kVectorRoom));
     block.add<T>(inPlace ? columns * lines : 0);
     if (!block.allocate()) {
         return kImgNoMemory;
     }
     BoxJob<T, Sum> job{
         from, {dst, dstStep}, size, mask, nullptr, nullptr, nullptr, stride, static_cast<std::int32_t>(columns)};
-    job.columns = block.take<Sum>((1 + kBoxRows) * stride);
+    job.columns = block.take<Sum>((1 + kGroupRows) * stride);
     job.rows = job.columns + stride;
-    job.interleaved = block.take<Sum>(kBoxRows * (stride + kVectorRoom));
+    job.interleaved = block.take<Sum>(kBoxRows<T> * (stride + kVectorRoom));
     if (inPlace) {
         T* copy = block.take<T>(columns * lines);
         for (std::int32_t y = 0; y < lines; ++y) {
