@@ -9,6 +9,7 @@
 #include "effects/outline.h"
 #include "effects/progressive_stretch.h"
 #include "effects/selective_focus.h"
+#include "effects/selective_tint.h"
 #include "frame/frame_processor.h"
 #include "host/module/host_services.h"
 
@@ -29,7 +30,7 @@ constexpr auto kEffects = std::to_array<Factory>({
     nullptr,                      // Background Generator
     make<COutline>,               // Outline
     make<CSelectiveFocus>,        // Selective Focus
-    nullptr,                      // Selective Tint
+    make<CMaskedGradientTint>,    // Selective Tint
     make<CImprovedColorbalance>,  // Color Fixer Pro
     nullptr,                      // Viewfinder
     make<COldTV>,                      // Old TV
