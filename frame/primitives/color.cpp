@@ -111,6 +111,8 @@ void hsvToRgb8(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, ImgSize s
 
 }  // namespace
 
+// The outer two products are added first: so red, green, blue and blue, green, red round alike.
+
 void luma8C3(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float* coefficients, ImgSize size) {
     for (std::int32_t y = 0; y < size.height; ++y) {
         const std::uint8_t* in = src.row(y);
@@ -120,7 +122,7 @@ void luma8C3(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float
         const float c = coefficients[2];
         for (std::int32_t x = 0; x < size.width; ++x, in += 3) {
             const float v =
-                a * static_cast<float>(in[0]) + b * static_cast<float>(in[1]) + c * static_cast<float>(in[2]);
+                a * static_cast<float>(in[0]) + c * static_cast<float>(in[2]) + b * static_cast<float>(in[1]);
             const float positive = v > 0.0F ? v : 0.0F;
             out[x] = static_cast<std::uint8_t>(static_cast<int>((positive < 255.0F ? positive : 255.0F) + 0.5F));
         }
@@ -129,7 +131,9 @@ void luma8C3(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float
 void luma8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float* coefficients, ImgSize size) {
     const Floats weights = spread(coefficients);
     foldPlane<Touch::kFirstThree>(size, dst, src, [&](Vec8 v) HWY_ATTR {
-        return hn::BitCast(Tag8(), roundToByte(weighted(coloursOf(v), weights)));
+        const Floats in = coloursOf(v);
+        const VecF luma = weighted({in.first, in.third, in.second}, {weights.first, weights.third, weights.second});
+        return hn::BitCast(Tag8(), roundToByte(luma));
     });
 }
 void lumaFA4(Plane<const float> src, Plane<float> dst, const float* coefficients, ImgSize size) {
@@ -140,7 +144,7 @@ void lumaFA4(Plane<const float> src, Plane<float> dst, const float* coefficients
         const float b = coefficients[1];
         const float c = coefficients[2];
         for (std::int32_t x = 0; x < size.width; ++x, in += 4) {
-            out[x] = a * in[0] + b * in[1] + c * in[2];
+            out[x] = a * in[0] + c * in[2] + b * in[1];
         }
     }
 }

@@ -98,8 +98,9 @@ constexpr std::array<float, 3> kLuma{0.114F, 0.587F, 0.299F};
 
 TEST(PrimitivesColor, Luma) {
     const auto sum = [](auto* s) {
-        return kLuma[0] * static_cast<float>(s[0]) + kLuma[1] * static_cast<float>(s[1]) +
-               kLuma[2] * static_cast<float>(s[2]);
+        // The outer two first, so that both orders of the colours round alike.
+        return kLuma[0] * static_cast<float>(s[0]) + kLuma[2] * static_cast<float>(s[2]) +
+               kLuma[1] * static_cast<float>(s[1]);
     };
     const auto byteMeaning = [&](U8* src, U8* dst) { *dst = roundedByte(sum(src)); };
     EXPECT_EQ((findPixelFault<U8, U8>(
