@@ -113,7 +113,7 @@ HWY_INLINE void alongRow(std::size_t samples, const Work& work) {
 void startColumns(const InnerRows& rows, std::size_t samples, const TriangularKernel& kernel, std::int32_t bias,
                   const ByteBlurScratch& scratch) {
     const Sums d;
-    const std::size_t stored = hwy::RoundUpTo(samples, lanes()) * sizeof(std::int32_t);
+    const std::size_t stored = hwy::RoundUpTo(samples, 2 * lanes()) * sizeof(std::int32_t);
     std::memset(scratch.slopes, 0, stored);
     std::memset(scratch.sums, 0, stored);
     for (std::int32_t t = 0; t < kernel.half; ++t) {
@@ -135,8 +135,51 @@ void startColumns(const InnerRows& rows, std::size_t samples, const TriangularKe
     });
 }
 
-/// Four rows from `y` on, a sample's four in one word.
-template <bool kEven, class Rounding>
+/// Transposes the 4 x 4 bytes of each block of sixteen; reversed, the second index runs backwards.
+HWY_INLINE hn::Vec<WordBytes> transposeBlocks(VWords words, bool reversed) {
+    HWY_ALIGN static constexpr std::uint8_t kOrder[2][16] = {{0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15},
+                                                             {12, 8, 4, 0, 13, 9, 5, 1, 14, 10, 6, 2, 15, 11, 7, 3}};
+    const WordBytes d;
+    return hn::TableLookupBytes(hn::BitCast(d, words), hn::LoadDup128(d, kOrder[reversed ? 1 : 0]));
+}
+
+/// Differences of samples, which fit 16 bits: twice as many a vector.
+using Changes = hn::Repartition<std::int16_t, Sums>;
+
+HWY_INLINE hn::Vec<Changes> loadChanges(const std::uint8_t* from) {
+    return hn::PromoteTo(Changes(), hn::LoadU(hn::Rebind<std::uint8_t, Changes>(), from));
+}
+
+/// The sums of a vector of columns on their way down four rows.
+struct ColumnSums {
+    HWY_INLINE ColumnSums(const ByteBlurScratch& scratch, std::size_t i)
+        : slope(hn::Load(Sums(), scratch.slopes + i)), sum(hn::Load(Sums(), scratch.sums + i)) {}
+
+    template <class Rounding>
+    HWY_INLINE VWords next(const Rounding& rounding, VSums change) {
+        const auto result = rounding(sum);
+        slope = hn::Add(slope, change);
+        sum = hn::Add(sum, slope);
+        return result;
+    }
+    template <bool kColor>
+    HWY_INLINE void finish(const ByteBlurScratch& scratch, std::size_t i, std::uint32_t* out) const {
+        hn::Store(slope, Sums(), scratch.slopes + i);
+        hn::Store(sum, Sums(), scratch.sums + i);
+        auto words = pack(results[0], results[1], results[2], results[3]);
+        if constexpr (kColor) {
+            words = hn::BitCast(Words(), transposeBlocks(words, false));
+        }
+        hn::Store(words, Words(), out + i);
+    }
+
+    VSums slope;
+    VSums sum;
+    VWords results[4];
+};
+
+/// Four rows from `y` on, a sample's four in one word; of colours a pixel's four in one word.
+template <bool kEven, bool kColor, class Rounding>
 HWY_NOINLINE void fourRows(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
                            const Rounding& rounding, const ByteBlurScratch& scratch, std::uint32_t* out) {
     const std::uint8_t* ahead[4];
@@ -149,35 +192,31 @@ HWY_NOINLINE void fourRows(const InnerRows& rows, std::int32_t y, std::size_t sa
         before[r] = rows.source(y + r - 1);
         behind[r] = rows.source(y + r - (kEven ? 1 : 0) - kernel.half);
     }
-    const Sums d;
-    alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
-        auto slope = hn::Load(d, scratch.slopes + i);
-        auto sum = hn::Load(d, scratch.sums + i);
-        const auto next = [&](int r) HWY_ATTR {
-            const auto result = rounding(sum);
+    const auto vectorPair = [&](std::size_t i, const auto& load) HWY_ATTR {
+        ColumnSums low(scratch, i);
+        ColumnSums high(scratch, i + lanes());
+        for (int r = 0; r < 4; ++r) {
             const auto middle = load(here[r] + i);
             const auto change = hn::Sub(hn::Add(load(ahead[r] + i), load(behind[r] + i)),
                                         hn::Add(middle, kEven ? load(before[r] + i) : middle));
-            slope = hn::Add(slope, change);
-            sum = hn::Add(sum, slope);
-            return result;
-        };
-        const auto a = next(0);
-        const auto b = next(1);
-        const auto c = next(2);
-        const auto e = next(3);
-        hn::Store(slope, d, scratch.slopes + i);
-        hn::Store(sum, d, scratch.sums + i);
-        hn::Store(pack(a, b, c, e), Words(), out + i);
-    });
-}
-
-/// Transposes the 4 x 4 bytes of each block of sixteen; reversed, the second index runs backwards.
-HWY_INLINE hn::Vec<WordBytes> transposeBlocks(VWords words, bool reversed) {
-    HWY_ALIGN static constexpr std::uint8_t kOrder[2][16] = {{0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15},
-                                                             {12, 8, 4, 0, 13, 9, 5, 1, 14, 10, 6, 2, 15, 11, 7, 3}};
-    const WordBytes d;
-    return hn::TableLookupBytes(hn::BitCast(d, words), hn::LoadDup128(d, kOrder[reversed ? 1 : 0]));
+            const hn::Half<Changes> half;
+            low.results[r] = low.next(rounding, hn::PromoteTo(Sums(), hn::LowerHalf(half, change)));
+            high.results[r] = high.next(rounding, hn::PromoteTo(Sums(), hn::UpperHalf(half, change)));
+        }
+        low.template finish<kColor>(scratch, i, out);
+        high.template finish<kColor>(scratch, i + lanes(), out);
+    };
+    std::size_t i = 0;
+    for (; i + 2 * lanes() <= samples; i += 2 * lanes()) {
+        vectorPair(i, [](const std::uint8_t* from) HWY_ATTR { return loadChanges(from); });
+    }
+    if (i < samples) {
+        vectorPair(i, [=](const std::uint8_t* from) HWY_ATTR {
+            HWY_ALIGN std::uint8_t few[32] = {};
+            std::memcpy(few, from, samples - i);
+            return loadChanges(few);
+        });
+    }
 }
 
 /// One sum a lane walking along x.
@@ -350,19 +389,15 @@ void blurPlane(const TriangularBlurJob& job, const RoundingX& roundingX, const R
             targets.dst[r] = y + r < rows.count() ? rows.target(y + r) : scratch.spareRow;
         }
         if (color) {
-            auto* words = reinterpret_cast<std::uint32_t*>(scratch.interleaved);
-            fourRows<kEvenY>(rows, y, samples, kernelY, roundingY, scratch, words);
-            for (std::size_t i = 0; i < samples; i += lanes()) {
-                const auto pixels = transposeBlocks(hn::Load(Words(), words + i), false);
-                hn::Store(hn::BitCast(Words(), pixels), Words(), words + i);
-            }
+            fourRows<kEvenY, true>(rows, y, samples, kernelY, roundingY, scratch,
+                                   reinterpret_cast<std::uint32_t*>(scratch.interleaved));
             spreadEdges(scratch.interleaved, job.width, kernelX);
             walkColor<kEvenX>(scratch.interleaved, job.width, kernelX, roundingX, store, targets);
         } else {
             std::uint32_t* group[4];
             for (std::int32_t g = 0; g < 4; ++g) {
                 group[g] = scratch.packed + static_cast<std::ptrdiff_t>(g) * scratch.packedStride;
-                fourRows<kEvenY>(rows, y + 4 * g, samples, kernelY, roundingY, scratch, group[g]);
+                fourRows<kEvenY, false>(rows, y + 4 * g, samples, kernelY, roundingY, scratch, group[g]);
             }
             const Words d;
             for (std::size_t i = 0; i < samples; i += lanes()) {
