@@ -8,9 +8,9 @@ namespace {
 
 constexpr double kOneLevel = 1.0 / 255.0;
 
-/// Effects, by the beginning of a result's name, whose 8-bit pictures pass through floating point with functions
-/// that platforms round differently.
-constexpr const char* kComputedInFloats[] = {"Old TV", "Color Fixer Pro"};
+/// Effects, by the beginning of a result's name, whose 8-bit pictures pass through floating point, where instruction
+/// sets and platforms' functions round differently. One sample in a hundred may then differ by a level.
+constexpr const char* kComputedInFloats[] = {"Old TV", "Color Fixer Pro", "Selective Tint"};
 
 bool mayDifferByALevel(const Rendering& result) {
     for (const char* name : kComputedInFloats) {
@@ -85,6 +85,8 @@ void ResultFile::compare(const Rendering& result) {
         fail(result, "the file has \"" + expected.name + "\" here");
         return;
     }
+    const bool inFloats = mayDifferByALevel(result);
+    std::size_t differing = 0;
     for (std::size_t i = 0; i < result.bytes.size(); i += result.isFloat ? sizeof(float) : 1) {
         double difference = 0.0;
         double limit = 0.0;
@@ -94,19 +96,23 @@ void ResultFile::compare(const Rendering& result) {
             m_largestFloatDifference = std::fmax(m_largestFloatDifference, difference);
         } else {
             difference = std::abs(int{result.bytes[i]} - int{expected.bytes[i]});
-            limit = mayDifferByALevel(result) ? 1.0 : 0.0;
-            m_differingBytes += difference != 0.0 ? 1 : 0;
+            limit = inFloats ? 1.0 : 0.0;
+            differing += difference != 0.0 ? 1 : 0;
         }
         if (!(difference <= limit)) {
             fail(result, "byte " + std::to_string(i) + " differs by " + std::to_string(difference));
             return;
         }
     }
+    m_differingBytes += differing;
+    if (differing > result.bytes.size() / 100) {
+        fail(result, std::to_string(differing) + " samples differ");
+    }
 }
 
 void ResultFile::fail(const Rendering& result, const std::string& what) {
     ++m_failures;
-    if (m_failures <= 50) {
+    if (m_failures <= 20) {
         std::printf("%s: %s\n", result.name.c_str(), what.c_str());
     }
 }
