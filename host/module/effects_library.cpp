@@ -8,6 +8,7 @@
 #include "effects/old_tv.h"
 #include "effects/outline.h"
 #include "effects/progressive_stretch.h"
+#include "effects/selective_color.h"
 #include "effects/selective_focus.h"
 #include "effects/selective_tint.h"
 #include "frame/frame_processor.h"
@@ -26,15 +27,15 @@ IVideoGPUEffect* make() {
 /// Effects by library index. The places never change: hosts and preset files know effects by them. A place
 /// without a class stands for an effect that this build does not have.
 constexpr auto kEffects = std::to_array<Factory>({
-    make<CProgressiveStretch>,  // Progressive Stretch
+    make<CProgressiveStretch>,    // Progressive Stretch
     nullptr,                      // Background Generator
     make<COutline>,               // Outline
     make<CSelectiveFocus>,        // Selective Focus
     make<CMaskedGradientTint>,    // Selective Tint
     make<CImprovedColorbalance>,  // Color Fixer Pro
     nullptr,                      // Viewfinder
-    make<COldTV>,                      // Old TV
-    nullptr,                      // Selective Color
+    make<COldTV>,                 // Old TV
+    make<CSelectColor>,           // Selective Color
     make<CAlphaProcessor>,        // Alpha Processor
 });
 

@@ -81,6 +81,8 @@ struct DepthRow {
 constexpr DepthRow kDepthRows[] = {
     // Whole-number gains and weights, stretched by two steep curves.
     {"Color Fixer Pro", 6.0, nullptr},
+    // The key's whole numbers put a few pixels on the other side of its edges.
+    {"Selective Color", 80.0, nullptr},
     // Static is another picture in float, and the soft edge begins at 253 of 255, which 8 bits round to; the other
     // steps truncate one after the other.
     {"Old TV", 12.0,
