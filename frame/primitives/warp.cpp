@@ -239,54 +239,6 @@ HWY_INLINE void copySamples(const T* HWY_RESTRICT from, std::size_t samples, T* 
     }
 }
 
-/// Finished pixels on their way to the destination. Frames often lie a whole number of pages apart, and a processor
-/// that reads the source close behind small writes to the same place of another page takes several times as long; so
-/// writes are put off until there are many.
-template <int kChannels, class T>
-class PendingPixels {
-public:
-    PendingPixels() = default;
-    ~PendingPixels() { flush(); }
-    PendingPixels(const PendingPixels&) = delete;
-    PendingPixels& operator=(const PendingPixels&) = delete;
-
-    /// Room for a stretch, to be passed on by `add`.
-    HWY_INLINE T* room() {
-        if (m_used + kStretch > kPixels || m_segmentCount == kSegments) {
-            flush();
-        }
-        return m_pixels + m_used * kChannels;
-    }
-    HWY_INLINE void add(T* to, std::size_t count) {
-        m_segments[m_segmentCount++] = {to, m_used, count};
-        m_used += (count + 3) / 4 * 4;  // the next stretch is written in vectors again
-    }
-
-private:
-    static constexpr std::size_t kPixels = 16384 / sizeof(T) / kChannels;
-    static constexpr std::size_t kSegments = 256;
-
-    struct Segment {
-        T* to;
-        std::size_t first;
-        std::size_t count;
-    };
-
-    HWY_NOINLINE void flush() {
-        for (std::size_t i = 0; i < m_segmentCount; ++i) {
-            const Segment& segment = m_segments[i];
-            copySamples(m_pixels + segment.first * kChannels, segment.count * kChannels, segment.to);
-        }
-        m_used = 0;
-        m_segmentCount = 0;
-    }
-
-    std::size_t m_used = 0;
-    std::size_t m_segmentCount = 0;
-    Segment m_segments[kSegments];
-    alignas(64) T m_pixels[kPixels * kChannels];
-};
-
 template <class T>
 T scaled(T value, float share) {
     const float product = static_cast<float>(value) * share;
@@ -371,7 +323,7 @@ void drawNarrow(const WarpJob<T>& job, Sampler<kChannels, kNearest, T>& sampler,
 template <int kChannels, bool kNearest, class T>
 void drawRows(const WarpPlan& plan, const WarpJob<T>& job) {
     Sampler<kChannels, kNearest, T> sampler(plan, job);
-    PendingPixels<kChannels, T> pending;
+    alignas(64) T pixels[kStretch * kChannels];
     const auto lengthOf = [](std::int32_t x, std::int32_t last) {
         return std::min(static_cast<std::size_t>(last - x) + 1, kStretch);
     };
@@ -389,7 +341,6 @@ void drawRows(const WarpPlan& plan, const WarpJob<T>& job) {
         const auto drawTouched = [&](std::int32_t x, std::int32_t last) HWY_ATTR {
             while (x <= last) {
                 const std::size_t count = lengthOf(x, last);
-                T* pixels = pending.room();
                 sampler.template sample<kAlongRow>(x, y, count, pixels);
                 for (std::size_t k = 0; k < count; ++k, ++x) {
                     const auto coverage = static_cast<float>(plan.coverage(x, y));
@@ -408,8 +359,8 @@ void drawRows(const WarpPlan& plan, const WarpJob<T>& job) {
         }
         while (!inside.empty()) {
             const std::size_t count = lengthOf(inside.first, inside.last);
-            sampler.template sample<kAlongRow>(inside.first, y, count, pending.room());
-            pending.add(row + std::ptrdiff_t{inside.first} * kChannels, count);
+            sampler.template sample<kAlongRow>(inside.first, y, count, pixels);
+            copySamples(pixels, count * kChannels, row + std::ptrdiff_t{inside.first} * kChannels);
             inside.first += static_cast<std::int32_t>(count);
         }
     }
