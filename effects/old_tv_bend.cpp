@@ -93,9 +93,10 @@ void locate(const Frame& source, const BentSide& side, std::int32_t x, std::int3
     const auto end = hn::Set(df, static_cast<float>(last));
     const auto lastTap = hn::Set(di, last - 1);
     const auto tapBytes = hn::Set(di, kTopAndBottom ? source.Stride() : source.BytesPerPixel());
+    const auto counting = hn::Iota(di, 0);
     for (std::int32_t i = 0; i < kBlock; i += lanes) {
         const std::int32_t column = x + i;
-        const auto columns = hn::Iota(di, column);
+        const auto columns = hn::Add(hn::Set(di, column), counting);
         const auto across = kTopAndBottom ? hn::Set(df, static_cast<float>(y)) : hn::ConvertTo(df, columns);
         const auto inset = kTopAndBottom ? hn::LoadU(df, side.inset + column) : hn::Set(df, side.inset[y]);
         const auto scale = kTopAndBottom ? hn::LoadU(df, side.scale + column) : hn::Set(df, side.scale[y]);

@@ -41,13 +41,13 @@ struct Pixels {
         const Tag df;
         Pixels pixels;
         if constexpr (sizeof(Sample) == 1) {
-            const hn::Rebind<std::uint8_t, Tag> d8;
             const hn::Rebind<std::int32_t, Tag> d32;
-            hn::Vec<decltype(d8)> v[4];
-            hn::LoadInterleaved4(d8, from, v[0], v[1], v[2], v[3]);
-            for (int i = 0; i < 4; ++i) {
-                pixels.sample[i] = hn::ConvertTo(df, hn::PromoteTo(d32, v[i]));
-            }
+            const auto words = hn::LoadU(d32, reinterpret_cast<const std::int32_t*>(from));
+            const auto bytes = hn::Set(d32, 0xFF);
+            pixels.sample[0] = hn::ConvertTo(df, hn::And(words, bytes));
+            pixels.sample[1] = hn::ConvertTo(df, hn::And(hn::ShiftRight<8>(words), bytes));
+            pixels.sample[2] = hn::ConvertTo(df, hn::And(hn::ShiftRight<16>(words), bytes));
+            pixels.sample[3] = hn::ConvertTo(df, hn::And(hn::ShiftRight<24>(words), bytes));
         } else {
             hn::LoadInterleaved4(df, from, pixels.sample[0], pixels.sample[1], pixels.sample[2], pixels.sample[3]);
         }
@@ -56,13 +56,10 @@ struct Pixels {
     HWY_INLINE void store(Sample* to) const {
         const Tag df;
         if constexpr (sizeof(Sample) == 1) {
-            const hn::Rebind<std::uint8_t, Tag> d8;
             const hn::Rebind<std::int32_t, Tag> d32;
-            hn::Vec<decltype(d8)> v[4];
-            for (int i = 0; i < 4; ++i) {
-                v[i] = hn::DemoteTo(d8, hn::ConvertTo(d32, sample[i]));
-            }
-            hn::StoreInterleaved4(v[0], v[1], v[2], v[3], d8, to);
+            const auto low = hn::Or(hn::ConvertTo(d32, sample[0]), hn::ShiftLeft<8>(hn::ConvertTo(d32, sample[1])));
+            const auto high = hn::Or(hn::ConvertTo(d32, sample[2]), hn::ShiftLeft<8>(hn::ConvertTo(d32, sample[3])));
+            hn::StoreU(hn::Or(low, hn::ShiftLeft<16>(high)), d32, reinterpret_cast<std::int32_t*>(to));
         } else {
             hn::StoreInterleaved4(sample[0], sample[1], sample[2], sample[3], df, to);
         }
