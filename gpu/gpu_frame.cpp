@@ -35,11 +35,12 @@ GPUFrame::~GPUFrame() {
     m_destination.format = m_given.format;
 }
 
-bool GPUFrame::create(std::size_t temporaries, std::span<const GPUProgramSource> programs) noexcept {
+bool GPUFrame::create(std::size_t temporaries, std::span<const GPUProgramSource> programs, std::int32_t temporaryWidth,
+                      std::int32_t temporaryHeight) noexcept {
     m_ok = m_ok && temporaries <= kMaxTemporaries && programs.size() <= kMaxPrograms;
     const std::int32_t format = PlainFormat(m_source.format);
     while (m_ok && m_temporaryCount < temporaries) {
-        m_ok = m_gpu.CreateTexture(m_temporaries[m_temporaryCount], width(), height(), format, 0, 0);
+        m_ok = m_gpu.CreateTexture(m_temporaries[m_temporaryCount], temporaryWidth, temporaryHeight, format, 0, 0);
         m_temporaryCount += m_ok ? 1 : 0;
     }
     while (m_ok && m_programCount < programs.size()) {

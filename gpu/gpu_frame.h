@@ -37,7 +37,12 @@ public:
 
     /// Makes the temporaries (of the frame's size, in the source's plain format) and the programs, and begins to
     /// draw. On false nothing has been drawn.
-    bool create(std::size_t temporaries, std::span<const GPUProgramSource> programs) noexcept;
+    bool create(std::size_t temporaries, std::span<const GPUProgramSource> programs) noexcept {
+        return create(temporaries, programs, width(), height());
+    }
+    /// The same with temporaries of another size.
+    bool create(std::size_t temporaries, std::span<const GPUProgramSource> programs, std::int32_t temporaryWidth,
+                std::int32_t temporaryHeight) noexcept;
 
     [[nodiscard]] const GPUTexture& source() const noexcept { return m_source; }
     /// Free to be used as one more temporary until `finish`.

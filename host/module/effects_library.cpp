@@ -4,6 +4,7 @@
 #include <new>
 
 #include "effects/alpha_processor.h"
+#include "effects/background_generator.h"
 #include "effects/color_fixer.h"
 #include "effects/old_tv.h"
 #include "effects/outline.h"
@@ -28,7 +29,7 @@ IVideoGPUEffect* make() {
 /// without a class stands for an effect that this build does not have.
 constexpr auto kEffects = std::to_array<Factory>({
     make<CProgressiveStretch>,    // Progressive Stretch
-    nullptr,                      // Background Generator
+    make<CBackgroundGenerator>,   // Background Generator
     make<COutline>,               // Outline
     make<CSelectiveFocus>,        // Selective Focus
     make<CMaskedGradientTint>,    // Selective Tint

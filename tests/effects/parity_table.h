@@ -51,6 +51,7 @@ inline void makeOldTVEqual(ValueHost& processor, ValueHost& gpu, const ParityFra
 
 inline constexpr auto kParity = std::to_array<ParityRow>({
     {0, 40.0, 3.0, 1.0, "", nullptr},
+    {1, 40.0, 3.0, 1.0, "", nullptr},
     {2, 40.0, 3.0, 0.5, "least softness; softness with wide pixels", makeOutlineEqual},
     {3, 40.0, 3.0, 1.0, "", nullptr},
     {4, 40.0, 3.0, 1.0, "", nullptr},
