@@ -8,8 +8,9 @@
 
 #include "effects/gpu_image_ops.h"
 #include "effects/stretch_curve.h"
+#include "effects/stretch_rows.h"
+#include "frame/filters/scratch_block.h"
 #include "frame/frame_operations.h"
-#include "frame/layout.h"
 
 namespace lumiset {
 namespace {
@@ -52,31 +53,6 @@ constexpr EffectInfo kInfo{
 };
 static_assert(valid(kInfo));
 
-/// Where a column of the result comes from: between two neighbouring columns of the stretched picture.
-struct ColumnTap {
-    std::int32_t column;
-    float along;  ///< 0..1 from `column` to the next
-};
-
-template <class L>
-void stretchRow(const typename L::Sample* src, typename L::Sample* dst, std::span<const ColumnTap> taps) {
-    for (const ColumnTap& tap : taps) {
-        const typename L::Sample* a = src + 4 * static_cast<std::ptrdiff_t>(tap.column);
-        if constexpr (L::kIsFloat) {
-            for (int i = 0; i < 4; ++i) {
-                dst[i] = a[i] * (1.0F - tap.along) + a[i + 4] * tap.along;
-            }
-        } else {
-            const auto second = static_cast<std::uint32_t>(tap.along * 255.0F);
-            for (int i = 0; i < 4; ++i) {
-                const std::uint32_t sum = a[i] * (255U - second) + a[i + 4] * second;
-                dst[i] = static_cast<std::uint8_t>((sum + 127U) / 255U);
-            }
-        }
-        dst += 4;
-    }
-}
-
 }  // namespace
 
 CProgressiveStretch::CProgressiveStretch() : Effect(kInfo) {}
@@ -88,34 +64,22 @@ bool CProgressiveStretch::Render(const ParamReader& params, const RenderContext&
     if (width < 2 || region.width < 1 || region.height < 1) {
         return FrameCopy(source, destination);
     }
-    Frame stretched;
-    void* block = nullptr;
-    if (!stretched.Allocate(width, context.height, source.BytesPerPixel(), &context.allocator, source.Format(),
-                            source.Flipped()) ||
-        !FrameResizeRect(source, stretched,
-                         {region.left, region.top, region.left + region.width, region.top + region.height},
-                         {0, 0, width, context.height}, kResizeLinear, 0.0, 0.0, 0.0, 0.0) ||
-        !context.allocator.AllocBytes(&block, static_cast<std::uint32_t>(width) * sizeof(ColumnTap))) {
+    const auto columns = static_cast<std::size_t>(width);
+    ScratchBlock block(context.allocator);
+    block.add<StretchTap>(2 * width);
+    if (!block.allocate()) {
         return false;
     }
-    const std::span taps(static_cast<ColumnTap*>(block), static_cast<std::size_t>(width));
+    const std::span resized(block.take<StretchTap>(2 * width), columns);
+    const std::span stretched(resized.data() + columns, columns);
     const StretchCurve curve(params.slider(kStretch), region.side, width >> 1);
     for (std::int32_t x = 0; x < width; ++x) {
         const float column = stretchedColumn(curve, width, x);
         const float whole = std::floor(column);
-        taps[static_cast<std::size_t>(x)] = {static_cast<std::int32_t>(whole), column - whole};
+        resized[static_cast<std::size_t>(x)] = resizeTap(x, width, region.width);
+        stretched[static_cast<std::size_t>(x)] = {static_cast<std::int32_t>(whole), column - whole};
     }
-    const bool done = visitLayout(source.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        using Sample = typename L::Sample;
-        for (std::int32_t y = 0; y < context.height; ++y) {
-            stretchRow<L>(reinterpret_cast<const Sample*>(stretched.PixelAddress(0, y, 0)),
-                          reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0)), taps);
-        }
-        return true;
-    });
-    context.allocator.FreeBytes(block);
-    return done;
+    return stretchRows({source, destination, region, resized, stretched}, context.allocator);
 }
 
 bool CProgressiveStretch::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
