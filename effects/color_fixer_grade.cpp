@@ -1,11 +1,15 @@
 #include "effects/color_fixer_grade.h"
 
+#include <algorithm>
+#include <cstring>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "effects/color_fixer_grade.cpp"
 #include "hwy/foreach_target.h"
 
 #include "frame/layout.h"
-#include "frame/primitives/row_loops-inl.h"
+#include "frame/primitives/lookup.h"
+#include "frame/primitives/pixel_math-inl.h"
 
 // Shared by all instruction sets.
 #ifndef LUMISET_COLOR_FIXER_GRADE_TYPES
@@ -42,42 +46,70 @@ HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
 
-/// What comes before the curves, on rows of bytes; vectorised by the compiler.
-template <class L>
-void mixRow(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst, std::int32_t width,
-            const ByteGrade& grade) {
-    const std::int32_t gainR = grade.gain[0];
-    const std::int32_t gainG = grade.gain[1];
-    const std::int32_t gainB = grade.gain[2];
-    const std::int32_t lumaWeight = grade.lumaWeight;
-    const std::int32_t colorWeight = grade.colorWeight;
-    const auto limited = [](std::int32_t v) HWY_ATTR { return v < 0 ? 0 : v > 255 ? 255 : v; };
-    for (std::int32_t x = 0; x < width; ++x) {
-        const std::int32_t red = src[4 * x + L::kRed];
-        const std::int32_t green = src[4 * x + L::kGreen];
-        const std::int32_t blue = src[4 * x + L::kBlue];
-        const std::int32_t luma = ((red * 76 + green * 149 + blue * 30) >> 8) * lumaWeight;
-        const auto mixed = [&](std::int32_t sample, std::int32_t gain) HWY_ATTR {
-            const std::int32_t balanced = (sample * gain) >> 8;
-            return static_cast<std::uint8_t>(limited((colorWeight * (balanced < 255 ? balanced : 255) + luma) >> 7));
-        };
-        dst[4 * x + L::kRed] = mixed(red, gainR);
-        dst[4 * x + L::kGreen] = mixed(green, gainG);
-        dst[4 * x + L::kBlue] = mixed(blue, gainB);
-        dst[4 * x + L::kAlpha] = src[4 * x + L::kAlpha];
+/// What comes before the curves, on whole vectors. Everything fits 16 bits without sign: a gain of 65535 makes white
+/// of all but black, and a negative sum is a negative share of luma, taken away with saturation.
+class ByteMix {
+public:
+    explicit ByteMix(const ByteGrade& grade)
+        : m_colorWeight(static_cast<std::uint16_t>(grade.colorWeight)),
+          m_lumaWeight(static_cast<std::uint16_t>(grade.lumaWeight < 0 ? -grade.lumaWeight : grade.lumaWeight)),
+          m_takesLumaAway(grade.lumaWeight < 0) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            m_gain[i] = static_cast<std::uint16_t>(grade.gain[i] < 65535 ? grade.gain[i] : 65535);
+        }
     }
-}
 
-template <class L>
-void gradeRow(const std::uint8_t* src, std::uint8_t* dst, std::int32_t width, const ByteGrade& grade) {
-    mixRow<L>(src, dst, width, grade);
-    const std::uint8_t* curve = grade.curve.data();
-    for (std::int32_t x = 0; x < width; ++x) {
-        dst[4 * x + L::kRed] = curve[dst[4 * x + L::kRed]];
-        dst[4 * x + L::kGreen] = curve[dst[4 * x + L::kGreen]];
-        dst[4 * x + L::kBlue] = curve[dst[4 * x + L::kBlue]];
+    template <class L>
+    void run(const std::uint8_t* src, std::uint8_t* dst, std::int32_t width) const {
+        const auto lanes = static_cast<std::int32_t>(hn::Lanes(Tag8()));
+        std::int32_t x = 0;
+        for (; x + lanes <= width; x += lanes) {
+            step<L>(src + 4 * x, dst + 4 * x);
+        }
+        if (x < width) {
+            HWY_ALIGN std::uint8_t pixels[4 * HWY_MAX_BYTES] = {};
+            const auto rest = static_cast<std::size_t>(width - x) * 4;
+            std::memcpy(pixels, src + 4 * x, rest);
+            step<L>(pixels, pixels);
+            std::memcpy(dst + 4 * x, pixels, rest);
+        }
     }
-}
+
+private:
+    template <class L>
+    HWY_INLINE void step(const std::uint8_t* src, std::uint8_t* dst) const {
+        Vec8 planes[4];
+        hn::LoadInterleaved4(Tag8(), src, planes[0], planes[1], planes[2], planes[3]);
+        const Halves red = split(planes[L::kRed]);
+        const Halves green = split(planes[L::kGreen]);
+        const Halves blue = split(planes[L::kBlue]);
+        const Halves luma{lumaShare(red.even, green.even, blue.even), lumaShare(red.odd, green.odd, blue.odd)};
+        planes[L::kRed] = join({mixed(red.even, m_gain[0], luma.even), mixed(red.odd, m_gain[0], luma.odd)});
+        planes[L::kGreen] = join({mixed(green.even, m_gain[1], luma.even), mixed(green.odd, m_gain[1], luma.odd)});
+        planes[L::kBlue] = join({mixed(blue.even, m_gain[2], luma.even), mixed(blue.odd, m_gain[2], luma.odd)});
+        hn::StoreInterleaved4(planes[0], planes[1], planes[2], planes[3], Tag8(), dst);
+    }
+
+    HWY_INLINE Vec16 lumaShare(Vec16 red, Vec16 green, Vec16 blue) const {
+        const Tag16 d;
+        const Vec16 sum = hn::Add(hn::Add(hn::Mul(red, hn::Set(d, 76)), hn::Mul(green, hn::Set(d, 149))),
+                                  hn::Mul(blue, hn::Set(d, 30)));
+        return hn::Mul(hn::ShiftRight<8>(sum), hn::Set(d, m_lumaWeight));
+    }
+    HWY_INLINE Vec16 mixed(Vec16 sample, std::uint16_t gain, Vec16 luma) const {
+        const Tag16 d;
+        const Vec16 full = hn::Set(d, 255);
+        const Vec16 balanced = hn::Min(hn::MulHigh(hn::ShiftLeft<8>(sample), hn::Set(d, gain)), full);
+        const Vec16 color = hn::Mul(balanced, hn::Set(d, m_colorWeight));
+        const Vec16 sum = m_takesLumaAway ? hn::SaturatedSub(color, luma) : hn::Add(color, luma);
+        return hn::Min(hn::ShiftRight<7>(sum), full);
+    }
+
+    std::uint16_t m_gain[3];
+    std::uint16_t m_colorWeight;
+    std::uint16_t m_lumaWeight;
+    bool m_takesLumaAway;
+};
 
 template <class L>
 void gradeRow(const float* src, float* dst, std::int32_t width, const FloatGrade& grade) {
@@ -107,35 +139,48 @@ void gradeRow(const float* src, float* dst, std::int32_t width, const FloatGrade
     }
 }
 
-template <bool kFloat, class Grade>
-void gradeRows(const Frame& source, Frame& destination, const Grade& grade) {
-    visitLayout(source.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        if constexpr (L::kIsFloat == kFloat) {
-            using Sample = typename L::Sample;
-            for (std::int32_t y = 0; y < destination.Height(); ++y) {
-                gradeRow<L>(reinterpret_cast<const Sample*>(source.PixelAddress(0, y, 0)),
-                            reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0)), destination.Width(), grade);
-            }
-        }
-        return L::kIsFloat == kFloat;
-    });
-}
-
 }  // namespace
 
 void gradeBytes(const Frame& source, Frame& destination, const ByteGrade& grade) {
-    gradeRows<false>(source, destination, grade);
+    constexpr std::int32_t kBandBytes = 128 * 1024;  // the curves find a band of rows in the cache
+    const ByteMix mix(grade);
+    const std::int32_t bandRows = std::max(kBandBytes / std::max(destination.Stride(), 1), 1);
+    const std::uint8_t* const curves[3] = {grade.curve.data(), grade.curve.data(), grade.curve.data()};
+    visitLayout(source.Format(), [&](auto layout) {
+        using L = decltype(layout);
+        if constexpr (!L::kIsFloat) {
+            for (std::int32_t y = 0; y < destination.Height(); y += bandRows) {
+                const std::int32_t rows = std::min(bandRows, destination.Height() - y);
+                for (std::int32_t row = y; row < y + rows; ++row) {
+                    mix.run<L>(source.PixelAddress(0, row, 0), destination.PixelAddress(0, row, 0),
+                               destination.Width());
+                }
+                std::uint8_t* band = destination.PixelAddress(0, y, L::kFirstColor);
+                ImgLookup8A4(band, destination.Stride(), band, destination.Stride(), curves,
+                             {destination.Width(), rows});
+            }
+        }
+        return true;
+    });
 }
+
 void gradeFloats(const Frame& source, Frame& destination, const FloatGrade& grade) {
-    gradeRows<true>(source, destination, grade);
+    visitLayout(source.Format(), [&](auto layout) {
+        using L = decltype(layout);
+        if constexpr (L::kIsFloat) {
+            for (std::int32_t y = 0; y < destination.Height(); ++y) {
+                gradeRow<L>(reinterpret_cast<const float*>(source.PixelAddress(0, y, 0)),
+                            reinterpret_cast<float*>(destination.PixelAddress(0, y, 0)), destination.Width(), grade);
+            }
+        }
+        return true;
+    });
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 

@@ -4,6 +4,8 @@
 
 #include "effects/stretch_rows.h"
 
+#include <algorithm>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "effects/stretch_rows.cpp"
 #include "hwy/foreach_target.h"
@@ -224,9 +226,6 @@ void runStretch(const StretchJob& job, const StretchScratch& scratch) {
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-#include <algorithm>
-#include <cmath>
-
 namespace lumiset {
 
 HWY_EXPORT(runStretch);
