@@ -27,7 +27,7 @@ namespace lumiset::hostkit {
 // clang-format on
 
 struct GLApi {
-#define LUMISET_GL_MEMBER(name) decltype(&::gl##name) name = nullptr;
+#define LUMISET_GL_MEMBER(name) decltype(&::gl##name) name = nullptr;  // NOLINT(bugprone-macro-parentheses)
     LUMISET_GL_FUNCTIONS(LUMISET_GL_MEMBER)
 #undef LUMISET_GL_MEMBER
 
