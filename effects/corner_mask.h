@@ -5,7 +5,6 @@
 
 #include "effects/corner_outline.h"
 #include "effects/effect.h"
-#include "effects/gpu_image_ops.h"
 
 namespace lumiset {
 
@@ -41,31 +40,5 @@ MaskFeather maskFeather(float feather, const FrameFacts& facts);
 /// Makes `mask`, a mask of the depth of `format` with its first row at the picture's top. False when there is no
 /// memory; for the softening alone there need not be any.
 bool makeCornerMask(const CornerMaskSettings& settings, const RenderContext& context, std::int32_t format, Frame& mask);
-
-inline constexpr GPUProgramSource kFillValueProgram{shaders::kPassVert, shaders::kFillValueFrag};
-inline constexpr GPUProgramSource kResizeRegionProgram{shaders::kPassVert, shaders::kResizeRegionFrag};
-inline constexpr GPUProgramSource kMixByMaskProgram{shaders::kPassVert, shaders::kMixByMaskFrag};
-
-struct CornerMaskPrograms {
-    ShaderProgram& fillValue;
-    ShaderProgram& resizeRegion;
-    ShaderProgram& blurVertical;
-    ShaderProgram& blurHorizontal;
-};
-
-/// Draws the same mask into all channels of `mask`. `outline` has been traced; `scratch` may hold anything afterwards.
-bool drawCornerMask(GPUFrame& frame, const CornerMaskPrograms& programs, const CornerMaskSettings& settings,
-                    const FrameFacts& facts, const CornerOutline& outline, const GPUTexture& mask,
-                    const GPUTexture& scratch);
-
-/// A blur's size, at least 1, in whole texels as `FrameBlur` counts it.
-std::int32_t blurTaps(float size);
-/// Fills all four channels of `to` with one value.
-bool fillTexture(GPUFrame& frame, ShaderProgram& fillValue, const GPUTexture& to, float value);
-/// Scales `from` to the size of `to`; reads the source in the plain order.
-bool resizeTexture(GPUFrame& frame, ShaderProgram& resizeRegion, const GPUTexture& from, const GPUTexture& to);
-/// `outside` where the mask is full, `inside`, with its alpha everywhere, where it is empty.
-bool mixByMask(GPUFrame& frame, ShaderProgram& mixer, const GPUTexture& inside, const GPUTexture& outside,
-               const GPUTexture& mask, const GPUTexture& to);
 
 }  // namespace lumiset

@@ -3,7 +3,7 @@
 
 #include "effects/selective_focus.h"
 
-#include "effects/corner_mask.h"
+#include "effects/corner_mask_gpu.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -60,9 +60,10 @@ constexpr PresetTable kPresets(
     row("Witness Protection", {0.2326F, 0.1163F}, {0.7674F, 0.1163F}, {0.2326F, 0.8605F}, {0.75F, 0.75F}, 1.0F, 0.48F, false, 1.0F, true));
 // clang-format on
 
-enum Program : std::size_t { kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
+enum Program : std::size_t { kCopy, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
+    {shaders::kPassVert, shaders::kPlainCopyFrag},
     kFillValueProgram,
     kResizeRegionProgram,
     kBlurVerticalProgram,
@@ -147,7 +148,7 @@ bool CSelectiveFocus::RenderGPU(const ParamReader& params, const FrameFacts& fac
     const GPUTexture& mask = frame.temporary(1);
     const GPUTexture& outside = frame.destination();
     GPUTexture& other = frame.temporary(2);
-    resizeTexture(frame, frame.program(kResizeRegion), frame.source(), sharp);
+    frame.pass(frame.program(kCopy), frame.source(), sharp);
     if (!settings.testMask && !size.visible()) {
         return frame.finish(frame.temporary(0));
     }

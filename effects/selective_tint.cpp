@@ -5,7 +5,7 @@
 
 #include "effects/selective_tint.h"
 
-#include "effects/corner_mask.h"
+#include "effects/corner_mask_gpu.h"
 #include "effects/tint_mix.h"
 #include "frame/frame_operations.h"
 

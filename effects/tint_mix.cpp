@@ -188,7 +188,7 @@ HWY_INLINE void tintPixels(const std::uint8_t* src, const std::uint8_t* mask, st
     const Colour s{hn::Mul(byteOfPixel<L::kRed>(pixels), unit), hn::Mul(byteOfPixel<L::kGreen>(pixels), unit),
                    hn::Mul(byteOfPixel<L::kBlue>(pixels), unit)};
     const hn::Rebind<std::uint8_t, TagF> maskTag;
-    const VecF m = hn::Div(hn::ConvertTo(kF, hn::PromoteTo(TagI32(), hn::LoadU(maskTag, mask))), full);
+    const VecF m = hn::Mul(hn::ConvertTo(kF, hn::PromoteTo(TagI32(), hn::LoadU(maskTag, mask))), unit);
     const Colour result = tinted(job, s, m);
     const Vec32 byte = hn::Set(Tag32(), 0xFF);
     const auto whole = [&](VecF v) HWY_ATTR { return hn::And(roundToByte(hn::Mul(v, full)), byte); };
