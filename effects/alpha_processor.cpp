@@ -144,14 +144,15 @@ bool CAlphaProcessor::Render(const ParamReader& params, const RenderContext& con
     FrameCopyChannel(source, shape, alpha, 0);
     const EllipseSize ellipse = sizes.ellipse;
     // An erosion by less than a pixel is refused; then, as without any, the shape stays.
-    if ((sizes.morphology == Morphology::kErode &&
-         FrameErode(shape, other, ellipse.width, ellipse.height, &context.allocator)) ||
-        (sizes.morphology == Morphology::kDilate &&
-         FrameDilate(shape, other, ellipse.width, ellipse.height, &context.allocator))) {
-        FrameBlur(other, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true);
-    } else if (sizes.blurWidth >= 1.0F) {
+    const bool reshaped = (sizes.morphology == Morphology::kErode &&
+                           FrameErode(shape, other, ellipse.width, ellipse.height, &context.allocator)) ||
+                          (sizes.morphology == Morphology::kDilate &&
+                           FrameDilate(shape, other, ellipse.width, ellipse.height, &context.allocator));
+    if (!reshaped) {
         FrameCopy(shape, other);
-        FrameBlur(other, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true);
+    }
+    if (!FrameBlur(other, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true)) {
+        FrameCopy(other, shape);
     }
     if (settings.invert) {
         FrameInvert(shape, shape);

@@ -97,7 +97,7 @@ private:
 template <class Host = FailingHost, class Operation>
 int failEachAllocation(Operation&& operation) {
     for (int failAt = 0; failAt < 1000; ++failAt) {
-        SCOPED_TRACE(testing::Message() << "allocation " << failAt << " fails");
+        SCOPED_TRACE(::testing::Message() << "allocation " << failAt << " fails");
         Host host(failAt);
         const bool done = operation(static_cast<IEffectHost*>(&host));
         EXPECT_EQ(host.outstanding(), 0U);
