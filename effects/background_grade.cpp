@@ -14,7 +14,8 @@ namespace lumiset {
 namespace {
 
 struct ByteGrade {
-    std::int32_t sharp;    ///< share of the sharp picture, of 255
+    std::int32_t sharp;  ///< share of the sharp picture, of 255
+    bool fadesAlpha;
     std::int32_t opacity;  ///< of 255
     bool hasSaturation;
     std::int32_t lumaWeight;  ///< of 128
@@ -24,6 +25,7 @@ struct ByteGrade {
 
 struct FloatGrade {
     float sharp;
+    bool fadesAlpha;
     float opacity;
     bool hasSaturation;
     float lumaWeight;  ///< of 128
@@ -77,23 +79,45 @@ void fadeAlpha(float* row, std::int32_t width, const FloatGrade& grade) {
     }
 }
 
+/// colour * colorWeight + luma * lumaWeight, of 128, as 127 * colour - lumaWeight * (colour - luma): both products fit
+/// into 16 bits, and where their sum does not, the sample is white.
 template <class L>
 void saturateRow(std::uint8_t* row, std::int32_t width, const ByteGrade& grade) {
-    const std::int32_t lumaWeight = grade.lumaWeight;
-    const std::int32_t colorWeight = 127 - lumaWeight;
-    for (std::int32_t x = 0; x < width; ++x) {
-        const std::int32_t red = row[4 * x + L::kRed];
-        const std::int32_t green = row[4 * x + L::kGreen];
-        const std::int32_t blue = row[4 * x + L::kBlue];
-        const std::int32_t luma = ((76 * red + 149 * green + 30 * blue) >> 8) * lumaWeight;
-        const auto mixed = [&](std::int32_t sample) HWY_ATTR {
-            const std::int32_t v = (sample * colorWeight + luma) >> 7;
-            return static_cast<std::uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
+    constexpr bool kRedFirst = L::kRed < L::kBlue;
+    const ImgSize size{width, 1};
+    std::uint8_t* first = row + L::kFirstColor;
+    const auto lumaWeight = static_cast<std::int16_t>(grade.lumaWeight);
+    const auto op = [lumaWeight](auto colors) HWY_ATTR {
+        using D8 = hn::DFromV<decltype(colors.first)>;
+        using D16 = hn::Repartition<std::int16_t, D8>;
+        const D8 d8;
+        const D16 d16;
+        const hn::Repartition<std::uint16_t, D8> u16;
+        // Even samples lie in the low bytes, odd ones in the high bytes.
+        const auto even = [&](auto v)
+                              HWY_ATTR { return hn::BitCast(d16, hn::And(hn::BitCast(u16, v), hn::Set(u16, 0xFF))); };
+        const auto odd = [&](auto v) HWY_ATTR { return hn::BitCast(d16, hn::ShiftRight<8>(hn::BitCast(u16, v))); };
+        const auto lumaOf = [&](auto red, auto green, auto blue) HWY_ATTR {
+            const auto weighted = [&](auto v, std::int16_t weight)
+                                      HWY_ATTR { return hn::BitCast(u16, hn::Mul(v, hn::Set(d16, weight))); };
+            const auto sum = hn::Add(hn::Add(weighted(red, 76), weighted(green, 149)), weighted(blue, 30));
+            return hn::BitCast(d16, hn::ShiftRight<8>(sum));
         };
-        row[4 * x + L::kRed] = mixed(red);
-        row[4 * x + L::kGreen] = mixed(green);
-        row[4 * x + L::kBlue] = mixed(blue);
-    }
+        const auto mixed = [&](auto v, auto luma) HWY_ATTR {
+            const auto away = hn::Mul(hn::Sub(v, luma), hn::Set(d16, lumaWeight));
+            const auto sum = hn::SaturatedSub(hn::Mul(v, hn::Set(d16, std::int16_t{127})), away);
+            return hn::Max(hn::ShiftRight<7>(sum), hn::Zero(d16));
+        };
+        const auto& red = kRedFirst ? colors.first : colors.third;
+        const auto& blue = kRedFirst ? colors.third : colors.first;
+        const auto evenLuma = lumaOf(even(red), even(colors.second), even(blue));
+        const auto oddLuma = lumaOf(odd(red), odd(colors.second), odd(blue));
+        const auto both = [&](auto v) HWY_ATTR {
+            return hn::BitCast(d8, hn::Or(mixed(even(v), evenLuma), hn::ShiftLeft<8>(mixed(odd(v), oddLuma))));
+        };
+        return decltype(colors){both(colors.first), both(colors.second), both(colors.third)};
+    };
+    mapColours<std::uint8_t>(size, {first, 4 * width}, {first, 4 * width}, op);
 }
 
 template <class L>
@@ -158,7 +182,9 @@ void gradeRows(const Frame& soft, const Frame& sharp, Frame& destination, const 
                 } else {
                     std::memcpy(row, from, static_cast<std::size_t>(width) * 4 * sizeof(Sample));
                 }
-                fadeAlpha<L>(row, width, grade);
+                if (grade.fadesAlpha) {
+                    fadeAlpha<L>(row, width, grade);
+                }
                 if (grade.hasSaturation) {
                     saturateRow<L>(row, width, grade);
                 }
@@ -252,16 +278,25 @@ void gradeBackground(const Frame& soft, const Frame& sharp, Frame& destination, 
     if (grade.isNeutral()) {
         FrameCopy(soft, destination);
     } else if (isFloatFormat(destination.Format())) {
-        FloatGrade floats{
-            grade.clarity, grade.opacity, grade.hasSaturation(), lumaWeight(grade, false), grade.hasLevels(), {}};
+        FloatGrade floats{grade.clarity,
+                          grade.opacity < 1.0F,
+                          grade.opacity,
+                          grade.hasSaturation(),
+                          lumaWeight(grade, false),
+                          grade.hasLevels(),
+                          {}};
         for (std::size_t i = 0; i < 3; ++i) {
             floats.levels[i] = levelCurve(grade.tints[i], grade.brightness);
         }
         HWY_DYNAMIC_DISPATCH(gradeBackgroundFloats)(soft, sharp, destination, floats);
     } else {
-        ByteGrade bytes{ofByte(grade.clarity), ofByte(grade.opacity),
-                        grade.hasSaturation(), static_cast<std::int32_t>(lumaWeight(grade, true)),
-                        grade.hasLevels(),     {}};
+        ByteGrade bytes{ofByte(grade.clarity),
+                        grade.opacity < 1.0F,
+                        ofByte(grade.opacity),
+                        grade.hasSaturation(),
+                        static_cast<std::int32_t>(lumaWeight(grade, true)),
+                        grade.hasLevels(),
+                        {}};
         for (std::size_t i = 0; i < 3 && bytes.hasLevels; ++i) {
             bytes.levels[i] = levelTable(levelCurve(grade.tints[i], grade.brightness));
         }

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstring>
 #include <numbers>
+#include <type_traits>
 
 #include "frame/frame_operations.h"
-#include "frame/layout.h"
 
 namespace lumiset {
 namespace {
@@ -48,60 +48,71 @@ bool forEachPiece(const TileAxis& axis, Visit&& visit) {
     return true;
 }
 
+/// Shares in numbers that suit the samples: of 256 for bytes.
+template <class Sample>
+using WeightOf = std::conditional_t<sizeof(Sample) == 1, std::uint16_t, float>;
+
 /// Share of the later pixel in the band.
-float bandShare(std::int32_t at, std::int32_t band) {
-    return (static_cast<float>(at) + 0.5F) / static_cast<float>(band);
-}
-
 template <class Sample>
-Sample faded(Sample from, Sample to, float share) {
-    const auto start = static_cast<float>(from);
-    const float value = start + (static_cast<float>(to) - start) * share;
+WeightOf<Sample> bandWeight(std::int32_t at, std::int32_t band) {
+    const float share = (static_cast<float>(at) + 0.5F) / static_cast<float>(band);
     if constexpr (sizeof(Sample) == 1) {
-        return static_cast<Sample>(value + 0.5F);
+        return static_cast<std::uint16_t>(share * 256.0F + 0.5F);
     } else {
-        return value;
+        return share;
     }
 }
 
-/// One row of the pattern from one of the picture; then its first pixel again.
-template <class Sample>
-void fadeColumns(const Sample* picture, Sample* pattern, const TileAxis& columns) {
-    const auto period = static_cast<std::ptrdiff_t>(columns.period) * 4;
-    const auto band = static_cast<std::ptrdiff_t>(columns.band) * 4;
-    for (std::int32_t x = 0; x < columns.band; ++x) {
-        const float share = bandShare(x, columns.band);
-        for (std::ptrdiff_t i = std::ptrdiff_t{x} * 4; i < std::ptrdiff_t{x} * 4 + 4; ++i) {
-            pattern[i] = faded(picture[i + period], picture[i], share);
-        }
+std::uint8_t faded(std::uint8_t from, std::uint8_t to, std::uint16_t weight) {
+    const auto rest = static_cast<std::uint16_t>(256 - weight);
+    return static_cast<std::uint8_t>(static_cast<std::uint16_t>(from * rest + to * weight + 128) >> 8U);
+}
+float faded(float from, float to, float weight) {
+    return from + (to - from) * weight;
+}
+
+/// `weightAt(i)` for each sample. The rows must not overlap, so that the compiler can vectorise the loop.
+template <class Sample, class WeightAt>
+void fadeRow(const Sample* __restrict__ from, const Sample* __restrict__ to, Sample* __restrict__ out,
+             std::size_t samples, const WeightAt& weightAt) {
+    for (std::size_t i = 0; i < samples; ++i) {
+        out[i] = faded(from[i], to[i], weightAt(i));
     }
-    std::memcpy(pattern + band, picture + band, static_cast<std::size_t>(period - band) * sizeof(Sample));
-    std::memcpy(pattern + period, pattern, 4 * sizeof(Sample));
 }
 
 /// The pattern with its first column and row repeated behind its last ones.
 template <class Sample>
 bool makePattern(const Frame& source, Frame& pattern, const TileAxis& columns, const TileAxis& rows,
                  MemoryAllocator& allocator) {
+    using Weight = WeightOf<Sample>;
     Frame fadedRow;
-    if (!fadedRow.Allocate(columns.length, 1, source.BytesPerPixel(), &allocator, source.Format(), false)) {
+    Frame bandWeights;  // one for each sample of the band
+    if (!fadedRow.Allocate(columns.length, 1, source.BytesPerPixel(), &allocator, source.Format(), false) ||
+        !bandWeights.Allocate(std::max(columns.band, 1), 1, formatBytesPerPixel(kFormatBgraFloat), &allocator,
+                              kFormatBgraFloat, false)) {
         return false;
+    }
+    auto* weights = reinterpret_cast<Weight*>(bandWeights.Data());
+    const auto band = static_cast<std::size_t>(columns.band) * 4;
+    for (std::size_t i = 0; i < band; ++i) {
+        weights[i] = bandWeight<Sample>(static_cast<std::int32_t>(i / 4), columns.band);
     }
     const auto rowOf = [](const Frame& frame, std::int32_t y) {
         return reinterpret_cast<Sample*>(frame.PixelAddress(0, y, 0));
     };
-    auto* between = rowOf(fadedRow, 0);
+    const auto period = static_cast<std::size_t>(columns.period) * 4;
     for (std::int32_t y = 0; y < rows.period; ++y) {
         const Sample* picture = rowOf(source, y);
         if (y < rows.band) {
-            const Sample* behind = rowOf(source, y + rows.period);
-            const float share = bandShare(y, rows.band);
-            for (std::ptrdiff_t i = 0; i < std::ptrdiff_t{columns.length} * 4; ++i) {
-                between[i] = faded(behind[i], picture[i], share);
-            }
-            picture = between;
+            const Weight weight = bandWeight<Sample>(y, rows.band);
+            fadeRow(rowOf(source, y + rows.period), picture, rowOf(fadedRow, 0), period + band,
+                    [weight](std::size_t) { return weight; });
+            picture = rowOf(fadedRow, 0);
         }
-        fadeColumns(picture, rowOf(pattern, y), columns);
+        Sample* out = rowOf(pattern, y);
+        fadeRow(picture + period, picture, out, band, [weights](std::size_t i) { return weights[i]; });
+        std::memcpy(out + band, picture + band, (period - band) * sizeof(Sample));
+        std::memcpy(out + period, out, 4 * sizeof(Sample));
     }
     return FrameCopyRect(pattern, 0, 0, columns.period + 1, 1, pattern, 0, rows.period);
 }
