@@ -12,6 +12,7 @@
 #include "effects/selective_color.h"
 #include "effects/selective_focus.h"
 #include "effects/selective_tint.h"
+#include "effects/viewfinder.h"
 #include "frame/frame_processor.h"
 #include "host/module/host_services.h"
 
@@ -34,7 +35,7 @@ constexpr auto kEffects = std::to_array<Factory>({
     make<CSelectiveFocus>,        // Selective Focus
     make<CMaskedGradientTint>,    // Selective Tint
     make<CImprovedColorbalance>,  // Color Fixer Pro
-    nullptr,                      // Viewfinder
+    make<CViewfinder>,            // Viewfinder
     make<COldTV>,                 // Old TV
     make<CSelectColor>,           // Selective Color
     make<CAlphaProcessor>,        // Alpha Processor

@@ -90,6 +90,8 @@ constexpr DepthRow kDepthRows[] = {
          host.values[1].slider = 0.0F;
          host.values[29].slider = 0.0F;
      }},
+    // Sharpening is cut off at white and black in 8 bits alone.
+    {"Viewfinder", 3.0, [](ValueHost& host) { host.values[4].words[0] = 0; }},
 };
 DepthRow depthRow(const EffectTester& tester) {
     for (const DepthRow& row : kDepthRows) {

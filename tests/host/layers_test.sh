@@ -20,7 +20,7 @@ allow() {
 
 allow frame frame host
 allow gpu gpu host platform
-allow effects effects gpu frame host
+allow effects effects gpu frame host platform
 allow support support host platform
 allow platform platform host
 allow hostkit hostkit host
