@@ -65,13 +65,13 @@ constexpr auto row(const char* name, float magnify, float blur, std::uint32_t co
 
 constexpr PresetTable kPresets(
     row("Reset to None", 0.0F, 0.0F, 0xFFFFFF, 0.5F, 0.5F, 0.5F, 0.0F, 1.0F, 0.5F, 0.0F, 0.0F, 0.5F, 0.5F),
-    row("Color Stream", 0.25F, 0.35F, 0xFFFFFF, 0.5F, 0.8F, 0.5F, 0.0F, 1.0F, 0.5F, 0.22F, 1.0F, 0.5F, 0.5F),
-    row("Dark Backdrop", 0.05F, 0.18F, 0x000000, 0.56F, 0.35F, 0.3F, 0.0F, 1.0F, 0.5F, 0.08F, 1.0F, 0.5F, 0.5F),
-    row("Dreamy Haze", 0.05F, 0.3F, 0xFFFFFF, 0.62F, 0.42F, 0.58F, 0.25F, 1.0F, 0.0F, 0.07F, 1.0F, 0.5F, 0.5F),
-    row("Rising Mist", 0.15F, 0.35F, 0xFFFFFF, 0.68F, 0.0F, 0.58F, 0.0F, 1.0F, 0.25F, 0.12F, 1.0F, 0.5F, 0.5F),
-    row("Slow Drift", 0.05F, 0.08F, 0xFFFFFF, 0.5F, 0.5F, 0.5F, 0.0F, 1.0F, 0.5F, 0.1F, 1.0F, 0.5F, 0.5F),
-    row("Soft Blue Wash", 0.1F, 0.4F, 0xFF6000, 0.82F, 0.12F, 0.42F, 0.0F, 1.0F, 0.5F, 0.08F, 1.0F, 0.5F, 0.5F),
-    row("Warm Glow", 0.1F, 0.35F, 0x1478FF, 0.72F, 0.4F, 0.53F, 0.15F, 1.0F, 0.375F, 0.08F, 1.0F, 0.5F, 0.5F));
+    row("Color Stream", 0.25F, 0.6F, 0xFFFFFF, 0.5F, 0.8F, 0.5F, 0.0F, 1.0F, 0.5F, 0.22F, 1.0F, 0.5F, 0.5F),
+    row("Dark Backdrop", 0.05F, 0.3F, 0x000000, 0.56F, 0.35F, 0.3F, 0.0F, 1.0F, 0.5F, 0.08F, 1.0F, 0.5F, 0.5F),
+    row("Dreamy Haze", 0.05F, 0.45F, 0xFFFFFF, 0.62F, 0.42F, 0.58F, 0.25F, 1.0F, 0.0F, 0.07F, 1.0F, 0.5F, 0.5F),
+    row("Rising Mist", 0.15F, 0.7F, 0xFFFFFF, 0.68F, 0.0F, 0.58F, 0.0F, 1.0F, 0.25F, 0.12F, 1.0F, 0.5F, 0.5F),
+    row("Slow Drift", 0.05F, 0.08F, 0xFFFFFF, 0.5F, 0.5F, 0.5F, 0.0F, 1.0F, 0.5F, 0.12F, 1.0F, 0.5F, 0.5F),
+    row("Soft Blue Wash", 0.1F, 0.6F, 0xFF6000, 0.82F, 0.12F, 0.42F, 0.0F, 1.0F, 0.5F, 0.08F, 1.0F, 0.5F, 0.5F),
+    row("Warm Glow", 0.1F, 0.6F, 0x0070FF, 0.78F, 0.35F, 0.5F, 0.2F, 1.0F, 0.375F, 0.08F, 1.0F, 0.5F, 0.5F));
 
 enum Program : std::size_t { kCopy, kCrossFadePattern, kTile, kReduce, kSoften, kGrade };
 

@@ -297,6 +297,10 @@ TEST_P(BackgroundGeneratorTest, TintLiftsAndCrushesLevels) {
         EXPECT_NEAR(color[kBlue], level.crushed, rounding);
         EXPECT_EQ(color[kAlpha], 255.0);
     }
+    host.values[kColor].color = 0xFF0000;
+    EXPECT_NEAR(gradedColor(host, 51, 51, 51)[kBlue], 102.0, rounding);
+    EXPECT_NEAR(gradedColor(host, 51, 51, 51)[kGreen], 0.0, rounding);
+    host.values[kColor].color = 0x0000FF;
     // With the tint the other way round red is crushed: (102 - 63.75) / 0.75.
     host.values[kTint].slider = 0.25F;
     EXPECT_NEAR(gradedColor(host, 102, 102, 102)[kRed], 51.0, rounding);
