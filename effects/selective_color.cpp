@@ -217,9 +217,9 @@ bool CSelectColor::Render(const ParamReader& params, const RenderContext& contex
 }
 
 bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
-    constexpr std::int32_t kMostBytePasses = 160;  // what later passes of bytes change is not seen
-    constexpr std::int32_t kMostFloatPasses = 16;  // more are done at once
-    constexpr double kReach = 5.0;                 // standard deviations of a wide filter
+    constexpr std::int32_t kMostBytePasses = 160;   // what later passes of bytes change is not seen
+    constexpr std::int32_t kMostSinglePasses = 16;  // more are done at once
+    constexpr double kReach = 5.0;                  // standard deviations of a wide filter
     const Choices choices = readChoices(params);
     const bool isFloat = isFloatFormat(frame.source().format);
     const std::int32_t passes = softenPasses(params.slider(kSoften), facts);
@@ -256,23 +256,27 @@ bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts,
         frame.pass(shader, *mask, *other, setUniforms);
         std::swap(mask, other);
     };
-    if (isFloat && passes > kMostFloatPasses) {
+    std::int32_t left = isFloat ? passes : std::min(passes, kMostBytePasses);
+    // Halves of what is left: at the border, whose ring stays as it is, one wide filter is only nearly right, and what
+    // it misses is mended by those that follow.
+    while (isFloat && left > kMostSinglePasses) {
+        const std::int32_t atOnce = (left + 1) / 2;
+        left -= atOnce;
         // Weights C(2n, n + d) / 4^n of the samples at distance d.
-        const double n = passes;
+        const double n = atOnce;
         const double centre = std::exp(std::lgamma(2.0 * n + 1.0) - 2.0 * std::lgamma(n + 1.0) - n * std::log(4.0));
         const auto taps = static_cast<std::int32_t>(std::min(std::ceil(kReach * std::sqrt(n / 2.0)), n));
         for (const float along : {0.0F, 1.0F}) {
             soften(frame.program(kSoftenWidely), [&](ShaderProgram& program) {
                 program.SetFloat2("axis", along, 1.0F - along);
-                program.SetFloat("passes", static_cast<float>(passes));
+                program.SetFloat("passes", static_cast<float>(atOnce));
                 program.SetFloat("centreWeight", static_cast<float>(centre));
                 program.SetInt("taps", taps);
             });
         }
-    } else {
-        for (std::int32_t pass = std::min(passes, kMostBytePasses); pass > 0; --pass) {
-            soften(frame.program(kSoftenOnce), setWholeLevels);
-        }
+    }
+    for (; left > 0; --left) {
+        soften(frame.program(kSoftenOnce), setWholeLevels);
     }
     const auto setColor = [](ShaderProgram& program, const char* name, std::uint32_t color) {
         const auto part = [&](std::uint32_t shift) { return static_cast<float>((color >> shift) & 0xFFU) / 255.0F; };
