@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "tests/support/effect_tester.h"
+#include "tests/support/failing_host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -329,6 +330,35 @@ TEST_P(BackgroundGeneratorTest, SaturationWeighsColourAgainstLuma) {
         EXPECT_NEAR(color[kGreen], expected.green, apart) << expected.saturation;
         EXPECT_NEAR(color[kBlue], expected.blue, apart) << expected.saturation;
     }
+}
+
+/// A host without memory at some allocation, for a moving picture with every frame that the effect makes.
+class PoorHost final : public test::FailingHost {
+public:
+    using FailingHost::FailingHost;
+    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
+        if (index == kCrossFade || index == kSpeed || index == kMagnify) {
+            out->slider = 0.3F;
+        }
+    }
+};
+
+TEST_P(BackgroundGeneratorTest, LeavesTheDestinationAloneWithoutMemory) {
+    Picture source = testCard(60, 44);
+    const VideoFrameDesc from = source.desc();
+    const Picture untouched(60, 44, storage());
+    int failAt = 0;
+    for (bool failed = true; failed; ++failAt) {
+        PoorHost host(failAt);
+        Picture result = untouched;
+        const VideoFrameDesc to = result.desc();
+        const bool rendered = m_background.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr);
+        failed = host.calls() > failAt;
+        EXPECT_EQ(rendered, !failed) << failAt;
+        EXPECT_EQ(result.bytes() == untouched.bytes(), failed) << failAt;
+        EXPECT_EQ(host.outstanding(), 0U);
+    }
+    EXPECT_GE(failAt, 5) << "window, pattern, its rows, its weights, softened window";
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, BackgroundGeneratorTest,
