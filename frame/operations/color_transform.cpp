@@ -107,7 +107,7 @@ ImgStatus adjustRows(const Sample* src, std::int32_t srcStep, Sample* dst, std::
                      bool alphaFirst, ImgSize size) {
     constexpr bool kIsFloat = sizeof(Sample) == sizeof(float);
     constexpr std::uint32_t kReversed[4] = {3, 2, 1, 0};
-    const auto pick = [](auto bytes, auto floats) {
+    const auto pick = []([[maybe_unused]] auto bytes, [[maybe_unused]] auto floats) {
         if constexpr (kIsFloat) {
             return floats;
         } else {

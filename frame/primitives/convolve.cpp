@@ -107,7 +107,8 @@ void convolveBytePlanes(const ConvolvePlanes<std::uint8_t>& planes, const Convol
     // A negative divisor is that of the negated kernel; the half is its whole part, and half a unit more keeps
     // quotients clear of whole numbers.
     const std::int64_t divisor = std::abs(std::int64_t{kernel.divisor});
-    const double half = static_cast<double>(divisor / 2) + 0.5;
+    const std::int64_t wholeHalf = divisor / 2;
+    const double half = static_cast<double>(wholeHalf) + 0.5;
     const double real = static_cast<double>(divisor);
     const RoundedQuotient quotient{half, real, 1.0 / real};
     const bool negative = kernel.divisor < 0;
