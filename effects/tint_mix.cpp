@@ -18,6 +18,8 @@ struct TintJob {
     const TintRegion& inside;
     const TintRegion& outside;
     TintMode mode;
+    /// A root and a division for each pixel, for those who need it.
+    [[nodiscard]] bool usesTone() const { return inside.toneMask > 0.0F || outside.toneMask > 0.0F; }
 };
 
 }  // namespace
@@ -58,14 +60,19 @@ struct Measures {
     VecF tone[2];
 };
 
-HWY_INLINE Measures measure(Colour s) {
+HWY_INLINE Measures measure(Colour s, bool withTone) {
     const VecF luma = hn::Add(hn::Add(hn::Mul(s.first, value(0.299F)), hn::Mul(s.second, value(0.587F))),
                               hn::Mul(s.third, value(0.114F)));
-    const VecF cb = hn::Mul(hn::Sub(s.third, luma), value(0.564F));
-    const VecF cr = hn::Mul(hn::Sub(s.first, luma), value(0.713F));
-    const VecF length = hn::Sqrt(hn::Add(hn::Mul(cb, cb), hn::Mul(cr, cr)));
-    const VecF scale = hn::Div(value(1.0F), hn::Add(length, value(kToneSoftness)));
-    return {limited(luma), {hn::Mul(cb, scale), hn::Mul(cr, scale)}};
+    Measures pixel{limited(luma), {hn::Zero(kF), hn::Zero(kF)}};
+    if (withTone) {
+        const VecF cb = hn::Mul(hn::Sub(s.third, luma), value(0.564F));
+        const VecF cr = hn::Mul(hn::Sub(s.first, luma), value(0.713F));
+        const VecF length = hn::Sqrt(hn::Add(hn::Mul(cb, cb), hn::Mul(cr, cr)));
+        const VecF scale = hn::Div(value(1.0F), hn::Add(length, value(kToneSoftness)));
+        pixel.tone[0] = hn::Mul(cb, scale);
+        pixel.tone[1] = hn::Mul(cr, scale);
+    }
+    return pixel;
 }
 
 /// Share of the tint that a pixel's own colour lets through.
@@ -168,7 +175,7 @@ HWY_INLINE Colour regionColour(const TintRegion& region, TintMode mode, Colour s
 
 /// One vector of pixels. A whole vector inside or outside needs only one of the two tints.
 HWY_INLINE Colour tinted(const TintJob& job, Colour s, VecF mask) {
-    const Measures pixel = measure(s);
+    const Measures pixel = measure(s, job.usesTone());
     if (hn::AllTrue(kF, hn::Eq(mask, hn::Zero(kF)))) {
         return regionColour(job.inside, job.mode, s, pixel);
     }
