@@ -2,7 +2,8 @@ find_package(GTest REQUIRED)
 include(GoogleTest)
 
 # lumiset_test(NAME SOURCES file... LINKS library... ) declares a GoogleTest program whose cases CTest lists. Where
-# programs run in an emulator CTest lists the programs alone: starting one costs more than most cases.
+# programs run in an emulator CTest lists the programs alone: starting one costs more than most cases. The user's own
+# options neither change what tests see nor are changed by them.
 function(lumiset_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -10,6 +11,7 @@ function(lumiset_test name)
   if(CMAKE_CROSSCOMPILING)
     add_test(NAME ${name} COMMAND ${name})
   else()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+      PROPERTIES ENVIRONMENT XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/config)
   endif()
 endfunction()

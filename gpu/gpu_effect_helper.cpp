@@ -1,5 +1,6 @@
 #include "gpu/gpu_effect_helper.h"
 
+#include "gpu/forced_cpu.h"
 #include "host/pixel_format.h"
 
 namespace lumiset {
@@ -14,6 +15,9 @@ IHostGL* GPUEffectHelper::queryGL(IEffectHost* host) noexcept {
 
 bool GPUEffectHelper::InitGPU(IEffectHost* host, GPUResources* resources, GPUProgramSet* status,
                               std::uint32_t reserved) noexcept {
+    if (forcedCpu()) {
+        return false;
+    }
     IHostGL* gl = queryGL(host);
     if (gl == nullptr) {
         return false;

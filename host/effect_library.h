@@ -4,11 +4,10 @@
 
 #include "host/frame_processor.h"
 #include "host/host_services.h"
+#include "host/preset_saver.h"
 #include "host/video_effect.h"
 
 namespace lumiset {
-
-class IPresetSaver;
 
 /// The module's front door. Objects are handed out with one reference, which the caller gives back.
 class IEffectLibrary : public IUnknown {
@@ -25,7 +24,7 @@ public:
     virtual IHostServices* LUMISET_CALL GetHostServices() noexcept = 0;
     /// Null when memory is exhausted.
     virtual IFrameProcessor* LUMISET_CALL CreateFrameProcessor() noexcept = 0;
-    /// Null when memory is exhausted or this build cannot save presets.
+    /// For preset files. Null when memory is exhausted.
     virtual IPresetSaver* LUMISET_CALL CreatePresetSaver() noexcept = 0;
 
 protected:

@@ -15,6 +15,7 @@
 #include "effects/viewfinder.h"
 #include "frame/frame_processor.h"
 #include "host/module/host_services.h"
+#include "support/preset_saver.h"
 
 namespace lumiset {
 namespace {
@@ -64,6 +65,7 @@ const char* CLumisetEffects5::GetLibraryName() noexcept {
 }
 
 IVideoGPUEffect* CLumisetEffects5::CreateEffect(std::uint32_t index) noexcept {
+    HostServices::instance();  // effects obey the user's options from the start
     return index < kEffects.size() && kEffects[index] != nullptr ? kEffects[index]() : nullptr;
 }
 
@@ -82,7 +84,7 @@ IFrameProcessor* CLumisetEffects5::CreateFrameProcessor() noexcept {
 }
 
 IPresetSaver* CLumisetEffects5::CreatePresetSaver() noexcept {
-    return nullptr;
+    return new (std::nothrow) CPresetSaver;
 }
 
 }  // namespace lumiset

@@ -1,5 +1,7 @@
 #include "host/module/host_services.h"
 
+#include "gpu/forced_cpu.h"
+
 namespace lumiset {
 
 HostServices& HostServices::instance() noexcept {
@@ -23,10 +25,20 @@ std::uint32_t HostServices::Release() noexcept {
     return m_references.release();
 }
 
-// The options live as long as the process: this build has no store to write them to, and the setters say so.
+HostServices::HostServices() noexcept {
+    const std::array<bool, kOptionCount> stored = readOptions();
+    for (std::size_t option = 0; option < kOptionCount; ++option) {
+        m_values[option] = stored[option];
+    }
+    setForcedCpu(stored[kForcedCpu]);
+}
+
 bool HostServices::set(Option option, bool value) noexcept {
     m_values[option] = value;
-    return false;
+    if (option == kForcedCpu) {
+        setForcedCpu(value);
+    }
+    return writeOption(option, value);
 }
 
 bool HostServices::GetForcedCpu() noexcept {

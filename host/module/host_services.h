@@ -5,6 +5,7 @@
 
 #include "host/host_services.h"
 #include "host/reference_count.h"
+#include "support/option_store.h"
 
 namespace lumiset {
 
@@ -30,9 +31,7 @@ public:
     bool LUMISET_CALL SetCropOverscan(bool value) noexcept override;
 
 private:
-    enum Option : std::size_t { kForcedCpu, kKnobsDragVertical, kKeyFramesVsPresets, kCropOverscan, kOptionCount };
-
-    HostServices() = default;
+    HostServices() noexcept;
     bool set(Option option, bool value) noexcept;
 
     std::array<std::atomic<bool>, kOptionCount> m_values{};

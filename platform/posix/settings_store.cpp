@@ -1,0 +1,210 @@
+// One ini file a section under the user's configuration folder. A file is never changed in place: a writer holds the
+// section's lock, reads the file, and puts a new one under its name. So readers need no lock.
+
+#include "platform/settings_store.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <string_view>
+#include <thread>
+
+#include "platform/posix/descriptor.h"
+#include "platform/posix/file_bytes.h"
+
+namespace lumiset::platform {
+namespace {
+
+constexpr std::size_t kLargestFile = 4U << 20U;
+
+std::string configFolder() {
+    // Relative paths are invalid in these variables.
+    if (const char* config = std::getenv("XDG_CONFIG_HOME"); config != nullptr && config[0] == '/') {
+        return config;
+    }
+    if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') {
+        return std::string(home) + "/.config";
+    }
+    struct passwd entry {};
+    struct passwd* found = nullptr;
+    char texts[4096];
+    if (::getpwuid_r(::getuid(), &entry, texts, sizeof texts, &found) == 0 && found != nullptr) {
+        return std::string(found->pw_dir) + "/.config";
+    }
+    return {};
+}
+
+/// The file of a section; empty where there is none for it.
+std::string fileOf(const std::string& section) {
+    const std::string folder = configFolder();
+    if (folder.empty() || section.empty()) {
+        return {};
+    }
+    std::string path = folder + "/vantrel/";
+    for (const char character : section) {
+        if (character == '/' || character == '.' || character == '\0') {
+            return {};
+        }
+        path += character == '\\' ? '/' : character;
+    }
+    return path + ".ini";
+}
+
+/// What would end a line or a name, or be lost at their ends, becomes \xHH.
+std::string escaped(std::string_view text, bool isName) {
+    std::string line;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool outer = i == 0 || i + 1 == text.size();
+        const bool special = byte < 0x20 || byte == '\\' || byte == 0x7F || (byte == ' ' && outer) ||
+                             (isName && (byte == '=' || (i == 0 && (byte == '[' || byte == ';' || byte == '#'))));
+        if (special) {
+            constexpr const char* kDigits = "0123456789abcdef";
+            line += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+        } else {
+            line += text[i];
+        }
+    }
+    return line;
+}
+
+int digitOf(char character) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    const std::size_t at = kDigits.find(character);
+    return at == std::string_view::npos ? -1 : static_cast<int>(at);
+}
+
+std::string unescaped(std::string_view line) {
+    std::string text;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '\\' && i + 3 < line.size() && line[i + 1] == 'x' && digitOf(line[i + 2]) >= 0 &&
+            digitOf(line[i + 3]) >= 0) {
+            text += static_cast<char>(digitOf(line[i + 2]) * 16 + digitOf(line[i + 3]));
+            i += 3;
+        } else {
+            text += line[i];
+        }
+    }
+    return text;
+}
+
+std::string_view trimmed(std::string_view text) {
+    constexpr const char* kBlank = " \t\r";
+    const std::size_t first = text.find_first_not_of(kBlank);
+    return first == std::string_view::npos ? std::string_view()
+                                           : text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+}
+
+/// A line of a file as it stands. Comments and headings have no setting.
+struct Line {
+    std::string_view text;
+    std::optional<std::pair<std::string, std::string>> setting;
+};
+
+std::vector<Line> linesOf(std::string_view bytes) {
+    std::vector<Line> lines;
+    while (!bytes.empty()) {
+        const std::string_view text = bytes.substr(0, bytes.find('\n'));
+        bytes.remove_prefix(std::min(text.size() + 1, bytes.size()));
+        Line line{text, {}};
+        const std::string_view content = trimmed(text);
+        const std::size_t equals = content.find('=');
+        if (equals != std::string_view::npos && content.find_first_of("[;#") != 0) {
+            line.setting.emplace(unescaped(trimmed(content.substr(0, equals))),
+                                 unescaped(trimmed(content.substr(equals + 1))));
+        }
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+/// Waits for the section's lock, but not for ever: another process may have been stopped while it held it.
+bool lock(const Descriptor& file) {
+    for (int attempt = 0; attempt < 400; ++attempt) {
+        if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+            return true;
+        }
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
+}
+
+/// Replaces the setting's line, or takes it away where `value` is null.
+bool rewrite(const std::string& section, const std::string& name, const std::string* value) {
+    const std::string path = fileOf(section);
+    if (path.empty() || name.empty() || name.find('\0') != std::string::npos ||
+        (value != nullptr && value->find('\0') != std::string::npos)) {
+        return false;
+    }
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
+    const Descriptor lockFile(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    if (!lockFile || !lock(lockFile)) {
+        return false;
+    }
+    const std::optional<std::string> old = readBytes(path, kLargestFile);
+    if (!old && std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found) {
+        return false;  // it is there and cannot be read: what it holds would be lost
+    }
+    const std::string written = value != nullptr ? escaped(name, true) + '=' + escaped(*value, false) + '\n' : "";
+    std::string bytes;
+    bool done = false;
+    for (const Line& line : linesOf(old ? *old : '[' + section + "]\n")) {
+        if (!line.setting || line.setting->first != name) {
+            bytes.append(line.text).append("\n");
+        } else if (!done) {
+            bytes += written;
+            done = true;
+        }
+    }
+    if (!done && value == nullptr) {
+        return true;
+    }
+    return replaceBytes(path, done ? bytes : bytes + written);
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> readSettings(const std::string& section) {
+    std::vector<std::pair<std::string, std::string>> settings;
+    const std::string path = fileOf(section);
+    const std::optional<std::string> bytes = path.empty() ? std::nullopt : readBytes(path, kLargestFile);
+    if (bytes) {
+        for (Line& line : linesOf(*bytes)) {
+            if (line.setting) {
+                settings.push_back(std::move(*line.setting));
+            }
+        }
+    }
+    return settings;
+}
+
+std::optional<std::string> readSetting(const std::string& section, const std::string& name) {
+    for (auto& [each, value] : readSettings(section)) {
+        if (each == name) {
+            return std::move(value);
+        }
+    }
+    return std::nullopt;
+}
+
+bool writeSetting(const std::string& section, const std::string& name, const std::string& value) {
+    return rewrite(section, name, &value);
+}
+
+bool removeSetting(const std::string& section, const std::string& name) {
+    return rewrite(section, name, nullptr);
+}
+
+}  // namespace lumiset::platform
