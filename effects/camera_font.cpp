@@ -64,8 +64,8 @@ bool CCameraFont::scale(Artwork artwork) noexcept {
         Frame whole;
         whole.Wrap(const_cast<std::uint8_t*>(coverage) + i * cells.width, cells.width, cells.height,
                    count * cells.width, 1, kFormatMask8, false);
-        done = FrameBlur(whole, blurred, fontBlurSize(static_cast<float>(1.0 / factorX)),
-                         fontBlurSize(static_cast<float>(1.0 / factorY)), nullptr, false) &&
+        done = FrameBlur(whole, blurred, static_cast<float>(fontBlurSize(static_cast<float>(1.0 / factorX))),
+                         static_cast<float>(fontBlurSize(static_cast<float>(1.0 / factorY))), nullptr, false) &&
                FrameResizeRect(blurred, scaled, {0, 0, cells.width, cells.height},
                                {i * size.width, 0, (i + 1) * size.width, size.height}, kResizeLinear, factorX, factorY,
                                0.5 * (factorX - 1.0), 0.5 * (factorY - 1.0));

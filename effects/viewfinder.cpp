@@ -164,12 +164,20 @@ bool makeGrey(const Frame& source, Frame& destination, const ViewfinderSettings&
     return done;
 }
 
+/// Resizes to the nearest pixels. Positions half way between two take the second, whatever the division loses: a
+/// millionth of a pixel is far less than any other position lies from there.
+bool resizeToNearest(const Frame& source, Frame& destination) {
+    constexpr double kHalfWay = -1e-6;
+    return FrameResizeRect(source, destination, {0, 0, source.Width(), source.Height()},
+                           {0, 0, destination.Width(), destination.Height()}, kResizeNearest, 0, 0, kHalfWay, kHalfWay);
+}
+
 /// Reduces the picture to a coarse grid of its pixels. Without memory it stays as it is.
 void pixelate(Frame& frame, const CellSize& grid, MemoryAllocator& allocator) {
     Frame coarse;
     if (coarse.Allocate(grid.width, grid.height, frame.BytesPerPixel(), &allocator, frame.Format(), false) &&
-        FrameResizeInto(frame, coarse, kResizeNearest)) {
-        FrameResizeInto(coarse, frame, kResizeNearest);
+        resizeToNearest(frame, coarse)) {
+        resizeToNearest(coarse, frame);
     }
 }
 
@@ -246,6 +254,9 @@ private:
         std::swap(m_current, m_other);
     }
 
+    /// How far the filter reaches, in pixels of the picture; without one, between neighbours.
+    static float reachOf(float scale) { return static_cast<float>(fontBlurSize(scale) + 1) * 0.5F; }
+
     void drawMark(const OverlayMark& mark, const FontSize& font) {
         const CellSize size = scaledCell(mark.artwork, font);
         const ArtworkCells& cells = artworkCells(mark.artwork);
@@ -264,7 +275,7 @@ private:
                               program.SetFloat2("rectStart", static_cast<float>(rect.left - mark.x),
                                                 static_cast<float>(rect.top - mark.y));
                               program.SetFloat2("scale", scaleX, scaleY);
-                              program.SetFloat2("reach", fontBlurSize(scaleX) * 0.5F, fontBlurSize(scaleY) * 0.5F);
+                              program.SetFloat2("reach", reachOf(scaleX), reachOf(scaleY));
                               program.SetInt("strokeCount", static_cast<std::int32_t>(shape.count));
                               program.SetFloat("isLight", mark.color == kLightColor ? 1.0F : 0.0F);
                               for (std::size_t i = 0; i < shape.count; ++i) {

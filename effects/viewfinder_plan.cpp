@@ -134,10 +134,10 @@ CellSize scaledCell(Artwork artwork, const FontSize& font) {
             std::max(1, static_cast<std::int32_t>(height * (font.isField ? 0.5F : 1.0F)))};
 }
 
-float fontBlurSize(float scale) {
-    constexpr float kSoftness = 1.5F;  // scaled pixels
-    constexpr float kMost = 1000.0F;
-    return std::clamp(std::trunc(kSoftness * scale), 1.0F, kMost);
+std::int32_t fontBlurSize(float scale) {
+    constexpr float kHalfSoftness = 0.75F;  // scaled pixels
+    constexpr float kMost = 499.0F;
+    return 2 * static_cast<std::int32_t>(std::min(kHalfSoftness * scale, kMost)) + 1;
 }
 
 OverlayPlan planOverlay(const ViewfinderSettings& settings, const FrameFacts& facts) {

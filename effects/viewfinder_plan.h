@@ -61,8 +61,8 @@ struct CellSize {
 CellSize scaledCell(Artwork artwork, const FontSize& font);
 
 /// Taps of the triangle by which a picture is blurred in a direction before it is scaled down there, `scale` of its
-/// pixels to one; 1 where it is not blurred.
-float fontBlurSize(float scale);
+/// pixels to one. Odd, so that nothing moves; 1 where it is not blurred.
+std::int32_t fontBlurSize(float scale);
 
 /// A glyph or mark: one cell of a picture, in one colour, 0xAABBGGRR.
 struct OverlayMark {

@@ -56,7 +56,7 @@ inline constexpr auto kParity = std::to_array<ParityRow>({
     {3, 40.0, 3.0, 1.0, "", nullptr},
     {4, 40.0, 3.0, 1.0, "", nullptr},
     {5, 40.0, 6.0, 1.0, "whole-number gains in 8 bits", nullptr},
-    {6, 40.0, 20.0, 20.0, "marks of a few pixels, filtered by samples of their strokes", nullptr},
+    {6, 40.0, 24.0, 24.0, "marks of a few pixels, filtered by samples of their strokes", nullptr},
     {7, 40.0, 255.0, 255.0, "the static's picture", makeOldTVEqual},
     {8, 40.0, 3.0, 1.0, "", nullptr},
     {9, 40.0, 3.0, 1.0, "", nullptr},
