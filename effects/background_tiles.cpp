@@ -207,7 +207,10 @@ ReducedBlur reducedBlur(std::int32_t taps, std::int32_t windowLength) {
         return {1, windowLength, 0.5F * static_cast<float>(taps + 1), isOdd ? 0.0F : -0.5F};
     }
     // A triangle is two boxes, one after the other; a box of n pixels has the variance (n * n - 1) / 12.
-    const auto boxVariance = [](double size) { return (size * size - 1.0) / 12.0; };
+    const auto boxVariance = [](std::int32_t size) {
+        const double n = size;
+        return (n * n - 1.0) / 12.0;
+    };
     const double whole = boxVariance(taps / 2 + taps % 2) + boxVariance(taps / 2 + 1);
     // Averaging softens by a box, linear enlargement by a triangle of that half width.
     const double softened = boxVariance(factor) + static_cast<double>(factor) * factor / 6.0;

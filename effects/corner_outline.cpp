@@ -12,7 +12,6 @@ using Point = ParamValue::Point;
 struct Pixel {
     std::int32_t row;
     std::int32_t column;
-    friend bool operator==(const Pixel&, const Pixel&) = default;
     friend auto operator<=>(const Pixel&, const Pixel&) = default;
 };
 

@@ -38,8 +38,8 @@ Pixels draw(const ArtworkCells& cells) {
     const auto height = static_cast<std::size_t>(cells.height);
     Pixels pixels(static_cast<std::uint8_t*>(std::malloc(width * height)));
     for (std::size_t i = 0; pixels != nullptr && i < width * height; ++i) {
-        const float coverage =
-            strokeCoverage(cells.shapes[0], static_cast<float>(i % width), static_cast<float>(i / width));
+        const std::size_t row = i / width;
+        const float coverage = strokeCoverage(cells.shapes[0], static_cast<float>(i % width), static_cast<float>(row));
         pixels[i] = static_cast<std::uint8_t>(std::lround(coverage * 255.0F));
     }
     return pixels;
