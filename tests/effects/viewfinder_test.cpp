@@ -190,6 +190,12 @@ TEST(Viewfinder, CounterShowsTheSameDigitInEveryPlace) {
     }
     EXPECT_EQ(cell(shown, 2), cell(shown, 5));
 
+    const PixelRect bounds = boundsOf(shown, 'w');
+    EXPECT_TRUE(bounds.left >= 168 && bounds.left <= 172) << bounds.left;
+    EXPECT_TRUE(bounds.right >= 228 && bounds.right <= 232) << bounds.right;
+    EXPECT_TRUE(bounds.top >= 161 && bounds.top <= 163) << bounds.top;
+    EXPECT_TRUE(bounds.bottom >= 173 && bounds.bottom <= 175) << bounds.bottom;
+
     // The last slider positions mean 23:59:59, and a second later a new day begins.
     ValueHost host = hostWith({kCounter});
     for (std::uint32_t i = 0; i < 3; ++i) {
@@ -203,6 +209,23 @@ TEST(Viewfinder, CounterShowsTheSameDigitInEveryPlace) {
     const Picture next = rendered(host, grey(400, 200), frameInfo(1.0));
     for (const int place : {0, 1, 3, 4, 6, 7}) {
         EXPECT_EQ(cell(next, place), digits[0]);
+    }
+}
+
+TEST(Viewfinder, MarksAreOpaqueOnATransparentPicture) {
+    for (const std::int32_t format : kFormats) {
+        const Picture clear(300, 200, {format});
+        const Picture result = rendered(hostWith({kRecord, kBattery, kSafeArea, kCounter, kOutline}), clear);
+        double most = 0.0;
+        for (std::int32_t y = 160; y < 176; ++y) {
+            for (std::int32_t x = 118; x < 182; ++x) {
+                most = std::max(most, result.get(x, y, kAlpha));
+            }
+        }
+        EXPECT_GE(most, 250.0) << "the counter";
+        EXPECT_NEAR(result.get(253, 11, kAlpha), 255.0, 1e-3) << "the light";
+        EXPECT_NEAR(result.get(31, 100, kAlpha), 255.0, 1e-3) << "the safe area";
+        EXPECT_EQ(result.get(150, 100, kAlpha), 0.0);
     }
 }
 
