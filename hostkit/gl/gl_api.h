@@ -3,9 +3,20 @@
 // The OpenGL functions that the host kit uses, resolved from a context at run time: a program that links this
 // starts on a machine without OpenGL too.
 
+// On Windows gl.h wants two words of windows.h, whose other macros would spread from here.
+#if defined(_WIN32) && !defined(APIENTRY)
+#define LUMISET_GL_WORDS
+#define APIENTRY __stdcall
+#define WINGDIAPI __declspec(dllimport)
+#endif
 #define GL_GLEXT_PROTOTYPES
 #include <GL/gl.h>
 #include <GL/glext.h>
+#ifdef LUMISET_GL_WORDS
+#undef LUMISET_GL_WORDS
+#undef APIENTRY
+#undef WINGDIAPI
+#endif
 
 #include <stdexcept>
 

@@ -30,7 +30,7 @@ public:
 };
 
 /// A context of the compatibility profile, on a graphics processor where there is one, else on the software
-/// renderer; not yet current. Throws `GLError`.
+/// renderer; not yet current. Windows ends it with the thread that made it. Throws `GLError`.
 [[nodiscard]] std::unique_ptr<GLContext> createGLContext();
 
 }  // namespace lumiset::hostkit

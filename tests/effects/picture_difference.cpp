@@ -1,6 +1,6 @@
 #include "tests/effects/picture_difference.h"
 
-#include <stb/stb_image_write.h>
+#include <stb_image_write.h>
 
 #include <algorithm>
 #include <cctype>
