@@ -2,13 +2,18 @@
 
 #include <new>
 
-namespace lumiset::app {
-namespace {
+#include "hostkit/preset_file.h"
 
-hostkit::ParameterStore readParameters(const hostkit::EffectDescription& effect, const EffectRequest& request) {
+namespace lumiset::app {
+
+hostkit::ParameterStore readParameters(IEffectLibrary& library, const hostkit::EffectDescription& effect,
+                                       const EffectRequest& request) {
     hostkit::ParameterStore parameters(effect);
     if (!request.preset.empty()) {
         parameters.apply(effect.preset(request.preset));
+    }
+    if (!request.presetFile.empty()) {
+        hostkit::loadPresetFile(library, request.presetFile, parameters);
     }
     for (const EffectRequest::Key& key : request.keys) {
         parameters.addKey(key.label, key.timeSeconds, key.value);
@@ -24,14 +29,12 @@ hostkit::ParameterStore readParameters(const hostkit::EffectDescription& effect,
     return parameters;
 }
 
-}  // namespace
-
 std::vector<hostkit::EffectStage> buildChain(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
                                              const std::vector<EffectRequest>& requests) {
     std::vector<hostkit::EffectStage> chain;
     for (const EffectRequest& request : requests) {
         const hostkit::EffectDescription& effect = catalogue.effect(request.name);
-        hostkit::ParameterStore parameters = readParameters(effect, request);
+        hostkit::ParameterStore parameters = readParameters(library, effect, request);
         auto object = hostkit::ComPtr<IVideoGPUEffect>::adopt(library.CreateEffect(effect.index));
         if (!object) {
             throw std::bad_alloc();

@@ -84,6 +84,7 @@ public:
         app.add_option("OUTPUT", request.output, "what to write")->required();
         m_effect = addRepeated("--effect,-e", m_effects, "NAME", "effect to apply; several are applied in turn");
         m_preset = addRepeated("--preset,-p", m_presets, "NAME", "preset of the --effect before it");
+        m_presetFile = addRepeated("--preset-file", m_presetFiles, "FILE", "preset file for the --effect before it");
         m_set = addRepeated("--set,-s", m_sets, "\"Label=value\"", "value for the --effect before it");
         m_key = addRepeated("--key,-k", m_keys, "\"Label@SECONDS=value\"", "keyframe for the --effect before it");
         app.add_option("--depth", m_depth, "samples that the effects work in: 8 or float [8]")
@@ -143,8 +144,8 @@ private:
         std::map<const CLI::Option*, std::size_t> used;
         for (const CLI::Option* option : m_app.parse_order()) {
             if (option == m_effect) {
-                request.effects.push_back({m_effects[used[option]++], {}, {}, {}});
-            } else if (option == m_preset || option == m_set || option == m_key) {
+                request.effects.push_back({m_effects[used[option]++], {}, {}, {}, {}});
+            } else if (option == m_preset || option == m_presetFile || option == m_set || option == m_key) {
                 if (request.effects.empty()) {
                     throw UsageError(option->get_name() + " must stand behind the --effect that it belongs to.");
                 }
@@ -162,8 +163,9 @@ private:
             effect.settings.push_back({std::move(assignment.name), std::move(assignment.value)});
         } else if (option == m_key) {
             effect.keys.push_back(parseKey(m_keys[i]));
-        } else if (effect.preset.empty()) {
-            effect.preset = m_presets[i];
+        } else if (effect.preset.empty() && effect.presetFile.empty()) {
+            (option == m_preset ? effect.preset : effect.presetFile) =
+                (option == m_preset ? m_presets : m_presetFiles)[i];
         } else {
             throw UsageError("The effect \"" + effect.name + "\" is given two presets; one is possible.");
         }
@@ -172,10 +174,12 @@ private:
     CLI::App& m_app;
     CLI::Option* m_effect = nullptr;
     CLI::Option* m_preset = nullptr;
+    CLI::Option* m_presetFile = nullptr;
     CLI::Option* m_set = nullptr;
     CLI::Option* m_key = nullptr;
     std::vector<std::string> m_effects;
     std::vector<std::string> m_presets;
+    std::vector<std::string> m_presetFiles;
     std::vector<std::string> m_sets;
     std::vector<std::string> m_keys;
     std::string m_depth = "8";
@@ -183,6 +187,51 @@ private:
     std::string m_start;
     std::string m_duration;
     std::string m_rate;
+};
+
+/// The `preset` command and what is below it.
+class PresetOptions {
+public:
+    explicit PresetOptions(CLI::App& app) {
+        app.require_subcommand(1);
+        m_save = app.add_subcommand("save", "Writes an effect's values to a preset file");
+        m_save->add_option("FILE", m_saving.file, "what to write")->required();
+        m_save->add_option("--effect,-e", m_saving.effect.name, "the effect")->required()->option_text("NAME");
+        m_save->add_option("--preset,-p", m_saving.effect.preset, "preset to start from")->option_text("NAME");
+        m_save->add_option("--set,-s", m_sets, "a value beside the preset's")
+            ->allow_extra_args(false)
+            ->option_text("\"Label=value\"");
+        m_load = app.add_subcommand("load", "Shows the values in a preset file");
+        m_load->add_option("FILE", m_loading.file, "what to read")->required();
+        m_check = app.add_subcommand("check", "Tells of preset files whether they can be used, and for which effect");
+        m_check->add_option("FILE", m_checking.files, "what to read")->required();
+        for (CLI::App* command : {m_save, m_load, m_check}) {
+            command->group("Commands");
+        }
+    }
+
+    void finish(CommandLine& line) {
+        if (*m_save) {
+            for (const std::string& text : m_sets) {
+                Assignment assignment = splitAssignment(text, "--set", "Label=value");
+                m_saving.effect.settings.push_back({std::move(assignment.name), std::move(assignment.value)});
+            }
+            line.request = std::move(m_saving);
+        } else if (*m_load) {
+            line.request = std::move(m_loading);
+        } else {
+            line.request = std::move(m_checking);
+        }
+    }
+
+private:
+    CLI::App* m_save = nullptr;
+    CLI::App* m_load = nullptr;
+    CLI::App* m_check = nullptr;
+    PresetSaveRequest m_saving;
+    PresetLoadRequest m_loading;
+    PresetCheckRequest m_checking;
+    std::vector<std::string> m_sets;
 };
 
 /// CLI11's message as a sentence of one line.
@@ -226,10 +275,19 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
     CLI::App* gpuInfoApp = gpuApp->add_subcommand("info", "The OpenGL of this machine and its extensions");
     gpuInfoApp->group("Commands");
 
+    CLI::App* presetApp = app.add_subcommand("preset", "Writes, shows and checks preset files");
+    PresetOptions presets(*presetApp);
+
+    OptionsRequest options;
+    CLI::App* optionsApp = app.add_subcommand("options", "Lists the user's options, or sets one");
+    CLI::Option* optionName = optionsApp->add_option("NAME", options.name, "the option to set");
+    CLI::Option* optionValue = optionsApp->add_option("VALUE", options.value, "yes or no");
+    optionName->needs(optionValue);
+
     CLI::App* renderApp = app.add_subcommand("render", "Renders images or video through effects");
     renderApp->footer(help::kRenderFooter);
     app.footer(help::kProgramFooter);  // Set last, since commands take it over when they are added.
-    for (CLI::App* command : {listApp, showApp, renderApp, gpuApp}) {
+    for (CLI::App* command : {listApp, showApp, renderApp, presetApp, optionsApp, gpuApp}) {
         command->group("Commands");
     }
     RenderOptions render(*renderApp);
@@ -253,7 +311,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         if (app.get_subcommands().empty()) {
             const std::string word = app.remaining().front();
             throw UsageError((word.front() == '-' ? "There is no option \"" : "There is no command \"") + word + "\"." +
-                             hostkit::didYouMean(word, {"list", "show", "render", "gpu"}));
+                             hostkit::didYouMean(word, {"list", "show", "render", "preset", "options", "gpu"}));
         }
         throw UsageError(sentence(error.what()));
     } catch (const CLI::ParseError& error) {
@@ -265,10 +323,14 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
         line.request = std::move(show);
     } else if (*gpuInfoApp) {
         line.request = GPUInfoRequest{};
+    } else if (*presetApp) {
+        presets.finish(line);
+    } else if (*optionsApp) {
+        line.request = std::move(options);
     } else if (*renderApp) {
         line.request = render.finish();
     } else {
-        throw UsageError("A command is needed: list, show, render or gpu.");
+        throw UsageError("A command is needed: list, show, render, preset, options or gpu.");
     }
     return line;
 }

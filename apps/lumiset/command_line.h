@@ -36,12 +36,31 @@ struct EffectRequest {
         std::string value;
     };
     std::string name;
-    std::string preset;  ///< empty: none
+    std::string preset;      ///< empty: none
+    std::string presetFile;  ///< empty: none
     std::vector<Setting> settings;
     std::vector<Key> keys;
 };
 
 struct GPUInfoRequest {};
+
+struct PresetSaveRequest {
+    std::string file;
+    EffectRequest effect;
+};
+
+struct PresetLoadRequest {
+    std::string file;
+};
+
+struct PresetCheckRequest {
+    std::vector<std::string> files;
+};
+
+struct OptionsRequest {
+    std::string name;  ///< empty: all are listed
+    std::string value;
+};
 
 struct RenderRequest {
     std::string input;
@@ -71,7 +90,9 @@ struct TextRequest {
 
 struct CommandLine {
     std::string modulePath;  ///< empty: found by the host kit
-    std::variant<TextRequest, ListRequest, ShowRequest, GPUInfoRequest, RenderRequest> request;
+    std::variant<TextRequest, ListRequest, ShowRequest, GPUInfoRequest, RenderRequest, PresetSaveRequest,
+                 PresetLoadRequest, PresetCheckRequest, OptionsRequest>
+        request;
 };
 
 /// Reads the program's arguments. Throws `UsageError`.

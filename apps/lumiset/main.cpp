@@ -8,6 +8,8 @@
 #include "apps/lumiset/chain.h"
 #include "apps/lumiset/command_line.h"
 #include "apps/lumiset/gpu_commands.h"
+#include "apps/lumiset/option_commands.h"
+#include "apps/lumiset/preset_commands.h"
 #include "apps/lumiset/render.h"
 #include "apps/lumiset/show.h"
 #include "hostkit/module.h"
@@ -30,14 +32,23 @@ void printText(const std::string& text) {
     }
 }
 
-void carryOut(const CommandLine& line) {
+/// True when all of the files are presets.
+bool checkPresets(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
+                  const PresetCheckRequest& request) {
+    bool sound = true;
+    printText(checkPresetsText(library, catalogue, request.files, sound));
+    return sound;
+}
+
+/// The exit status.
+int carryOut(const CommandLine& line) {
     if (const auto* text = std::get_if<TextRequest>(&line.request)) {
         printText(text->text);
-        return;
+        return kDone;
     }
     if (std::holds_alternative<GPUInfoRequest>(line.request)) {
         printText(gpuInfoText());
-        return;
+        return kDone;
     }
     const hostkit::Module module(line.modulePath);
     const hostkit::EffectCatalogue catalogue(module.library());
@@ -46,16 +57,28 @@ void carryOut(const CommandLine& line) {
     } else if (const auto* show = std::get_if<ShowRequest>(&line.request)) {
         const hostkit::EffectDescription& effect = catalogue.effect(show->effect);
         printText(show->json ? showJson(effect) : showText(effect));
+    } else if (const auto* save = std::get_if<PresetSaveRequest>(&line.request)) {
+        savePreset(module.library(), catalogue, *save);
+    } else if (const auto* load = std::get_if<PresetLoadRequest>(&line.request)) {
+        printText(loadPresetText(module.library(), catalogue, load->file));
+    } else if (const auto* check = std::get_if<PresetCheckRequest>(&line.request)) {
+        return checkPresets(module.library(), catalogue, *check) ? kDone : kFailed;
+    } else if (const auto* options = std::get_if<OptionsRequest>(&line.request)) {
+        if (options->name.empty()) {
+            printText(optionsText(module.library()));
+        } else {
+            setOption(module.library(), options->name, options->value);
+        }
     } else {
         const auto& request = std::get<RenderRequest>(line.request);
         render(request, buildChain(module.library(), catalogue, request.effects));
     }
+    return kDone;
 }
 
 int run(int argc, const char* const* argv) {
     try {
-        carryOut(parseCommandLine(argc, argv));
-        return kDone;
+        return carryOut(parseCommandLine(argc, argv));
     } catch (const UsageError& error) {
         return complain(kWrongUsage, error.what(), " Try \"lumiset --help\".");
     } catch (const hostkit::ParameterError& error) {

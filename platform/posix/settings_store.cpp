@@ -160,7 +160,8 @@ bool rewrite(const std::string& section, const std::string& name, const std::str
     const std::string written = value != nullptr ? escaped(name, true) + '=' + escaped(*value, false) + '\n' : "";
     std::string bytes;
     bool done = false;
-    for (const Line& line : linesOf(old ? *old : '[' + section + "]\n")) {
+    const std::string text = old ? *old : '[' + section + "]\n";
+    for (const Line& line : linesOf(text)) {
         if (!line.setting || line.setting->first != name) {
             bytes.append(line.text).append("\n");
         } else if (!done) {

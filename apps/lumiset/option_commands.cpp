@@ -1,0 +1,73 @@
+#include "apps/lumiset/option_commands.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <vector>
+
+#include "apps/lumiset/command_line.h"
+#include "hostkit/com_ptr.h"
+#include "hostkit/names.h"
+
+namespace lumiset::app {
+namespace {
+
+struct OptionRow {
+    const char* name;
+    const char* meaning;
+    bool (LUMISET_CALL IHostServices::*get)() noexcept;
+    bool (LUMISET_CALL IHostServices::*set)(bool) noexcept;
+};
+
+constexpr auto kOptions = std::to_array<OptionRow>({
+    {"Forced CPU", "effects render on the processor alone", &IHostServices::GetForcedCpu, &IHostServices::SetForcedCpu},
+    {"Knobs Drag Vertical", "knobs of a host's panel follow vertical drags", &IHostServices::GetKnobsDragVertical,
+     &IHostServices::SetKnobsDragVertical},
+    {"Key Frames vs Presets", "hosts offer key frames in place of presets", &IHostServices::GetKeyFramesVsPresets,
+     &IHostServices::SetKeyFramesVsPresets},
+    {"Crop Overscan", "hosts cut off what lies behind a screen's edge", &IHostServices::GetCropOverscan,
+     &IHostServices::SetCropOverscan},
+});
+
+hostkit::ComPtr<IHostServices> servicesOf(IEffectLibrary& library) {
+    return hostkit::ComPtr<IHostServices>::adopt(library.GetHostServices());
+}
+
+const OptionRow& optionNamed(const std::string& name) {
+    std::vector<std::string> names;
+    for (const OptionRow& option : kOptions) {
+        if (hostkit::equalIgnoringCase(option.name, name)) {
+            return option;
+        }
+        names.emplace_back(option.name);
+    }
+    throw UsageError("There is no option \"" + name + "\"." + hostkit::didYouMean(name, names));
+}
+
+}  // namespace
+
+std::string optionsText(IEffectLibrary& library) {
+    const auto services = servicesOf(library);
+    std::string text;
+    for (const OptionRow& option : kOptions) {
+        text +=
+            fmt::format("{:<23}{:<5}{}\n", option.name, (services.get()->*option.get)() ? "yes" : "no", option.meaning);
+    }
+    return text;
+}
+
+void setOption(IEffectLibrary& library, const std::string& name, const std::string& value) {
+    const OptionRow& option = optionNamed(name);
+    const bool yes = hostkit::equalIgnoringCase(value, "yes");
+    if (!yes && !hostkit::equalIgnoringCase(value, "no")) {
+        throw UsageError(std::string("\"") + option.name + "\" is yes or no, not \"" + value + "\".");
+    }
+    const auto services = servicesOf(library);
+    if (!(services.get()->*option.set)(yes)) {
+        throw std::runtime_error(std::string("The option \"") + option.name + "\" cannot be stored.");
+    }
+}
+
+}  // namespace lumiset::app

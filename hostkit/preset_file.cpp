@@ -1,0 +1,109 @@
+#include "hostkit/preset_file.h"
+
+#include <filesystem>
+#include <new>
+#include <system_error>
+
+#include "hostkit/com_ptr.h"
+
+namespace lumiset::hostkit {
+namespace {
+
+/// What the module asks of the host in a preset's call: an effect with the store's values.
+class PresetEffect final : public IPresetEffect {
+public:
+    PresetEffect(IEffectLibrary& library, const ParameterStore& parameters)
+        : m_library(library),
+          m_parameters(parameters),
+          m_effect(ComPtr<IVideoGPUEffect>::adopt(library.CreateEffect(parameters.effect().index))) {
+        if (!m_effect) {
+            throw std::bad_alloc();
+        }
+    }
+
+    Result LUMISET_CALL QueryInterface(const Guid& /*iid*/, void** out) noexcept override {
+        *out = nullptr;
+        return kResultNoInterface;
+    }
+    // Lives on the stack of the call that it is made for.
+    std::uint32_t LUMISET_CALL AddRef() noexcept override { return ++m_references; }
+    std::uint32_t LUMISET_CALL Release() noexcept override { return --m_references; }
+    const char* LUMISET_CALL GetEffectName() noexcept override { return m_effect->GetEffectName(); }
+    const char* LUMISET_CALL GetLibraryName() noexcept override { return m_library.GetLibraryName(); }
+    bool LUMISET_CALL GetParamInfo(std::uint32_t index, ParamInfo* out) noexcept override {
+        return m_effect->GetParamInfo(index, out);
+    }
+    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t type) noexcept override {
+        RenderHost(m_parameters, 0.0).GetParamValue(index, out, type);
+    }
+
+private:
+    IEffectLibrary& m_library;
+    const ParameterStore& m_parameters;
+    ComPtr<IVideoGPUEffect> m_effect;
+    std::uint32_t m_references = 1;
+};
+
+ComPtr<IPresetSaver> presetSaver(IEffectLibrary& library) {
+    auto saver = ComPtr<IPresetSaver>::adopt(library.CreatePresetSaver());
+    if (!saver) {
+        throw std::bad_alloc();
+    }
+    return saver;
+}
+
+std::wstring wide(const std::string& path) {
+    try {
+        // Unlike wstring() this follows no locale.
+        const std::u32string text = std::filesystem::path(path).u32string();
+        return {text.begin(), text.end()};
+    } catch (const std::system_error&) {
+        throw PresetFileError("The name of the preset file \"" + path + "\" is not a text in UTF-8.");
+    }
+}
+
+std::uint32_t load(IEffectLibrary& library, const std::string& path, const ParameterStore& parameters,
+                   PresetOutcome& outcome) {
+    PresetEffect effect(library, parameters);
+    presetSaver(library)->LoadPreset(nullptr, &effect, parameters.effect().index, wide(path).c_str(), &outcome);
+    if (outcome.status != kPresetDone && outcome.status != kPresetMismatched) {
+        throw PresetFileError("The file \"" + path + "\" cannot be read or is not a preset.");
+    }
+    return outcome.status;
+}
+
+}  // namespace
+
+std::string loadPresetFile(IEffectLibrary& library, const std::string& path, ParameterStore& parameters) {
+    PresetOutcome outcome{};
+    if (load(library, path, parameters, outcome) != kPresetDone) {
+        throw PresetFileError("The file \"" + path + "\" is not a preset for the effect \"" + parameters.effect().name +
+                              "\".");
+    }
+    for (const ParameterDescription& parameter : parameters.effect().parameters) {
+        if (parameter.index < outcome.count) {
+            parameters.set(parameter, outcome.entries[parameter.index].value);
+        }
+    }
+    return outcome.name;
+}
+
+void savePresetFile(IEffectLibrary& library, const std::string& path, const ParameterStore& parameters) {
+    PresetEffect effect(library, parameters);
+    if (!presetSaver(library)->SavePreset(nullptr, &effect, parameters.effect().index, wide(path).c_str(), nullptr)) {
+        throw PresetFileError("The preset file \"" + path + "\" cannot be written.");
+    }
+}
+
+const EffectDescription* effectOfPresetFile(IEffectLibrary& library, const EffectCatalogue& catalogue,
+                                            const std::string& path) {
+    for (const EffectDescription& effect : catalogue.effects()) {
+        PresetOutcome outcome{};
+        if (load(library, path, ParameterStore(effect), outcome) == kPresetDone) {
+            return &effect;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace lumiset::hostkit
