@@ -3,11 +3,13 @@
 // The OpenGL functions that the host kit uses, resolved from a context at run time: a program that links this
 // starts on a machine without OpenGL too.
 
-// On Windows gl.h wants two words of windows.h, whose other macros would spread from here.
-#if defined(_WIN32) && !defined(APIENTRY)
+#include "host/platform_call.h"
+
+// Windows' gl.h wants two words of windows.h, whose other macros would spread from here.
+#ifndef APIENTRY
 #define LUMISET_GL_WORDS
-#define APIENTRY __stdcall
-#define WINGDIAPI __declspec(dllimport)
+#define APIENTRY LUMISET_CALL
+#define WINGDIAPI
 #endif
 #define GL_GLEXT_PROTOTYPES
 #include <GL/gl.h>
