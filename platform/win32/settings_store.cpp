@@ -95,7 +95,9 @@ std::vector<std::pair<std::string, std::string>> readSettings(const std::string&
 bool writeSetting(const std::string& section, const std::string& name, const std::string& value) {
     const std::optional<std::wstring> wideName = fromUtf8(name);
     const std::optional<std::wstring> wideValue = fromUtf8(value);
-    if (!wideName || wideName->empty() || !wideValue) {
+    constexpr wchar_t kEnd = L'\0';  // of a stored text
+    if (!wideName || wideName->empty() || !wideValue || wideName->find(kEnd) != std::wstring::npos ||
+        wideValue->find(kEnd) != std::wstring::npos) {
         return false;
     }
     const Key key(section, KEY_SET_VALUE, true);
@@ -106,7 +108,7 @@ bool writeSetting(const std::string& section, const std::string& name, const std
 
 bool removeSetting(const std::string& section, const std::string& name) {
     const std::optional<std::wstring> wideName = fromUtf8(name);
-    if (!wideName) {
+    if (!wideName || wideName->empty()) {
         return false;
     }
     const Key key(section, KEY_SET_VALUE, false);
