@@ -5,6 +5,7 @@
 #include <bit>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <random>
 
@@ -132,6 +133,9 @@ TEST_F(PresetSaver, BringsEveryPresetOfEveryEffectBack) {
 
 TEST_F(PresetSaver, FollowsNoLocale) {
     const std::string plain = savedText();
+#ifdef LUMISET_TEST_LOCALES
+    ::setenv("LOCPATH", LUMISET_TEST_LOCALES, 1);
+#endif
     const char* found = nullptr;
     for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "German"}) {
         found = found == nullptr ? std::setlocale(LC_ALL, name) : found;

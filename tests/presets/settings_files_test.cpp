@@ -4,7 +4,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,6 +50,22 @@ TEST_F(SettingsFiles, SayWhenNothingCanBeStored) {
     std::filesystem::remove(folder / "vantrel");
     std::filesystem::create_directories(folder / "vantrel" / "Common.ini");
     EXPECT_FALSE(writeOption(kForcedCpu, true));
+}
+
+TEST_F(SettingsFiles, KeepTheOldFileWhenTheDiskIsFull) {
+    ASSERT_TRUE(writeOption(kForcedCpu, true));
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::signal(SIGXFSZ, SIG_IGN);
+        const struct rlimit limit { 100, 100 };  // bytes of any file
+        const bool limited = ::setrlimit(RLIMIT_FSIZE, &limit) == 0;
+        ::_exit(limited && !platform::writeSetting("Common", "long", std::string(500, 'v')) ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(process, &status, 0), process);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(contentsOf(folder / "vantrel" / "Common.ini"), "[Common]\nForced CPU=yes\n");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder / "vantrel"), {}), 2);
 }
 
 TEST_F(SettingsFiles, GiveUpOnALockThatIsNeverLeft) {
