@@ -7,25 +7,14 @@
 #include <map>
 #include <memory>
 
+#include "apps/lumiset/assignment.h"
 #include "apps/lumiset/help.h"
+#include "apps/lumiset/preset_options.h"
 #include "hostkit/names.h"
 #include "hostkit/parameter_text.h"
 
 namespace lumiset::app {
 namespace {
-
-struct Assignment {
-    std::string name;
-    std::string value;
-};
-
-Assignment splitAssignment(const std::string& text, const std::string& option, const std::string& form) {
-    const std::size_t equals = text.find('=');
-    if (equals == std::string::npos || hostkit::trimmed(text.substr(0, equals)).empty()) {
-        throw UsageError(option + " takes \"" + form + "\", not \"" + text + "\".");
-    }
-    return {text.substr(0, equals), text.substr(equals + 1)};
-}
 
 EffectRequest::Key parseKey(const std::string& text) {
     constexpr const char* kForm = "Label@SECONDS=value";
@@ -187,51 +176,6 @@ private:
     std::string m_start;
     std::string m_duration;
     std::string m_rate;
-};
-
-/// The `preset` command and what is below it.
-class PresetOptions {
-public:
-    explicit PresetOptions(CLI::App& app) {
-        app.require_subcommand(1);
-        m_save = app.add_subcommand("save", "Writes an effect's values to a preset file");
-        m_save->add_option("FILE", m_saving.file, "what to write")->required();
-        m_save->add_option("--effect,-e", m_saving.effect.name, "the effect")->required()->option_text("NAME");
-        m_save->add_option("--preset,-p", m_saving.effect.preset, "preset to start from")->option_text("NAME");
-        m_save->add_option("--set,-s", m_sets, "a value beside the preset's")
-            ->allow_extra_args(false)
-            ->option_text("\"Label=value\"");
-        m_load = app.add_subcommand("load", "Shows the values in a preset file");
-        m_load->add_option("FILE", m_loading.file, "what to read")->required();
-        m_check = app.add_subcommand("check", "Tells of preset files whether they can be used, and for which effect");
-        m_check->add_option("FILE", m_checking.files, "what to read")->required();
-        for (CLI::App* command : {m_save, m_load, m_check}) {
-            command->group("Commands");
-        }
-    }
-
-    void finish(CommandLine& line) {
-        if (*m_save) {
-            for (const std::string& text : m_sets) {
-                Assignment assignment = splitAssignment(text, "--set", "Label=value");
-                m_saving.effect.settings.push_back({std::move(assignment.name), std::move(assignment.value)});
-            }
-            line.request = std::move(m_saving);
-        } else if (*m_load) {
-            line.request = std::move(m_loading);
-        } else {
-            line.request = std::move(m_checking);
-        }
-    }
-
-private:
-    CLI::App* m_save = nullptr;
-    CLI::App* m_load = nullptr;
-    CLI::App* m_check = nullptr;
-    PresetSaveRequest m_saving;
-    PresetLoadRequest m_loading;
-    PresetCheckRequest m_checking;
-    std::vector<std::string> m_sets;
 };
 
 /// CLI11's message as a sentence of one line.
