@@ -27,7 +27,7 @@ public:
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
-    [[nodiscard]] IEffectLibrary& library() const { return *m_library.get(); }
+    [[nodiscard]] IEffectLibrary& effectLibrary() const { return *m_library.get(); }
     /// Where the module was found.
     [[nodiscard]] const std::filesystem::path& path() const { return m_path; }
 

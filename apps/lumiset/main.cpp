@@ -51,27 +51,27 @@ int carryOut(const CommandLine& line) {
         return kDone;
     }
     const hostkit::Module module(line.modulePath);
-    const hostkit::EffectCatalogue catalogue(module.library());
+    const hostkit::EffectCatalogue catalogue(module.effectLibrary());
     if (const auto* list = std::get_if<ListRequest>(&line.request)) {
         printText(list->json ? listJson(catalogue) : listText(catalogue));
     } else if (const auto* show = std::get_if<ShowRequest>(&line.request)) {
         const hostkit::EffectDescription& effect = catalogue.effect(show->effect);
         printText(show->json ? showJson(effect) : showText(effect));
     } else if (const auto* save = std::get_if<PresetSaveRequest>(&line.request)) {
-        savePreset(module.library(), catalogue, *save);
+        savePreset(module.effectLibrary(), catalogue, *save);
     } else if (const auto* load = std::get_if<PresetLoadRequest>(&line.request)) {
-        printText(loadPresetText(module.library(), catalogue, load->file));
+        printText(loadPresetText(module.effectLibrary(), catalogue, load->file));
     } else if (const auto* check = std::get_if<PresetCheckRequest>(&line.request)) {
-        return checkPresets(module.library(), catalogue, *check) ? kDone : kFailed;
+        return checkPresets(module.effectLibrary(), catalogue, *check) ? kDone : kFailed;
     } else if (const auto* options = std::get_if<OptionsRequest>(&line.request)) {
         if (options->name.empty()) {
-            printText(optionsText(module.library()));
+            printText(optionsText(module.effectLibrary()));
         } else {
-            setOption(module.library(), options->name, options->value);
+            setOption(module.effectLibrary(), options->name, options->value);
         }
     } else {
         const auto& request = std::get<RenderRequest>(line.request);
-        render(request, buildChain(module.library(), catalogue, request.effects));
+        render(request, buildChain(module.effectLibrary(), catalogue, request.effects));
     }
     return kDone;
 }

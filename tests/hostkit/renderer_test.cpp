@@ -114,10 +114,10 @@ TEST(Renderer, SaysWhichEffectFailed) {
 TEST(Module, RendersThroughTheHostsAllocatorAndUnloads) {
     const ComPtr<IHostAllocator> allocator = PoolAllocator::create();
     const Module module;
-    const EffectCatalogue catalogue(module.library());
+    const EffectCatalogue catalogue(module.effectLibrary());
     const EffectDescription& outline = catalogue.effect("outline");
     std::vector<EffectStage> chain{
-        {ComPtr<IVideoGPUEffect>::adopt(module.library().CreateEffect(outline.index)), ParameterStore(outline)}};
+        {ComPtr<IVideoGPUEffect>::adopt(module.effectLibrary().CreateEffect(outline.index)), ParameterStore(outline)}};
     chain[0].parameters.apply(outline.preset("Solid Black"));
     chain[0].parameters.set("Color", "#FF0000");
     FrameBuffer source(64, 33, kFormatBgra8);

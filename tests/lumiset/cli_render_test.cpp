@@ -74,10 +74,10 @@ std::string writeSquare(const TemporaryFolder& folder) {
 /// their own.
 std::vector<Picture> outlined(const std::string& input) {
     const hostkit::Module module;
-    const hostkit::EffectCatalogue catalogue(module.library());
+    const hostkit::EffectCatalogue catalogue(module.effectLibrary());
     const hostkit::EffectDescription& outline = catalogue.effect("Outline");
     std::vector<hostkit::EffectStage> chain{
-        {hostkit::ComPtr<IVideoGPUEffect>::adopt(module.library().CreateEffect(outline.index)),
+        {hostkit::ComPtr<IVideoGPUEffect>::adopt(module.effectLibrary().CreateEffect(outline.index)),
          hostkit::ParameterStore(outline)}};
     hostkit::ParameterStore& parameters = chain[0].parameters;
     parameters.apply(outline.preset("Red Glow"));
