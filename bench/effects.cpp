@@ -58,7 +58,8 @@ void addEffects(Cases& cases) {
             }
         }
         const auto subject = std::make_shared<Subject>(
-            stage, ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index)), parameters);
+            stage, ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index)),
+            parameters);
         const auto add = [&](const char* format, Base base, const Pool& from, const Pool& to) {
             cases.push_back({fmt::format("{}, {}, {}", effect.name, preset, format), base,
                              [subject, &from, &to](std::size_t n) { return subject->render(from[n], to[n]); }});
