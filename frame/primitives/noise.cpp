@@ -6,6 +6,7 @@
 #include "frame/primitives/noise.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -47,6 +48,22 @@ private:
         return h ^ (h >> 16U);
     }
 };
+
+/// For each set of four lanes, the bytes that bring its lanes to the front.
+struct Gathering {
+    constexpr Gathering() {
+        for (std::size_t set = 0; set < 16; ++set) {
+            std::size_t at = 0;
+            for (std::size_t lane = 0; lane < 4; ++lane) {
+                for (std::size_t byte = 0; (set >> lane & 1U) != 0 && byte < 4; ++byte) {
+                    bytes[set][at++] = static_cast<std::uint8_t>(4 * lane + byte);
+                }
+            }
+        }
+    }
+    alignas(16) std::uint8_t bytes[16][16] = {};
+};
+constexpr Gathering kGathering;
 
 struct UniformRange {
     std::int32_t low;
@@ -207,13 +224,41 @@ private:
                 const VF v = hn::Mul(hn::ConvertTo(d, hn::BitCast(DI(), lanes.next(kGroups / 2 + g))), scale);
                 const VF s = hn::Add(hn::Mul(u, u), hn::Mul(v, v));
                 const auto inside = hn::And(hn::Lt(s, hn::Set(d, 1.0F)), hn::Gt(s, hn::Zero(d)));
-                hn::StoreU(hn::Compress(u, inside), d, m_u + count);
-                hn::StoreU(hn::Compress(v, inside), d, m_v + count);
-                count += hn::CountTrue(d, inside);
+                count = keep(d, u, v, inside, count);
             }
         }
         lanes.store(m_lanes);
         m_count = count;
+    }
+
+    /// Appends the pairs inside the circle. (GCC copies the table of Highway's Compress for the shorter vectors to the
+    /// stack at every call.)
+    template <class D>
+    HWY_INLINE std::size_t keep(D d, hn::Vec<D> u, hn::Vec<D> v, hn::Mask<D> inside, std::size_t count) {
+        if constexpr (kVector == 16) {
+            hn::StoreU(hn::Compress(u, inside), d, m_u + count);
+            hn::StoreU(hn::Compress(v, inside), d, m_v + count);
+            return count + hn::CountTrue(d, inside);
+        } else {
+            std::uint8_t bits[8] = {};
+            hn::StoreMaskBits(d, inside, bits);
+            if constexpr (kVector == 8) {
+                const hn::Half<D> dHalf;
+                count = keepFour(hn::LowerHalf(u), hn::LowerHalf(v), bits[0] & 15U, count);
+                return keepFour(hn::UpperHalf(dHalf, u), hn::UpperHalf(dHalf, v), bits[0] >> 4U, count);
+            } else {
+                return keepFour(u, v, bits[0] & 15U, count);
+            }
+        }
+    }
+    template <class V>
+    HWY_INLINE std::size_t keepFour(V u, V v, std::size_t set, std::size_t count) {
+        const hn::FixedTag<float, 4> d;
+        const hn::FixedTag<std::uint8_t, 16> dBytes;
+        const auto order = hn::Load(dBytes, kGathering.bytes[set]);
+        hn::StoreU(hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(dBytes, u), order)), d, m_u + count);
+        hn::StoreU(hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(dBytes, v), order)), d, m_v + count);
+        return count + static_cast<std::size_t>(std::popcount(set));
     }
 
     NoiseLanes m_lanes;
