@@ -92,6 +92,8 @@ std::vector<Measurement> measure(const Cases& cases, int repetitions) {
 
     for (const Base base : {Base::kFrame8, Base::kFrameFloat, Base::kMask8, Base::kMaskFloat}) {
         const BaseFrames copied = framesOf(base);
+        std::memset(copied.to.bytes(0), 0, 1);  // The frames are made here.
+        std::memset(copied.from.bytes(0), 0, 1);
         add(copied.name, repetitions, [copied](std::size_t n) {
             const auto bytes = static_cast<std::size_t>(copied.from.step()) * kHeight;
             std::memcpy(copied.to.bytes(n), copied.from.bytes(n), bytes);
@@ -100,8 +102,10 @@ std::vector<Measurement> measure(const Cases& cases, int repetitions) {
         });
     }
     for (const Case& one : cases) {
+        one.run(0);  // Frames and tables are made at their first use.
         add(one.name, repetitions, one.run);
         if (one.opencv) {
+            one.opencv(0);
             add("opencv/" + one.name, repetitions, [work = one.opencv](std::size_t n) {
                 work(n);
                 return true;
