@@ -15,8 +15,7 @@ public:
     static constexpr Guid kId{0x9B8D0B5F, 0x065A, 0x46B1, {0x88, 0x9C, 0xF0, 0x57, 0x93, 0x4C, 0xE8, 0xA4}};
 
     virtual const char* LUMISET_CALL GetLibraryName() noexcept = 0;
-    /// A new effect, or null for an index past the last effect, one that this build does not have, or when
-    /// memory is exhausted.
+    /// A new effect, or null for an index past the last effect or when memory is exhausted.
     virtual IVideoGPUEffect* LUMISET_CALL CreateEffect(std::uint32_t index) noexcept = 0;
     /// Reserved between the module and its services; answers 0.
     virtual std::uint32_t LUMISET_CALL LibraryQuery(std::uint32_t a, std::uint32_t b) noexcept = 0;

@@ -27,8 +27,7 @@ IVideoGPUEffect* make() {
     return new (std::nothrow) EffectClass;
 }
 
-/// Effects by library index. The places never change: hosts and preset files know effects by them. A place
-/// without a class stands for an effect that this build does not have.
+/// Effects by library index. The places never change: hosts and preset files know effects by them.
 constexpr auto kEffects = std::to_array<Factory>({
     make<CProgressiveStretch>,    // Progressive Stretch
     make<CBackgroundGenerator>,   // Background Generator
@@ -66,7 +65,7 @@ const char* CLumisetEffects5::GetLibraryName() noexcept {
 
 IVideoGPUEffect* CLumisetEffects5::CreateEffect(std::uint32_t index) noexcept {
     HostServices::instance();  // effects obey the user's options from the start
-    return index < kEffects.size() && kEffects[index] != nullptr ? kEffects[index]() : nullptr;
+    return index < kEffects.size() ? kEffects[index]() : nullptr;
 }
 
 std::uint32_t CLumisetEffects5::LibraryQuery(std::uint32_t a, std::uint32_t b) noexcept {

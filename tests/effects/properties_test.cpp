@@ -105,13 +105,8 @@ DepthRow depthRow(const EffectTester& tester) {
 /// Calls `check(tester, host, description)` for every preset of every effect of this build.
 template <class Check>
 void forEveryPreset(Check check) {
-    int seen = 0;
     for (std::uint32_t index = 0; index < kEffectCount; ++index) {
         const EffectTester tester(index);
-        if (!tester.exists()) {
-            continue;
-        }
-        ++seen;
         for (std::uint32_t preset = 0; preset < tester.presetCount(); ++preset) {
             ValueHost host = tester.presetHost(preset);
             SCOPED_TRACE(std::string(tester.effect().GetEffectName()) + ", " + tester.effect().GetPresetName(preset));
@@ -121,7 +116,6 @@ void forEveryPreset(Check check) {
             }
         }
     }
-    ASSERT_GT(seen, 0);
 }
 
 Picture rendered(const EffectTester& tester, ValueHost& host, Picture& source, Storage storage,
@@ -259,9 +253,6 @@ TEST(EveryEffect, MakesHostileParameterValuesSafe) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     for (std::uint32_t index = 0; index < kEffectCount; ++index) {
         const EffectTester tester(index);
-        if (!tester.exists()) {
-            continue;
-        }
         for (const float value : {nan, infinity, -infinity, -5.0F, 7.0F}) {
             ValueHost host;
             for (std::uint32_t param = 0; param < tester.paramCount(); ++param) {
@@ -282,9 +273,6 @@ TEST(EveryEffect, MakesHostileParameterValuesSafe) {
 TEST(EveryEffect, RefusesFramesThatItCannotRenderAndLeavesTheDestination) {
     for (std::uint32_t index = 0; index < kEffectCount; ++index) {
         const EffectTester tester(index);
-        if (!tester.exists()) {
-            continue;
-        }
         ValueHost host;
         Picture source = testCard(16, 8, {.format = kFormatBgraFloat});
         Picture destination = testCard(16, 8, {.format = kFormatBgraFloat});
