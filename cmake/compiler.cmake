@@ -22,8 +22,9 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   target_compile_options(lumiset_options INTERFACE -msse2 -mfpmath=sse -mstackrealign)
 endif()
 if(LUMISET_SANITIZE)
+  # Line tables are all that a report needs; whole debug information makes the vector files minutes long to compile.
   target_compile_options(lumiset_options INTERFACE
-    -fsanitize=${LUMISET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=${LUMISET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   target_link_options(lumiset_options INTERFACE -fsanitize=${LUMISET_SANITIZE})
 endif()
 
