@@ -24,7 +24,8 @@ allow effects effects gpu frame host platform
 allow support support host platform
 allow platform platform host
 allow hostkit hostkit host
-allow apps/lumiset apps/lumiset hostkit host
+allow adapters/frei0r adapters/frei0r hostkit host
+allow apps/lumiset apps/lumiset adapters/frei0r hostkit host
 
 # The boundary's headers stand alone: a host includes them and nothing else.
 found=$(grep -nE '#include "' host/*.h | grep -vE '#include "host/[a-z_]+\.h"' || true)
@@ -34,13 +35,13 @@ if [ -n "$found" ]; then
 fi
 
 # Hosts know the module by its boundary alone.
-found=$(grep -rnE '#include "host/module/' hostkit apps || true)
+found=$(grep -rnE '#include "host/module/' hostkit adapters apps || true)
 if [ -n "$found" ]; then
     printf 'hosts include no part of the module:\n%s\n' "$found"
     status=1
 fi
 
-found=$(grep -rnE '\b(_WIN32|__linux__|__unix__)\b' frame gpu effects support host hostkit apps \
+found=$(grep -rnE '\b(_WIN32|__linux__|__unix__)\b' frame gpu effects support host hostkit adapters apps \
     --include='*.h' --include='*.cpp' | grep -vE '/(posix|win32)/|^host/platform_call\.h' || true)
 if [ -n "$found" ]; then
     printf 'the operating system shows outside the platform layer:\n%s\n' "$found"
