@@ -1,11 +1,12 @@
-#include "apps/lumiset/gpu_commands.h"
-
 #include <fmt/format.h>
 
-#include <cstdio>
+#include "apps/lumiset/commands.h"
+#include "hostkit/gl/gl_host.h"
 
 namespace lumiset::app {
+namespace {
 
+/// What the OpenGL of this machine is and which extensions it has, in lines. Throws `hostkit::GLError`.
 std::string gpuInfoText() {
     std::string text;
     const hostkit::GLHost gl([&text](const std::string& message) { text += message + '\n'; });
@@ -27,44 +28,16 @@ std::string gpuInfoText() {
     return text;
 }
 
-std::unique_ptr<GPUFrames> GPUFrames::open() {
-    try {
-        return std::unique_ptr<GPUFrames>(new GPUFrames);
-    } catch (const hostkit::GLError& error) {
-        fmt::print(stderr, "lumiset: {} The processor renders instead.\n", error.what());
-        return nullptr;
-    }
-}
+}  // namespace
 
-GPUFrames::GPUFrames() : m_gl([this](const std::string& message) { say(message); }) {
-    m_gl.leaveThread();
-}
-
-void GPUFrames::serve(hostkit::Renderer& renderer) {
-    renderer.setFirstChoice([this](IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
-                                   const VideoFrameDesc& destination, const FrameRenderInfo& info) {
-        return render(effect, host, source, destination, info);
+void addGPUCommands(CLI::App& app, Program& program) {
+    CLI::App& gpu = addCommand(app, "gpu", "Tells about rendering in OpenGL");
+    gpu.require_subcommand(1);
+    CLI::App& info = addCommand(gpu, "info", "The OpenGL of this machine and its extensions");
+    program.onChosen(info, [] {
+        printText(gpuInfoText());
+        return kDone;
     });
-}
-
-bool GPUFrames::render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
-                       const VideoFrameDesc& destination, const FrameRenderInfo& info) {
-    if (m_thread != std::this_thread::get_id()) {
-        m_gl.takeThread();
-        m_thread = std::this_thread::get_id();
-    }
-    if (m_renderer.render(effect, host, source, destination, info)) {
-        return true;
-    }
-    say(fmt::format("The effect \"{}\" does not render in OpenGL here; the processor renders its frames.",
-                    effect.GetEffectName()));
-    return false;
-}
-
-void GPUFrames::say(const std::string& sentence) {
-    if (m_said.insert(sentence).second) {
-        fmt::print(stderr, "lumiset: {}\n", sentence);
-    }
 }
 
 }  // namespace lumiset::app

@@ -1,13 +1,13 @@
-#include "apps/lumiset/option_commands.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
-#include "apps/lumiset/command_line.h"
+#include "apps/lumiset/commands.h"
+#include "apps/lumiset/usage_error.h"
 #include "hostkit/com_ptr.h"
 #include "hostkit/names.h"
 
@@ -46,8 +46,7 @@ const OptionRow& optionNamed(const std::string& name) {
     throw UsageError("There is no option \"" + name + "\"." + hostkit::didYouMean(name, names));
 }
 
-}  // namespace
-
+/// A line each.
 std::string optionsText(IEffectLibrary& library) {
     const auto services = servicesOf(library);
     std::string text;
@@ -58,6 +57,7 @@ std::string optionsText(IEffectLibrary& library) {
     return text;
 }
 
+/// `name` in any case of letters.
 void setOption(IEffectLibrary& library, const std::string& name, const std::string& value) {
     const OptionRow& option = optionNamed(name);
     const bool yes = hostkit::equalIgnoringCase(value, "yes");
@@ -68,6 +68,27 @@ void setOption(IEffectLibrary& library, const std::string& name, const std::stri
     if (!(services.get()->*option.set)(yes)) {
         throw std::runtime_error(std::string("The option \"") + option.name + "\" cannot be stored.");
     }
+}
+
+}  // namespace
+
+void addOptionsCommand(CLI::App& app, Program& program) {
+    struct Request {
+        std::string name;  // empty: all are listed
+        std::string value;
+    };
+    CLI::App& command = addCommand(app, "options", "Lists the user's options, or sets one");
+    const auto request = std::make_shared<Request>();
+    CLI::Option* name = command.add_option("NAME", request->name, "the option to set");
+    name->needs(command.add_option("VALUE", request->value, "yes or no"));
+    program.onChosen(command, [request, &program] {
+        if (request->name.empty()) {
+            printText(optionsText(program.library()));
+        } else {
+            setOption(program.library(), request->name, request->value);
+        }
+        return kDone;
+    });
 }
 
 }  // namespace lumiset::app

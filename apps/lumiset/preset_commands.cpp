@@ -1,8 +1,11 @@
-#include "apps/lumiset/preset_commands.h"
-
 #include <fmt/format.h>
 
-#include "apps/lumiset/chain.h"
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/lumiset/commands.h"
+#include "apps/lumiset/effect_options.h"
 #include "hostkit/parameter_text.h"
 #include "hostkit/preset_file.h"
 
@@ -18,40 +21,78 @@ const hostkit::EffectDescription& effectOf(IEffectLibrary& library, const hostki
     return *effect;
 }
 
-}  // namespace
-
-void savePreset(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue, const PresetSaveRequest& request) {
-    const hostkit::EffectDescription& effect = catalogue.effect(request.effect.name);
-    hostkit::savePresetFile(library, request.file, readParameters(library, effect, request.effect));
+int savePreset(Program& program, const std::string& file, const EffectRequest& request) {
+    const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
+    hostkit::savePresetFile(program.library(), file, readParameters(program.library(), effect, request));
+    return kDone;
 }
 
-std::string loadPresetText(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
-                           const std::string& file) {
-    const hostkit::EffectDescription& effect = effectOf(library, catalogue, file);
+/// Prints a file's effect, name and values, a line each.
+int loadPreset(Program& program, const std::string& file) {
+    const hostkit::EffectDescription& effect = effectOf(program.library(), program.catalogue(), file);
     hostkit::ParameterStore parameters(effect);
-    const std::string name = hostkit::loadPresetFile(library, file, parameters);
+    const std::string name = hostkit::loadPresetFile(program.library(), file, parameters);
     std::string text = fmt::format("{}: {}\n", effect.name, name);
     for (const hostkit::ParameterDescription& parameter : effect.parameters) {
         text += fmt::format("  {}={}\n", effect.shortestName(parameter),
                             hostkit::formatValue(parameter, parameters.valueAt(parameter, 0.0)));
     }
-    return text;
+    printText(text);
+    return kDone;
 }
 
-std::string checkPresetsText(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
-                             const std::vector<std::string>& files, bool& sound) {
-    std::string text;
+/// Prints a line for each file: what it is or what is wrong with it.
+int checkPresets(Program& program, const std::vector<std::string>& files) {
+    int status = kDone;
     for (const std::string& file : files) {
         try {
-            hostkit::ParameterStore parameters(effectOf(library, catalogue, file));
-            const std::string name = hostkit::loadPresetFile(library, file, parameters);
-            text += fmt::format("{}: {}, \"{}\"\n", file, parameters.effect().name, name);
+            hostkit::ParameterStore parameters(effectOf(program.library(), program.catalogue(), file));
+            const std::string name = hostkit::loadPresetFile(program.library(), file, parameters);
+            printText(fmt::format("{}: {}, \"{}\"\n", file, parameters.effect().name, name));
         } catch (const hostkit::PresetFileError& error) {
-            text += fmt::format("{}: {}\n", file, error.what());
-            sound = false;
+            printText(fmt::format("{}: {}\n", file, error.what()));
+            status = kFailed;
         }
     }
-    return text;
+    return status;
+}
+
+void addSave(CLI::App& preset, Program& program) {
+    struct Request {
+        explicit Request(CLI::App& command) : effect(command, EffectOptions::kOneEffect) {}
+        EffectOptions effect;
+        std::string file;
+    };
+    CLI::App& command = addCommand(preset, "save", "Writes an effect's values to a preset file");
+    const auto request = std::make_shared<Request>(command);
+    command.add_option("FILE", request->file, "what to write")->required();
+    program.onChosen(command,
+                     [request, &program] { return savePreset(program, request->file, request->effect.request()); });
+}
+
+void addLoad(CLI::App& preset, Program& program) {
+    CLI::App& command = addCommand(preset, "load", "Shows the values in a preset file");
+    const auto file = std::make_shared<std::string>();
+    command.add_option("FILE", *file, "what to read")->required();
+    program.onChosen(command, [file, &program] { return loadPreset(program, *file); });
+}
+
+void addCheck(CLI::App& preset, Program& program) {
+    CLI::App& command =
+        addCommand(preset, "check", "Tells of preset files whether they can be used, and for which effect");
+    const auto files = std::make_shared<std::vector<std::string>>();
+    command.add_option("FILE", *files, "what to read")->required();
+    program.onChosen(command, [files, &program] { return checkPresets(program, *files); });
+}
+
+}  // namespace
+
+void addPresetCommands(CLI::App& app, Program& program) {
+    CLI::App& preset = addCommand(app, "preset", "Writes, shows and checks preset files");
+    preset.require_subcommand(1);
+    addSave(preset, program);
+    addLoad(preset, program);
+    addCheck(preset, program);
 }
 
 }  // namespace lumiset::app

@@ -8,7 +8,7 @@
 #include <memory>
 #include <thread>
 
-#include "apps/lumiset/gpu_commands.h"
+#include "apps/lumiset/gpu_frames.h"
 #include "apps/lumiset/interruption.h"
 #include "apps/lumiset/media/media.h"
 #include "apps/lumiset/ordered_pipeline.h"

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "apps/lumiset/program.h"
+
+// One function for each command of the program. It adds the command with its options to the command line and says
+// what to do when it is chosen.
+
+namespace lumiset::app {
+
+void addListCommand(CLI::App& app, Program& program);
+void addShowCommand(CLI::App& app, Program& program);
+void addRenderCommand(CLI::App& app, Program& program);
+void addPresetCommands(CLI::App& app, Program& program);
+void addOptionsCommand(CLI::App& app, Program& program);
+void addGPUCommands(CLI::App& app, Program& program);
+
+}  // namespace lumiset::app

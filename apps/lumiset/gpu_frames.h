@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "hostkit/gl/gpu_renderer.h"
+#include "hostkit/renderer.h"
+
+namespace lumiset::app {
+
+/// The OpenGL renderer of a `render` command. It has one context, so one thread renders with it, whichever asks first.
+class GPUFrames {
+public:
+    /// Null, and a sentence on standard error, where there is no OpenGL that effects can use.
+    [[nodiscard]] static std::unique_ptr<GPUFrames> open();
+
+    /// Gives the renderer its first choice; a frame that OpenGL does not render is left to the processor, which
+    /// standard error is told once for each effect. `renderer` must not outlive this object.
+    void serve(hostkit::Renderer& renderer);
+
+private:
+    GPUFrames();
+    bool render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
+                const VideoFrameDesc& destination, const FrameRenderInfo& info);
+    void say(const std::string& sentence);
+
+    std::set<std::string> m_said;
+    hostkit::GLHost m_gl;
+    hostkit::GPURenderer m_renderer{m_gl};
+    std::thread::id m_thread;
+};
+
+}  // namespace lumiset::app

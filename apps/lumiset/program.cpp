@@ -1,0 +1,43 @@
+#include "apps/lumiset/program.h"
+
+#include <cstdio>
+#include <stdexcept>
+#include <utility>
+
+namespace lumiset::app {
+
+void Program::onChosen(CLI::App& command, std::function<int()> work) {
+    command.callback([this, work = std::move(work)] { m_work = work; });
+}
+
+const hostkit::Module& Program::module() {
+    if (!m_module) {
+        m_module.emplace(modulePath);
+    }
+    return *m_module;
+}
+
+const hostkit::EffectCatalogue& Program::catalogue() {
+    if (!m_catalogue) {
+        m_catalogue.emplace(library());
+    }
+    return *m_catalogue;
+}
+
+CLI::App& addCommand(CLI::App& parent, const std::string& name, const std::string& summary,
+                     const std::string& introduction) {
+    CLI::App* command = parent.add_subcommand(name, summary);
+    command->group("Commands");
+    command->preparse_callback([command, text = introduction.empty() ? summary + ".\n" : introduction](std::size_t) {
+        command->description(text);
+    });
+    return *command;
+}
+
+void printText(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        throw std::runtime_error("The output cannot be written.");
+    }
+}
+
+}  // namespace lumiset::app
