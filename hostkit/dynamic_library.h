@@ -23,8 +23,9 @@ private:
     bool m_keepLoaded = false;
 };
 
-/// Folder of the running program; empty when the system does not tell.
-std::filesystem::path executableDirectory();
+/// Folder of the file that holds this code: the running program, or the shared library that the host kit is linked
+/// into. Symbolic links are followed. Empty when the system does not tell.
+std::filesystem::path codeDirectory();
 
 /// File name that the system gives a shared library called `stem`.
 std::filesystem::path dynamicLibraryName(const char* stem);

@@ -5,28 +5,24 @@
 #include <system_error>
 
 namespace lumiset::hostkit {
-namespace {
 
-std::filesystem::path findModule() {
+std::filesystem::path findModule(const std::filesystem::path& home) {
     if (const char* named = std::getenv("LUMISET_MODULE"); named != nullptr && *named != '\0') {
         return named;
     }
     const std::filesystem::path name = dynamicLibraryName("vantrel_lumiset5");
-    const std::filesystem::path home = executableDirectory();
-    const std::filesystem::path places[] = {home / name, (home / ".." / "lib" / name).lexically_normal()};
-    for (const std::filesystem::path& place : places) {
+    for (const char* folder : {".", "..", "../lib/lumiset", "../lib", "../lumiset"}) {
+        std::filesystem::path place = (home / folder / name).lexically_normal();
         std::error_code error;
         if (std::filesystem::exists(place, error)) {
             return place;
         }
     }
-    throw ModuleError("The effects module " + name.string() + " was found neither in " + home.string() + " nor in " +
-                      places[1].parent_path().string() + "; set LUMISET_MODULE to its path.");
+    throw ModuleError("The effects module " + name.string() + " was found neither in " + home.string() +
+                      " nor in the folders beside it; set LUMISET_MODULE to its path.");
 }
 
-}  // namespace
-
-Module::Module(const std::filesystem::path& path) : m_path(path.empty() ? findModule() : path) {
+Module::Module(const std::filesystem::path& path) : m_path(path.empty() ? findModule(codeDirectory()) : path) {
     std::error_code error;
     if (!std::filesystem::exists(m_path, error)) {
         throw ModuleError("There is no effects module at " + m_path.string() + ".");

@@ -16,12 +16,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The file that the environment variable LUMISET_MODULE names. Where it is not set, `libvantrel_lumiset5.so` in the
+/// first of these that has it: `home`, `..` from there, `../lib/lumiset`, `../lib`, `../lumiset`. These are the places
+/// where programs and plug-ins find it, in the build folder and installed. Throws `ModuleError`.
+[[nodiscard]] std::filesystem::path findModule(const std::filesystem::path& home);
+
 /// The loaded effects module. Everything obtained from it must be released before it goes.
 class Module {
 public:
-    /// Loads the module from `path`. Where that is empty the file named by the environment variable
-    /// LUMISET_MODULE is loaded; where that is not set, `libvantrel_lumiset5.so` beside the running program,
-    /// then in `../lib` from there. Throws `ModuleError`.
+    /// Loads the module from `path`; where that is empty, the one that `findModule` finds from the folder of the
+    /// program or shared library that holds this code. Throws `ModuleError`.
     explicit Module(const std::filesystem::path& path = {});
     ~Module();
     Module(const Module&) = delete;

@@ -11,8 +11,8 @@ inline constexpr const char* kProgram =
 )";
 
 inline constexpr const char* kProgramFooter = R"(
-The effects come from the module libvantrel_lumiset5.so beside this program or in ../lib from there. --module or the
-environment variable LUMISET_MODULE name another one.
+The effects come from the module libvantrel_lumiset5.so beside this program, or in ../lib/lumiset or ../lib from there.
+--module or the environment variable LUMISET_MODULE name another one.
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted (143 by SIGTERM). Messages go to standard error.
 "lumiset render --help" tells how values are written and gives examples.)";

@@ -1,6 +1,7 @@
 #include "hostkit/dynamic_library.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <stdexcept>
 #include <string>
@@ -26,10 +27,17 @@ void* DynamicLibrary::symbol(const char* name) const {
     return ::dlsym(m_handle, name);
 }
 
-std::filesystem::path executableDirectory() {
+std::filesystem::path codeDirectory() {
+    Dl_info info{};
+    void* found = nullptr;
+    std::filesystem::path file;
+    if (::dladdr1(reinterpret_cast<const void*>(&codeDirectory), &info, &found, RTLD_DL_LINKMAP) != 0) {
+        file = static_cast<const link_map*>(found)->l_name;
+    }
+    // The loader keeps no name for the program itself.
     std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return error ? std::filesystem::path() : program.parent_path();
+    file = std::filesystem::canonical(file.empty() ? "/proc/self/exe" : file, error);
+    return error ? std::filesystem::path() : file.parent_path();
 }
 
 std::filesystem::path dynamicLibraryName(const char* stem) {

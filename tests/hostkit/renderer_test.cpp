@@ -153,5 +153,34 @@ TEST(Module, SaysWhatIsWrongWithAFileThatIsNone) {
     ::unsetenv("LUMISET_MODULE");
 }
 
+TEST(Module, IsFoundFromTheFoldersOfProgramsAndPlugIns) {
+    namespace fs = std::filesystem;
+    const fs::path root = fs::path(testing::TempDir()) / "lumiset_module_places";
+    fs::remove_all(root);
+    const auto put = [&](const char* folder) {
+        fs::create_directories(root / folder);
+        const fs::path file = root / folder / "libvantrel_lumiset5.so";
+        std::ofstream(file) << "module";
+        return file;
+    };
+    fs::create_directories(root / "lib/frei0r-1");
+    const fs::path program = root / "bin";
+    const fs::path plugin = root / "lib/frei0r-1";
+    EXPECT_THROW((void)findModule(program), ModuleError);
+
+    const fs::path installed = put("lib/lumiset");
+    EXPECT_EQ(findModule(program), installed);
+    EXPECT_EQ(findModule(plugin), installed);
+    const fs::path above = put("lib");
+    EXPECT_EQ(findModule(plugin), above);
+    EXPECT_EQ(findModule(program), installed);
+    const fs::path beside = put("bin");
+    EXPECT_EQ(findModule(program), beside);
+    ::setenv("LUMISET_MODULE", "/nowhere/else.so", 1);
+    EXPECT_EQ(findModule(program), "/nowhere/else.so");
+    ::unsetenv("LUMISET_MODULE");
+    fs::remove_all(root);
+}
+
 }  // namespace
 }  // namespace lumiset::hostkit
