@@ -22,5 +22,6 @@
 #include "frame/primitives/noise.h"
 #include "frame/primitives/resize.h"
 #include "frame/primitives/sharpen.h"
+#include "frame/primitives/spread.h"
 #include "frame/primitives/status.h"
 #include "frame/primitives/warp.h"

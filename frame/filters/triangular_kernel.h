@@ -5,7 +5,6 @@
 //     T(x + 1) = T(x) + S(x),   S(x) = S(x - 1) + p(x + half) - p(x) - p(x - e) + p(x - e - half)
 // where e is 1 for an even n, else 0: three or four samples a step, whatever the size.
 
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <optional>

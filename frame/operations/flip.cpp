@@ -14,17 +14,20 @@ std::size_t rowBytes(const Frame& frame) {
     return static_cast<std::size_t>(frame.Width()) * static_cast<std::size_t>(frame.BytesPerPixel());
 }
 
+void flipRows(Frame& frame, std::int32_t rows, std::size_t bytes) {
+    for (std::int32_t top = 0, bottom = rows - 1; top < bottom; ++top, --bottom) {
+        std::uint8_t* row = frame.PixelAddress(0, top, 0);
+        std::swap_ranges(row, row + bytes, frame.PixelAddress(0, bottom, 0));
+    }
+}
+
 }  // namespace
 
 bool FrameFlipVertical(Frame& frame) noexcept {
     if (!hasPixels(frame)) {
         return false;
     }
-    const std::size_t bytes = rowBytes(frame);
-    for (std::int32_t top = 0, bottom = frame.Height() - 1; top < bottom; ++top, --bottom) {
-        std::uint8_t* row = frame.PixelAddress(0, top, 0);
-        std::swap_ranges(row, row + bytes, frame.PixelAddress(0, bottom, 0));
-    }
+    flipRows(frame, frame.Height(), rowBytes(frame));
     return true;
 }
 
@@ -34,6 +37,10 @@ bool FrameFlipVerticalCopy(const Frame& src, Frame& dst) noexcept {
     }
     const std::size_t bytes = std::min(rowBytes(src), rowBytes(dst));
     const std::int32_t rows = std::min(src.Height(), dst.Height());
+    if (src.Data() == dst.Data() && src.Stride() == dst.Stride()) {
+        flipRows(dst, rows, bytes);
+        return true;
+    }
     for (std::int32_t y = 0; y < rows; ++y) {
         std::memcpy(dst.PixelAddress(0, rows - 1 - y, 0), src.PixelAddress(0, y, 0), bytes);
     }

@@ -8,7 +8,8 @@ namespace lumiset {
 bool FrameFlipVertical(Frame& frame) noexcept;
 
 /// Row i of `src` becomes row h - 1 - i of `dst`, h being the smaller height; a row copies the smaller of the
-/// two row lengths. Any format. False for a frame without pixels.
+/// two row lengths. Any format. The two may be one picture (the same first pixel and stride), but must not overlap
+/// otherwise. False for a frame without pixels.
 bool FrameFlipVerticalCopy(const Frame& src, Frame& dst) noexcept;
 
 }  // namespace lumiset

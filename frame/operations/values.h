@@ -15,12 +15,13 @@ bool FrameClampValues(Frame& frame, float low, float high) noexcept;
 /// Sets one channel of a colour frame to `value` of 255; false for a value outside 0..255.
 bool FrameSetChannel(Frame& frame, std::int32_t channel, std::int32_t value) noexcept;
 
-/// Fills a frame with a colour 0xAARRGGBB; masks take its low byte.
+/// Fills a frame with a colour 0xAARRGGBB, float frames with its levels / 255; masks take its low byte.
 bool FrameFillColor(Frame& frame, std::uint32_t color) noexcept;
 
-/// Multiplies each sample by `color[i]`, given in the frame's sample order. 8-bit frames take `color` as levels
-/// limited to 0..255, truncated; masks take the first value, the float mask limited to 0..1. False for a value
-/// that is not finite.
+/// Multiplies each sample by `color[i]`, given in the frame's sample order, where 1 changes nothing. Float colour
+/// frames take the values as they stand. The others limit them to 0..1, and 8-bit frames make whole levels of 255 of
+/// them and round the product down. Masks take the first value alone. False for a value used that is not finite.
+/// Both frames must have the same kind of samples.
 bool FrameMultiplyColor(const Frame& src, Frame& dst, const float color[4]) noexcept;
 
 /// 1 - sample or 255 - sample, alpha included.

@@ -2,7 +2,7 @@
 
 // Brightness, colour matrices and hue. Arguments are checked and pointers may be advanced as told in copy.h. A
 // destination of the same layout may be the source. 8-bit results are floor(v + 0.5) limited to 0..255, with v
-// computed in single precision from left to right as written.
+// computed in single precision, each product and each sum rounded, in the order in which they are written here.
 
 #include <cstdint>
 
@@ -10,7 +10,8 @@
 
 namespace lumiset {
 
-/// One channel: k[0] * s0 + k[1] * s1 + k[2] * s2.
+/// One channel: k[0] * s0 + k[2] * s2 + k[1] * s1. The outer two are added first, so that red, green, blue and blue,
+/// green, red round alike.
 ImgStatus ImgLuma8C3(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                      const float* coefficients, ImgSize size) noexcept;
 ImgStatus ImgLuma8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,

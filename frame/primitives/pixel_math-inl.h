@@ -41,7 +41,7 @@ HWY_INLINE Vec8 join(Halves v) {
     return hn::BitCast(Tag8(), hn::Or(v.even, hn::ShiftLeft<8>(v.odd)));
 }
 
-/// p / 255 rounded as `scaledProduct` does it, for products p of two bytes.
+/// p / 255 rounded down, as `scaledProduct` does it, for products p of two bytes.
 HWY_INLINE Vec16 over255(Vec16 product) {
     const Vec16 next = hn::Add(product, hn::Set(Tag16(), 1));
 #if HWY_TARGET == HWY_EMU128

@@ -251,6 +251,8 @@ TEST(FrameProcessor, TurnsRowsOver) {
                 EXPECT_EQ(sampleAt(small, y, i), old(2 - y));
             }
         }
+        EXPECT_TRUE(p->FlipVerticalCopy(&desc, &desc)) << "turns one picture back over";
+        EXPECT_EQ(samplesIn(frame), before);
         EXPECT_TRUE(frame.guardsAreWhole());
         EXPECT_TRUE(small.guardsAreWhole());
     }
