@@ -1,0 +1,95 @@
+#include "adapters/frei0r/effect.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "hostkit/host_allocator.h"
+#include "hostkit/names.h"
+#include "hostkit/preset_file.h"
+
+namespace lumiset::frei0r {
+namespace {
+
+hostkit::ComPtr<IVideoGPUEffect> createEffect(const hostkit::Module& module, std::uint32_t index) {
+    auto effect = hostkit::ComPtr<IVideoGPUEffect>::adopt(module.effectLibrary().CreateEffect(index));
+    if (!effect) {
+        throw hostkit::ModuleError("The effects module " + module.path().string() + " does not have this effect.");
+    }
+    return effect;
+}
+
+}  // namespace
+
+void report(const std::string& sentence) noexcept {
+    try {
+        // Left to the end of the program, as everything that a thread may still be in.
+        static std::mutex& mutex = *new std::mutex;
+        static std::set<std::string>& said = *new std::set<std::string>;
+        const std::lock_guard lock(mutex);
+        if (said.insert(sentence).second) {
+            std::fprintf(stderr, "lumiset: %s\n", sentence.c_str());
+        }
+    } catch (const std::exception&) {
+        // No memory to remember what was said: it stays unsaid.
+    }
+}
+
+Effect::Effect(std::uint32_t index)
+    : m_object(createEffect(m_module, index)),
+      m_description(hostkit::describeEffect(*m_object.get(), index)),
+      m_parameters(parameterList(m_description)),
+      m_explanation(m_description.name + ", a video effect of Lumiset") {}
+
+const Effect* Effect::load(std::uint32_t index) noexcept {
+    try {
+        return new Effect(index);
+    } catch (const std::exception& error) {
+        report(error.what());
+        return nullptr;
+    }
+}
+
+hostkit::ParameterStore Effect::presetValues(const std::string& preset) const {
+    hostkit::ParameterStore values(m_description);
+    if (hostkit::trimmed(preset).empty()) {
+        return values;
+    }
+    try {
+        values.apply(m_description.preset(preset));
+    } catch (const hostkit::ParameterError& unknown) {
+        std::error_code error;
+        if (!std::filesystem::exists(preset, error)) {
+            report(std::string(unknown.what()) + " Nor is it a preset file.");
+            return values;
+        }
+        try {
+            hostkit::loadPresetFile(m_module.effectLibrary(), preset, values);
+        } catch (const hostkit::PresetFileError& reason) {
+            report(reason.what());
+        }
+    }
+    return values;
+}
+
+std::shared_ptr<IHostAllocator> scratchFor(std::uint32_t width, std::uint32_t height) {
+    static std::mutex& mutex = *new std::mutex;
+    static auto& pools = *new std::map<std::pair<std::uint32_t, std::uint32_t>, std::weak_ptr<IHostAllocator>>;
+    const std::lock_guard lock(mutex);
+    std::erase_if(pools, [](const auto& pool) { return pool.second.expired(); });
+    std::weak_ptr<IHostAllocator>& known = pools[{width, height}];
+    std::shared_ptr<IHostAllocator> pool = known.lock();
+    if (pool == nullptr) {
+        hostkit::ComPtr<IHostAllocator> made = hostkit::PoolAllocator::create();
+        IHostAllocator* allocator = made.get();
+        pool = {allocator, [held = std::move(made)](IHostAllocator*) {}};
+        known = pool;
+    }
+    return pool;
+}
+
+}  // namespace lumiset::frei0r
