@@ -1,6 +1,8 @@
 #include "gpu/gpu_effect_helper.h"
 
+#include "gpu/crash_guard.h"
 #include "gpu/forced_cpu.h"
+#include "gpu/process_names.h"
 #include "host/pixel_format.h"
 
 namespace lumiset {
@@ -15,7 +17,7 @@ IHostGL* GPUEffectHelper::queryGL(IEffectHost* host) noexcept {
 
 bool GPUEffectHelper::InitGPU(IEffectHost* host, GPUResources* resources, GPUProgramSet* status,
                               std::uint32_t reserved) noexcept {
-    if (forcedCpu()) {
+    if (forcedCpu() || crashReported(processLibraryName(), GetEffectName())) {
         return false;
     }
     IHostGL* gl = queryGL(host);
@@ -46,11 +48,17 @@ bool GPUEffectHelper::ProcessFrameGPU(std::uint32_t /*reserved*/, IEffectHost* h
     }
     bool rendered = false;
     if (loadCore()) {
-        // The frame starts here ...
+        const char* const hostName = processHostName(*host);
+        const char* const libraryName = processLibraryName();
+        char guid[kFrameGuidSize];
+        const bool announced = MakeFrameGuid(guid, sizeof guid) &&
+                               SendMonitorMessage(hostName, libraryName, GetEffectName(), guid, kFrameStarts);
         Bind(resources, gl);
         rendered = RenderFrameGPU(host, source, extra, destination, info);
         Bind(nullptr, nullptr);
-        // ... and has ended here: a driver that fails does so in between.
+        if (announced) {
+            SendMonitorMessage(hostName, libraryName, GetEffectName(), guid, kFrameEnded);
+        }
     }
     gl->Release();
     return rendered;

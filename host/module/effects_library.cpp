@@ -14,6 +14,7 @@
 #include "effects/selective_tint.h"
 #include "effects/viewfinder.h"
 #include "frame/frame_processor.h"
+#include "gpu/process_names.h"
 #include "host/module/host_services.h"
 #include "support/preset_saver.h"
 
@@ -65,6 +66,7 @@ const char* CLumisetEffects5::GetLibraryName() noexcept {
 
 IVideoGPUEffect* CLumisetEffects5::CreateEffect(std::uint32_t index) noexcept {
     HostServices::instance();  // effects obey the user's options from the start
+    setLibrarySource(GetEffectsLibrary);
     return index < kEffects.size() ? kEffects[index]() : nullptr;
 }
 

@@ -2,12 +2,15 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace lumiset::platform {
 
 /// An open file that is closed with the object.
 class Descriptor {
 public:
     explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor() { close(); }

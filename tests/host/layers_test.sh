@@ -25,6 +25,7 @@ allow support support host platform
 allow platform platform host
 allow hostkit hostkit host
 allow adapters/frei0r adapters/frei0r hostkit host
+allow apps/gpu_monitor apps/gpu_monitor platform
 allow apps/lumiset apps/lumiset adapters/frei0r hostkit host
 
 # The boundary's headers stand alone: a host includes them and nothing else.

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+namespace lumiset::platform {
+
+/// A process for good: its number may be given to another once it has ended, its time of birth then differs.
+struct Process {
+    std::uint64_t id = 0;
+    std::uint64_t born = 0;  ///< in the system's own unit; 0 when that cannot be told
+
+    friend auto operator<=>(const Process&, const Process&) = default;
+};
+
+/// The process that has this number now.
+Process findProcess(std::uint64_t id);
+
+/// False once it has ended.
+bool isRunning(const Process& process);
+
+}  // namespace lumiset::platform
