@@ -14,19 +14,17 @@ namespace {
 
 using VecI = hn::Vec<TagI32>;
 
-/// Studio-range luma and colour differences of Rec. 601 without offsets.
+/// Studio-range luma and colour differences of Rec. 601 without offsets. The differences of a grey are exactly 0.
 struct YCbCr {
     VecF y;
     VecF cb;
     VecF cr;
 };
 HWY_INLINE YCbCr toYCbCr(VecF red, VecF green, VecF blue) {
-    const auto weighted = [&](float r, float g, float b) HWY_ATTR {
-        const TagF d;
-        return hn::Add(hn::Add(hn::Mul(red, hn::Set(d, r)), hn::Mul(green, hn::Set(d, g))),
-                       hn::Mul(blue, hn::Set(d, b)));
-    };
-    return {weighted(0.257F, 0.504F, 0.098F), weighted(-0.148F, -0.291F, 0.439F), weighted(0.439F, -0.368F, -0.071F)};
+    const auto times = [](VecF v, float weight) HWY_ATTR { return hn::Mul(v, hn::Set(TagF(), weight)); };
+    return {hn::Add(hn::Add(times(red, 0.257F), times(green, 0.504F)), times(blue, 0.098F)),
+            hn::Add(times(hn::Sub(blue, red), 0.148F), times(hn::Sub(blue, green), 0.291F)),
+            hn::Add(times(hn::Sub(red, green), 0.368F), times(hn::Sub(red, blue), 0.071F))};
 }
 
 /// Cuts off the fraction of a sum of thousandths, whose last bits may have been rounded down.

@@ -33,8 +33,10 @@ vec2 floored(vec2 v) {
 void main() {
     vec4 source = plainOrder(texelAt(texelHere())) * 255.0;
     source = wholeLevels == 1 ? floor(source + 0.5) : source;
-    vec3 ycc = truncated(vec3(dot(source.rgb, vec3(0.257, 0.504, 0.098)), dot(source.rgb, vec3(-0.148, -0.291, 0.439)),
-                              dot(source.rgb, vec3(0.439, -0.368, -0.071))));
+    // The differences of a grey are exactly 0.
+    vec3 ycc = truncated(vec3(dot(source.rgb, vec3(0.257, 0.504, 0.098)),
+                              dot(source.bb - source.rg, vec2(0.148, 0.291)),
+                              dot(source.rr - source.gb, vec2(0.368, 0.071))));
     vec2 x = clamp(floored(ycc.y * fKeyCb + ycc.z * fKeyCr), -128.0, 127.0);
     vec2 z = clamp(floored(ycc.z * fKeyCb - ycc.y * fKeyCr), -128.0, 127.0);
     vec2 outside = vec2(greaterThan(abs(z), floored(x * fAcceptAngleTg)));

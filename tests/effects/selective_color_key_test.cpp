@@ -111,6 +111,25 @@ TEST(KeyMask, OfFloatsFallsAlongTheKeysOwnHue) {
     });
 }
 
+TEST(KeyMask, OfFloatGreysLiesInTheWedgeAsOfBytes) {
+    onEveryInstructionSet([] {
+        constexpr std::int32_t width = 256;
+        GuardedFrame source(width, 1, kFormatArgbFloat);
+        GuardedFrame mask(width, 1, kFormatMaskFloat);
+        for (std::int32_t x = 0; x < width; ++x) {
+            const float grey = static_cast<float>(x) / 255.0F;
+            const float pixel[4] = {1.0F, grey, grey, grey};
+            std::copy_n(pixel, 4, source.row<float>(0) + std::ptrdiff_t{4} * x);
+        }
+        for (const std::uint32_t color : {0x4656B0U, 0xFEC27DU}) {
+            keyMask(source.frame, mask.frame, colorKey(color, 0.5F, false));
+            for (std::int32_t x = 0; x < width; ++x) {
+                ASSERT_EQ(mask.row<float>(0)[x], 0.0F) << x;
+            }
+        }
+    });
+}
+
 TEST(AlphaProcessor, HasAnotherBaseBeforeTheEffect) {
     CAlphaProcessor* effect = new CAlphaProcessor;
     CBaseEffectHelper* first = effect;
