@@ -189,34 +189,20 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace lumiset {
-namespace {
-
-ImgStatus checkArguments(PlaneArgument src, PlaneArgument dst, ImgSize size) {
-    const ImgStatus status = checkPlanes(size, {src, dst});
-    return status == kImgOk && size.width < 2 ? kImgBadSize : status;
-}
-
-}  // namespace
 
 HWY_EXPORT(yuv422ToBgra);
 HWY_EXPORT(bgraToYuv422);
 
 ImgStatus ImgYuv422ToBgra(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                           std::uint8_t alpha, bool wholeGroups, ImgSize size) noexcept {
-    const ImgStatus status = checkArguments({src, srcStep, 2}, {dst, dstStep, 4}, size);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(yuv422ToBgra)({src, srcStep}, {dst, dstStep}, alpha, wholeGroups, size);
-    }
-    return status;
+    return runLoop(size.width < 2 ? kImgBadSize : kImgOk, HWY_DYNAMIC_DISPATCH(yuv422ToBgra), size,
+                   pixels<2>(src, srcStep), pixels<4>(dst, dstStep), alpha, wholeGroups);
 }
 
 ImgStatus ImgBgraToYuv422(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                           bool wholeGroups, ImgSize size) noexcept {
-    const ImgStatus status = checkArguments({src, srcStep, 4}, {dst, dstStep, 2}, size);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(bgraToYuv422)({src, srcStep}, {dst, dstStep}, wholeGroups, size);
-    }
-    return status;
+    return runLoop(size.width < 2 ? kImgBadSize : kImgOk, HWY_DYNAMIC_DISPATCH(bgraToYuv422), size,
+                   pixels<4>(src, srcStep), pixels<2>(dst, dstStep), wholeGroups);
 }
 
 }  // namespace lumiset

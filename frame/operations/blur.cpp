@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 
 #include "frame/filters/triangular_blur.h"
 #include "frame/operations/filter.h"
@@ -13,13 +12,6 @@ constexpr std::int32_t kLargestBlur = 1000;
 /// Whole pixels of a blur size; 0 for what is not a number.
 std::int32_t wholeSize(float radius) {
     return radius >= 1.0F ? static_cast<std::int32_t>(std::min(radius, static_cast<float>(kLargestBlur))) : 0;
-}
-
-void copyRows(const Frame& src, Frame& dst, ImgSize size) {
-    const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(src.BytesPerPixel());
-    for (std::int32_t y = 0; y < size.height; ++y) {
-        std::memmove(dst.PixelAddress(0, y, 0), src.PixelAddress(0, y, 0), bytes);
-    }
 }
 
 }  // namespace
@@ -37,7 +29,7 @@ bool FrameBlur(const Frame& src, Frame& dst, float radiusX, float radiusY, Memor
     const std::int32_t sizeX = wholeSize(radiusX);
     const std::int32_t sizeY = wholeSize(radiusY);
     if (sizeX < 1 || sizeY < 1) {
-        copyRows(src, dst, size);
+        copyPixels(src, dst, size);
         return true;
     }
     MemoryAllocator heap;

@@ -22,6 +22,13 @@ ImgSize commonSize(const Frame& a, const Frame& b) {
     return size.width < 1 || size.height < 1 ? ImgSize{0, 0} : size;
 }
 
+void copyPixels(const Frame& src, Frame& dst, ImgSize size) {
+    const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(src.BytesPerPixel());
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        std::memmove(dst.PixelAddress(0, y, 0), src.PixelAddress(0, y, 0), bytes);
+    }
+}
+
 bool StableSource::prepare(const Frame& src, const Frame& dst, ImgSize size) {
     m_data = src.Data();
     m_stride = src.Stride();

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the filter operations share: the common rectangle of two frames, and a source that does not overlap the
-// destination.
+// What the filter operations share: the common rectangle of two frames, its plain copy, and a source that does not
+// overlap the destination.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +13,9 @@ namespace lumiset {
 
 /// Common rectangle of two frames with pixels; of no size otherwise.
 [[nodiscard]] ImgSize commonSize(const Frame& a, const Frame& b);
+
+/// Copies `size` pixels; the frames may overlap.
+void copyPixels(const Frame& src, Frame& dst, ImgSize size);
 
 /// Rows of a source from which a destination that may overlap it can be computed: the source itself, or a copy.
 class StableSource {

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <cstring>
-
 #include "frame/filters/block_morphology.h"
 #include "frame/filters/ellipse_rectangles.h"
 #include "frame/filters/scratch_block.h"
@@ -19,10 +16,7 @@ bool morph(const Frame& src, Frame& dst, std::int32_t maskWidth, std::int32_t ma
         return false;
     }
     if (maskWidth < 2 || maskHeight < 2) {
-        const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(src.BytesPerPixel());
-        for (std::int32_t y = 0; y < size.height; ++y) {
-            std::memmove(dst.PixelAddress(0, y, 0), src.PixelAddress(0, y, 0), bytes);
-        }
+        copyPixels(src, dst, size);
         return true;
     }
     MemoryAllocator heap;

@@ -134,8 +134,8 @@ namespace {
 ImgStatus checkAlphaIndex(std::int32_t alphaIndex) {
     return alphaIndex == 0 || alphaIndex == 3 ? kImgOk : kImgBadRange;
 }
-ImgStatus checkMode(std::int32_t mode) {
-    return mode == kImgOverStraight || mode == kImgOverPremultiplied ? kImgOk : kImgBadRange;
+ImgStatus checkOver(std::int32_t mode, std::int32_t alphaIndex) {
+    return mode == kImgOverStraight || mode == kImgOverPremultiplied ? checkAlphaIndex(alphaIndex) : kImgBadRange;
 }
 
 }  // namespace
@@ -143,26 +143,14 @@ ImgStatus checkMode(std::int32_t mode) {
 HWY_EXPORT(alphaPremultiply8);
 ImgStatus ImgPremultiply8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                             std::int32_t alphaIndex, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        status = checkAlphaIndex(alphaIndex);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(alphaPremultiply8)({src, srcStep}, {dst, dstStep}, alphaIndex, size);
-    }
-    return status;
+    return runLoop(checkAlphaIndex(alphaIndex), HWY_DYNAMIC_DISPATCH(alphaPremultiply8), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), alphaIndex);
 }
 HWY_EXPORT(alphaPremultiplyF);
 ImgStatus ImgPremultiplyFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                             std::int32_t alphaIndex, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        status = checkAlphaIndex(alphaIndex);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(alphaPremultiplyF)({src, srcStep}, {dst, dstStep}, alphaIndex, size);
-    }
-    return status;
+    return runLoop(checkAlphaIndex(alphaIndex), HWY_DYNAMIC_DISPATCH(alphaPremultiplyF), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), alphaIndex);
 }
 ImgStatus ImgPremultiply8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                             ImgSize size) noexcept {
@@ -173,35 +161,15 @@ HWY_EXPORT(alphaOver8);
 ImgStatus ImgAlphaOver8C4(const std::uint8_t* top, std::int32_t topStep, const std::uint8_t* bottom,
                           std::int32_t bottomStep, std::uint8_t* dst, std::int32_t dstStep, std::int32_t mode,
                           std::int32_t alphaIndex, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{top, topStep, 4}, {bottom, bottomStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        status = checkMode(mode);
-    }
-    if (status == kImgOk) {
-        status = checkAlphaIndex(alphaIndex);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(alphaOver8)
-        ({top, topStep}, {bottom, bottomStep}, {dst, dstStep}, mode == kImgOverStraight, alphaIndex, size);
-    }
-    return status;
+    return runLoop(checkOver(mode, alphaIndex), HWY_DYNAMIC_DISPATCH(alphaOver8), size, pixels<4>(top, topStep),
+                   pixels<4>(bottom, bottomStep), pixels<4>(dst, dstStep), mode == kImgOverStraight, alphaIndex);
 }
 HWY_EXPORT(alphaOverF);
 ImgStatus ImgAlphaOverFC4(const float* top, std::int32_t topStep, const float* bottom, std::int32_t bottomStep,
                           float* dst, std::int32_t dstStep, std::int32_t mode, std::int32_t alphaIndex,
                           ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{top, topStep, 16}, {bottom, bottomStep, 16}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        status = checkMode(mode);
-    }
-    if (status == kImgOk) {
-        status = checkAlphaIndex(alphaIndex);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(alphaOverF)
-        ({top, topStep}, {bottom, bottomStep}, {dst, dstStep}, mode == kImgOverStraight, alphaIndex, size);
-    }
-    return status;
+    return runLoop(checkOver(mode, alphaIndex), HWY_DYNAMIC_DISPATCH(alphaOverF), size, pixels<4>(top, topStep),
+                   pixels<4>(bottom, bottomStep), pixels<4>(dst, dstStep), mode == kImgOverStraight, alphaIndex);
 }
 ImgStatus ImgAlphaOver8A4(const std::uint8_t* top, std::int32_t topStep, const std::uint8_t* bottom,
                           std::int32_t bottomStep, std::uint8_t* dst, std::int32_t dstStep, std::int32_t mode,

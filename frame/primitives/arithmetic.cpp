@@ -120,51 +120,35 @@ namespace lumiset {
 HWY_EXPORT(scaleByColor8C1);
 ImgStatus ImgScaleByColor8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                              std::uint8_t value, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 1}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(scaleByColor8C1)({src, srcStep}, {dst, dstStep}, value, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(scaleByColor8C1), size, pixels<1>(src, srcStep), pixels<1>(dst, dstStep),
+                   value);
 }
 
 HWY_EXPORT(scaleByColor8C4);
 ImgStatus ImgScaleByColor8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                              const std::uint8_t* values, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(scaleByColor8C4)({src, srcStep}, {dst, dstStep}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(scaleByColor8C4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep),
+                   values);
 }
 
 HWY_EXPORT(scaleByColorFC1);
 ImgStatus ImgScaleByColorFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, float value,
                              ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(scaleByColorFC1)({src, srcStep}, {dst, dstStep}, value, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(scaleByColorFC1), size, pixels<1>(src, srcStep), pixels<1>(dst, dstStep),
+                   value);
 }
 
 HWY_EXPORT(scaleByColorFC4);
 ImgStatus ImgScaleByColorFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                              const float* values, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(scaleByColorFC4)({src, srcStep}, {dst, dstStep}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(scaleByColorFC4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep),
+                   values);
 }
 
 HWY_EXPORT(addFA4);
 ImgStatus ImgAddFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, const float* values,
                     ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(addFA4)({src, srcStep}, {dst, dstStep}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(addFA4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep), values);
 }
 ImgStatus ImgAddInPlaceFA4(float* plane, std::int32_t step, const float* values, ImgSize size) noexcept {
     return ImgAddFA4(plane, step, plane, step, values, size);
@@ -173,11 +157,7 @@ ImgStatus ImgAddInPlaceFA4(float* plane, std::int32_t step, const float* values,
 HWY_EXPORT(mulFA4);
 ImgStatus ImgMulFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, const float* values,
                     ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(mulFA4)({src, srcStep}, {dst, dstStep}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(mulFA4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep), values);
 }
 ImgStatus ImgMulInPlaceFA4(float* plane, std::int32_t step, const float* values, ImgSize size) noexcept {
     return ImgMulFA4(plane, step, plane, step, values, size);
@@ -186,14 +166,8 @@ ImgStatus ImgMulInPlaceFA4(float* plane, std::int32_t step, const float* values,
 HWY_EXPORT(mulScaled8C1);
 ImgStatus ImgMulScaled8C1(std::uint8_t* plane, std::int32_t step, std::uint8_t value, std::int32_t scale,
                           ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{plane, step, 1}});
-    if (status == kImgOk && (scale < 0 || scale > 15)) {
-        status = kImgBadRange;
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(mulScaled8C1)({plane, step}, value, scale, size);
-    }
-    return status;
+    return runLoop(scale >= 0 && scale <= 15 ? kImgOk : kImgBadRange, HWY_DYNAMIC_DISPATCH(mulScaled8C1), size,
+                   pixels<1>(plane, step), value, scale);
 }
 
 ImgStatus ImgMulFC1(float* plane, std::int32_t step, float value, ImgSize size) noexcept {
@@ -202,24 +176,15 @@ ImgStatus ImgMulFC1(float* plane, std::int32_t step, float value, ImgSize size) 
 
 HWY_EXPORT(squareFC1);
 ImgStatus ImgSquareFC1(float* plane, std::int32_t step, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(squareFC1)({plane, step}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(squareFC1), size, pixels<1>(plane, step));
 }
 
 HWY_EXPORT(hasNegative);
 HWY_EXPORT(squareRootFC1);
 ImgStatus ImgSquareRootFC1(float* plane, std::int32_t step, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{plane, step, 4}});
-    if (status == kImgOk && HWY_DYNAMIC_DISPATCH(hasNegative)({plane, step}, size)) {
-        status = kImgBadRange;
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(squareRootFC1)({plane, step}, size);
-    }
-    return status;
+    const ImgStatus status = checkPlanes(size, {pixels<1>(plane, step)});
+    const bool negative = status == kImgOk && HWY_DYNAMIC_DISPATCH(hasNegative)({plane, step}, size);
+    return runLoop(negative ? kImgBadRange : status, HWY_DYNAMIC_DISPATCH(squareRootFC1), size, pixels<1>(plane, step));
 }
 
 }  // namespace lumiset

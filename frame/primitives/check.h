@@ -56,4 +56,44 @@ struct Plane {
     }
 };
 
+/// A plane as a primitive is given it: pixels of `kSamples` samples.
+template <std::int32_t kSamples, class T>
+struct Pixels : Plane<T> {
+    constexpr operator PlaneArgument() const {
+        return {this->data, this->step, kSamples * static_cast<std::int32_t>(sizeof(T))};
+    }
+};
+template <std::int32_t kSamples, class T>
+[[nodiscard]] constexpr Pixels<kSamples, T> pixels(T* data, std::int32_t step) {
+    return {{data, step}};
+}
+
+/// Pointers among the other arguments are arrays; numbers pass every check.
+template <class T>
+[[nodiscard]] constexpr PlaneArgument checkedArgument(const T& argument) {
+    if constexpr (std::is_convertible_v<T, PlaneArgument>) {
+        return argument;
+    } else if constexpr (std::is_pointer_v<T>) {
+        return arrayArgument(argument);
+    } else {
+        return arrayArgument(&argument);
+    }
+}
+
+/// What nearly every primitive is: `loop(arguments..., size)`, with `Pixels` for its planes, unless the check of its
+/// arguments or then `ownCheck`, the primitive's own, says that it cannot be.
+template <class Loop, class... Arguments>
+[[nodiscard]] ImgStatus runLoop(ImgStatus ownCheck, Loop& loop, ImgSize size, const Arguments&... arguments) {
+    const ImgStatus status = checkPlanes(size, {checkedArgument(arguments)...});
+    if (status != kImgOk || ownCheck != kImgOk) {
+        return status != kImgOk ? status : ownCheck;
+    }
+    loop(arguments..., size);
+    return kImgOk;
+}
+template <class Loop, class... Arguments>
+[[nodiscard]] ImgStatus runLoop(Loop& loop, ImgSize size, const Arguments&... arguments) {
+    return runLoop(kImgOk, loop, size, arguments...);
+}
+
 }  // namespace lumiset

@@ -199,51 +199,31 @@ namespace lumiset {
 HWY_EXPORT(luma8C3);
 ImgStatus ImgLuma8C3(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                      const float* coefficients, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 3}, {dst, dstStep, 1}, arrayArgument(coefficients)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(luma8C3)({src, srcStep}, {dst, dstStep}, coefficients, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(luma8C3), size, pixels<3>(src, srcStep), pixels<1>(dst, dstStep), coefficients);
 }
 
 HWY_EXPORT(luma8A4);
 ImgStatus ImgLuma8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                      const float* coefficients, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 1}, arrayArgument(coefficients)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(luma8A4)({src, srcStep}, {dst, dstStep}, coefficients, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(luma8A4), size, pixels<4>(src, srcStep), pixels<1>(dst, dstStep), coefficients);
 }
 
 HWY_EXPORT(lumaFA4);
 ImgStatus ImgLumaFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                      const float* coefficients, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 4}, arrayArgument(coefficients)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(lumaFA4)({src, srcStep}, {dst, dstStep}, coefficients, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(lumaFA4), size, pixels<4>(src, srcStep), pixels<1>(dst, dstStep), coefficients);
 }
 
 HWY_EXPORT(colorTwist8A4);
 ImgStatus ImgColorTwist8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                            const float* matrix, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}, arrayArgument(matrix)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(colorTwist8A4)({src, srcStep}, {dst, dstStep}, matrix, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(colorTwist8A4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep), matrix);
 }
 
 HWY_EXPORT(colorTwistFA4);
 ImgStatus ImgColorTwistFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                            const float* matrix, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(matrix)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(colorTwistFA4)({src, srcStep}, {dst, dstStep}, matrix, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(colorTwistFA4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep), matrix);
 }
 ImgStatus ImgColorTwistInPlaceFA4(float* plane, std::int32_t step, const float* matrix, ImgSize size) noexcept {
     return ImgColorTwistFA4(plane, step, plane, step, matrix, size);
@@ -252,41 +232,29 @@ ImgStatus ImgColorTwistInPlaceFA4(float* plane, std::int32_t step, const float* 
 HWY_EXPORT(colorRgbToHsv8);
 ImgStatus ImgRgbToHsv8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                          ImgColorOrder order, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(colorRgbToHsv8)({src, srcStep}, {dst, dstStep}, order == ImgColorOrder::kBgr, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(colorRgbToHsv8), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep),
+                   order == ImgColorOrder::kBgr);
 }
 
 HWY_EXPORT(colorHsvToRgb8);
 ImgStatus ImgHsvToRgb8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                          ImgColorOrder order, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(colorHsvToRgb8)({src, srcStep}, {dst, dstStep}, order == ImgColorOrder::kBgr, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(colorHsvToRgb8), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep),
+                   order == ImgColorOrder::kBgr);
 }
 
 HWY_EXPORT(colorRgbToHsvF);
 ImgStatus ImgRgbToHsvFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgColorOrder order,
                          ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(colorRgbToHsvF)({src, srcStep}, {dst, dstStep}, order == ImgColorOrder::kBgr, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(colorRgbToHsvF), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep),
+                   order == ImgColorOrder::kBgr);
 }
 
 HWY_EXPORT(colorHsvToRgbF);
 ImgStatus ImgHsvToRgbFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgColorOrder order,
                          ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(colorHsvToRgbF)({src, srcStep}, {dst, dstStep}, order == ImgColorOrder::kBgr, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(colorHsvToRgbF), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep),
+                   order == ImgColorOrder::kBgr);
 }
 
 }  // namespace lumiset

@@ -24,26 +24,36 @@ void floatToByte(Plane<const float> src, Plane<std::uint8_t> dst, float low, flo
         src);
 }
 
-}  // namespace
-
-void floatToByteC1(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
-    floatToByte<Touch::kOneChannel>(src, dst, low, high, size);
-}
-void floatToByteA4(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
-    floatToByte<Touch::kFirstThree>(src, dst, low, high, size);
-}
-
-void byteToFloatC1(Plane<const std::uint8_t> src, Plane<float> dst, float low, float high, ImgSize size) {
+template <Touch kTouch>
+void byteToFloat(Plane<const std::uint8_t> src, Plane<float> dst, float low, float high, ImgSize size) {
     const VecF offset = hn::Set(TagF(), low);
     const VecF range = hn::Set(TagF(), high - low);
     const VecF steps = hn::Set(TagF(), 255.0F);
-    mapPlane<Touch::kOneChannel>(
+    mapPlane<kTouch>(
         size, dst,
         [&](auto bytes) HWY_ATTR {
             const VecF v = hn::ConvertTo(TagF(), hn::PromoteTo(TagI32(), bytes));
             return hn::Add(hn::Div(hn::Mul(v, range), steps), offset);
         },
         src);
+}
+
+}  // namespace
+
+void floatToByteC1(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
+    floatToByte<Touch::kOneChannel>(src, dst, low, high, size);
+}
+void floatToByteC4(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
+    floatToByte<Touch::kAllFour>(src, dst, low, high, size);
+}
+void floatToByteA4(Plane<const float> src, Plane<std::uint8_t> dst, float low, float high, ImgSize size) {
+    floatToByte<Touch::kFirstThree>(src, dst, low, high, size);
+}
+void byteToFloatC1(Plane<const std::uint8_t> src, Plane<float> dst, float low, float high, ImgSize size) {
+    byteToFloat<Touch::kOneChannel>(src, dst, low, high, size);
+}
+void byteToFloatC4(Plane<const std::uint8_t> src, Plane<float> dst, float low, float high, ImgSize size) {
+    byteToFloat<Touch::kAllFour>(src, dst, low, high, size);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
@@ -63,64 +73,36 @@ ImgStatus checkRange(float low, float high) {
 HWY_EXPORT(floatToByteA4);
 ImgStatus ImgFloatToByteA4(const float* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep, float low,
                            float high, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        status = checkRange(low, high);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(floatToByteA4)({src, srcStep}, {dst, dstStep}, low, high, size);
-    }
-    return status;
+    return runLoop(checkRange(low, high), HWY_DYNAMIC_DISPATCH(floatToByteA4), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), low, high);
 }
 
 HWY_EXPORT(floatToByteC1);
 ImgStatus ImgFloatToByteC1(const float* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep, float low,
                            float high, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 1}});
-    if (status == kImgOk) {
-        status = checkRange(low, high);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(floatToByteC1)({src, srcStep}, {dst, dstStep}, low, high, size);
-    }
-    return status;
+    return runLoop(checkRange(low, high), HWY_DYNAMIC_DISPATCH(floatToByteC1), size, pixels<1>(src, srcStep),
+                   pixels<1>(dst, dstStep), low, high);
 }
 
+HWY_EXPORT(floatToByteC4);
 ImgStatus ImgFloatToByteC4(const float* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep, float low,
                            float high, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        status = checkRange(low, high);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(floatToByteC1)({src, srcStep}, {dst, dstStep}, low, high, {size.width * 4, size.height});
-    }
-    return status;
+    return runLoop(checkRange(low, high), HWY_DYNAMIC_DISPATCH(floatToByteC4), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), low, high);
 }
 
 HWY_EXPORT(byteToFloatC1);
 ImgStatus ImgByteToFloatC1(const std::uint8_t* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, float low,
                            float high, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        status = checkRange(low, high);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(byteToFloatC1)({src, srcStep}, {dst, dstStep}, low, high, size);
-    }
-    return status;
+    return runLoop(checkRange(low, high), HWY_DYNAMIC_DISPATCH(byteToFloatC1), size, pixels<1>(src, srcStep),
+                   pixels<1>(dst, dstStep), low, high);
 }
 
+HWY_EXPORT(byteToFloatC4);
 ImgStatus ImgByteToFloatC4(const std::uint8_t* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, float low,
                            float high, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        status = checkRange(low, high);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(byteToFloatC1)({src, srcStep}, {dst, dstStep}, low, high, {size.width * 4, size.height});
-    }
-    return status;
+    return runLoop(checkRange(low, high), HWY_DYNAMIC_DISPATCH(byteToFloatC4), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), low, high);
 }
 
 }  // namespace lumiset

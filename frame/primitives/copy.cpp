@@ -1,5 +1,7 @@
 #include "frame/primitives/copy.h"
 
+#include <algorithm>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frame/primitives/copy.cpp"
 #include "hwy/foreach_target.h"
@@ -109,145 +111,98 @@ HWY_AFTER_NAMESPACE();
 namespace lumiset {
 namespace {
 
-/// Whole rows of `rowBytes`.
-void copyRows(const void* src, std::int32_t srcStep, void* dst, std::int32_t dstStep, std::int64_t rowBytes,
-              std::int32_t height) {
-    if (srcStep == rowBytes && dstStep == rowBytes) {
-        std::memmove(dst, src, static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(height));
+template <std::int32_t kSamples, class T>
+void copyRows(Plane<const T> src, Plane<T> dst, ImgSize size) {
+    const std::size_t rowBytes = static_cast<std::size_t>(size.width) * kSamples * sizeof(T);
+    if (static_cast<std::size_t>(src.step) == rowBytes && src.step == dst.step) {
+        std::memmove(dst.data, src.data, rowBytes * static_cast<std::size_t>(size.height));
         return;
     }
-    const Plane<const std::uint8_t> from{static_cast<const std::uint8_t*>(src), srcStep};
-    const Plane<std::uint8_t> to{static_cast<std::uint8_t*>(dst), dstStep};
-    for (std::int32_t y = 0; y < height; ++y) {
-        std::memmove(to.row(y), from.row(y), static_cast<std::size_t>(rowBytes));
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        std::memmove(dst.row(y), src.row(y), rowBytes);
     }
 }
 
-ImgStatus copyPixels(const void* src, std::int32_t srcStep, void* dst, std::int32_t dstStep, std::int32_t pixelBytes,
-                     ImgSize size) {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, pixelBytes}, {dst, dstStep, pixelBytes}});
-    if (status == kImgOk) {
-        copyRows(src, srcStep, dst, dstStep, std::int64_t{size.width} * pixelBytes, size.height);
-    }
-    return status;
+template <std::int32_t kSamples, class T>
+ImgStatus copyPixels(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, ImgSize size) {
+    return runLoop(copyRows<kSamples, T>, size, pixels<kSamples>(src, srcStep), pixels<kSamples>(dst, dstStep));
 }
 
 ImgStatus checkOrder(const std::uint32_t* order) {
-    for (int i = 0; i < 4; ++i) {
-        if (order[i] > 3) {
-            return kImgBadRange;
-        }
-    }
-    return kImgOk;
+    return order != nullptr && std::all_of(order, order + 4, [](std::uint32_t index) { return index <= 3; })
+               ? kImgOk
+               : kImgBadRange;
 }
 
 }  // namespace
 
 ImgStatus ImgCopy8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                      ImgSize size) noexcept {
-    return copyPixels(src, srcStep, dst, dstStep, 1, size);
+    return copyPixels<1>(src, srcStep, dst, dstStep, size);
 }
 ImgStatus ImgCopy8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                      ImgSize size) noexcept {
-    return copyPixels(src, srcStep, dst, dstStep, 4, size);
+    return copyPixels<4>(src, srcStep, dst, dstStep, size);
 }
 ImgStatus ImgCopyFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size) noexcept {
-    return copyPixels(src, srcStep, dst, dstStep, 4, size);
+    return copyPixels<1>(src, srcStep, dst, dstStep, size);
 }
 ImgStatus ImgCopyFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size) noexcept {
-    return copyPixels(src, srcStep, dst, dstStep, 16, size);
+    return copyPixels<4>(src, srcStep, dst, dstStep, size);
 }
 
 HWY_EXPORT(copy8A4);
 ImgStatus ImgCopy8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                      ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(copy8A4)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(copy8A4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep));
 }
 
 HWY_EXPORT(copyFA4);
 ImgStatus ImgCopyFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(copyFA4)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(copyFA4), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep));
 }
 
 HWY_EXPORT(copyChannel8);
 ImgStatus ImgCopyChannel8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                             ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(copyChannel8)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(copyChannel8), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep));
 }
 
 HWY_EXPORT(copyChannelF);
 ImgStatus ImgCopyChannelFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                             ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(copyChannelF)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(copyChannelF), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep));
 }
 
 HWY_EXPORT(extractChannel8);
 ImgStatus ImgExtractChannel8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                              ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 1}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(extractChannel8)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(extractChannel8), size, pixels<4>(src, srcStep), pixels<1>(dst, dstStep));
 }
 
 HWY_EXPORT(extractChannelF);
 ImgStatus ImgExtractChannelF(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                              ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(extractChannelF)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(extractChannelF), size, pixels<4>(src, srcStep), pixels<1>(dst, dstStep));
 }
 
 HWY_EXPORT(insertChannel8);
 ImgStatus ImgInsertChannel8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                             ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(insertChannel8)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(insertChannel8), size, pixels<1>(src, srcStep), pixels<4>(dst, dstStep));
 }
 
 HWY_EXPORT(insertChannelF);
 ImgStatus ImgInsertChannelF(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                             ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(insertChannelF)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(insertChannelF), size, pixels<1>(src, srcStep), pixels<4>(dst, dstStep));
 }
 
 HWY_EXPORT(reorder8);
 ImgStatus ImgReorderChannels8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                                 const std::uint32_t* order, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}, arrayArgument(order)});
-    if (status == kImgOk) {
-        status = checkOrder(order);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(reorder8)({src, srcStep}, {dst, dstStep}, order, size);
-    }
-    return status;
+    return runLoop(checkOrder(order), HWY_DYNAMIC_DISPATCH(reorder8), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), order);
 }
 ImgStatus ImgSwapChannels8C4(std::uint8_t* plane, std::int32_t step, const std::uint32_t* order,
                              ImgSize size) noexcept {
@@ -257,14 +212,8 @@ ImgStatus ImgSwapChannels8C4(std::uint8_t* plane, std::int32_t step, const std::
 HWY_EXPORT(reorderF);
 ImgStatus ImgReorderChannelsFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                                 const std::uint32_t* order, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}, arrayArgument(order)});
-    if (status == kImgOk) {
-        status = checkOrder(order);
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(reorderF)({src, srcStep}, {dst, dstStep}, order, size);
-    }
-    return status;
+    return runLoop(checkOrder(order), HWY_DYNAMIC_DISPATCH(reorderF), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), order);
 }
 ImgStatus ImgSwapChannelsFC4(float* plane, std::int32_t step, const std::uint32_t* order, ImgSize size) noexcept {
     return ImgReorderChannelsFC4(plane, step, plane, step, order, size);

@@ -50,79 +50,53 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace lumiset {
+namespace {
+
+void set8C1(Plane<std::uint8_t> plane, std::uint8_t value, ImgSize size) {
+    for (std::int32_t y = 0; y < size.height; ++y) {
+        std::memset(plane.row(y), value, static_cast<std::size_t>(size.width));
+    }
+}
+
+}  // namespace
 
 ImgStatus ImgSet8C1(std::uint8_t* plane, std::int32_t step, std::uint8_t value, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 1}});
-    if (status == kImgOk) {
-        const Plane<std::uint8_t> rows{plane, step};
-        for (std::int32_t y = 0; y < size.height; ++y) {
-            std::memset(rows.row(y), value, static_cast<std::size_t>(size.width));
-        }
-    }
-    return status;
+    return runLoop(set8C1, size, pixels<1>(plane, step), value);
 }
 
 HWY_EXPORT(setFC1);
 ImgStatus ImgSetFC1(float* plane, std::int32_t step, float value, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(setFC1)({plane, step}, value, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(setFC1), size, pixels<1>(plane, step), value);
 }
 
 HWY_EXPORT(set8C4);
 ImgStatus ImgSet8C4(std::uint8_t* plane, std::int32_t step, const std::uint8_t* values, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(set8C4)({plane, step}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(set8C4), size, pixels<4>(plane, step), values);
 }
 
 HWY_EXPORT(setFC4);
 ImgStatus ImgSetFC4(float* plane, std::int32_t step, const float* values, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 16}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(setFC4)({plane, step}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(setFC4), size, pixels<4>(plane, step), values);
 }
 
 HWY_EXPORT(set8A4);
 ImgStatus ImgSet8A4(std::uint8_t* plane, std::int32_t step, const std::uint8_t* values, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(set8A4)({plane, step}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(set8A4), size, pixels<4>(plane, step), values);
 }
 
 HWY_EXPORT(setFA4);
 ImgStatus ImgSetFA4(float* plane, std::int32_t step, const float* values, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 16}, arrayArgument(values)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(setFA4)({plane, step}, values, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(setFA4), size, pixels<4>(plane, step), values);
 }
 
 HWY_EXPORT(setChannel8);
 ImgStatus ImgSetChannel8C4(std::uint8_t* plane, std::int32_t step, std::uint8_t value, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(setChannel8)({plane, step}, value, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(setChannel8), size, pixels<4>(plane, step), value);
 }
 
 HWY_EXPORT(setChannelF);
 ImgStatus ImgSetChannelFC4(float* plane, std::int32_t step, float value, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(setChannelF)({plane, step}, value, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(setChannelF), size, pixels<4>(plane, step), value);
 }
 
 }  // namespace lumiset

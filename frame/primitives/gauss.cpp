@@ -136,10 +136,10 @@ private:
 
 }  // namespace
 
-void gaussBytes(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, ImgSize size, std::int32_t maskCode) {
+void gaussBytes(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, std::int32_t maskCode, ImgSize size) {
     maskCode == kImgMask3x3 ? Gauss<Bytes, 1>::run(src, dst, size) : Gauss<Bytes, 2>::run(src, dst, size);
 }
-void gaussFloats(Plane<const float> src, Plane<float> dst, ImgSize size, std::int32_t maskCode) {
+void gaussFloats(Plane<const float> src, Plane<float> dst, std::int32_t maskCode, ImgSize size) {
     maskCode == kImgMask3x3 ? Gauss<Floats, 1>::run(src, dst, size) : Gauss<Floats, 2>::run(src, dst, size);
 }
 
@@ -154,14 +154,7 @@ HWY_EXPORT(gaussFloats);
 
 namespace {
 
-template <class T>
-ImgStatus checkGauss(const T* src, std::int32_t srcStep, const T* dst, std::int32_t dstStep, ImgSize size,
-                     std::int32_t maskCode) {
-    constexpr std::int32_t kPixelBytes = static_cast<std::int32_t>(sizeof(T));
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, kPixelBytes}, {dst, dstStep, kPixelBytes}});
-    if (status != kImgOk) {
-        return status;
-    }
+ImgStatus checkMask(std::int32_t maskCode) {
     return maskCode == kImgMask3x3 || maskCode == kImgMask5x5 ? kImgOk : kImgBadMaskSize;
 }
 
@@ -169,19 +162,13 @@ ImgStatus checkGauss(const T* src, std::int32_t srcStep, const T* dst, std::int3
 
 ImgStatus ImgGauss8(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                     ImgSize size, std::int32_t maskCode) noexcept {
-    const ImgStatus status = checkGauss(src, srcStep, dst, dstStep, size, maskCode);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(gaussBytes)({src, srcStep}, {dst, dstStep}, size, maskCode);
-    }
-    return status;
+    return runLoop(checkMask(maskCode), HWY_DYNAMIC_DISPATCH(gaussBytes), size, pixels<1>(src, srcStep),
+                   pixels<1>(dst, dstStep), maskCode);
 }
 ImgStatus ImgGaussF(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
                     std::int32_t maskCode) noexcept {
-    const ImgStatus status = checkGauss(src, srcStep, dst, dstStep, size, maskCode);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(gaussFloats)({src, srcStep}, {dst, dstStep}, size, maskCode);
-    }
-    return status;
+    return runLoop(checkMask(maskCode), HWY_DYNAMIC_DISPATCH(gaussFloats), size, pixels<1>(src, srcStep),
+                   pixels<1>(dst, dstStep), maskCode);
 }
 
 }  // namespace lumiset

@@ -97,115 +97,69 @@ namespace lumiset {
 HWY_EXPORT(clampRange8C1);
 ImgStatus ImgClampRange8C1(std::uint8_t* plane, std::int32_t step, std::uint8_t low, std::uint8_t high,
                            ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 1}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(clampRange8C1)({plane, step}, low, high, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(clampRange8C1), size, pixels<1>(plane, step), low, high);
 }
 
 HWY_EXPORT(clampRangeFC1);
 ImgStatus ImgClampRangeFC1(float* plane, std::int32_t step, float low, float high, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(clampRangeFC1)({plane, step}, low, high, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(clampRangeFC1), size, pixels<1>(plane, step), low, high);
 }
 
 HWY_EXPORT(clampRangeFA4);
 ImgStatus ImgClampRangeFA4(float* plane, std::int32_t step, float low, float high, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(clampRangeFA4)({plane, step}, low, high, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(clampRangeFA4), size, pixels<4>(plane, step), low, high);
 }
 
 HWY_EXPORT(thresholdLess8C1);
 ImgStatus ImgThresholdLess8C1(std::uint8_t* plane, std::int32_t step, std::uint8_t threshold, std::uint8_t value,
                               ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 1}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(thresholdLess8C1)({plane, step}, threshold, value, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(thresholdLess8C1), size, pixels<1>(plane, step), threshold, value);
 }
 
 HWY_EXPORT(thresholdLessFC1);
 ImgStatus ImgThresholdLessFC1(float* plane, std::int32_t step, float threshold, float value, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(thresholdLessFC1)({plane, step}, threshold, value, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(thresholdLessFC1), size, pixels<1>(plane, step), threshold, value);
 }
 
 HWY_EXPORT(invert8C1);
 ImgStatus ImgInvert8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                        ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 1}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(invert8C1)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(invert8C1), size, pixels<1>(src, srcStep), pixels<1>(dst, dstStep));
 }
 
 HWY_EXPORT(invertFC1);
 ImgStatus ImgInvertFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                        ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(invertFC1)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(invertFC1), size, pixels<1>(src, srcStep), pixels<1>(dst, dstStep));
 }
 
 HWY_EXPORT(invertChannel8);
 ImgStatus ImgInvertChannel8C4(std::uint8_t* plane, std::int32_t step, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(invertChannel8)({plane, step}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(invertChannel8), size, pixels<4>(plane, step));
 }
 
 HWY_EXPORT(invertChannelF);
 ImgStatus ImgInvertChannelFC4(float* plane, std::int32_t step, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(invertChannelF)({plane, step}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(invertChannelF), size, pixels<4>(plane, step));
 }
 
 HWY_EXPORT(min8C1);
 ImgStatus ImgMin8C1(const std::uint8_t* a, std::int32_t aStep, const std::uint8_t* b, std::int32_t bStep,
                     std::uint8_t* dst, std::int32_t dstStep, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{a, aStep, 1}, {b, bStep, 1}, {dst, dstStep, 1}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(min8C1)({a, aStep}, {b, bStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(min8C1), size, pixels<1>(a, aStep), pixels<1>(b, bStep),
+                   pixels<1>(dst, dstStep));
 }
 
 HWY_EXPORT(minFC1);
 ImgStatus ImgMinFC1(const float* a, std::int32_t aStep, const float* b, std::int32_t bStep, float* dst,
                     std::int32_t dstStep, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{a, aStep, 4}, {b, bStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(minFC1)({a, aStep}, {b, bStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(minFC1), size, pixels<1>(a, aStep), pixels<1>(b, bStep),
+                   pixels<1>(dst, dstStep));
 }
 
 HWY_EXPORT(limitFC4);
 ImgStatus ImgLimitFC4(float* plane, std::int32_t step, const float* limits, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{plane, step, 16}, arrayArgument(limits)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(limitFC4)({plane, step}, limits, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(limitFC4), size, pixels<4>(plane, step), limits);
 }
 
 }  // namespace lumiset

@@ -106,24 +106,15 @@ namespace lumiset {
 HWY_EXPORT(lookup8C1);
 ImgStatus ImgLookup8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                        const std::uint8_t* table, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 1}, arrayArgument(table)});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(lookup8C1)({src, srcStep}, {dst, dstStep}, table, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(lookup8C1), size, pixels<1>(src, srcStep), pixels<1>(dst, dstStep), table);
 }
 
 HWY_EXPORT(lookup8A4);
 ImgStatus ImgLookup8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                        const std::uint8_t* const* tables, ImgSize size) noexcept {
-    ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}, arrayArgument(tables)});
-    if (status == kImgOk && (tables[0] == nullptr || tables[1] == nullptr || tables[2] == nullptr)) {
-        status = kImgNullPointer;
-    }
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(lookup8A4)({src, srcStep}, {dst, dstStep}, tables, size);
-    }
-    return status;
+    const bool complete = tables != nullptr && tables[0] != nullptr && tables[1] != nullptr && tables[2] != nullptr;
+    return runLoop(complete ? kImgOk : kImgNullPointer, HWY_DYNAMIC_DISPATCH(lookup8A4), size, pixels<4>(src, srcStep),
+                   pixels<4>(dst, dstStep), tables);
 }
 
 }  // namespace lumiset

@@ -337,48 +337,30 @@ HWY_EXPORT(addGaussF);
 
 constexpr std::int32_t kUniformLimit = 65536;
 
-bool isUsable(const NormalShape& shape) {
-    return std::isfinite(shape.mean) && std::isfinite(shape.deviation) && shape.deviation >= 0;
+ImgStatus checkShape(const NormalShape& shape) {
+    return std::isfinite(shape.mean) && std::isfinite(shape.deviation) && shape.deviation >= 0 ? kImgOk : kImgBadRange;
+}
+ImgStatus checkRange(const UniformRange& range) {
+    return range.high >= range.low && range.low >= -kUniformLimit && range.high <= kUniformLimit ? kImgOk
+                                                                                                 : kImgBadRange;
 }
 
 }  // namespace
 
 ImgStatus ImgAddUniform8C1(std::uint8_t* plane, std::int32_t step, std::int32_t low, std::int32_t high,
                            std::uint32_t* seed, ImgSize size) noexcept {
-    if (const ImgStatus status = checkPlanes(size, {{plane, step, 1}, arrayArgument(seed)}); status != kImgOk) {
-        return status;
-    }
-    if (high < low || low < -kUniformLimit || high > kUniformLimit) {
-        return kImgBadRange;
-    }
-    HWY_DYNAMIC_DISPATCH(addUniform8)({plane, step}, {low, high}, seed, size);
-    return kImgOk;
+    const UniformRange range{low, high};
+    return runLoop(checkRange(range), HWY_DYNAMIC_DISPATCH(addUniform8), size, pixels<1>(plane, step), range, seed);
 }
-
 ImgStatus ImgAddGauss8C1(std::uint8_t* plane, std::int32_t step, float mean, float deviation, std::uint32_t* seed,
                          ImgSize size) noexcept {
-    if (const ImgStatus status = checkPlanes(size, {{plane, step, 1}, arrayArgument(seed)}); status != kImgOk) {
-        return status;
-    }
     const NormalShape shape{mean, deviation};
-    if (!isUsable(shape)) {
-        return kImgBadRange;
-    }
-    HWY_DYNAMIC_DISPATCH(addGauss8)({plane, step}, shape, seed, size);
-    return kImgOk;
+    return runLoop(checkShape(shape), HWY_DYNAMIC_DISPATCH(addGauss8), size, pixels<1>(plane, step), shape, seed);
 }
-
 ImgStatus ImgAddGaussF(float* plane, std::int32_t step, float mean, float deviation, std::uint32_t* seed,
                        ImgSize size) noexcept {
-    if (const ImgStatus status = checkPlanes(size, {{plane, step, 4}, arrayArgument(seed)}); status != kImgOk) {
-        return status;
-    }
     const NormalShape shape{mean, deviation};
-    if (!isUsable(shape)) {
-        return kImgBadRange;
-    }
-    HWY_DYNAMIC_DISPATCH(addGaussF)({plane, step}, shape, seed, size);
-    return kImgOk;
+    return runLoop(checkShape(shape), HWY_DYNAMIC_DISPATCH(addGaussF), size, pixels<1>(plane, step), shape, seed);
 }
 
 }  // namespace lumiset

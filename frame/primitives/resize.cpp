@@ -292,6 +292,15 @@ ImgStatus checkResize(const ResizeJob<T>& job, std::int32_t channels) {
     return usable && resampleTapCount(map.interpolation) != 0 ? kImgOk : kImgBadRange;
 }
 
+template <std::int32_t kChannels, class T, class Loop>
+ImgStatus resize(Loop& loop, const ResizeJob<T>& job) {
+    const ImgStatus status = job.scratch == nullptr ? kImgNullPointer : checkResize(job, kChannels);
+    if (status == kImgOk) {
+        loop(job);
+    }
+    return status;
+}
+
 }  // namespace
 
 ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t interpolation, std::size_t* bytes,
@@ -316,46 +325,30 @@ ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t i
 
 ImgStatus ImgResize8C1(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
                        std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
-    const ResizeJob<std::uint8_t> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
-                                      dstSize};
-    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 1);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(resize8C1)(job);
-    }
-    return status;
+    return resize<1, std::uint8_t>(
+        HWY_DYNAMIC_DISPATCH(resize8C1),
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
 }
 
 ImgStatus ImgResize8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
                        std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
-    const ResizeJob<std::uint8_t> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
-                                      dstSize};
-    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 4);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(resize8C4)(job);
-    }
-    return status;
+    return resize<4, std::uint8_t>(
+        HWY_DYNAMIC_DISPATCH(resize8C4),
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
 }
 
 ImgStatus ImgResizeFC1(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
                        const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
-    const ResizeJob<float> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
-                               dstSize};
-    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 1);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(resizeFC1)(job);
-    }
-    return status;
+    return resize<1, float>(
+        HWY_DYNAMIC_DISPATCH(resizeFC1),
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
 }
 
 ImgStatus ImgResizeFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
                        const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
-    const ResizeJob<float> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
-                               dstSize};
-    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, 4);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(resizeFC4)(job);
-    }
-    return status;
+    return resize<4, float>(
+        HWY_DYNAMIC_DISPATCH(resizeFC4),
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
 }
 
 namespace {

@@ -10,7 +10,10 @@
 //     namespace lumiset::HWY_NAMESPACE { void setC1(...) { loops } }
 //     HWY_AFTER_NAMESPACE();
 //     #if HWY_ONCE
-//     namespace lumiset { HWY_EXPORT(setC1); ImgStatus ImgSet8C1(...) { checks; HWY_DYNAMIC_DISPATCH(setC1)(...); } }
+//     namespace lumiset {
+//     HWY_EXPORT(setC1);
+//     ImgStatus ImgSet8C1(...) { return runLoop(HWY_DYNAMIC_DISPATCH(setC1), size, pixels<1>(plane, step), value); }
+//     }
 //     #endif
 //
 // Lambdas need HWY_ATTR. Multiply and add stay two roundings (never MulAdd), so that every instruction set

@@ -70,19 +70,11 @@ HWY_EXPORT(sharpenFloats);
 
 ImgStatus ImgSharpen8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                         ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(sharpenBytes)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(sharpenBytes), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep));
 }
 ImgStatus ImgSharpenFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
                         ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 16}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(sharpenFloats)({src, srcStep}, {dst, dstStep}, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(sharpenFloats), size, pixels<4>(src, srcStep), pixels<4>(dst, dstStep));
 }
 
 }  // namespace lumiset

@@ -70,20 +70,14 @@ HWY_EXPORT(spreadGrayF);
 
 ImgStatus ImgSpreadGray8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                            std::uint8_t alpha, bool alphaFirst, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 1}, {dst, dstStep, 4}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(spreadGray8)({src, srcStep}, {dst, dstStep}, alpha, alphaFirst, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(spreadGray8), size, pixels<1>(src, srcStep), pixels<4>(dst, dstStep), alpha,
+                   alphaFirst);
 }
 
 ImgStatus ImgSpreadGrayFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, float alpha,
                            bool alphaFirst, ImgSize size) noexcept {
-    const ImgStatus status = checkPlanes(size, {{src, srcStep, 4}, {dst, dstStep, 16}});
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(spreadGrayF)({src, srcStep}, {dst, dstStep}, alpha, alphaFirst, size);
-    }
-    return status;
+    return runLoop(HWY_DYNAMIC_DISPATCH(spreadGrayF), size, pixels<1>(src, srcStep), pixels<4>(dst, dstStep), alpha,
+                   alphaFirst);
 }
 
 }  // namespace lumiset
