@@ -10,39 +10,6 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/// An effect host that offers OpenGL, or not.
-class FakeEffectHost final : public IEffectHost {
-public:
-    explicit FakeEffectHost(FakeGPUHost* gpu) : m_gpu(gpu) {}
-    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override {
-        if (m_gpu != nullptr) {
-            return m_gpu->QueryInterface(iid, out);
-        }
-        *out = nullptr;
-        return kResultNoInterface;
-    }
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return 2; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
-    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
-        const float values[] = {width, 1.0F, 0.0F, 0.75F};
-        if (index == 2) {
-            out->color = 0x0000CC33U;
-        } else {
-            out->slider = values[index];
-        }
-    }
-    void LUMISET_CALL Reserved4() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL Reserved5() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL Reserved6() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL Reserved7() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL GetHostName(const char** out) noexcept override { *out = "Tests"; }
-
-    float width = 1.0F;
-
-private:
-    FakeGPUHost* m_gpu;
-};
-
 class FramePathTest : public ::testing::Test {
 protected:
     FramePathTest() {

@@ -1,0 +1,138 @@
+// What only a FIFO can get wrong.
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+
+#include "platform/monitor_pipe.h"
+#include "tests/monitor/crash_fixture.h"
+
+namespace lumiset::testing {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+class PipeTest : public CrashTest {
+protected:
+    /// Writes blank messages until nothing fits in any more.
+    static void fill(const std::string& pipe) {
+        const int file = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK);
+        ASSERT_GE(file, 0);
+        const std::string bytes(4096, '\0');
+        while (::write(file, bytes.data(), bytes.size()) > 0) {
+        }
+        ::close(file);
+    }
+    /// Starts the monitor and has it stand still.
+    void stopMonitor() {
+        ASSERT_TRUE(runHost(module, "finish", 1));
+        ASSERT_EQ(monitors().size(), 1U);
+        m_monitor = static_cast<pid_t>(monitors()[0]);
+        ASSERT_EQ(::kill(m_monitor, SIGSTOP), 0);
+    }
+
+    const std::string m_pipe = (folder / "runtime" / "vantrelgpumonitor").string();
+    pid_t m_monitor = 0;
+};
+
+TEST_F(PipeTest, HoldsAFrameUpOnlyUntilTheMonitorReadsAgain) {
+    stopMonitor();
+    fill(m_pipe);
+    const auto begin = Clock::now();
+    const Child host = startHost(module, "kill", 1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(platform::crashReports().empty());
+    ::kill(m_monitor, SIGCONT);
+    EXPECT_FALSE(endsWell(host));
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(3));
+    EXPECT_EQ(reportsOnceThereAre(1).size(), 1U);
+}
+
+TEST_F(PipeTest, HoldsAFrameUpForTenSecondsAtMost) {
+    stopMonitor();
+    fill(m_pipe);
+    const auto begin = Clock::now();
+    EXPECT_TRUE(runHost(module, "finish", 1));
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(9900));
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(12)) << "the frame's end is not told either";
+}
+
+TEST_F(PipeTest, IsTheUsersOwnAndGoesWithTheMonitor) {
+    ASSERT_TRUE(runHost(module, "finish", 1));
+    struct stat status {};
+    ASSERT_EQ(::lstat(m_pipe.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFIFO | 0600U);
+    endMonitors();
+    EXPECT_FALSE(std::filesystem::exists(m_pipe));
+    EXPECT_TRUE(runHost(module, "finish", 1)) << "and comes with the next";
+    EXPECT_TRUE(std::filesystem::exists(m_pipe));
+}
+
+TEST_F(PipeTest, LeavesWhatSomebodyPutInItsPlaceAlone) {
+    const std::string precious = (folder / "precious").string();
+    std::ofstream(precious) << "kept";
+    std::filesystem::create_symlink(precious, m_pipe);
+    EXPECT_TRUE(runHost(moduleAlone, "finish", 1));
+    EXPECT_TRUE(runHost(module, "finish", 1)) << "a monitor puts its own there";
+    EXPECT_EQ(monitors().size(), 1U);
+    std::string text;
+    std::ifstream(precious) >> text;
+    EXPECT_EQ(text, "kept");
+}
+
+TEST_F(PipeTest, IsNoLongerServedOnceItIsGone) {
+    ASSERT_TRUE(runHost(module, "finish", 1));
+    std::filesystem::remove_all(folder / "runtime");
+    for (int i = 0; i < 400 && !monitors().empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_TRUE(monitors().empty());
+}
+
+TEST_F(PipeTest, KeepsNothingOfTheHostThatStartedTheMonitor) {
+    const std::string command = '"' + program.string() + "\" \"" + module.string() + "\" finish 1 3>&1";
+    std::FILE* const output = ::popen(command.c_str(), "r");
+    ASSERT_NE(output, nullptr);
+    const auto begin = Clock::now();
+    char line[256];
+    while (std::fgets(line, sizeof line, output) != nullptr) {  // until nobody has the other end open any more
+    }
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(3));
+    EXPECT_EQ(::pclose(output), 0);
+    ASSERT_EQ(monitors().size(), 1U);
+    const std::string process = "/proc/" + std::to_string(monitors()[0]);
+    EXPECT_EQ(std::filesystem::read_symlink(process + "/cwd"), "/");
+    std::ifstream status(process + "/stat");
+    std::string number, name, state, parent, group, session;
+    status >> number >> name >> state >> parent >> group >> session;
+    EXPECT_EQ(session, number) << "a terminal's hang-up does not reach it";
+}
+
+TEST_F(PipeTest, DoesNotEndAHostWhenItBreaks) {
+    ASSERT_EQ(::mkfifo(m_pipe.c_str(), 0600), 0);
+    std::atomic<bool> done{false};
+    std::thread reader([&] {  // comes and goes
+        while (!done) {
+            ::close(::open(m_pipe.c_str(), O_RDONLY | O_NONBLOCK));
+        }
+    });
+    int broken = 0;
+    const auto end = Clock::now() + std::chrono::seconds(2);
+    while (broken < 20 && Clock::now() < end) {
+        broken += platform::sendToMonitor("text") == platform::PipeAttempt::kFailed ? 1 : 0;
+    }
+    done = true;
+    reader.join();
+    EXPECT_GT(broken, 0);
+    sigset_t pending;
+    ::sigpending(&pending);
+    EXPECT_EQ(::sigismember(&pending, SIGPIPE), 0);
+}
+
+}  // namespace
+}  // namespace lumiset::testing
