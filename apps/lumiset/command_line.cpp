@@ -24,7 +24,7 @@ std::string sentence(std::string message) {
 
 std::vector<std::string> commandNames(const CLI::App& app) {
     std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    for (const CLI::App* command : shownCommands(app)) {
         names.push_back(command->get_name());
     }
     return names;
@@ -72,6 +72,9 @@ void describeCommandLine(CLI::App& app, Program& program) {
     addPresetCommands(app, program);
     addOptionsCommand(app, program);
     addGPUCommands(app, program);
+    addDoctorCommand(app, program);
+    addCompletionCommands(app, program);
+    addManCommand(app, program);
     app.footer(help::kProgramFooter);  // Set last, since commands take it over when they are added.
 }
 

@@ -13,5 +13,8 @@ void addRenderCommand(CLI::App& app, Program& program);
 void addPresetCommands(CLI::App& app, Program& program);
 void addOptionsCommand(CLI::App& app, Program& program);
 void addGPUCommands(CLI::App& app, Program& program);
+void addDoctorCommand(CLI::App& app, Program& program);
+void addCompletionCommands(CLI::App& app, Program& program);
+void addManCommand(CLI::App& app, Program& program);
 
 }  // namespace lumiset::app

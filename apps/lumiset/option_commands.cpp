@@ -1,43 +1,20 @@
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
 #include "apps/lumiset/commands.h"
 #include "apps/lumiset/usage_error.h"
-#include "hostkit/com_ptr.h"
+#include "apps/lumiset/user_options.h"
 #include "hostkit/names.h"
 
 namespace lumiset::app {
 namespace {
 
-struct OptionRow {
-    const char* name;
-    const char* meaning;
-    bool (LUMISET_CALL IHostServices::*get)() noexcept;
-    bool (LUMISET_CALL IHostServices::*set)(bool) noexcept;
-};
-
-constexpr auto kOptions = std::to_array<OptionRow>({
-    {"Forced CPU", "effects render on the processor alone", &IHostServices::GetForcedCpu, &IHostServices::SetForcedCpu},
-    {"Knobs Drag Vertical", "knobs of a host's panel follow vertical drags", &IHostServices::GetKnobsDragVertical,
-     &IHostServices::SetKnobsDragVertical},
-    {"Key Frames vs Presets", "hosts offer key frames in place of presets", &IHostServices::GetKeyFramesVsPresets,
-     &IHostServices::SetKeyFramesVsPresets},
-    {"Crop Overscan", "hosts cut off what lies behind a screen's edge", &IHostServices::GetCropOverscan,
-     &IHostServices::SetCropOverscan},
-});
-
-hostkit::ComPtr<IHostServices> servicesOf(IEffectLibrary& library) {
-    return hostkit::ComPtr<IHostServices>::adopt(library.GetHostServices());
-}
-
-const OptionRow& optionNamed(const std::string& name) {
+const UserOption& optionNamed(const std::string& name) {
     std::vector<std::string> names;
-    for (const OptionRow& option : kOptions) {
+    for (const UserOption& option : kUserOptions) {
         if (hostkit::equalIgnoringCase(option.name, name)) {
             return option;
         }
@@ -50,7 +27,7 @@ const OptionRow& optionNamed(const std::string& name) {
 std::string optionsText(IEffectLibrary& library) {
     const auto services = servicesOf(library);
     std::string text;
-    for (const OptionRow& option : kOptions) {
+    for (const UserOption& option : kUserOptions) {
         text +=
             fmt::format("{:<23}{:<5}{}\n", option.name, (services.get()->*option.get)() ? "yes" : "no", option.meaning);
     }
@@ -59,7 +36,7 @@ std::string optionsText(IEffectLibrary& library) {
 
 /// `name` in any case of letters.
 void setOption(IEffectLibrary& library, const std::string& name, const std::string& value) {
-    const OptionRow& option = optionNamed(name);
+    const UserOption& option = optionNamed(name);
     const bool yes = hostkit::equalIgnoringCase(value, "yes");
     if (!yes && !hostkit::equalIgnoringCase(value, "no")) {
         throw UsageError(std::string("\"") + option.name + "\" is yes or no, not \"" + value + "\".");

@@ -34,6 +34,10 @@ CLI::App& addCommand(CLI::App& parent, const std::string& name, const std::strin
     return *command;
 }
 
+std::vector<const CLI::App*> shownCommands(const CLI::App& app) {
+    return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
+}
+
 void printText(const std::string& text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         throw std::runtime_error("The output cannot be written.");

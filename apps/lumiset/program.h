@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "hostkit/effect_catalogue.h"
 #include "hostkit/module.h"
@@ -39,6 +40,9 @@ private:
 /// the summary where there is none.
 CLI::App& addCommand(CLI::App& parent, const std::string& name, const std::string& summary,
                      const std::string& introduction = {});
+
+/// The commands right below `app` that help lists.
+[[nodiscard]] std::vector<const CLI::App*> shownCommands(const CLI::App& app);
 
 /// Exit statuses.
 inline constexpr int kDone = 0;

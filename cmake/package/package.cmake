@@ -1,0 +1,31 @@
+# The Debian package: everything that is installed, below /usr.
+set(LUMISET_MAINTAINER "The Lumiset authors <lumiset@example.org>" CACHE STRING "Who maintains the package")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME lumiset)
+set(CPACK_PACKAGE_CONTACT "${LUMISET_MAINTAINER}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"Ten effects, among them outlines, old television sets and viewfinders, with
+presets. The program lumiset renders images and video through them, frei0r
+plug-ins bring them to ffmpeg, melt, Kdenlive, Shotcut and GStreamer, and
+headers are there for programs that want to load the module themselves.")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# These are looked for while the program runs, so they are not among the libraries that it is linked with.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libegl1, libgl1, libgl1-mesa-dri")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ffmpeg, kdenlive, melt, zenity")
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+configure_file(${CMAKE_CURRENT_LIST_DIR}/debian.cmake.in ${CMAKE_BINARY_DIR}/debian.cmake @ONLY)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/debian.cmake)
+include(CPack)
