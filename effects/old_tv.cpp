@@ -267,7 +267,7 @@ void applyStatic(Frame& frame, const OldTVSettings& settings, const RenderContex
 
 void applyScanLines(Frame& frame, const OldTVSettings& settings) {
     for (std::int32_t y = 0; y < frame.Height(); ++y) {
-        darkenRow(frame, y, scanLineFactor(settings, frame.Height(), y));
+        darkenRow(frame, y, scanLineFactor(settings, frame.Height(), frame.Height() - 1 - y));
     }
 }
 

@@ -73,7 +73,7 @@ std::size_t tearStrips(const TearEvent& tear, float severity, std::int32_t width
         const auto next = static_cast<std::int32_t>(std::int64_t{height} * step / kLast) + 1;
         if (next > row) {
             const std::int32_t turn = (static_cast<std::int32_t>(offset) % width + width) % width;
-            strips[count++] = {row, std::min(next, height), turn};
+            strips[count++] = {height - std::min(next, height), height - row, turn};
             row = next;
         }
     }
@@ -131,10 +131,10 @@ float BrightBand::gain(std::int32_t y) const {
     return std::sqrt(std::max(1.0F - shade, 0.0F));
 }
 
-float scanLineFactor(const OldTVSettings& settings, std::int32_t height, std::int32_t y) {
+float scanLineFactor(const OldTVSettings& settings, std::int32_t height, std::int32_t rowsBelow) {
     const float turn = (kFewestScanLineTurns + (kMostScanLineTurns - kFewestScanLineTurns) * settings.resolution) /
                        static_cast<float>(height);
-    const float light = (std::sin(turn * static_cast<float>(y)) + 1.0F) / 2.0F;
+    const float light = (std::sin(turn * static_cast<float>(rowsBelow)) + 1.0F) / 2.0F;
     return (1.0F - light) * (1.0F - settings.intensity) + light;
 }
 

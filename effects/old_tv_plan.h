@@ -69,7 +69,7 @@ struct TearStrip {
 };
 /// The most strips that a tear has.
 inline constexpr std::size_t kTearSteps = 1001;
-/// Fills in the strips of a tear, which together cover the picture; returns how many there are.
+/// Fills in the strips of a tear, from the picture's bottom up, which together cover it; returns how many there are.
 std::size_t tearStrips(const TearEvent& tear, float severity, std::int32_t width, std::int32_t height,
                        std::span<TearStrip, kTearSteps> strips);
 
@@ -97,8 +97,8 @@ BrightBand findBand(const OldTVSettings& settings, std::int32_t height, float ti
 /// Turns of the scan lines' sine over the picture, times 2 pi: 10 and 200 lines, which the panel shows for Resolution.
 inline constexpr float kFewestScanLineTurns = 62.8F;
 inline constexpr float kMostScanLineTurns = 1256.0F;
-/// What scan line row `y` is multiplied with.
-float scanLineFactor(const OldTVSettings& settings, std::int32_t height, std::int32_t y);
+/// What a row with `rowsBelow` rows below it is multiplied with.
+float scanLineFactor(const OldTVSettings& settings, std::int32_t height, std::int32_t rowsBelow);
 
 /// The seed of the picture of static at a time.
 std::uint32_t staticSeed(float time);

@@ -19,12 +19,12 @@ OldTVSettings rolling(float speed, float period, bool blank) {
     return settings;
 }
 
-/// The offset of every row.
+/// The offset of every row, from the picture's bottom up.
 std::vector<std::int32_t> offsetsOf(const TearEvent& tear, float severity, std::int32_t width, std::int32_t height) {
     std::array<TearStrip, kTearSteps> strips;
     std::vector<std::int32_t> offsets;
     for (std::size_t i = 0, count = tearStrips(tear, severity, width, height, strips); i < count; ++i) {
-        EXPECT_EQ(static_cast<std::size_t>(strips[i].top), offsets.size());
+        EXPECT_EQ(strips[i].bottom, height - static_cast<std::int32_t>(offsets.size()));
         offsets.insert(offsets.end(), static_cast<std::size_t>(strips[i].bottom - strips[i].top), strips[i].offset);
     }
     return offsets;

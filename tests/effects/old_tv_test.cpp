@@ -87,7 +87,7 @@ TEST_P(OldTVTest, GhostStandsToTheRightAndOnlyBrightens) {
     EXPECT_NEAR(result.get(0, 5, kGreen), 20, 2.0);
 }
 
-TEST_P(OldTVTest, ScanLinesDarkenByTheSineOfTheRow) {
+TEST_P(OldTVTest, ScanLinesDarkenByASineFromThePicturesBottomUp) {
     Picture source = grey(20, 50, 200);
     ValueHost host = quietHost();
     host.values[kResolution].slider = 0.0F;
@@ -95,7 +95,7 @@ TEST_P(OldTVTest, ScanLinesDarkenByTheSineOfTheRow) {
     const Picture result = render(host, source, 0.0);
     const double base = 200 * (3.8 * 0.4575 * 0.4575 + 0.2);
     for (std::int32_t y = 0; y < 50; ++y) {
-        const double light = (std::sin(62.8 / 50 * y) + 1) / 2;
+        const double light = (std::sin(62.8 / 50 * (49 - y)) + 1) / 2;
         ASSERT_NEAR(result.get(3, y, kRed), base * ((1 - light) * 0.5 + light), 2.5) << y;
         ASSERT_EQ(result.get(3, y, kAlpha), 255.0);
     }
