@@ -84,9 +84,9 @@ std::shared_ptr<IHostAllocator> scratchFor(std::uint32_t width, std::uint32_t he
     std::weak_ptr<IHostAllocator>& known = pools[{width, height}];
     std::shared_ptr<IHostAllocator> pool = known.lock();
     if (pool == nullptr) {
-        hostkit::ComPtr<IHostAllocator> made = hostkit::PoolAllocator::create();
-        IHostAllocator* allocator = made.get();
-        pool = {allocator, [held = std::move(made)](IHostAllocator*) {}};
+        const hostkit::ComPtr<IHostAllocator> made = hostkit::PoolAllocator::create();
+        made->AddRef();
+        pool = {made.get(), [](IHostAllocator* allocator) { allocator->Release(); }};
         known = pool;
     }
     return pool;
