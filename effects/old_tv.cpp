@@ -7,12 +7,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <optional>
 #include <span>
 #include <utility>
 
 #include "effects/gpu_image_ops.h"
+#include "effects/old_tv_passes.h"
 #include "effects/old_tv_plan.h"
 #include "effects/old_tv_steps.h"
 #include "effects/old_tv_tube.h"
@@ -122,19 +122,7 @@ constexpr PresetTable kPresets(
     row("Twilight Zone", 0.22F, 0.3401F, 0x570DB3, 0.5F, 0.01F, 0.4201F, 0.725F, 0.0001F, 0.3453F, 0.37F, 0.0001F,
         0.0001F, 0.5001F, 0.0001F, true, 0.5001F, 0.0F, 0.3501F, 0.2501F, 1.0F));
 
-enum Program : std::size_t {
-    kColor,
-    kGhost,
-    kStatic,
-    kScanLines,
-    kTear,
-    kRoll,
-    kBand,
-    kTube,
-    kBoxAlpha,
-    kSetAlpha,
-    kSurround
-};
+using enum OldTVPasses::Program;
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kColorMatrixFrag},
@@ -285,106 +273,6 @@ void applyBand(Frame& frame, const BrightBand& band) {
     }
 }
 
-/// The steps in OpenGL: each draws from one temporary to another; two more hold the alpha while it is softened.
-class OldTVPasses {
-public:
-    explicit OldTVPasses(GPUFrame& frame) : m_frame(frame) {}
-
-    [[nodiscard]] GPUTexture& picture() { return *m_current; }
-
-    template <class SetUniforms>
-    void draw(Program program, SetUniforms&& setUniforms) {
-        m_frame.pass(m_frame.program(program), *m_current, *m_other, setUniforms);
-        std::swap(m_current, m_other);
-    }
-
-    void adjustColor(const OldTVSettings& settings) {
-        float matrix[3][4];
-        BuildColorMatrix(settings.contrast, settings.brightness, settings.saturation, settings.hue, settings.tintColor,
-                         settings.tint, kFormatBgraFloat, matrix, true);
-        m_frame.pass(m_frame.program(kColor), m_frame.source(), *m_current, [&](ShaderProgram& program) {
-            constexpr const char* kNames[] = {"matrixRow0", "matrixRow1", "matrixRow2"};
-            for (std::size_t i = 0; i < 3; ++i) {
-                program.SetFloat4(kNames[i], matrix[i][0], matrix[i][1], matrix[i][2], matrix[i][3]);
-            }
-        });
-    }
-
-    void addStatic(const OldTVSettings& settings, float time) {
-        draw(kStatic, [&](ShaderProgram& program) {
-            constexpr float kDeviation2 = 0.09F;
-            const float bell = 1.0F / std::sqrt(2.0F * std::numbers::pi_v<float> * kDeviation2) / 1.5F;
-            const float pictures = std::trunc(8.0F * time * std::sqrt(30.0F));
-            program.SetFloat("fMean", 1.0F);
-            program.SetFloat("fDeviation2", kDeviation2);
-            program.SetFloat("fDev2", bell);
-            program.SetFloat("fASeed", std::fmod(pictures, 100.0F));
-            program.SetFloat("fTransparency", settings.noise);
-        });
-    }
-
-    void tear(const TearEvent& tear, float severity) {
-        const std::int32_t rows = m_frame.height();
-        std::array<TearStrip, kTearSteps> strips;
-        const std::size_t count = tearStrips(tear, severity, m_frame.width(), rows, strips);
-        for (const TearStrip& strip : std::span(strips).first(count)) {
-            const auto height = static_cast<float>(rows);
-            const auto top = static_cast<float>(strip.top);
-            const auto bottom = static_cast<float>(strip.bottom);
-            m_frame.passRect(m_frame.program(kTear), *m_current, *m_other, {0.0F, top / height, 1.0F, bottom / height},
-                             [&](ShaderProgram& program) {
-                                 program.SetInt("nXSize", strip.offset);
-                                 program.SetFloat("stripTop", top);
-                                 program.SetFloat("stripRows", bottom - top);
-                             });
-        }
-        std::swap(m_current, m_other);
-    }
-
-    void bendTube(float curvature) {
-        if (curvature == 0.0F) {
-            return;
-        }
-        for (const bool columns : {true, false}) {
-            draw(kTube, [&](ShaderProgram& program) {
-                const std::int32_t length = columns ? m_frame.height() : m_frame.width();
-                program.SetFloat("depth", static_cast<float>(tubeCornerDepth(length, curvature)));
-                program.SetFloat2("along", columns ? 1.0F : 0.0F, columns ? 0.0F : 1.0F);
-                program.SetFloat("leastAlpha", m_isFloat ? 0.0F : 0.5F / 255.0F);
-            });
-        }
-    }
-
-    void softenEdge(float amount, const FrameFacts& facts) {
-        if (amount == 0.0F) {
-            return;
-        }
-        const TubeSoftness softness = tubeSoftness(amount, facts);
-        const GPUTexture* from = m_current;
-        for (int step = 0; step < 4; ++step) {
-            const bool columns = step % 2 == 0;
-            GPUTexture& to = m_frame.temporary(columns ? 2 : 3);
-            m_frame.pass(m_frame.program(kBoxAlpha), *from, to, [&](ShaderProgram& program) {
-                program.SetInt("size", columns ? softness.columns : softness.rows);
-                program.SetFloat2("axis", columns ? 1.0F : 0.0F, columns ? 0.0F : 1.0F);
-                // Only what the first filter leaves all but opaque stays, so the second fades inwards alone: 253 of
-                // 255, which 8 bits round to.
-                const float opaque = m_isFloat ? 0.99216F : 252.5F / 255.0F;
-                program.SetFloat("fTreshold", step == 1 ? opaque : 0.0F);
-            });
-            from = &to;
-        }
-        m_frame.pass2(m_frame.program(kSetAlpha), *m_current, *from, *m_other, [](ShaderProgram&) {});
-        std::swap(m_current, m_other);
-    }
-
-private:
-    GPUFrame& m_frame;
-    GPUTexture* m_current = &m_frame.temporary(0);
-    GPUTexture* m_other = &m_frame.temporary(1);
-    bool m_isFloat = isFloatFormat(m_frame.source().format);
-};
-
 }  // namespace
 
 COldTV::COldTV() : Effect(kInfo) {}
@@ -445,9 +333,12 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
         return false;
     }
     OldTVPasses passes(frame);
-    passes.adjustColor(settings);
+    float matrix[3][4];
+    BuildColorMatrix(settings.contrast, settings.brightness, settings.saturation, settings.hue, settings.tintColor,
+                     settings.tint, kFormatBgraFloat, matrix, true);
+    passes.adjustColor(frame.program(kColor), matrix);
     if (settings.ghosting > 0.0F) {
-        passes.draw(kGhost, [&](ShaderProgram& program) {
+        passes.draw(frame.program(kGhost), [&](ShaderProgram& program) {
             program.SetFloat("fGhosting", settings.ghosting);
             program.SetInt("nSizeX", facts.width);
             program.SetInt("nSizeY", facts.height);
@@ -457,7 +348,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
         passes.addStatic(settings, events.time);
     }
     if (settings.intensity > 0.0F) {
-        passes.draw(kScanLines, [&](ShaderProgram& program) {
+        passes.draw(frame.program(kScanLines), [&](ShaderProgram& program) {
             program.SetFloat("fIntensity", settings.intensity);
             program.SetFloat("fResolution", settings.resolution);
             program.SetInt("nSizeY", facts.height);
@@ -469,7 +360,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
         passes.tear(*events.tear, settings.severity);
     }
     if (events.roll.has_value()) {
-        passes.draw(kRoll, [&](ShaderProgram& program) {
+        passes.draw(frame.program(kRoll), [&](ShaderProgram& program) {
             program.SetFloat("upperSource", static_cast<float>(events.roll->upperSource));
             program.SetFloat("upperRow", static_cast<float>(events.roll->upperRow));
             program.SetFloat("lowerRow", static_cast<float>(events.roll->lowerRow));
@@ -477,7 +368,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
     }
     if (events.hasTube) {
         const BrightBand band = findBand(settings, facts.height, events.cycleTime);
-        passes.draw(kBand, [&](ShaderProgram& program) {
+        passes.draw(frame.program(kBand), [&](ShaderProgram& program) {
             program.SetFloat("shiftVal", static_cast<float>(band.top));
             program.SetInt("nLen", band.bottom - band.top);
         });
@@ -485,7 +376,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
         passes.softenEdge(settings.softenEdge, facts);
     }
     if (settings.opacity >= kOff) {
-        passes.draw(kSurround,
+        passes.draw(frame.program(kSurround),
                     [&](ShaderProgram& program) { program.SetFloat4("Color", 0.0F, 0.0F, 0.0F, settings.opacity); });
     }
     return frame.finish(passes.picture());

@@ -7,11 +7,11 @@
 #include "effects/viewfinder.h"
 
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 #include "effects/gpu_image_ops.h"
 #include "effects/viewfinder_overlay.h"
+#include "effects/viewfinder_passes.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -88,7 +88,7 @@ constexpr PresetTable kPresets(
     row("Simple", 0xFFFF80, 0.5F, false, false, 1.0F, true, true, false, false, false, false, 0.0F, 0.0F, 0.0F),
     row("Weapon Site", 0x451EB8, 0.5F, true, true, 0.685F, false, false, false, true, false, false, 0.0F, 0.0F, 0.0F));
 
-enum Program : std::size_t { kColor, kGrey, kPixels, kSharpenPicture, kFill, kStrokes, kOverlay };
+using enum ViewfinderPasses::Program;
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kColorMatrixFrag},
@@ -181,119 +181,6 @@ void pixelate(Frame& frame, const CellSize& grid, MemoryAllocator& allocator) {
     }
 }
 
-/// The steps in OpenGL: the picture goes from one temporary to the other, a third one gathers the overlay's coverage.
-class ViewfinderPasses {
-public:
-    explicit ViewfinderPasses(GPUFrame& frame) : m_frame(frame) {}
-
-    [[nodiscard]] GPUTexture& picture() { return *m_current; }
-
-    void adjustColor(const ViewfinderSettings& settings) {
-        float matrix[3][4];
-        BuildColorMatrix(kNeutral, kNeutral, kNeutral, kNeutral, settings.tintColor, settings.tint, kFormatBgraFloat,
-                         matrix, true);
-        m_frame.pass(m_frame.program(kColor), m_frame.source(), *m_current, [&](ShaderProgram& program) {
-            constexpr const char* kNames[] = {"matrixRow0", "matrixRow1", "matrixRow2"};
-            for (std::size_t i = 0; i < 3; ++i) {
-                program.SetFloat4(kNames[i], matrix[i][0], matrix[i][1], matrix[i][2], matrix[i][3]);
-            }
-        });
-    }
-
-    void makeGrey(const ViewfinderSettings& settings) {
-        std::array<float, 3> tint = tintFactors(settings.tintColor, settings.tint);
-        if (!isFloatFormat(m_frame.source().format)) {
-            for (float& factor : tint) {
-                factor = std::trunc(factor * 255.0F) / 255.0F;  // whole levels, as the processor has them
-            }
-        }
-        m_frame.pass(m_frame.program(kGrey), m_frame.source(), *m_current,
-                     [&](ShaderProgram& program) { program.SetFloat3("tint", tint[0], tint[1], tint[2]); });
-    }
-
-    template <class SetUniforms>
-    void draw(Program program, SetUniforms&& setUniforms) {
-        m_frame.pass(m_frame.program(program), *m_current, *m_other, setUniforms);
-        std::swap(m_current, m_other);
-    }
-
-    /// Lines and marks may meet in small frames, so each are drawn over what stands already.
-    void drawOverlay(const OverlayPlan& plan) {
-        for (const OverlayLines* lines : {&plan.safeArea, &plan.focusBox}) {
-            if (lines->count != 0) {
-                clearMask();
-                fillMask(lines->all(), 1.0F);
-                drawMask(plan.shadow);
-            }
-        }
-        if (plan.markCount != 0) {
-            clearMask();
-            for (const OverlayMark& mark : plan.allMarks()) {
-                drawMark(mark, plan.font);
-            }
-            drawMask(plan.shadow);
-        }
-    }
-
-private:
-    GPUTexture& mask() { return m_frame.temporary(2); }
-
-    void fillMask(std::span<const PixelRect> rects, float coverage) {
-        m_frame.passRects(m_frame.program(kFill), *m_current, mask(), rects,
-                          [&](ShaderProgram& program) { program.SetFloat("value", coverage); });
-    }
-
-    void clearMask() {
-        const PixelRect everything{0, 0, m_frame.width(), m_frame.height()};
-        fillMask(std::span(&everything, 1), 0.0F);
-    }
-
-    void drawMask(std::int32_t shadow) {
-        m_frame.pass2(m_frame.program(kOverlay), *m_current, mask(), *m_other,
-                      [&](ShaderProgram& program) { program.SetFloat("shadow", static_cast<float>(shadow)); });
-        std::swap(m_current, m_other);
-    }
-
-    /// How far the filter reaches, in pixels of the picture; without one, between neighbours.
-    static float reachOf(float scale) { return static_cast<float>(fontBlurSize(scale) + 1) * 0.5F; }
-
-    void drawMark(const OverlayMark& mark, const FontSize& font) {
-        const CellSize size = scaledCell(mark.artwork, font);
-        const ArtworkCells& cells = artworkCells(mark.artwork);
-        const StrokeShape& shape = cells.shapes[static_cast<std::size_t>(mark.cell)];
-        const PixelRect rect{std::max(mark.x, 0), std::max(mark.y, 0), std::min(mark.x + size.width, m_frame.width()),
-                             std::min(mark.y + size.height, m_frame.height())};
-        if (rect.left >= rect.right || rect.top >= rect.bottom) {
-            return;
-        }
-        m_frame.passRects(m_frame.program(kStrokes), *m_current, mask(), std::span(&rect, 1),
-                          [&](ShaderProgram& program) {
-                              const float scaleX = static_cast<float>(cells.width) / static_cast<float>(size.width);
-                              const float scaleY = static_cast<float>(cells.height) / static_cast<float>(size.height);
-                              program.SetFloat2("rectSize", static_cast<float>(rect.right - rect.left),
-                                                static_cast<float>(rect.bottom - rect.top));
-                              program.SetFloat2("rectStart", static_cast<float>(rect.left - mark.x),
-                                                static_cast<float>(rect.top - mark.y));
-                              program.SetFloat2("scale", scaleX, scaleY);
-                              program.SetFloat2("reach", reachOf(scaleX), reachOf(scaleY));
-                              program.SetInt("strokeCount", static_cast<std::int32_t>(shape.count));
-                              program.SetFloat("isLight", mark.color == kLightColor ? 1.0F : 0.0F);
-                              for (std::size_t i = 0; i < shape.count; ++i) {
-                                  const Stroke& stroke = shape.strokes[i];
-                                  char name[48];
-                                  std::snprintf(name, sizeof name, "strokes[%zu].ends", i);
-                                  program.SetFloat4(name, stroke.x0, stroke.y0, stroke.x1, stroke.y1);
-                                  std::snprintf(name, sizeof name, "strokes[%zu].radius", i);
-                                  program.SetFloat(name, stroke.radius);
-                              }
-                          });
-    }
-
-    GPUFrame& m_frame;
-    GPUTexture* m_current = &m_frame.temporary(0);
-    GPUTexture* m_other = &m_frame.temporary(1);
-};
-
 }  // namespace
 
 CViewfinder::CViewfinder() : Effect(kInfo) {}
@@ -365,16 +252,19 @@ bool CViewfinder::RenderGPU(const ParamReader& params, const FrameFacts& facts, 
     if (settings.blackAndWhite) {
         passes.makeGrey(settings);
     } else {
-        passes.adjustColor(settings);
+        float matrix[3][4];
+        BuildColorMatrix(kNeutral, kNeutral, kNeutral, kNeutral, settings.tintColor, settings.tint, kFormatBgraFloat,
+                         matrix, true);
+        passes.adjustColor(frame.program(kColor), matrix);
     }
     const CellSize grid = resolutionGrid(settings.resolution, facts.width, facts.height);
     if (grid.height < facts.height) {
-        passes.draw(kPixels, [&](ShaderProgram& program) {
+        passes.draw(frame.program(kPixels), [&](ShaderProgram& program) {
             program.SetFloat2("grid", static_cast<float>(grid.width), static_cast<float>(grid.height));
         });
     }
     for (int i = 0; settings.sharpen && i < 2; ++i) {
-        passes.draw(kSharpenPicture, [](ShaderProgram&) {});
+        passes.draw(frame.program(kSharpenPicture), [](ShaderProgram&) {});
     }
     if (!plan.isEmpty()) {
         passes.drawOverlay(plan);
