@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
+#include <cstdint>
+#include <system_error>
 #include <vector>
 
 #include "platform/text.h"
@@ -67,8 +70,25 @@ private:
 
     bool takeReference() {
         constexpr std::array<std::string_view, 5> kReferences = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
-        return std::any_of(kReferences.begin(), kReferences.end(),
+        return takeNumericReference() ||
+               std::any_of(kReferences.begin(), kReferences.end(),
                            [this](std::string_view reference) { return takeToken(reference); });
+    }
+
+    /// To a character that may stand in a text as it is.
+    bool takeNumericReference() {
+        if (!takeToken("&#")) {
+            return false;
+        }
+        const int base = takeToken("x") ? 16 : 10;
+        std::uint32_t code = 0;
+        const auto [end, error] = std::from_chars(m_rest.data(), m_rest.data() + m_rest.size(), code, base);
+        const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
+        if (error != std::errc() || code < 0x20 || code == 0x7F || code > 0x10FFFF || isSurrogate) {
+            return false;
+        }
+        m_rest.remove_prefix(static_cast<std::size_t>(end - m_rest.data()));
+        return takeToken(";");
     }
 
     bool takeValue() {

@@ -70,8 +70,7 @@ bool fits(IPresetEffect& effect, Preset& preset) {
     return true;
 }
 
-/// A file's name without folder and extension. The XML library would write control characters and what looks like a
-/// numeric reference in a way that does not read back, so these are given up.
+/// A file's name without folder and extension. XML has no way to write control characters, so these are given up.
 std::string presetName(std::wstring_view path) {
     const std::size_t slash = path.find_last_of(L"/\\");
     std::wstring_view stem = slash == std::wstring_view::npos ? path : path.substr(slash + 1);
@@ -81,9 +80,6 @@ std::string presetName(std::wstring_view path) {
     std::wstring name(stem);
     std::replace_if(
         name.begin(), name.end(), [](wchar_t each) { return each < L' ' || each == 0x7F; }, L' ');
-    for (std::size_t at = 0; (at = name.find(L"&#", at)) != std::wstring::npos; ++at) {
-        name.insert(at + 1, L" ");
-    }
     return platform::toUtf8(name).value_or("");
 }
 
