@@ -95,15 +95,15 @@ void savePresetFile(IEffectLibrary& library, const std::string& path, const Para
     }
 }
 
-const EffectDescription* effectOfPresetFile(IEffectLibrary& library, const EffectCatalogue& catalogue,
+const EffectDescription& effectOfPresetFile(IEffectLibrary& library, const EffectCatalogue& catalogue,
                                             const std::string& path) {
     for (const EffectDescription& effect : catalogue.effects()) {
         PresetOutcome outcome{};
         if (load(library, path, ParameterStore(effect), outcome) == kPresetDone) {
-            return &effect;
+            return effect;
         }
     }
-    return nullptr;
+    throw PresetFileError("The file \"" + path + "\" is a preset for none of these effects.");
 }
 
 }  // namespace lumiset::hostkit

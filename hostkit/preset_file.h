@@ -23,9 +23,9 @@ std::string loadPresetFile(IEffectLibrary& library, const std::string& path, Par
 /// `PresetFileError`.
 void savePresetFile(IEffectLibrary& library, const std::string& path, const ParameterStore& parameters);
 
-/// The effect that a preset file is made for, or null for one of none of these effects. Throws `PresetFileError` for a
-/// file that cannot be read or is no preset.
-[[nodiscard]] const EffectDescription* effectOfPresetFile(IEffectLibrary& library, const EffectCatalogue& catalogue,
+/// The effect that a preset file is made for. Throws `PresetFileError` for a file that cannot be read, is no preset, or
+/// is one for none of these effects.
+[[nodiscard]] const EffectDescription& effectOfPresetFile(IEffectLibrary& library, const EffectCatalogue& catalogue,
                                                           const std::string& path);
 
 }  // namespace lumiset::hostkit

@@ -6,20 +6,12 @@
 
 #include "apps/lumiset/commands.h"
 #include "apps/lumiset/effect_options.h"
+#include "apps/lumiset/preset_conversion.h"
 #include "hostkit/parameter_text.h"
 #include "hostkit/preset_file.h"
 
 namespace lumiset::app {
 namespace {
-
-const hostkit::EffectDescription& effectOf(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
-                                           const std::string& file) {
-    const hostkit::EffectDescription* effect = hostkit::effectOfPresetFile(library, catalogue, file);
-    if (effect == nullptr) {
-        throw hostkit::PresetFileError("The file \"" + file + "\" is a preset for none of these effects.");
-    }
-    return *effect;
-}
 
 int savePreset(Program& program, const std::string& file, const EffectRequest& request) {
     const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
@@ -29,7 +21,8 @@ int savePreset(Program& program, const std::string& file, const EffectRequest& r
 
 /// Prints a file's effect, name and values, a line each.
 int loadPreset(Program& program, const std::string& file) {
-    const hostkit::EffectDescription& effect = effectOf(program.library(), program.catalogue(), file);
+    const hostkit::EffectDescription& effect =
+        hostkit::effectOfPresetFile(program.library(), program.catalogue(), file);
     hostkit::ParameterStore parameters(effect);
     const std::string name = hostkit::loadPresetFile(program.library(), file, parameters);
     std::string text = fmt::format("{}: {}\n", effect.name, name);
@@ -46,7 +39,8 @@ int checkPresets(Program& program, const std::vector<std::string>& files) {
     int status = kDone;
     for (const std::string& file : files) {
         try {
-            hostkit::ParameterStore parameters(effectOf(program.library(), program.catalogue(), file));
+            hostkit::ParameterStore parameters(
+                hostkit::effectOfPresetFile(program.library(), program.catalogue(), file));
             const std::string name = hostkit::loadPresetFile(program.library(), file, parameters);
             printText(fmt::format("{}: {}, \"{}\"\n", file, parameters.effect().name, name));
         } catch (const hostkit::PresetFileError& error) {
@@ -85,14 +79,36 @@ void addCheck(CLI::App& preset, Program& program) {
     program.onChosen(command, [files, &program] { return checkPresets(program, *files); });
 }
 
+void addConvert(CLI::App& preset, Program& program) {
+    struct Request {
+        std::string from;
+        std::string to;
+    };
+    CLI::App& command =
+        addCommand(preset, "convert", "Turns preset files into JSON and back",
+                   "Turns a preset file into JSON, or JSON into a preset file; what a file is shows by its extension.\n"
+                   "From a preset file to another the same values are written in the usual form.\n\n"
+                   "The JSON has the effect's name, the preset's name and the values by their labels, as \"lumiset "
+                   "show\" prints them. A value in another form, {\"stored\": 0.5}, is what the preset file holds. "
+                   "Parameters that are left out have their defaults.\n");
+    const auto request = std::make_shared<Request>();
+    command.add_option("IN", request->from, "what to read: .json or .lumva to .lumvj")->required();
+    command.add_option("OUT", request->to, "what to write: .json or .lumva to .lumvj")->required();
+    program.onChosen(command, [request, &program] {
+        convertPreset(program.library(), program.catalogue(), request->from, request->to);
+        return kDone;
+    });
+}
+
 }  // namespace
 
 void addPresetCommands(CLI::App& app, Program& program) {
-    CLI::App& preset = addCommand(app, "preset", "Writes, shows and checks preset files");
+    CLI::App& preset = addCommand(app, "preset", "Writes, shows, checks and converts preset files");
     preset.require_subcommand(1);
     addSave(preset, program);
     addLoad(preset, program);
     addCheck(preset, program);
+    addConvert(preset, program);
 }
 
 }  // namespace lumiset::app

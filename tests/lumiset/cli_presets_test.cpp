@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
 #include "tests/lumiset/cli_run.h"
 
@@ -13,6 +14,18 @@ class PresetCommands : public ::testing::Test {
 protected:
     // Before any program starts: options of its own.
     PresetCommands() { ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1); }
+
+    /// A preset file of "Outline" as the module writes it.
+    static std::string presetFile(const std::string& name, const std::vector<std::string>& values) {
+        std::string text =
+            "<?xml version=\"1.0\" standalone=\"no\" ?>\n<!-- Effect's Preset File -->\n<Preset Name=\"" + name +
+            "\" LibraryName=\"Vantrel Lumiset V\" EffectName=\"Outline\">\n";
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            text +=
+                std::string("    <parameter type=\"") + (i == 2 ? '3' : '2') + "\" value=\"" + values[i] + "\" />\n";
+        }
+        return text + "</Preset>\n";
+    }
 
     TemporaryFolder folder;
 };
@@ -51,6 +64,103 @@ TEST_F(PresetCommands, SaveShowCheckAndRenderAPresetFile) {
     EXPECT_EQ(runLumiset({"preset", "save", folder / "no/such.lumvc", "-e", "Outline"}).status, 1);
     EXPECT_EQ(runLumiset({"preset", "save", file, "-e", "Outline", "-s", "Width"}).status, 2);
     EXPECT_EQ(runLumiset({"preset"}).status, 2);
+}
+
+TEST_F(PresetCommands, ConvertPresetFilesToJsonAndBackToTheByte) {
+    const std::string json = folder / "preset.json";
+    const nlohmann::json effects = nlohmann::json::parse(runLumiset({"list", "--json"}).out);
+    for (const nlohmann::json& effect : effects) {
+        const std::string extension = std::string(".lumv") + static_cast<char>('a' + effect["index"].get<int>());
+        const std::string file = folder / ("Grün & \"quoted\"" + extension);
+        const std::string back = folder / ("back" + extension);
+        const std::string name = effect["name"];
+        const std::string preset =
+            nlohmann::json::parse(runLumiset({"show", name, "--json"}).out)["presets"][0]["name"];
+        EXPECT_EQ(runLumiset({"preset", "save", file, "-e", name, "-p", preset}).status, 0) << name;
+        EXPECT_EQ(runLumiset({"preset", "convert", file, json}).err, "") << name;
+        EXPECT_EQ(runLumiset({"preset", "convert", json, back}).err, "") << name;
+        EXPECT_NE(contentsOf(file), "");
+        EXPECT_EQ(contentsOf(back), contentsOf(file)) << name;
+    }
+}
+
+TEST_F(PresetCommands, ConvertWhatNoPanelShows) {
+    // A number next to zero, a negative zero, a colour of four bytes, and the two values around 1/3.
+    const std::string odd = presetFile("&lt;&amp;#x41;", {"1e-45", "-0", "-16776961", "0.33333334"});
+    writeFile(folder / "odd.lumvc", odd);
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "odd.lumvc", folder / "odd.json"}).err, "");
+    EXPECT_EQ(
+        contentsOf(folder / "odd.json"),
+        "{\n  \"effect\": \"Outline\",\n  \"name\": \"<&#x41;\",\n  \"values\": {\n    \"Width\": 1e-43,\n    "
+        "\"Soften\": {\n      \"stored\": -0.0\n    },\n    \"Color\": {\n      \"stored\": 4278190335\n    },\n    "
+        "\"Opacity\": 33.333334\n  }\n}\n");
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "odd.json", folder / "back.LUMVC"}).err, "");
+    EXPECT_EQ(contentsOf(folder / "back.LUMVC"), odd);
+
+    // Beyond a parameter's range: kept from preset file to preset file, but no text for people.
+    const std::string far = presetFile("far", {"1.50", "nan", "0", "0"});
+    writeFile(folder / "far.lumvc", "<!-- mine -->" + far.substr(far.find("<Preset")));
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "far.lumvc", folder / "canonical.lumvc"}).err, "");
+    EXPECT_EQ(contentsOf(folder / "canonical.lumvc"), presetFile("far", {"1.5", "nan", "0", "0"}));
+    const RunResult refused = runLumiset({"preset", "convert", folder / "far.lumvc", folder / "far.json"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("far.lumvc: The value of Width lies beyond"), std::string::npos) << refused.err;
+    EXPECT_FALSE(std::filesystem::exists(folder / "far.json"));
+}
+
+TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
+    const auto withValues = [](const std::string& values) {
+        return R"({"effect": "Outline", "values": {)" + values + "}}";
+    };
+    struct Case {
+        std::string json;
+        std::string complaint;
+    };
+    const std::string kDeep(100000, '[');
+    const Case kCases[] = {
+        {withValues(R"("Widht": 1)"), "Did you mean \"Width\"?"},
+        {withValues(R"("Width": "1")"), "Width takes a number, 0 to 100, not \"1\"."},
+        {withValues(R"("Width": 100.01)"), "Width takes 0 to 100, not"},
+        {withValues(R"("Width": {"stored": 1.5})"), "Width takes a number"},
+        {withValues(R"("Width": {"stored": null})"), "Width takes a number"},
+        {withValues(R"("Width": {"store": 1})"), "Width takes a number"},
+        {withValues(R"("Width": NaN)"), "It is not JSON; see line 1."},
+        {withValues(R"("Width": 1e999)"), "A number in it is too large."},
+        {withValues(R"("Width": 1, "Width": 1)"), "\"Width\" stands there twice."},
+        {withValues(R"("Width": 1, "#0": 1)"), "Width is set twice."},
+        {withValues(R"("Color": 255)"), "a colour as #RRGGBB, in quotation marks, not 255."},
+        {withValues(R"("Color": {"stored": 4294967296})"), "a colour as"},
+        {withValues(R"("Color": "#12345g")"), "a colour as"},
+        {R"({"effect": "Outlin", "values": {}})", "Did you mean \"Outline\"?"},
+        {R"({"effect": "Outline"})", "A preset has \"values\", an object"},
+        {R"({"effect": 2, "values": {}})", "A preset has \"effect\""},
+        {R"({"effect": "Outline", "value": {}})", "not \"value\"."},
+        {R"({"effect": "Outline", "name": "a\nb", "values": {}})", "one line of at most 255 bytes."},
+        {R"({"effect": "Outline", "name": ")" + std::string(256, 'n') + R"(", "values": {}})", "one line"},
+        {"[]", "A preset is a JSON object."},
+        {"\n{\n\"effect\"", "It is not JSON; see line 3."},
+        {kDeep, "It is nested deeper than a preset."},
+        {withValues("") + std::string(1U << 20U, ' '), "is larger than a megabyte."},
+    };
+    const std::string before = presetFile("before", {"0", "0", "0", "0"});
+    writeFile(folder / "out.lumvc", before);
+    for (const Case& each : kCases) {
+        writeFile(folder / "in.json", each.json);
+        const RunResult run = runLumiset({"preset", "convert", folder / "in.json", folder / "out.lumvc"});
+        EXPECT_EQ(run.status, 1) << each.json.substr(0, 200);
+        EXPECT_NE(run.err.find(each.complaint), std::string::npos) << run.err.substr(0, 500);
+        EXPECT_EQ(contentsOf(folder / "out.lumvc"), before);
+    }
+    writeFile(folder / "in.json", withValues(""));
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "out.lumva"}).status, 2)
+        << "another effect's";
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "out.xml"}).status, 2);
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "missing.json", folder / "out.lumvc"}).status, 1);
+    std::filesystem::create_directory(folder / "taken.lumvc");
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "taken.lumvc"}).status, 1);
+    EXPECT_EQ(folder.entries(), 3) << "nothing is left behind";
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "out.lumvc"}).status, 0);
+    EXPECT_EQ(contentsOf(folder / "out.lumvc"), presetFile("in", {"0.5", "0.5", "0", "0.5"})) << "defaults";
 }
 
 TEST_F(PresetCommands, ListAndSetOptionsForTheNextRun) {
