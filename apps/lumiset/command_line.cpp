@@ -69,6 +69,8 @@ void describeCommandLine(CLI::App& app, Program& program) {
     addListCommand(app, program);
     addShowCommand(app, program);
     addRenderCommand(app, program);
+    addGalleryCommand(app, program);
+    addCompareCommand(app, program);
     addPresetCommands(app, program);
     addOptionsCommand(app, program);
     addGPUCommands(app, program);

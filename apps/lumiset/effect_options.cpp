@@ -46,11 +46,13 @@ EffectOptions::EffectOptions(CLI::App& command, Kind kind) : m_command(command),
     if (kind == kNamedEffect) {
         command.add_option("EFFECT", m_name, "name of the effect")->required();
     } else {
-        const bool several = kind == kAnimatedChain;
         m_effect = addRepeated("--effect,-e", m_effects, "NAME",
-                               several ? "effect to apply; several are applied in turn" : "the effect");
+                               kind == kAnimatedChain  ? "effect to apply; several are applied in turn"
+                               : kind == kAlternatives ? "effect to show in a picture of its own; any number"
+                                                       : "the effect");
     }
-    const std::string whose = kind == kAnimatedChain ? "the --effect before it" : "the effect";
+    const bool several = kind == kAnimatedChain || kind == kAlternatives;
+    const std::string whose = several ? "the --effect before it" : "the effect";
     m_preset = addRepeated("--preset,-p", m_presets, "NAME", "preset of " + whose);
     m_presetFile = addRepeated("--preset-file", m_presetFiles, "FILE", "preset file for " + whose);
     m_set = addRepeated("--set,-s", m_sets, "\"Label=value\"", "value for " + whose);
@@ -80,7 +82,7 @@ std::vector<EffectRequest> EffectOptions::requests() const {
             addTo(effects.back(), option, used[option]++);
         }
     }
-    if (effects.empty()) {
+    if (effects.empty() && m_kind != kAlternatives) {
         throw UsageError(m_command.get_name() + " needs at least one --effect; \"lumiset list\" shows them.");
     }
     if (m_kind == kOneEffect && effects.size() > 1) {

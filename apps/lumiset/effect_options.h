@@ -35,10 +35,11 @@ public:
         kAnimatedChain,  ///< any number of `--effect`, keys too
         kOneEffect,      ///< one `--effect`
         kNamedEffect,    ///< one effect that a positional argument names
+        kAlternatives,   ///< any number of `--effect`, each for a picture of its own; none is possible too
     };
     EffectOptions(CLI::App& command, Kind kind);
 
-    /// The effects, once the arguments have been read; at least one. Throws `UsageError`.
+    /// The effects, once the arguments have been read; none only as an alternative. Throws `UsageError`.
     [[nodiscard]] std::vector<EffectRequest> requests() const;
     /// The only one. Throws `UsageError`.
     [[nodiscard]] EffectRequest request() const;

@@ -21,7 +21,8 @@ inline constexpr const char* kRender =
     R"(Renders INPUT through one or more effects to OUTPUT.
 
 INPUT is an image, an image sequence (shot_%04d.png), a video, "-" for y4m on standard input, or
-"scene[:WIDTHxHEIGHT[:SECONDS[:FPS]]]", a moving picture made here for trying effects.
+"scene[:WIDTHxHEIGHT[:SECONDS[:FPS]]]", a moving picture made here for trying effects; "scene-full" is the same without
+its transparent margin, "scene-cutout" its figures over nothing.
 OUTPUT is chosen by its extension; "-" is y4m on standard output. Sound is copied. The file appears under its name
 when it is complete: a run that fails or is interrupted leaves what was there before.
 )";

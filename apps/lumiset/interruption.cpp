@@ -1,9 +1,12 @@
 #include "apps/lumiset/interruption.h"
 
+#include <fmt/format.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 
 namespace lumiset::app {
 namespace {
@@ -35,6 +38,13 @@ void watchForInterruption() {
 
 int interruptingSignal() {
     return g_signal.load();
+}
+
+void endInterrupted(int signal, const std::string& output) {
+    fmt::print(stderr, "lumiset: Interrupted before {} was complete.\n",
+               output == "-" ? "the output" : "\"" + output + "\"");
+    std::fflush(nullptr);
+    std::_Exit(128 + signal);
 }
 
 }  // namespace lumiset::app

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace lumiset::app {
 
 /// From now on SIGINT, SIGTERM and SIGHUP are noted and the program goes on, so that it can clean up; the
@@ -8,5 +10,9 @@ void watchForInterruption();
 
 /// Number of the signal that came, or 0.
 [[nodiscard]] int interruptingSignal();
+
+/// Says that `output` was not completed and ends the program with status 128 + signal, at once: a thread may be waiting
+/// for a pipe that will never deliver.
+[[noreturn]] void endInterrupted(int signal, const std::string& output);
 
 }  // namespace lumiset::app

@@ -24,10 +24,11 @@ std::string timeText(double seconds) {
 
 }  // namespace
 
-Progress::Progress(bool quiet, std::int64_t expectedFrames)
+Progress::Progress(bool quiet, std::int64_t expectedFrames, const char* thing)
     : m_quiet(quiet),
       m_terminal(::isatty(STDERR_FILENO) != 0),
       m_expected(expectedFrames),
+      m_thing(thing),
       m_next(m_begin +
              (m_terminal ? std::chrono::milliseconds(kBarInterval) : std::chrono::milliseconds(kLineInterval))) {}
 
@@ -38,11 +39,11 @@ double Progress::elapsedSeconds() const {
 std::string Progress::statusText(std::int64_t framesDone) const {
     const double rate = static_cast<double>(framesDone) / std::max(elapsedSeconds(), 1e-3);
     if (m_expected <= 0) {
-        return fmt::format("{} frames, {:.1f} frames/s", framesDone, rate);
+        return fmt::format("{} {}s, {:.1f} {}s/s", framesDone, m_thing, rate, m_thing);
     }
     // The count is an estimate, and a file may hold more.
     const std::int64_t total = std::max(m_expected, framesDone);
-    std::string text = fmt::format("{} of {} frames, {:.1f} frames/s", framesDone, total, rate);
+    std::string text = fmt::format("{} of {} {}s, {:.1f} {}s/s", framesDone, total, m_thing, rate, m_thing);
     if (framesDone > 0) {
         text += fmt::format(", {} left", timeText(static_cast<double>(total - framesDone) / rate));
     }
@@ -80,9 +81,9 @@ void Progress::finish(std::int64_t framesDone, const std::string& output) {
     clear();
     if (!m_quiet) {
         const double seconds = elapsedSeconds();
-        fmt::print(stderr, "{}: {} {} in {:.1f} s, {:.1f} frames/s\n", output == "-" ? "standard output" : output,
-                   framesDone, framesDone == 1 ? "frame" : "frames", seconds,
-                   static_cast<double>(framesDone) / std::max(seconds, 1e-3));
+        fmt::print(stderr, "{}: {} {}{} in {:.1f} s, {:.1f} {}s/s\n", output == "-" ? "standard output" : output,
+                   framesDone, m_thing, framesDone == 1 ? "" : "s", seconds,
+                   static_cast<double>(framesDone) / std::max(seconds, 1e-3), m_thing);
     }
 }
 

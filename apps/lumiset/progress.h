@@ -10,8 +10,8 @@ namespace lumiset::app {
 /// every few seconds.
 class Progress {
 public:
-    /// `expectedFrames` 0: not known.
-    Progress(bool quiet, std::int64_t expectedFrames);
+    /// `expectedFrames` 0: not known. `thing` is what is counted, one of them.
+    Progress(bool quiet, std::int64_t expectedFrames, const char* thing = "frame");
 
     /// Call as often as is convenient.
     void show(std::int64_t framesDone);
@@ -29,6 +29,7 @@ private:
     bool m_terminal;
     bool m_drawn = false;
     std::int64_t m_expected;
+    const char* m_thing;
     Clock::time_point m_begin = Clock::now();
     Clock::time_point m_next;
 };

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <thread>
 
@@ -12,6 +11,7 @@
 #include "apps/lumiset/interruption.h"
 #include "apps/lumiset/media/media.h"
 #include "apps/lumiset/ordered_pipeline.h"
+#include "apps/lumiset/picture_frame.h"
 #include "apps/lumiset/progress.h"
 #include "hostkit/host_allocator.h"
 
@@ -28,29 +28,6 @@ PixelFormat workFormat(const RenderRequest& request) {
         return request.argb ? kFormatArgbFloat : kFormatBgraFloat;
     }
     return request.argb ? kFormatArgb8 : kFormatBgra8;
-}
-
-VideoFrameDesc frameOf(media::Picture& picture) {
-    VideoFrameDesc frame{};
-    frame.data = picture.data.data();
-    frame.width = picture.width;
-    frame.height = picture.height;
-    frame.stride = picture.stride;
-    frame.bytesPerPixel = picture.bytesPerPixel();
-    frame.format = picture.depth == media::Depth::kFloat ? kFormatBgraFloat : kFormatBgra8;
-    return frame;
-}
-
-hostkit::FrameContext contextOf(const media::Picture& picture, const media::VideoFormat& format) {
-    hostkit::FrameContext context;
-    context.timeSeconds = picture.timeSeconds;
-    const double rate = format.frameRate.value();
-    context.durationSeconds = rate > 0.0 ? 1.0 / rate : 0.0;
-    context.pixelAspect = format.pixelAspect.value();
-    if (picture.interlaced) {
-        context.fields = picture.topFieldFirst ? hostkit::FieldOrder::kTopFirst : hostkit::FieldOrder::kBottomFirst;
-    }
-    return context;
 }
 
 media::SourceOptions sourceOptions(const RenderRequest& request) {
@@ -91,11 +68,7 @@ public:
         if (const int signal = interruptingSignal(); signal != 0) {
             m_progress.clear();
             m_sink.reset();
-            fmt::print(stderr, "lumiset: Interrupted before {} was complete.\n",
-                       m_request.output == "-" ? "the output" : "\"" + m_request.output + "\"");
-            // The reading thread may be waiting for a pipe that will never deliver: nobody waits for it.
-            std::fflush(nullptr);
-            std::_Exit(128 + signal);
+            endInterrupted(signal, m_request.output);
         }
         m_progress.show(m_frames);
     }

@@ -4,31 +4,12 @@
 #include "apps/lumiset/commands.h"
 #include "apps/lumiset/help.h"
 #include "apps/lumiset/render.h"
+#include "apps/lumiset/time_text.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/parameter_text.h"
 
 namespace lumiset::app {
 namespace {
-
-/// Seconds, or minutes and hours before them with colons: "90", "1:30", "0:01:30.5".
-double parseTime(const std::string& text, const std::string& option) {
-    double seconds = 0.0;
-    std::string_view rest = text;
-    for (int part = 0;; ++part) {
-        const std::size_t colon = rest.find(':');
-        double number = 0.0;
-        if (part > 2 || !hostkit::parseNumber(rest.substr(0, colon), number) || number < 0.0) {
-            std::string sentence = option;
-            sentence.append(" takes seconds or [hours:]minutes:seconds, not \"").append(text).append("\".");
-            throw UsageError(sentence);
-        }
-        seconds = seconds * 60.0 + number;
-        if (colon == std::string_view::npos) {
-            return seconds;
-        }
-        rest.remove_prefix(colon + 1);
-    }
-}
 
 /// A whole number of pictures a second, one with up to three decimals, or a fraction of whole numbers.
 RenderRequest::Rate parseRate(const std::string& text) {

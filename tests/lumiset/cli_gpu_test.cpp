@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 #include "apps/lumiset/media/media.h"
@@ -93,6 +95,65 @@ TEST(GPUCommands, LeaveTheFramesToTheProcessorWithoutOpenGL) {
     const RunResult info = runLumiset({"gpu", "info"});
     EXPECT_EQ(info.status, 1);
     EXPECT_NE(info.err.find("There is no OpenGL"), std::string::npos) << info.err;
+}
+
+/// A picture's samples as they are seen: colours weigh as much as their alpha.
+std::vector<double> seen(const std::string& file) {
+    media::Picture picture;
+    EXPECT_TRUE(media::openSource(file)->read(picture)) << file;
+    std::vector<double> samples;
+    for (int y = 0; y < picture.height; ++y) {
+        for (int i = 0; i < 4 * picture.width; ++i) {
+            const double alpha = i % 4 == 3 ? 1.0 : picture.row(y)[i | 3] / 255.0;
+            samples.push_back(alpha * picture.row(y)[i]);
+        }
+    }
+    return samples;
+}
+
+TEST(Compare, MeasuresBothRenderersAndDrawsThem) {
+    if (runLumiset({"gpu", "info"}).status != 0) {
+        GTEST_SKIP() << "No OpenGL here, nothing is tested.";
+    }
+    const TemporaryFolder folder;
+    const std::vector<std::string> effect{"-e", "Outline", "-p", "Red Glow", "--set", "Width=15"};
+    const auto with = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), effect.begin(), effect.end());
+        return runLumiset(arguments);
+    };
+    ASSERT_EQ(with({"render", "scene:96x54", folder / "a.png", "--start", "1", "--duration", "0.03"}).status, 0);
+    ASSERT_EQ(with({"render", "scene:96x54", folder / "b.png", "--start", "1", "--duration", "0.03", "--gpu"}).status,
+              0);
+    const std::vector<double> a = seen(folder / "a.png");
+    const std::vector<double> b = seen(folder / "b.png");
+    ASSERT_EQ(a.size(), b.size());
+    double squares = 0.0;
+    double largest = 0.0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        squares += (a[i] - b[i]) * (a[i] - b[i]);
+        largest = std::max(largest, std::abs(a[i] - b[i]));
+    }
+    ASSERT_GT(largest, 0.0);
+
+    const RunResult run = with({"compare", "scene:96x54", folder / "sheet.png", "--time", "1"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    double psnr = 0.0;
+    double worst = 0.0;
+    ASSERT_EQ(std::sscanf(run.out.c_str(), "PSNR %lf dB, largest difference %lf", &psnr, &worst), 2) << run.out;
+    EXPECT_NEAR(psnr, 10.0 * std::log10(255.0 * 255.0 * static_cast<double>(a.size()) / squares), 0.051);
+    EXPECT_NEAR(worst, largest, 0.5);
+    media::Picture sheet;
+    ASSERT_TRUE(media::openSource(folder / "sheet.png")->read(sheet));
+    EXPECT_GT(sheet.width, 3 * 96);
+}
+
+TEST(Compare, SaysWhereThereIsNoOpenGL) {
+    const TemporaryFolder folder;
+    const WithoutOpenGL withoutOpenGL;
+    const RunResult run = runLumiset({"compare", "scene:96x54", folder / "sheet.png", "-e", "Outline"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("There is no OpenGL"), std::string::npos) << run.err;
+    EXPECT_EQ(folder.entries(), 0);
 }
 
 }  // namespace

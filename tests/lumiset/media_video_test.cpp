@@ -110,7 +110,7 @@ TEST_F(MediaVideo, StartsAndStopsWhereAsked) {
             EXPECT_EQ(numberOf(read.front()), 8);
             EXPECT_NEAR(read.front().timeSeconds, 0.32, 1e-6);
             EXPECT_EQ(numberOf(read.back()), 12);
-            source->rewind();
+            source->restart(options.startSeconds);
         }
         options.startSeconds = 5;
         EXPECT_THROW(openSource(path(name), options), MediaError);

@@ -32,7 +32,7 @@ public:
 
     const VideoFormat& format() const override { return m_format; }
     bool read(Picture& picture) override;
-    void rewind() override;
+    void restart(double startSeconds) override;
     Origin origin() const override;
 
 private:
@@ -76,10 +76,11 @@ void FileSource::open() {
     goToStart();
 }
 
-void FileSource::rewind() {
+void FileSource::restart(double startSeconds) {
     if (m_input.isPipe()) {
         throw MediaError("Standard input can be read only once.");
     }
+    m_options.startSeconds = startSeconds;
     open();
 }
 

@@ -105,8 +105,8 @@ public:
     /// Reads the next picture into `picture`, whose memory is reused; false after the last one.
     /// Throws MediaError when the file is damaged or ends too early.
     virtual bool read(Picture& picture) = 0;
-    /// Starts again with the first picture. Throws MediaError for a pipe.
-    virtual void rewind() = 0;
+    /// Starts again with the first picture at or after a time. Throws MediaError for a pipe, and past the end.
+    virtual void restart(double startSeconds) = 0;
 
     /// Where sound and metadata come from; empty path: there are none.
     struct Origin {
@@ -139,7 +139,8 @@ public:
 };
 
 /// Opens a file, an image sequence ("shot_%04d.png", "shot_%04d.png:10-80"), "-" for standard input, or
-/// "scene[:WIDTHxHEIGHT[:SECONDS[:FPS]]]" for the built-in moving scene. Throws MediaError.
+/// "scene[:WIDTHxHEIGHT[:SECONDS[:FPS]]]" for the built-in moving scene ("scene-full" without its transparent margin,
+/// "scene-cutout" its figures alone). Throws MediaError.
 std::unique_ptr<Source> openSource(const std::string& input, const SourceOptions& options = {});
 
 /// Opens a file by its extension, an image sequence ("out_%04d.png"; "out_%04d.png:10" begins at 10), or "-" for y4m on

@@ -66,21 +66,26 @@ void writeRow(const float* from, int width, Sample* to, Store store) {
 
 }  // namespace
 
-Scene::Scene(int width, int height)
-    : m_still(std::make_unique<SceneCanvas>(width, height)), m_work(std::make_unique<SceneCanvas>(width, height)) {
+Scene::Scene(int width, int height, ScenePart part)
+    : m_part(part),
+      m_still(std::make_unique<SceneCanvas>(width, height)),
+      m_work(std::make_unique<SceneCanvas>(width, height)) {
     SceneCanvas& still = *m_still;
     SceneCanvas landscape(width, height);
     SceneCanvas portrait(width, height);
     SceneCanvas front(width, height);
-    drawLandscape(landscape);
     drawPortrait(portrait);
-    drawTestStrip(front);
     drawTitle(front);
-
-    drawSky(still);
-    putOver(landscape, still);
+    if (part != ScenePart::kCutOut) {
+        drawLandscape(landscape);
+        drawTestStrip(front);
+        drawSky(still);
+        putOver(landscape, still);
+    }
     putOver(portrait, still);
-    cutWindow(still);
+    if (part == ScenePart::kWindow) {
+        cutWindow(still);
+    }
     putOver(front, still);
 
     m_aboveClouds = alphaOf(landscape);
@@ -89,8 +94,8 @@ Scene::Scene(int width, int height)
     for (int y = 0; y < height; y++) {
         for (int x = 0; x < width; x++) {
             const std::size_t i = still.index(x, y);
-            const float visible =
-                (1 - m_aboveClouds[i]) * (1 - m_aboveBalloons[i]) * windowAt(still, still.pointAt(x, y));
+            const float window = part == ScenePart::kWindow ? windowAt(still, still.pointAt(x, y)) : 1;
+            const float visible = (1 - m_aboveClouds[i]) * (1 - m_aboveBalloons[i]) * window;
             m_aboveClouds[i] = 1 - visible;
         }
     }
@@ -101,9 +106,13 @@ Scene::~Scene() = default;
 void Scene::render(double seconds, Depth depth, Picture& picture) {
     SceneCanvas& canvas = *m_work;
     canvas.copyFrom(*m_still);
-    drawClouds(canvas, seconds, m_aboveClouds.data());
+    if (m_part != ScenePart::kCutOut) {
+        drawClouds(canvas, seconds, m_aboveClouds.data());
+    }
     drawBalloons(canvas, seconds, m_aboveBalloons.data());
-    drawClock(canvas, seconds);
+    if (m_part != ScenePart::kCutOut) {
+        drawClock(canvas, seconds);
+    }
 
     picture.allocate(canvas.width(), canvas.height(), depth);
     for (int y = 0; y < canvas.height(); y++) {

@@ -23,10 +23,8 @@ void drawTestStrip(SceneCanvas& canvas);
 /// Seconds, and a hand that turns once a second, at the strip's end.
 void drawClock(SceneCanvas& canvas, double seconds);
 
-/// Text in vector strokes: capitals, digits, space, dot and colon. `origin` is the first letter's top left.
+/// Text in strokes (stroke_text.h). `origin` is the first letter's top left.
 void drawText(SceneCanvas& canvas, std::string_view text, Vec origin, float height, float strokeWidth, Color color,
               float alpha, float softness);
-/// Width of the text in design units.
-float textWidth(std::string_view text, float height);
 
 }  // namespace lumiset::media

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -16,6 +17,7 @@ namespace {
 constexpr int kLargestSide = 16384;
 
 struct SceneName {
+    ScenePart part = ScenePart::kWindow;
     int width = 1280;
     int height = 720;
     double seconds = 4;
@@ -55,8 +57,22 @@ std::optional<Rational> parseRate(std::string_view text) {
     return rate ? std::optional(Rational{static_cast<int>(std::lround(*rate * 1000)), 1000}) : std::nullopt;
 }
 
+constexpr std::pair<const char*, ScenePart> kParts[] = {
+    {"scene", ScenePart::kWindow}, {"scene-full", ScenePart::kFull}, {"scene-cutout", ScenePart::kCutOut}};
+
+std::optional<ScenePart> partOf(const std::string& input) {
+    const std::string_view word = std::string_view(input).substr(0, input.find(':'));
+    for (const auto& [known, part] : kParts) {
+        if (word == known) {
+            return part;
+        }
+    }
+    return std::nullopt;
+}
+
 SceneName parse(const std::string& input) {
     SceneName name;
+    name.part = partOf(input).value_or(ScenePart::kWindow);
     std::optional<std::string_view> rest = input;
     takePart(rest, ':');
     bool understood = true;
@@ -97,29 +113,31 @@ SceneName parse(const std::string& input) {
 class SceneSource final : public Source {
 public:
     SceneSource(const SceneName& name, const SourceOptions& options)
-        : m_depth(options.depth), m_scene(name.width, name.height) {
+        : m_depth(options.depth), m_scene(name.width, name.height, name.part) {
         m_format.width = name.width;
         m_format.height = name.height;
         m_format.frameRate = name.rate;
         m_format.timeBase = {name.rate.den, name.rate.num};
-        m_format.hasAlpha = true;
+        m_format.hasAlpha = name.part != ScenePart::kFull;
         m_format.bitDepth = options.depth == Depth::kFloat ? 16 : 8;
         const double step = m_format.timeBase.value();
         const std::int64_t count = std::llround(name.seconds / step);
-        m_first = static_cast<std::int64_t>(std::ceil(std::max(0.0, options.startSeconds) / step - 1e-6));
+        const std::int64_t first = numberAt(options.startSeconds);
         const double end = std::min(static_cast<double>(count),
                                     std::ceil((options.startSeconds + options.durationSeconds) / step - 1e-6));
         m_end = static_cast<std::int64_t>(end);
-        if (m_first >= m_end) {
-            throw MediaError(fmt::format("The scene is over before the start at {} s.", options.startSeconds));
-        }
-        m_format.frameCount = m_end - m_first;
+        restart(options.startSeconds);
+        m_format.frameCount = m_end - first;
         m_format.durationSeconds = static_cast<double>(m_format.frameCount) * step;
-        m_next = m_first;
     }
 
     const VideoFormat& format() const override { return m_format; }
-    void rewind() override { m_next = m_first; }
+    void restart(double startSeconds) override {
+        m_next = numberAt(startSeconds);
+        if (m_next >= m_end) {
+            throw MediaError(fmt::format("The scene is over before the start at {} s.", startSeconds));
+        }
+    }
 
     bool read(Picture& picture) override {
         if (m_next >= m_end) {
@@ -135,10 +153,14 @@ public:
     }
 
 private:
+    /// Number of the first picture at or after a time.
+    std::int64_t numberAt(double seconds) const {
+        return static_cast<std::int64_t>(std::ceil(std::max(0.0, seconds) / m_format.timeBase.value() - 1e-6));
+    }
+
     VideoFormat m_format;
     Depth m_depth;
     Scene m_scene;
-    std::int64_t m_first = 0;
     std::int64_t m_end = 0;
     std::int64_t m_next = 0;
 };
@@ -146,7 +168,7 @@ private:
 }  // namespace
 
 bool isSceneName(const std::string& input) {
-    return input == "scene" || input.starts_with("scene:");
+    return partOf(input).has_value();
 }
 
 std::unique_ptr<Source> openSceneSource(const std::string& input, const SourceOptions& options) {
