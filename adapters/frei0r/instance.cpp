@@ -61,6 +61,7 @@ void Instance::set(int index, const void* value) {
     if (parameter == nullptr || value == nullptr) {
         return;
     }
+    const std::lock_guard lock(m_mutex);
     Value& own = m_values[static_cast<std::size_t>(index)];
     Value given = readValue(*parameter, value);
     // Files are read when their name changes, not whenever a host repeats it.
@@ -140,6 +141,7 @@ void Instance::render(double seconds, const std::uint32_t* source, std::uint32_t
 void Instance::update(double hostTime, const void* caller, const std::uint32_t* source,
                       std::uint32_t* destination) noexcept {
     try {
+        const std::lock_guard lock(m_mutex);
         render(m_clock.seconds(hostTime, caller), source, destination);
     } catch (const std::exception& error) {
         report(error.what());

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "adapters/frei0r/effect.h"
@@ -10,8 +11,9 @@
 
 namespace lumiset::frei0r {
 
-/// One use of an effect in a host. One thread at a time works with it; different instances share nothing that a
-/// thread would wait for but the bookkeeping of scratch memory.
+/// One use of an effect in a host. Any thread may work with it; they wait for each other, since there are hosts that
+/// cut one instance's pictures into strips for several threads. Different instances share nothing that a thread would
+/// wait for but the bookkeeping of scratch memory.
 class Instance {
 public:
     /// Throws std::length_error for a size that no frame can have, std::bad_alloc.
@@ -32,6 +34,7 @@ private:
     void render(double seconds, const std::uint32_t* source, std::uint32_t* destination);
     void settle();
 
+    std::mutex m_mutex;
     const Effect& m_effect;
     std::uint32_t m_width;
     std::uint32_t m_height;

@@ -102,6 +102,18 @@ TEST(Hosting, RendersAnyFrameAnytimeInThreads) {
                 EXPECT_EQ(handed->render(source, i / 25.0), expected[static_cast<std::size_t>(i)]) << i;
             }).join();
         }
+        threads.clear();
+        for (int thread = 0; thread < 4; ++thread) {
+            threads.emplace_back([&] {
+                for (int i = 0; i < kFrames; ++i) {
+                    handed->setPreset("");
+                    EXPECT_EQ(handed->render(source, i / 25.0), expected[static_cast<std::size_t>(i)]) << i;
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
     }
 }
 
