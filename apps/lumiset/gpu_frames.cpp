@@ -28,11 +28,11 @@ void GPUFrames::serve(hostkit::Renderer& renderer) {
 
 bool GPUFrames::render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
                        const VideoFrameDesc& destination, const FrameRenderInfo& info) {
-    if (m_thread != std::this_thread::get_id()) {
-        m_gl.takeThread();
-        m_thread = std::this_thread::get_id();
-    }
-    if (m_renderer.render(effect, host, source, destination, info)) {
+    // Left behind again each time: a thread that ended with the context would keep it, and what is in it, for ever.
+    m_gl.takeThread();
+    const bool rendered = m_renderer.render(effect, host, source, destination, info);
+    m_gl.leaveThread();
+    if (rendered) {
         return true;
     }
     say(fmt::format("The effect \"{}\" does not render in OpenGL here; the processor renders its frames.",

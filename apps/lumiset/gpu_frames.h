@@ -3,14 +3,13 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <thread>
 
 #include "hostkit/gl/gpu_renderer.h"
 #include "hostkit/renderer.h"
 
 namespace lumiset::app {
 
-/// The OpenGL renderer of a `render` command. It has one context, so one thread renders with it, whichever asks first.
+/// The OpenGL renderer of a `render` command. It has one context, so one thread at a time renders with it.
 class GPUFrames {
 public:
     /// Null, and a sentence on standard error, where there is no OpenGL that effects can use.
@@ -29,7 +28,6 @@ private:
     std::set<std::string> m_said;
     hostkit::GLHost m_gl;
     hostkit::GPURenderer m_renderer{m_gl};
-    std::thread::id m_thread;
 };
 
 }  // namespace lumiset::app
