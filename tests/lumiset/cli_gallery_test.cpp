@@ -132,8 +132,7 @@ TEST(Gallery, TakesThePictureAtATimeFromEveryKindOfInput) {
     const std::string torn = folder / "torn.png";
     const std::string piped = folder / "piped.png";
     const std::vector<std::string> neutral{"-e", "Outline", "-p", "Reset to None"};
-    const std::vector<std::string> television{"-e",      "Old TV", "-p",         "Messed Up",
-                                              "--start", "1.2",    "--duration", "0.05"};
+    const std::vector<std::string> television{"-e", "Old TV", "-p", "Messed Up", "--start", "1.2", "--duration", "0.1"};
     const auto make = [&](std::vector<std::string> arguments, const std::vector<std::string>& more) {
         arguments.insert(arguments.end(), more.begin(), more.end());
         const RunResult run = runLumiset(arguments);
@@ -168,6 +167,12 @@ TEST(Gallery, AsksForAllItNeeds) {
     EXPECT_EQ(runLumiset({"gallery", "scene", "x.png", "-p", "Red Glow"}).status, 2);
 }
 
+bool catches(pid_t process, int signal) {
+    const std::string status = contentsOf("/proc/" + std::to_string(process) + "/status");
+    const std::size_t at = status.find("SigCgt:");
+    return at != std::string::npos && (std::stoull(status.substr(at + 7), nullptr, 16) >> (signal - 1) & 1U) != 0;
+}
+
 TEST(Gallery, LeavesNothingWhenInterrupted) {
     const TemporaryFolder folder;
     std::vector<std::string> command{"gallery", "scene-full:640x360", folder / "sheet.png"};
@@ -175,7 +180,7 @@ TEST(Gallery, LeavesNothingWhenInterrupted) {
         command.insert(command.end(), {"-e", "Old TV", "-p", "Messed Up"});
     }
     const RunResult run = runLumiset(command, "/dev/null", [&](pid_t process) {
-        for (int i = 0; i < 3000 && folder.entries() < 1; ++i) {
+        for (int i = 0; i < 3000 && !catches(process, SIGTERM); ++i) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         ::kill(process, SIGTERM);
