@@ -1,18 +1,17 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "platform/process.h"
 
 // The monitor's end of the pipe.
 
 namespace lumiset::platform {
 
 struct MonitorMessage {
-    Process sender;
+    std::uint64_t sender;  ///< its process's number
     std::string text;
 };
 

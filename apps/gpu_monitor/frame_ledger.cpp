@@ -5,6 +5,9 @@
 namespace lumiset::monitor {
 namespace {
 
+/// Far more than a pipe holds.
+constexpr std::size_t kMostEndedFirst = 256;
+
 /// 8-4-4-4-12 digits, as hosts write them.
 bool isGuid(std::string_view text) {
     constexpr std::string_view kPattern = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
@@ -34,11 +37,19 @@ std::optional<FrameMessage> parseFrameMessage(std::string_view text) {
                         state == "2"};
 }
 
-void FrameLedger::note(const FrameMessage& message, const platform::Process& sender) {
-    if (message.ended) {
-        m_frames.erase(message.frame.guid);
-    } else {
-        m_frames.insert_or_assign(message.frame.guid, Frame{sender, message.frame});
+void FrameLedger::start(const platform::CrashReport& report, const platform::Process& sender) {
+    if (std::erase(m_endedFirst, report.guid) == 0) {
+        m_frames.insert_or_assign(report.guid, Frame{sender, report});
+    }
+}
+
+void FrameLedger::end(const std::string& guid) {
+    if (m_frames.erase(guid) == 0) {
+        // Some never have a start: their frames began before anybody listened.
+        m_endedFirst.push_back(guid);
+        if (m_endedFirst.size() > kMostEndedFirst) {
+            m_endedFirst.pop_front();
+        }
     }
 }
 

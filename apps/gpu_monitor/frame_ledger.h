@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,7 +14,7 @@ namespace lumiset::monitor {
 
 /// What a host says of a frame.
 struct FrameMessage {
-    platform::CrashReport frame;  ///< what there is to report should it never end
+    platform::CrashReport report;  ///< what there is to report should it never end
     bool ended = false;
 };
 
@@ -21,10 +22,12 @@ struct FrameMessage {
 /// for a text of another form.
 std::optional<FrameMessage> parseFrameMessage(std::string_view text);
 
-/// The frames that have started and not ended, by the processes that render them.
+/// The frames that have started and not ended, by the processes that render them. Where the pipe has several places for
+/// hosts, a frame's end may be read before its start.
 class FrameLedger {
 public:
-    void note(const FrameMessage& message, const platform::Process& sender);
+    void start(const platform::CrashReport& report, const platform::Process& sender);
+    void end(const std::string& guid);
 
     [[nodiscard]] bool empty() const { return m_frames.empty(); }
     /// Those with a frame under way, each once.
@@ -38,6 +41,7 @@ private:
         platform::CrashReport report;
     };
     std::map<std::string, Frame> m_frames;  ///< by GUID
+    std::deque<std::string> m_endedFirst;   ///< the latest GUIDs of frames whose start has not been read
 };
 
 }  // namespace lumiset::monitor

@@ -24,50 +24,50 @@ public:
     explicit Monitor(platform::MonitorInbox& inbox) : m_inbox(inbox) {}
 
     void run() {
-        while (receive(m_ledger.empty() && m_unwritten.empty() ? kQuietTime : kLookTime)) {
+        while (receive(isIdle() ? kQuietTime : kLookTime)) {
             const Clock::time_point now = Clock::now();
             if (now - m_lastLook >= kLookTime) {
                 m_lastLook = now;
-                if (!look()) {
-                    return;
-                }
+                look();
             }
-            if (m_ledger.empty() && m_unwritten.empty() && now - m_lastHeard > kIdleTime) {
+            if (isIdle() && now - m_lastHeard > kIdleTime) {
                 return;
             }
         }
     }
 
 private:
+    [[nodiscard]] bool isIdle() const { return m_ledger.empty() && m_unwritten.empty(); }
+
     bool receive(std::chrono::milliseconds time) {
         m_messages.clear();
         const bool more = m_inbox.receive(time, m_messages);
         for (const platform::MonitorMessage& message : m_messages) {
             m_lastHeard = Clock::now();
-            if (const auto frame = parseFrameMessage(message.text)) {
-                m_ledger.note(*frame, message.sender);
+            const auto frame = parseFrameMessage(message.text);
+            if (frame && frame->ended) {
+                m_ledger.end(frame->report.guid);
+            } else if (frame) {
+                m_ledger.start(frame->report, platform::findProcess(message.sender));
             }
         }
         return more;
     }
 
-    bool look() {
-        std::vector<platform::Process> gone = m_ledger.processes();
-        std::erase_if(gone, platform::isRunning);
-        // What they had sent before they ended may still be on its way.
-        if (!gone.empty() && !receive(std::chrono::milliseconds(0))) {
-            return false;
-        }
-        for (const platform::Process& process : gone) {
+    /// A process that was gone at the last look has sent nothing since, so all that it had sent has come by now.
+    void look() {
+        for (const platform::Process& process : m_gone) {
             std::ranges::move(m_ledger.take(process), std::back_inserter(m_unwritten));
         }
+        m_gone = m_ledger.processes();
+        std::erase_if(m_gone, platform::isRunning);
         // What cannot be stored now, on a full disk for one, is tried again.
         std::erase_if(m_unwritten, platform::storeCrashReport);
-        return true;
     }
 
     platform::MonitorInbox& m_inbox;
     FrameLedger m_ledger;
+    std::vector<platform::Process> m_gone;  ///< at the last look, with a frame under way
     std::vector<platform::CrashReport> m_unwritten;
     std::vector<platform::MonitorMessage> m_messages;
     Clock::time_point m_lastLook;

@@ -27,13 +27,11 @@ constexpr int kLeavingSignals[] = {SIGTERM, SIGINT, SIGHUP};
 volatile sig_atomic_t g_leaving = 0;
 
 std::optional<MonitorMessage> messageIn(const std::string& bytes) {
-    MonitorMessage message;
-    std::uint64_t sender = 0;
-    const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), sender);
+    MonitorMessage message{};
+    const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), message.sender);
     if (error != std::errc() || *end != ' ') {
         return std::nullopt;
     }
-    message.sender = findProcess(sender);
     message.text.assign(end + 1, bytes.data() + bytes.size());
     return message;
 }

@@ -34,9 +34,9 @@ public:
 
     void waitForHost() {
         m_connected = false;
-        DisconnectNamedPipe(m_pipe.get());
-        if (ConnectNamedPipe(m_pipe.get(), &m_overlapped) == 0 && GetLastError() == ERROR_PIPE_CONNECTED) {
-            SetEvent(m_event.get());  // a host was quicker
+        if (ConnectNamedPipe(m_pipe.get(), &m_overlapped) == 0 &&
+            (GetLastError() == ERROR_PIPE_CONNECTED || GetLastError() == ERROR_NO_DATA)) {
+            SetEvent(m_event.get());  // a host was quicker; it may even have gone again
         }
     }
 
@@ -46,7 +46,7 @@ public:
             m_connected = true;
             if (ReadFile(m_pipe.get(), m_buffer.data(), kLongestMessage, nullptr, &m_overlapped) == 0 &&
                 GetLastError() != ERROR_IO_PENDING) {
-                waitForHost();  // it left without a word, or has too many
+                next();  // it left without a word, or has too many
             }
             return;
         }
@@ -54,12 +54,17 @@ public:
         ULONG sender = 0;
         if (GetOverlappedResult(m_pipe.get(), &m_overlapped, &count, FALSE) != 0 &&
             GetNamedPipeClientProcessId(m_pipe.get(), &sender) != 0) {
-            messages.push_back({findProcess(sender), std::string(m_buffer.data(), count)});
+            messages.push_back({sender, std::string(m_buffer.data(), count)});
         }
-        waitForHost();
+        next();
     }
 
 private:
+    void next() {
+        DisconnectNamedPipe(m_pipe.get());
+        waitForHost();
+    }
+
     Handle m_pipe;
     Handle m_event;
     OVERLAPPED m_overlapped{};

@@ -81,6 +81,6 @@ int main(int argc, char** argv) {
         return 0;
     }
     const std::string program = argv[0];
-    std::ofstream(program.substr(0, program.find_last_of("/\\") + 1) + "starts", std::ios::app) << "started\n";
+    std::ofstream(program.substr(0, program.find_last_of("/\\") + 1) + "starts", std::ios::app) << "started";
     return 0;
 }

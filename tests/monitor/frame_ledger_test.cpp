@@ -7,12 +7,16 @@ namespace {
 
 constexpr const char* kGuid = "0123abcd-0000-4000-8000-00000000000";  // and a digit
 
-FrameMessage message(char frame, bool ended) {
-    return {{std::string(kGuid) + frame, "Host", "Library", "Effect"}, ended};
+std::string guidOf(int frame) {
+    return kGuid + std::to_string(frame);
+}
+
+platform::CrashReport reportOf(int frame) {
+    return {guidOf(frame), "Host", "Library", "Effect"};
 }
 
 TEST(FrameMessages, AreReadFromTheirEnd) {
-    const std::string guid = kGuid + std::string("1");
+    const std::string guid = guidOf(1);
     const struct {
         const char* names;
         const char* host;
@@ -29,10 +33,10 @@ TEST(FrameMessages, AreReadFromTheirEnd) {
         for (const char* state : {"1", "2"}) {
             const auto read = parseFrameMessage(std::string(row.names) + ';' + guid + ';' + state);
             ASSERT_TRUE(read);
-            EXPECT_EQ(read->frame.host, row.host);
-            EXPECT_EQ(read->frame.library, row.library);
-            EXPECT_EQ(read->frame.effect, row.effect);
-            EXPECT_EQ(read->frame.guid, guid);
+            EXPECT_EQ(read->report.host, row.host);
+            EXPECT_EQ(read->report.library, row.library);
+            EXPECT_EQ(read->report.effect, row.effect);
+            EXPECT_EQ(read->report.guid, guid);
             EXPECT_EQ(read->ended, *state == '2');
         }
     }
@@ -47,18 +51,21 @@ TEST(FrameLedger, KeepsFramesThatHaveNotEndedByTheirProcess) {
     const platform::Process one{7, 100};
     const platform::Process another{7, 200};  // the same number, given again
     FrameLedger ledger;
-    ledger.note(message('1', false), one);
-    ledger.note(message('2', false), one);
-    ledger.note(message('3', false), another);
-    ledger.note(message('9', true), one);  // started before anybody listened
+    ledger.start(reportOf(1), one);
+    ledger.start(reportOf(2), one);
+    ledger.start(reportOf(3), another);
+    ledger.end(guidOf(9));  // started before anybody listened
     EXPECT_EQ(ledger.processes(), (std::vector<platform::Process>{one, another}));
-    ledger.note(message('2', true), one);
+    ledger.end(guidOf(2));
     const std::vector<platform::CrashReport> reports = ledger.take(one);
     ASSERT_EQ(reports.size(), 1U);
-    EXPECT_EQ(reports[0].guid, kGuid + std::string("1"));
+    EXPECT_EQ(reports[0].guid, guidOf(1));
     EXPECT_EQ(ledger.processes(), std::vector<platform::Process>{another});
-    ledger.note(message('3', true), another);
+    ledger.end(guidOf(3));
     EXPECT_TRUE(ledger.empty());
+    ledger.end(guidOf(4));
+    ledger.start(reportOf(4), another);
+    EXPECT_TRUE(ledger.empty()) << "read in the wrong order";
 }
 
 }  // namespace

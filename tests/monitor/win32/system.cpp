@@ -5,8 +5,17 @@
 #include <tlhelp32.h>
 
 namespace lumiset::testing {
+namespace {
+
+/// Where a fault would call a debugger.
+LONG WINAPI endAtOnce(EXCEPTION_POINTERS* /*fault*/) {
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+}  // namespace
 
 void loadDriver() {
+    SetUnhandledExceptionFilter(endAtOnce);
     LoadLibraryA("opengl32.dll");
 }
 
@@ -29,8 +38,6 @@ Child start(const std::vector<std::string>& command) {
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started{};
-    // A fault ends the program without asking anybody.
-    SetErrorMode(SEM_NOGPFAULTERRORBOX | SEM_FAILCRITICALERRORS);
     if (CreateProcessA(command[0].c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
                        &started) == 0) {
         return {};
