@@ -60,6 +60,7 @@ struct Frames {
     Pool bMask8{kFormatMask8};
     Pool aMaskF{kFormatMaskFloat};
     Pool bMaskF{kFormatMaskFloat};
+    Pool yuv422{kFormatMask8, 2 * kWidth};  ///< packed 4:2:2: two bytes a pixel
     Pool small8{kFormatBgra8, 853, 480};
     Pool smallF{kFormatBgraFloat, 853, 480};
     Pool smallMask8{kFormatMask8, 853, 480};

@@ -131,14 +131,26 @@ void addConversions(Cases& cases) {
     addMap(cases, "ImgHsvToRgb8A4", Base::kFrame8, 0, f.a8, f.out8, nullptr, ImgHsvToRgb8A4, ImgColorOrder::kBgr);
     addMap(cases, "ImgRgbToHsvFA4", Base::kFrameFloat, 0, f.aF, f.outF, hsv, ImgRgbToHsvFA4, ImgColorOrder::kBgr);
     addMap(cases, "ImgHsvToRgbFA4", Base::kFrameFloat, 0, f.aF, f.outF, nullptr, ImgHsvToRgbFA4, ImgColorOrder::kBgr);
-    addMap(
-        cases, "ImgYuv422ToBgra", Base::kFrame8, 0.8, f.a8, f.out8,
-        [](const cv::Mat& from, cv::Mat& to) {
-            const cv::Mat packed(from.rows, from.cols, CV_8UC2, from.data, from.step);
-            cv::cvtColor(packed, to, cv::COLOR_YUV2BGRA_YUY2);
-        },
-        ImgYuv422ToBgra, std::uint8_t{255}, false);
-    addMap(cases, "ImgBgraToYuv422", Base::kFrame8, 0, f.a8, f.out8, nullptr, ImgBgraToYuv422, false);
+}
+
+void addYuv422(Cases& cases) {
+    Frames& f = frames();
+    cases.push_back({"ImgYuv422ToBgra", Base::kFrame8,
+                     [&f](std::size_t n) {
+                         return ImgYuv422ToBgra(f.yuv422.bytes(n), f.yuv422.step(), f.out8.bytes(n), f.out8.step(), 255,
+                                                false, f.out8.size()) == kImgOk;
+                     },
+                     0.8,
+                     [&f](std::size_t n) {
+                         const cv::Mat packed(kHeight, kWidth, CV_8UC2, f.yuv422.bytes(n),
+                                              static_cast<std::size_t>(f.yuv422.step()));
+                         cv::Mat to = f.out8.mat(n);
+                         cv::cvtColor(packed, to, cv::COLOR_YUV2BGRA_YUY2);
+                     }});
+    cases.push_back({"ImgBgraToYuv422", Base::kFrame8, [&f](std::size_t n) {
+                         return ImgBgraToYuv422(f.a8.bytes(n), f.a8.step(), f.yuv422.bytes(n), f.yuv422.step(), false,
+                                                f.a8.size()) == kImgOk;
+                     }});
 }
 
 void addAlpha(Cases& cases) {
@@ -171,6 +183,7 @@ void addPixelPrimitives(Cases& cases) {
     addFills(cases);
     addArithmetic(cases);
     addConversions(cases);
+    addYuv422(cases);
     addAlpha(cases);
 }
 

@@ -28,36 +28,43 @@ constexpr std::int16_t kGreenFromU = 3209;
 constexpr std::int16_t kGreenFromV = 6660;
 constexpr std::int16_t kBlueFromU = 16525;
 
-/// v * weight / 8192 * 32, rounded, where v was shifted left by 7.
+/// The 16-bit lanes of each 128 bits that `order` names, by shuffling their bytes.
 template <class V>
-HWY_INLINE V weighted(V v, std::int16_t weight) {
-    return hn::MulFixedPoint15(v, hn::Set(Words(), weight));
-}
-
-/// Rounds 32nds and limits them to a byte.
-template <class V>
-HWY_INLINE V toByte(V thirtySeconds) {
-    const Words d;
-    const V rounded = hn::ShiftRight<5>(hn::Add(thirtySeconds, hn::Set(d, std::int16_t{16})));
-    return hn::Min(hn::Max(rounded, hn::Zero(d)), hn::Set(d, std::int16_t{255}));
+HWY_INLINE V pick(V v, const std::uint8_t (&order)[16]) {
+    const hn::Repartition<std::uint8_t, Words> dBytes;
+    return hn::BitCast(Words(), hn::TableLookupBytes(hn::BitCast(dBytes, v), hn::LoadDup128(dBytes, order)));
 }
 
 /// As many pixels as there are 16-bit lanes.
 HWY_INLINE void stepToBgra(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst, std::uint8_t alpha) {
+    HWY_ALIGN static constexpr std::uint8_t kEven[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+    HWY_ALIGN static constexpr std::uint8_t kOdd[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
+    HWY_ALIGN static constexpr std::uint8_t kOther[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+    HWY_ALIGN static constexpr std::int16_t kToGreen[8] = {kGreenFromU, kGreenFromV, kGreenFromU, kGreenFromV,
+                                                           kGreenFromU, kGreenFromV, kGreenFromU, kGreenFromV};
+    HWY_ALIGN static constexpr std::int16_t kToBlueRed[8] = {kBlueFromU, kRedFromV, kBlueFromU, kRedFromV,
+                                                             kBlueFromU, kRedFromV, kBlueFromU, kRedFromV};
     const Words d;
     const hn::RebindToUnsigned<Words> du;
-    const hn::RepartitionToWide<decltype(du)> dGroup;
-    const auto group = hn::BitCast(dGroup, hn::LoadU(hn::Repartition<std::uint8_t, Words>(), src));
-    const auto u = hn::And(hn::ShiftRight<8>(group), hn::Set(dGroup, 0xFFU));
-    const auto v = hn::ShiftRight<24>(group);
-    const auto centred = [&](auto words, std::int16_t zero)
-                             HWY_ATTR { return hn::ShiftLeft<7>(hn::Sub(hn::BitCast(d, words), hn::Set(d, zero))); };
-    const auto luma = weighted(centred(hn::And(group, hn::Set(dGroup, 0x00FF00FFU)), 16), kLuma);
-    const auto bothU = centred(hn::Or(u, hn::ShiftLeft<16>(u)), 128);
-    const auto bothV = centred(hn::Or(v, hn::ShiftLeft<16>(v)), 128);
-    const auto blue = toByte(hn::Add(luma, weighted(bothU, kBlueFromU)));
-    const auto green = toByte(hn::Sub(luma, hn::Add(weighted(bothU, kGreenFromU), weighted(bothV, kGreenFromV))));
-    const auto red = toByte(hn::Add(luma, weighted(bothV, kRedFromV)));
+    const hn::Repartition<std::uint8_t, Words> dBytes;
+    // Y in the low bytes, U and V by turns in the high ones; both less their zero and times 128. A product by
+    // MulFixedPoint15 then is v * weight / 8192 * 32, rounded.
+    const auto pairs = hn::BitCast(du, hn::LoadU(dBytes, src));
+    const auto times128 = [&](auto highBytes, std::int16_t zero) HWY_ATTR {
+        const auto v = hn::BitCast(d, hn::ShiftRight<1>(highBytes));
+        return hn::Sub(v, hn::Set(d, zero));
+    };
+    const auto chroma = times128(hn::And(pairs, hn::Set(du, std::uint16_t{0xFF00})), 128 * 128);
+    const auto scaledLuma = hn::MulFixedPoint15(times128(hn::ShiftLeft<8>(pairs), 16 * 128), hn::Set(d, kLuma));
+    const auto luma = hn::Add(scaledLuma, hn::Set(d, std::int16_t{16}));  // half a unit of the result
+    const auto toGreen = hn::MulFixedPoint15(chroma, hn::LoadDup128(d, kToGreen));
+    const auto toBlueRed = hn::MulFixedPoint15(chroma, hn::LoadDup128(d, kToBlueRed));
+    const auto toByte = [&](auto thirtySeconds) HWY_ATTR {
+        return hn::Min(hn::Max(hn::ShiftRight<5>(thirtySeconds), hn::Zero(d)), hn::Set(d, std::int16_t{255}));
+    };
+    const auto blue = toByte(hn::Add(luma, pick(toBlueRed, kEven)));
+    const auto red = toByte(hn::Add(luma, pick(toBlueRed, kOdd)));
+    const auto green = toByte(hn::Sub(luma, hn::Add(toGreen, pick(toGreen, kOther))));
     const auto blueGreen = hn::BitCast(du, hn::Or(blue, hn::ShiftLeft<8>(green)));
     const auto redAlpha =
         hn::Or(hn::BitCast(du, red), hn::Set(du, static_cast<std::uint16_t>(static_cast<unsigned>(alpha) << 8U)));

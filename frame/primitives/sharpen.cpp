@@ -1,51 +1,80 @@
 #include "frame/primitives/sharpen.h"
 
-#include <algorithm>
-
-#include "frame/primitives/check.h"
+#include <cstddef>
+#include <cstring>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frame/primitives/sharpen.cpp"
 #include "hwy/foreach_target.h"
 
-#include "hwy/highway.h"
+#include "frame/primitives/row_loops-inl.h"
 
-// Plain loops: compiled for each instruction set, they vectorise as they are.
 HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
 
-constexpr std::int32_t kChunk = 512;  ///< samples
+constexpr std::size_t kPixel = 4;  ///< samples from a pixel to its neighbour
 
-HWY_INLINE void finish(std::int32_t eighths, std::uint8_t* out) {
-    *out = static_cast<std::uint8_t>(std::min(std::max((eighths + 4) >> 3, 0), 255));
-}
-HWY_INLINE void finish(float eighths, float* out) {
-    *out = eighths * 0.125F;
+/// Bytes are summed in 16 bits.
+struct Bytes {
+    using Sample = std::uint8_t;
+    using D = hn::ScalableTag<std::int16_t>;
+    static HWY_INLINE hn::Vec<D> load(const Sample* from) {
+        return hn::PromoteTo(D(), hn::LoadU(hn::Rebind<Sample, D>(), from));
+    }
+    static HWY_INLINE auto finish(hn::Vec<D> centre, hn::Vec<D> neighbours) {
+        const auto eighths = hn::Sub(hn::ShiftLeft<4>(centre), neighbours);
+        return hn::DemoteTo(hn::Rebind<Sample, D>(), hn::ShiftRight<3>(hn::Add(eighths, hn::Set(D(), 4))));
+    }
+};
+
+struct Floats {
+    using Sample = float;
+    using D = hn::CappedTag<float, 8>;  // longer ones straddle a cache line at every load of a neighbour
+    static HWY_INLINE hn::Vec<D> load(const Sample* from) { return hn::LoadU(D(), from); }
+    static HWY_INLINE auto finish(hn::Vec<D> centre, hn::Vec<D> neighbours) {
+        const auto eighths = hn::Sub(hn::Mul(centre, hn::Set(D(), 16.0F)), neighbours);
+        return hn::Mul(eighths, hn::Set(D(), 0.125F));
+    }
+};
+
+/// A vector of samples; each row is given from the pixel before on.
+template <class Kind, class T = typename Kind::Sample>
+HWY_INLINE void sharpenVector(const T* above, const T* here, const T* below, T* out) {
+    const hn::Rebind<T, typename Kind::D> d;
+    const auto column = [&](std::size_t at)
+                            HWY_ATTR { return hn::Add(Kind::load(above + at), Kind::load(below + at)); };
+    const auto sides = hn::Add(Kind::load(here), Kind::load(here + 2 * kPixel));
+    const auto neighbours = hn::Add(hn::Add(column(0), column(2 * kPixel)), hn::Add(column(kPixel), sides));
+    const auto result = Kind::finish(Kind::load(here + kPixel), neighbours);
+    hn::StoreU(hn::IfVecThenElse(touchedLanes<Touch::kFirstThree>(d), result, hn::LoadU(d, out)), d, out);
 }
 
-template <class Sum, class T>
+template <class Kind, class T = typename Kind::Sample>
 void sharpen(Plane<const T> src, Plane<T> dst, ImgSize size) {
-    const std::int32_t samples = size.width * 4 - 1;
-    T results[kChunk];
+    constexpr std::size_t kMostLanes = HWY_MAX_BYTES / sizeof(T);
+    const std::size_t samples = samplesInRow<Touch::kFirstThree>(size.width);
+    const std::size_t lanes = hn::Lanes(typename Kind::D());
     for (std::int32_t y = 0; y < size.height; ++y) {
-        for (std::int32_t first = 0; first < samples; first += kChunk) {
-            const std::int32_t count = std::min(kChunk, samples - first);
-            const T* above = src.row(y - 1) + first;
-            const T* here = src.row(y) + first;
-            const T* below = src.row(y + 1) + first;
-            T* out = dst.row(y) + first;
-            for (std::int32_t i = 0; i < count; ++i) {
-                const auto column = [&](std::int32_t at) {
-                    return static_cast<Sum>(static_cast<Sum>(above[at]) + static_cast<Sum>(below[at]));
-                };
-                const Sum sides = static_cast<Sum>(here[i - 4]) + static_cast<Sum>(here[i + 4]);
-                const Sum neighbours = (column(i - 4) + column(i + 4)) + (column(i) + sides);
-                finish(static_cast<Sum>(here[i]) * Sum{16} - neighbours, results + i);
-            }
-            for (std::int32_t i = 0; i < count; ++i) {
-                out[i] = i % 4 == 3 ? out[i] : results[i];
-            }
+        const T* above = src.row(y - 1) - kPixel;
+        const T* here = src.row(y) - kPixel;
+        const T* below = src.row(y + 1) - kPixel;
+        T* out = dst.row(y);
+        std::size_t i = 0;
+        for (; i + lanes <= samples; i += lanes) {
+            sharpenVector<Kind>(above + i, here + i, below + i, out + i);
+        }
+        if (i < samples) {
+            // The last samples go through copies, so that nothing past them is read or written.
+            T rows[3][kMostLanes + 2 * kPixel] = {};
+            T last[kMostLanes] = {};
+            const std::size_t bytes = (samples - i) * sizeof(T);
+            std::memcpy(rows[0], above + i, bytes + 2 * kPixel * sizeof(T));
+            std::memcpy(rows[1], here + i, bytes + 2 * kPixel * sizeof(T));
+            std::memcpy(rows[2], below + i, bytes + 2 * kPixel * sizeof(T));
+            std::memcpy(last, out + i, bytes);
+            sharpenVector<Kind>(rows[0], rows[1], rows[2], last);
+            std::memcpy(out + i, last, bytes);
         }
     }
 }
@@ -53,10 +82,10 @@ void sharpen(Plane<const T> src, Plane<T> dst, ImgSize size) {
 }  // namespace
 
 void sharpenBytes(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, ImgSize size) {
-    sharpen<std::int32_t>(src, dst, size);
+    sharpen<Bytes>(src, dst, size);
 }
 void sharpenFloats(Plane<const float> src, Plane<float> dst, ImgSize size) {
-    sharpen<float>(src, dst, size);
+    sharpen<Floats>(src, dst, size);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
