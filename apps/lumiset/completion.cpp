@@ -133,7 +133,8 @@ void Place::addCommands() {
 void Place::addParameters(const EffectDescription& effect, char mark) {
     m_completion.kind = Completion::kBeginnings;
     for (const ParameterDescription& parameter : effect.parameters) {
-        add(effect.shortestName(parameter) + mark, parameter.path() + ", " + hostkit::describeRange(parameter));
+        add(effect.shortestName(parameter) + mark,
+            parameter.path() + ", " + (parameter.items.empty() ? hostkit::describeRange(parameter) : "a list"));
     }
 }
 

@@ -42,7 +42,7 @@ _lumiset() {
     shift lines
     texts=("${(@)lines//$'\t'/  -- }")
     lines=("${(@)lines%%$'\t'*}")
-    compadd -l -d texts -M 'm:{a-zA-Z}={A-Za-z}' $options -a lines
+    compadd -l -d texts -M 'm:{a-zA-Z}={A-Za-z}' "${(@)options}" -a lines
 }
 if [ "$funcstack[1]" = _lumiset ]; then
     _lumiset "$@"

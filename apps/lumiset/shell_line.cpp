@@ -20,6 +20,7 @@ std::vector<ShellWord> splitShellLine(std::string_view line, std::string_view br
     std::vector<ShellWord> words;
     ShellWord word;
     bool begun = false;
+    std::size_t keptUnquoted = 0;
     for (std::size_t i = 0; i < line.size(); ++i) {
         const char c = line[i];
         const char next = i + 1 < line.size() ? line[i + 1] : '\0';
@@ -33,8 +34,11 @@ std::vector<ShellWord> splitShellLine(std::string_view line, std::string_view br
         }
         begun = true;
         if (word.openQuote != '\0' ? c == word.openQuote : c == '"' || c == '\'') {
-            word.openQuote = word.openQuote == '\0' ? c : '\0';
-            word.keptBytes = word.text.size();
+            const bool opens = word.openQuote == '\0';
+            word.openQuote = opens ? c : '\0';
+            // Behind an opening quote bash completes afresh; once it is closed the quotes belong to what is replaced.
+            keptUnquoted = opens ? word.keptBytes : keptUnquoted;
+            word.keptBytes = opens ? word.text.size() : keptUnquoted;
         } else if (c == '\\' && word.openQuote != '\'' &&
                    (word.openQuote == '\0' || contains(kSpecialInDoubleQuotes, next))) {
             if (next != '\0') {

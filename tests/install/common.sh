@@ -1,0 +1,35 @@
+# Shared by the tests beside it: an empty folder, and programs that see nothing of this user's own installation.
+set -euo pipefail
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+export HOME=$root/home XDG_CONFIG_HOME=$root/home/config
+mkdir "$HOME"
+unset LUMISET_MODULE FREI0R_PATH LD_LIBRARY_PATH PKG_CONFIG_PATH
+
+fail() {
+    printf '%s\n' "$@"
+    exit 1
+}
+
+files_in() { (cd "$1" && find . -type f | sort); }
+
+# works PREFIX: the programs and plug-ins below it work, and use nothing but what is there.
+works() {
+    local prefix=$1 report pictures
+    "$prefix/bin/lumiset" list | grep -q '^Old TV ' || fail "$prefix: lumiset list"
+    "$prefix/bin/lumiset" render -q scene:160x90:0.04 "$root/a.png" --effect Outline
+    [ "$(head -c 4 "$root/a.png")" = $'\x89PNG' ] || fail "$prefix: no picture"
+
+    report=$(FREI0R_PATH="$prefix/lib/frei0r-1" "$prefix/bin/lumiset" doctor)
+    for line in "Program         $prefix/bin/lumiset," "Module          $prefix/lib/lumiset/libvantrel_lumiset5.so" \
+        "Monitor         $prefix/lib/lumiset/GPUMonitor," \
+        "frei0r          $prefix/lib/frei0r-1: 10 of 10 plug-ins"; do
+        grep -qF "$line" <<<"$report" || fail "doctor does not say: $line" "$report"
+    done
+
+    pictures=$(for filter in null frei0r=lumiset_old_tv; do
+        FREI0R_PATH="$prefix/lib/frei0r-1" ffmpeg -v error -f lavfi -i testsrc=s=160x90 -vf "$filter" -frames:v 1 \
+            -pix_fmt rgb24 -f md5 - || fail "$prefix: ffmpeg with $filter"
+    done)
+    [ "$(sort -u <<<"$pictures" | wc -l)" = 2 ] || fail "$prefix: the plug-in leaves the picture as it is"
+}
