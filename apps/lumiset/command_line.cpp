@@ -71,6 +71,7 @@ void describeCommandLine(CLI::App& app, Program& program) {
     addRenderCommand(app, program);
     addGalleryCommand(app, program);
     addCompareCommand(app, program);
+    addExportCommands(app, program);
     addPresetCommands(app, program);
     addOptionsCommand(app, program);
     addGPUCommands(app, program);

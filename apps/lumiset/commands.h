@@ -12,6 +12,7 @@ void addShowCommand(CLI::App& app, Program& program);
 void addRenderCommand(CLI::App& app, Program& program);
 void addGalleryCommand(CLI::App& app, Program& program);
 void addCompareCommand(CLI::App& app, Program& program);
+void addExportCommands(CLI::App& app, Program& program);
 void addPresetCommands(CLI::App& app, Program& program);
 void addOptionsCommand(CLI::App& app, Program& program);
 void addGPUCommands(CLI::App& app, Program& program);

@@ -52,4 +52,15 @@ Examples:
   From and to another program:
     ffmpeg -i in.avi -f yuv4mpegpipe - | lumiset render - - --effect Outline | ffplay -)";
 
+inline constexpr const char* kExport =
+    R"(Prints what gives an effect the same settings in another program, by way of its frei0r plug-in.
+
+  lumiset export ffmpeg "Old TV" --preset Snow -i in.mp4 -o out.mp4
+  lumiset export melt Outline --set Width=10 --set "Color=#FFD040"
+  lumiset export kdenlive Outline --preset-file glow.lumvc --name Glow > glow.xml
+
+ffmpeg and melt: a line for the shell. kdenlive: a file for the folder ~/.local/share/kdenlive/effects, which shows up
+among the custom effects when Kdenlive starts next.
+)";
+
 }  // namespace lumiset::app::help
