@@ -10,6 +10,7 @@ namespace lumiset::app {
 namespace {
 
 constexpr double kUsualSeconds = 2.2;  // by then an old television has torn, and a recording light is on
+constexpr double kShortSeconds = 3.0;
 
 // Reads on from picture to picture, for inputs that cannot be entered in the middle or do not know their length.
 void readUpTo(double seconds, bool asked, const std::string& input, media::Source& source, media::Picture& picture) {
@@ -38,7 +39,7 @@ Moment readMoment(const std::string& input, std::optional<double> timeSeconds) {
     const double length = format.durationSeconds;
     const bool still = format.frameCount == 1;
     const bool known = length > 0.0 && !still;
-    const double seconds = timeSeconds.value_or(known ? std::min(kUsualSeconds, length / 2.0) : kUsualSeconds);
+    const double seconds = timeSeconds.value_or(known && length < kShortSeconds ? length / 2.0 : kUsualSeconds);
     const bool enters = known && input != "-" && seconds > 0.0;
     if (enters) {
         source->restart(seconds);

@@ -13,8 +13,8 @@ struct Moment {
     media::VideoFormat format;
 };
 
-/// Reads the picture at `timeSeconds`; without a time the one at 2.2 seconds, or halfway where the input is shorter than
-/// twice that. A still picture is taken to stand at that time, for effects that move. Throws media::MediaError.
+/// Reads the picture at `timeSeconds`; without a time the one at 2.2 seconds, or halfway where the input is shorter
+/// than 3 seconds. A still picture is taken to stand at that time, for effects that move. Throws media::MediaError.
 [[nodiscard]] Moment readMoment(const std::string& input, std::optional<double> timeSeconds);
 
 /// "2 s", as people write it.
