@@ -111,7 +111,7 @@ TEST(KeyMask, OfFloatsFallsAlongTheKeysOwnHue) {
     });
 }
 
-TEST(KeyMask, OfFloatGreysLiesInTheWedgeAsOfBytes) {
+TEST(KeyMask, PutsFloatGreysIntoTheWedgeLikeBytes) {
     onEveryInstructionSet([] {
         constexpr std::int32_t width = 256;
         GuardedFrame source(width, 1, kFormatArgbFloat);
