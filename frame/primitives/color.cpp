@@ -17,11 +17,21 @@ HWY_INLINE VecF weighted(const Floats& samples, const Floats& weights) {
     return hn::Add(hn::Add(hn::Mul(weights.first, samples.first), hn::Mul(weights.second, samples.second)),
                    hn::Mul(weights.third, samples.third));
 }
-HWY_INLINE Floats spread(const float* three) {
-    return {hn::Set(TagF(), three[0]), hn::Set(TagF(), three[1]), hn::Set(TagF(), three[2])};
-}
 HWY_INLINE Floats coloursOf(Vec8 pixels) {
     return {byteOfPixel<0>(pixels), byteOfPixel<1>(pixels), byteOfPixel<2>(pixels)};
+}
+
+/// The three colours where they stand in their pixels: times 1, 2^8 and 2^16. With weights made smaller by the same
+/// powers of two the products are the same floats.
+HWY_INLINE Floats coloursInPlace(Vec8 pixels) {
+    const Vec32 v = hn::BitCast(Tag32(), pixels);
+    const auto part = [&](std::uint32_t mask) HWY_ATTR {
+        return hn::ConvertTo(TagF(), hn::BitCast(TagI32(), hn::And(v, hn::Set(Tag32(), mask))));
+    };
+    return {part(0xFFU), part(0xFF00U), part(0xFF0000U)};
+}
+HWY_INLINE Floats weightsInPlace(const float* three) {
+    return {hn::Set(TagF(), three[0]), hn::Set(TagF(), three[1] * 0x1p-8F), hn::Set(TagF(), three[2] * 0x1p-16F)};
 }
 
 /// r, g, b to hue, saturation and value. Hue and saturation are 0..1; value has the scale of r, g, b.
@@ -129,9 +139,9 @@ void luma8C3(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float
     }
 }
 void luma8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float* coefficients, ImgSize size) {
-    const Floats weights = spread(coefficients);
+    const Floats weights = weightsInPlace(coefficients);
     foldPlane<Touch::kFirstThree>(size, dst, src, [&](Vec8 v) HWY_ATTR {
-        const Floats in = coloursOf(v);
+        const Floats in = coloursInPlace(v);
         const VecF luma = weighted({in.first, in.third, in.second}, {weights.first, weights.third, weights.second});
         return hn::BitCast(Tag8(), roundToByte(luma));
     });
@@ -150,12 +160,12 @@ void lumaFA4(Plane<const float> src, Plane<float> dst, const float* coefficients
 }
 
 void colorTwist8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const float* matrix, ImgSize size) {
-    const Floats rows[3] = {spread(matrix), spread(matrix + 4), spread(matrix + 8)};
+    const Floats rows[3] = {weightsInPlace(matrix), weightsInPlace(matrix + 4), weightsInPlace(matrix + 8)};
     const Floats offsets = {hn::Set(TagF(), matrix[3]), hn::Set(TagF(), matrix[7]), hn::Set(TagF(), matrix[11])};
     mapPlane<Touch::kFirstThree>(
         size, dst,
         [&](Vec8 v) HWY_ATTR {
-            const Floats in = coloursOf(v);
+            const Floats in = coloursInPlace(v);
             return pixelsOf(hn::Add(weighted(in, rows[0]), offsets.first),
                             hn::Add(weighted(in, rows[1]), offsets.second),
                             hn::Add(weighted(in, rows[2]), offsets.third));
