@@ -137,7 +137,9 @@ std::string effectsText(const hostkit::EffectCatalogue& catalogue) {
     for (const hostkit::EffectDescription& effect : catalogue.effects()) {
         out += ".TP\n.B " + escaped(effect.name) + "\nParameters: ";
         for (const hostkit::ParameterDescription& each : effect.parameters) {
-            out += (&each == effect.parameters.data() ? "" : ", ") + escaped(effect.shortestName(each));
+            const std::string name = effect.shortestName(each);
+            out += &each == effect.parameters.data() ? "" : ", ";
+            out += escaped(name.front() == '#' ? each.path() + " (" + name + ")" : name);
         }
         out += ".\n.br\nPresets: ";
         for (const hostkit::PresetDescription& each : effect.presets) {

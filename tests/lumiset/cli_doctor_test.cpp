@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "tests/lumiset/cli_run.h"
+
+namespace lumiset::test {
+namespace {
+
+using Json = nlohmann::json;
+
+/// Sets an environment variable for programs started meanwhile.
+class With {
+public:
+    With(const char* name, const std::string& value) : m_name(name) { ::setenv(name, value.c_str(), 1); }
+    ~With() { ::unsetenv(m_name); }
+    With(const With&) = delete;
+    With& operator=(const With&) = delete;
+
+private:
+    const char* m_name;
+};
+
+struct Examination {
+    int status;
+    Json report;
+
+    /// What was found under `name`, of several the first whose text holds `part`.
+    [[nodiscard]] Json finding(const std::string& name, const std::string& part = {}) const {
+        for (const Json& each : report["findings"]) {
+            if (each["name"] == name && each["found"].get<std::string>().find(part) != std::string::npos) {
+                return each;
+            }
+        }
+        ADD_FAILURE() << "no " << name << " with \"" << part << "\" in " << report.dump(2);
+        return {{"found", ""}, {"remedy", ""}};
+    }
+};
+
+Examination examine(std::vector<std::string> options = {}) {
+    options.insert(options.end(), {"doctor", "--json"});
+    const RunResult run = runLumiset(options);
+    return {run.status, Json::parse(run.out)};
+}
+
+TEST(Doctor, IsContentWithTheBuild) {
+    const Examination build = examine();
+    EXPECT_EQ(build.status, 0);
+    EXPECT_EQ(build.report["usable"], true);
+    EXPECT_EQ(build.finding("Effects")["found"], "10, all of which render");
+    for (const char* name : {"Program", "Module", "Effects", "Monitor"}) {
+        EXPECT_EQ(build.finding(name)["remedy"], "") << name;
+    }
+}
+
+TEST(Doctor, TellsWhatIsWrongAndWhatHelps) {
+    const With withoutDrivers("__EGL_VENDOR_LIBRARY_FILENAMES", "/dev/null");
+    const With withoutPrograms("PATH", "/nowhere");
+    const Examination poor = examine();
+    EXPECT_EQ(poor.status, 0) << "the processor renders";
+    EXPECT_NE(poor.finding("OpenGL", "There is no OpenGL")["remedy"], "");
+    EXPECT_EQ(poor.finding("ffmpeg")["found"], "not installed");
+
+    const Examination empty = examine({"--module", "/nowhere/module.so"});
+    EXPECT_EQ(empty.status, 1);
+    EXPECT_EQ(empty.report["usable"], false);
+    EXPECT_NE(empty.finding("Module", "/nowhere/module.so")["remedy"], "");
+}
+
+/// A folder that hosts search, of which nothing can be loaded.
+TEST(Doctor, LooksIntoThePlugins) {
+    const TemporaryFolder folder;
+    const With searched("FREI0R_PATH", "/nowhere:" + folder.path().string());
+    EXPECT_EQ(examine().finding("frei0r", folder.path().string())["found"],
+              folder.path().string() + ": none of the plug-ins");
+    writeFile(folder / "lumiset_outline.so", "no library");
+    const Json finding = examine().finding("frei0r", folder.path().string());
+    EXPECT_NE(finding["found"].get<std::string>().find("0 of 10 plug-ins"), std::string::npos) << finding;
+    EXPECT_NE(finding["found"].get<std::string>().find("not usable: lumiset_outline"), std::string::npos) << finding;
+    EXPECT_NE(finding["remedy"], "");
+}
+
+}  // namespace
+}  // namespace lumiset::test
