@@ -9,6 +9,7 @@
 
 #include "apps/lumiset/commands.h"
 #include "apps/lumiset/effect_options.h"
+#include "apps/lumiset/gpu_refusal.h"
 #include "apps/lumiset/interruption.h"
 #include "apps/lumiset/moment.h"
 #include "apps/lumiset/picture_frame.h"
@@ -113,7 +114,8 @@ media::Picture rendered(hostkit::Renderer& renderer, Moment& moment) {
 }
 
 /// Throws `hostkit::GLError` where the effect does not render in OpenGL.
-media::Picture renderedInGL(const std::vector<hostkit::EffectStage>& chain, Moment& moment, std::string& driver) {
+media::Picture renderedInGL(IEffectLibrary& library, const std::vector<hostkit::EffectStage>& chain, Moment& moment,
+                            std::string& driver) {
     std::string reason;
     hostkit::GLHost gl([&reason](const std::string& message) { reason += ' ' + message; });
     driver = gl.info().renderer;
@@ -122,8 +124,7 @@ media::Picture renderedInGL(const std::vector<hostkit::EffectStage>& chain, Mome
     renderer.setFirstChoice([&](IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
                                 const VideoFrameDesc& destination, const FrameRenderInfo& info) {
         if (!gpu.render(effect, host, source, destination, info)) {
-            throw hostkit::GLError(
-                fmt::format("The effect \"{}\" does not render in OpenGL here.{}", effect.GetEffectName(), reason));
+            throw hostkit::GLError(refusalInOpenGL(library, effect.GetEffectName()) + reason);
         }
         return true;
     });
@@ -155,7 +156,7 @@ int compare(const CompareOptions& options, Program& program) {
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
     hostkit::Renderer renderer(chain, kFormatBgra8, allocator.get());
     std::string driver;
-    const media::Picture inGL = renderedInGL(chain, moment, driver);
+    const media::Picture inGL = renderedInGL(program.library(), chain, moment, driver);
     const media::Picture onProcessor = rendered(renderer, moment);
 
     Sheet::Plan plan;

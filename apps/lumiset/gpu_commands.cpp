@@ -1,7 +1,10 @@
 #include <fmt/format.h>
 
+#include <stdexcept>
+
 #include "apps/lumiset/commands.h"
 #include "hostkit/gl/gl_host.h"
+#include "platform/crash_reports.h"
 
 namespace lumiset::app {
 namespace {
@@ -28,14 +31,50 @@ std::string gpuInfoText() {
     return text;
 }
 
+std::string reportsText() {
+    const std::vector<platform::CrashReport> reports = platform::crashReports();
+    if (reports.empty()) {
+        return "No crash in OpenGL is reported.\n";
+    }
+    std::string text = fmt::format("{:<36}  {:<22}{:<22}{}\n", "Report", "Effect", "Library", "Host");
+    for (const platform::CrashReport& report : reports) {
+        text += fmt::format("{:<36}  {:<22}{:<22}{}\n", report.guid, report.effect, report.library, report.host);
+    }
+    return text;
+}
+
+/// Throws `std::runtime_error` for a report that stays.
+std::string resetText() {
+    const std::vector<platform::CrashReport> reports = platform::crashReports();
+    for (const platform::CrashReport& report : reports) {
+        if (!platform::removeCrashReport(report.guid)) {
+            throw std::runtime_error("The report " + report.guid + " cannot be removed.");
+        }
+    }
+    return reports.empty() ? "No crash in OpenGL was reported.\n"
+                           : fmt::format("{} report{} removed.\n", reports.size(), reports.size() == 1 ? "" : "s");
+}
+
 }  // namespace
 
 void addGPUCommands(CLI::App& app, Program& program) {
-    CLI::App& gpu = addCommand(app, "gpu", "Tells about rendering in OpenGL");
+    CLI::App& gpu = addCommand(app, "gpu", "Tells about rendering in OpenGL, and about crashes there");
     gpu.require_subcommand(1);
     CLI::App& info = addCommand(gpu, "info", "The OpenGL of this machine and its extensions");
     program.onChosen(info, [] {
         printText(gpuInfoText());
+        return kDone;
+    });
+    CLI::App& reports = addCommand(gpu, "reports", "Lists the crashes that keep effects off OpenGL",
+                                   "Lists the frames in which a program crashed while an effect rendered in OpenGL. "
+                                   "As long as such a report stands hosts render the effect on the processor.");
+    program.onChosen(reports, [] {
+        printText(reportsText());
+        return kDone;
+    });
+    CLI::App& reset = addCommand(gpu, "reset", "Removes the reports of crashes, so that effects try OpenGL again");
+    program.onChosen(reset, [] {
+        printText(resetText());
         return kDone;
     });
 }

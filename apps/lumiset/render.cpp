@@ -99,12 +99,12 @@ private:
 
 }  // namespace
 
-void render(const RenderRequest& request, const std::vector<hostkit::EffectStage>& chain) {
+void render(const RenderRequest& request, IEffectLibrary& library, const std::vector<hostkit::EffectStage>& chain) {
     const std::unique_ptr<media::Source> source = media::openSource(request.input, sourceOptions(request));
     watchForInterruption();
     const media::VideoFormat& format = source->format();
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
-    const std::unique_ptr<GPUFrames> gpu = request.gpu ? GPUFrames::open() : nullptr;
+    const std::unique_ptr<GPUFrames> gpu = request.gpu ? GPUFrames::open(library) : nullptr;
     const int threads = gpu != nullptr ? 1 : renderThreads(request);
     std::vector<hostkit::Renderer> renderers;
     renderers.reserve(static_cast<std::size_t>(threads));
@@ -127,7 +127,12 @@ void render(const RenderRequest& request, const std::vector<hostkit::EffectStage
                                                            contextOf(job.source, format));
     };
     steps.write = [&](Job& job) { output.write(job.result); };
-    steps.tick = [&] { output.tick(); };
+    steps.tick = [&] {
+        if (gpu != nullptr && interruptingSignal() != 0) {
+            gpu->stop();
+        }
+        output.tick();
+    };
     try {
         OrderedPipeline<Job>(threads, std::move(steps)).run();
         output.finish();

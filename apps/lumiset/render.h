@@ -29,8 +29,8 @@ struct RenderRequest {
     bool quiet = false;
 };
 
-/// Renders the input through the chain to the output. Ends the program with status 128 + signal, the output
-/// untouched, when a signal comes. Throws media::MediaError, hostkit::RenderError, std::bad_alloc.
-void render(const RenderRequest& request, const std::vector<hostkit::EffectStage>& chain);
+/// Renders the input through the chain, effects of `library`, to the output. Ends the program with status 128 + signal,
+/// the output untouched, when a signal comes. Throws media::MediaError, hostkit::RenderError, std::bad_alloc.
+void render(const RenderRequest& request, IEffectLibrary& library, const std::vector<hostkit::EffectStage>& chain);
 
 }  // namespace lumiset::app

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 #include "apps/lumiset/media/media.h"
+#include "platform/crash_reports.h"
 #include "tests/lumiset/cli_run.h"
 
 namespace lumiset::test {
@@ -22,6 +25,34 @@ public:
 
 private:
     static constexpr const char* kDrivers = "__EGL_VENDOR_LIBRARY_FILENAMES";
+};
+
+/// Settings and a crash monitor of its own for programs started meanwhile.
+class OwnSettings {
+public:
+    OwnSettings() {
+        std::filesystem::create_directory(m_folder / "runtime");
+        ::setenv("XDG_CONFIG_HOME", m_folder.path().c_str(), 1);
+        ::setenv("XDG_RUNTIME_DIR", (m_folder / "runtime").c_str(), 1);
+    }
+    ~OwnSettings() {
+        restore("XDG_CONFIG_HOME", m_config);
+        restore("XDG_RUNTIME_DIR", m_runtime);
+    }
+    OwnSettings(const OwnSettings&) = delete;
+    OwnSettings& operator=(const OwnSettings&) = delete;
+
+private:
+    static std::optional<std::string> valueOf(const char* name) {
+        const char* value = std::getenv(name);
+        return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+    }
+    static void restore(const char* name, const std::optional<std::string>& value) {
+        value ? ::setenv(name, value->c_str(), 1) : ::unsetenv(name);
+    }
+    const TemporaryFolder m_folder;
+    const std::optional<std::string> m_config = valueOf("XDG_CONFIG_HOME");
+    const std::optional<std::string> m_runtime = valueOf("XDG_RUNTIME_DIR");
 };
 
 std::vector<media::Picture> render(const TemporaryFolder& folder, std::vector<std::string> options, RunResult& run) {
@@ -154,6 +185,54 @@ TEST(Compare, SaysWhereThereIsNoOpenGL) {
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.err.find("There is no OpenGL"), std::string::npos) << run.err;
     EXPECT_EQ(folder.entries(), 0);
+}
+
+TEST(GPUCommands, SayWhyAnEffectStaysOffOpenGLAndLetItTryAgain) {
+    const OwnSettings settings;
+    EXPECT_EQ(runLumiset({"gpu", "reports"}).out, "No crash in OpenGL is reported.\n");
+    ASSERT_TRUE(platform::storeCrashReport({"0-1", "Cutter; second", "Vantrel Lumiset V", "Outline"}));
+    ASSERT_TRUE(platform::storeCrashReport({"0-2", "Cutter", "Vantrel Lumiset V", "Old TV"}));
+    const std::string reports = runLumiset({"gpu", "reports"}).out;
+    for (const char* word : {"0-1", "0-2", "Cutter; second", "Vantrel Lumiset V", "Outline", "Old TV"}) {
+        EXPECT_NE(reports.find(word), std::string::npos) << reports;
+    }
+    const bool hasOpenGL = runLumiset({"gpu", "info"}).status == 0;
+    const TemporaryFolder folder;
+    RunResult run;
+    if (hasOpenGL) {
+        render(folder, {"--gpu"}, run);
+        const std::size_t said = run.err.find("\"Outline\" stays off OpenGL since \"Cutter; second\" crashed");
+        EXPECT_NE(said, std::string::npos) << run.err;
+        EXPECT_EQ(run.err.find("stays off", said + 20), std::string::npos) << "said twice: " << run.err;
+    }
+    EXPECT_EQ(runLumiset({"gpu", "reset"}).out, "2 reports removed.\n");
+    EXPECT_EQ(runLumiset({"gpu", "reset"}).out, "No crash in OpenGL was reported.\n");
+    if (hasOpenGL) {
+        render(folder, {"--gpu"}, run);
+        EXPECT_EQ(run.err.find("off OpenGL"), std::string::npos) << run.err;
+        ASSERT_EQ(runLumiset({"options", "Forced CPU", "yes"}).status, 0);
+        render(folder, {"--gpu"}, run);
+        EXPECT_NE(run.err.find("\"Forced CPU\" keeps all effects off OpenGL"), std::string::npos) << run.err;
+    }
+}
+
+TEST(GPUCommands, LeaveNoReportWhenTheyAreInterrupted) {
+    if (runLumiset({"gpu", "info"}).status != 0) {
+        GTEST_SKIP() << "No OpenGL here, nothing is tested.";
+    }
+    const OwnSettings settings;
+    const TemporaryFolder folder;
+    for (int i = 0; i < 3; ++i) {
+        const RunResult run = runLumiset(
+            {"render", "scene:640x360:600:30", folder / "out.mkv", "--gpu", "-e", "Outline", "-p", "Red Glow"},
+            "/dev/null", [&](pid_t process) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(600 + 70 * i));
+                ::kill(process, SIGINT);
+            });
+        EXPECT_EQ(run.status, 128 + SIGINT) << run.err;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(800));  // longer than the monitor takes to notice
+    EXPECT_TRUE(platform::crashReports().empty());
 }
 
 }  // namespace
