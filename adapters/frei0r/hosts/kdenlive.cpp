@@ -39,19 +39,27 @@ void describeList(TiXmlElement& element, const Parameter& parameter) {
     add(element, "paramlistdisplay", names);
 }
 
+/// What a panel shows for 0 and for 1.
+struct Range {
+    double minimum = 0.0;
+    double maximum = 100.0;
+    bool wholeNumbers = false;
+};
+
 /// A slider with the steps of the effect's own panel. Kdenlive multiplies values but does not shift them, so a range
-/// that begins elsewhere is shown from 0 and explained. Answers the explanation.
-std::string describeSlider(TiXmlElement& element, double minimum, double maximum, bool wholeNumbers) {
-    const double range = maximum - minimum;
-    const double shown = wholeNumbers ? std::floor(range) : range;
+/// that begins elsewhere is shown from 0. Answers what to say of that behind the name, where it can always be seen.
+std::string describeSlider(TiXmlElement& element, const Range& range) {
+    const double factor = range.maximum - range.minimum;
     element.SetAttribute("type", "animated");
     element.SetAttribute("min", "0");
-    element.SetAttribute("max", formatNumber(shown, kDecimals).c_str());
-    element.SetAttribute("factor", formatNumber(range, kDecimals).c_str());
-    element.SetAttribute("decimals", wholeNumbers ? "0" : "2");
-    return minimum == 0.0 ? ""
-                          : "0 to " + formatNumber(shown, kDecimals) + " means " + formatNumber(minimum, kDecimals) +
-                                " to " + formatNumber(maximum, kDecimals);
+    element.SetAttribute("max", formatNumber(range.wholeNumbers ? std::floor(factor) : factor, kDecimals).c_str());
+    element.SetAttribute("factor", formatNumber(factor, kDecimals).c_str());
+    element.SetAttribute("decimals", range.wholeNumbers ? "0" : "2");
+    if (range.minimum == 0.0) {
+        return "";
+    }
+    return range.minimum < 0.0 ? " (" + formatNumber(-range.minimum, kDecimals) + " is 0)"
+                               : " (0 is " + formatNumber(range.minimum, kDecimals) + ")";
 }
 
 void describe(TiXmlElement& parent, const hostkit::EffectDescription& effect, const Parameter& parameter,
@@ -59,31 +67,29 @@ void describe(TiXmlElement& parent, const hostkit::EffectDescription& effect, co
     TiXmlElement& element = add(parent, "parameter");
     // By its number, the name that MLT knows every parameter by.
     element.SetAttribute("name", std::to_string(index).c_str());
-    std::string comment = parameter.explanation;
+    const ParameterDescription* source = parameter.belongsToEffect() ? &effect.parameters[parameter.source] : nullptr;
+    std::string name = parameter.name;
     if (!parameter.items.empty()) {
         describeList(element, parameter);
-        comment = comment.substr(0, comment.rfind(": 0 "));
     } else if (parameter.type == kFrei0rColor) {
         element.SetAttribute("type", "color");
     } else if (parameter.type == kFrei0rBool) {
         element.SetAttribute("type", "bool");
+    } else if (source->type == kParamPoint) {
+        name += describeSlider(element, {});
+        element.SetAttribute("suffix", "%");
     } else {
-        const ParameterDescription& source = effect.parameters[parameter.source];
-        const bool point = parameter.role != Role::kWhole;
-        const std::string shift = point ? describeSlider(element, 0.0, 100.0, false)
-                                        : describeSlider(element, static_cast<double>(source.minimum),
-                                                         static_cast<double>(source.maximum), source.wholeNumbers);
-        if (point) {
-            element.SetAttribute("suffix", "%");
-        }
-        comment = source.tip + (shift.empty() ? "" : " (" + shift + ")");
+        name += describeSlider(element, {static_cast<double>(source->minimum), static_cast<double>(source->maximum),
+                                         source->wholeNumbers});
     }
     element.SetAttribute("default", valueText(parameter, parameter.defaultValue).c_str());
     if (value != nullptr) {
         element.SetAttribute("value", value->c_str());
     }
-    add(element, "name", parameter.name);
-    add(element, "comment", comment);
+    add(element, "name", name);
+    // Not what a frei0r number means: here a person sees the effect's own.
+    add(element, "comment",
+        source != nullptr ? source->tip : parameter.explanation.substr(0, parameter.explanation.rfind(": 0 ")));
 }
 
 /// The effect's element, with its parameters at the values of `settings` where there are any.
