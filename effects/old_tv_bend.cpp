@@ -38,42 +38,79 @@ struct Taps {
     HWY_ALIGN float share[kBlock];
 };
 
-/// Interpolates `count` pixels between two taps `step` bytes apart.
-void interpolate(const std::uint8_t* src, std::int32_t step, const Taps& taps, std::int32_t count, std::uint8_t* dst) {
-    HWY_ALIGN std::uint32_t first[kBlock];
-    HWY_ALIGN std::uint32_t second[kBlock];
-    for (std::int32_t i = 0; i < count; ++i) {
-        const std::uint8_t* at = src + taps.offset[i];
-        std::memcpy(first + i, at, 4);
-        std::memcpy(second + i, at + step, 4);
+using Pixels = hn::ScalableTag<std::uint32_t>;
+
+/// A vector of pixels at `src` + `offsets`. Curves are smooth, so these nearly always follow each other, but for one
+/// place where they go on from another row or a pixel further: then two plain loads hold them. Not tried for a vector
+/// that passes the row's end.
+template <bool kTopAndBottom>
+HWY_INLINE hn::Vec<Pixels> fetch(const std::uint8_t* src, const std::int32_t* offsets, bool insideRow) {
+    const Pixels d;
+    const hn::RebindToSigned<Pixels> di;
+    const hn::Repartition<std::uint8_t, Pixels> dBytes;
+    constexpr std::int32_t kPixelBytes = 4;
+    const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
+    const std::int32_t first = offsets[0];
+    const std::int32_t last = offsets[lanes - 1] - kPixelBytes * (lanes - 1);
+    const auto all = hn::Load(di, offsets);
+    const auto following = [&](std::int32_t start) HWY_ATTR {
+        return hn::RebindMask(d, hn::Eq(all, hn::Add(hn::ShiftLeft<2>(hn::Iota(di, 0)), hn::Set(di, start))));
+    };
+    const auto fromFirst = following(first);
+    // Where a row stands still at its ends, pixels in a line would lie outside it.
+    if (insideRow && (kTopAndBottom || last >= first) && hn::AllTrue(d, hn::Or(fromFirst, following(last)))) {
+        return hn::IfThenElse(fromFirst, hn::BitCast(d, hn::LoadU(dBytes, src + first)),
+                              hn::BitCast(d, hn::LoadU(dBytes, src + last)));
     }
-    const hn::ScalableTag<std::uint16_t> d16;
-    const hn::RepartitionToWide<decltype(d16)> d32;
-    const hn::RebindToFloat<decltype(d32)> df;
-    const hn::RebindToSigned<decltype(d32)> di32;
+    HWY_ALIGN std::uint32_t pixels[HWY_MAX_BYTES / 4];
+    for (std::int32_t i = 0; i < lanes; ++i) {
+        std::memcpy(pixels + i, src + offsets[i], sizeof *pixels);
+    }
+    return hn::Load(d, pixels);
+}
+
+/// Interpolates a row of pixels between two taps `step` bytes apart; `count` is at most a block.
+template <bool kTopAndBottom>
+void interpolate(const std::uint8_t* src, std::int32_t step, Taps& taps, std::int32_t count, std::uint8_t* dst) {
+    const Pixels d32;
+    const hn::Repartition<std::uint16_t, Pixels> d16;
+    const hn::RebindToFloat<Pixels> df;
+    const hn::RebindToSigned<Pixels> di32;
+    const hn::Repartition<std::uint8_t, Pixels> dBytes;
     const auto lanes = static_cast<std::int32_t>(hn::Lanes(d32));
     const auto bytes = hn::Set(d16, 0x00FF);
     const auto half = hn::Set(d16, 128);
     const auto whole = hn::Set(d16, 256);
-    HWY_ALIGN std::uint32_t result[kBlock];
+    // A last vector takes the last pixel again and again.
+    for (std::int32_t i = count; i % lanes != 0; ++i) {
+        taps.offset[i] = taps.offset[count - 1];
+    }
     for (std::int32_t i = 0; i < count; i += lanes) {
         const auto share =
             hn::ConvertTo(di32, hn::Add(hn::Mul(hn::Load(df, taps.share + i), hn::Set(df, 256.0F)), hn::Set(df, 0.5F)));
         const auto pair = hn::BitCast(d16, hn::Or(share, hn::ShiftLeft<16>(share)));
         const auto rest = hn::Sub(whole, pair);
-        const auto a = hn::BitCast(d16, hn::Load(d32, first + i));
-        const auto b = hn::BitCast(d16, hn::Load(d32, second + i));
+        const bool insideRow = i + lanes <= count;
+        const auto a = hn::BitCast(d16, fetch<kTopAndBottom>(src, taps.offset + i, insideRow));
+        const auto b = hn::BitCast(d16, fetch<kTopAndBottom>(src + step, taps.offset + i, insideRow));
         const auto mix = [&](auto x, auto y) HWY_ATTR {
             return hn::ShiftRight<8>(hn::Add(hn::Add(hn::Mul(x, rest), hn::Mul(y, pair)), half));
         };
         const auto even = mix(hn::And(a, bytes), hn::And(b, bytes));
         const auto odd = mix(hn::ShiftRight<8>(a), hn::ShiftRight<8>(b));
-        hn::Store(hn::BitCast(d32, hn::Or(even, hn::ShiftLeft<8>(odd))), d32, result + i);
+        const auto result = hn::BitCast(dBytes, hn::Or(even, hn::ShiftLeft<8>(odd)));
+        if (insideRow) {
+            hn::StoreU(result, dBytes, dst + 4 * i);
+        } else {
+            HWY_ALIGN std::uint8_t last[HWY_MAX_BYTES];
+            hn::Store(result, dBytes, last);
+            std::memcpy(dst + 4 * i, last, static_cast<std::size_t>(count - i) * 4);
+        }
     }
-    std::memcpy(dst, result, static_cast<std::size_t>(count) * 4);
 }
 
-void interpolate(const std::uint8_t* src, std::int32_t step, const Taps& taps, std::int32_t count, float* dst) {
+template <bool kTopAndBottom>
+void interpolate(const std::uint8_t* src, std::int32_t step, Taps& taps, std::int32_t count, float* dst) {
     const hn::FixedTag<float, 4> d4;
     for (std::int32_t i = 0; i < count; ++i) {
         const std::uint8_t* at = src + taps.offset[i];
@@ -161,7 +198,7 @@ void bend(const Frame& source, Frame& destination, const BentSide& side) {
         for (std::int32_t x = 0; x < width; x += kBlock) {
             const std::int32_t count = width - x < kBlock ? width - x : kBlock;
             locate<kTopAndBottom>(source, side, x, y, taps);
-            interpolate(from, step, taps, count, row + 4 * static_cast<std::ptrdiff_t>(x));
+            interpolate<kTopAndBottom>(from, step, taps, count, row + 4 * static_cast<std::ptrdiff_t>(x));
         }
         fadeEnds<L, kTopAndBottom>(side, last, width, y, row);
     }
