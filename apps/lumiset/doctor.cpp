@@ -9,12 +9,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <stdexcept>
 
 #include "apps/lumiset/frei0r_folders.h"
 #include "apps/lumiset/user_options.h"
 #include "hostkit/frame_buffer.h"
 #include "hostkit/gl/gl_host.h"
+#include "platform/crash_reports.h"
 
 namespace lumiset::app {
 namespace {
@@ -105,6 +107,19 @@ Finding optionsFinding(IEffectLibrary& library) {
     return {"Options", set.empty() ? "none is set" : fmt::format("{}", fmt::join(set, ", "))};
 }
 
+/// Effects that crashed in OpenGL stay off it.
+Finding crashesFinding() {
+    std::set<std::string> effects;
+    for (const platform::CrashReport& report : platform::crashReports()) {
+        effects.insert(report.effect);
+    }
+    if (effects.empty()) {
+        return {"Crashes", "none is reported"};
+    }
+    return {"Crashes", fmt::format("in OpenGL, of {}", fmt::join(effects, ", ")),
+            "\"lumiset gpu reset\" lets these effects render in OpenGL again, once the driver is mended."};
+}
+
 /// What a program prints, in the user's PATH; empty when it fails.
 std::string outputOf(const char* command) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(::popen(command, "r"), ::pclose);
@@ -156,6 +171,7 @@ std::vector<Finding> examine(Program& program) {
     }
     findings.push_back(glFinding());
     if (loaded) {
+        findings.push_back(crashesFinding());
         addFrei0rFolders(findings, program.catalogue());
     }
     addTools(findings);

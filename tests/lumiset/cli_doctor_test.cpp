@@ -1,27 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "platform/crash_reports.h"
 #include "tests/lumiset/cli_run.h"
 
 namespace lumiset::test {
 namespace {
 
 using Json = nlohmann::json;
-
-/// Sets an environment variable for programs started meanwhile.
-class With {
-public:
-    With(const char* name, const std::string& value) : m_name(name) { ::setenv(name, value.c_str(), 1); }
-    ~With() { ::unsetenv(m_name); }
-    With(const With&) = delete;
-    With& operator=(const With&) = delete;
-
-private:
-    const char* m_name;
-};
 
 struct Examination {
     int status;
@@ -56,8 +44,8 @@ TEST(Doctor, IsContentWithTheBuild) {
 }
 
 TEST(Doctor, TellsWhatIsWrongAndWhatHelps) {
-    const With withoutDrivers("__EGL_VENDOR_LIBRARY_FILENAMES", "/dev/null");
-    const With withoutPrograms("PATH", "/nowhere");
+    const WithoutOpenGL withoutOpenGL;
+    const WithEnvironment withoutPrograms("PATH", "/nowhere");
     const Examination poor = examine();
     EXPECT_EQ(poor.status, 0) << "the processor renders";
     EXPECT_NE(poor.finding("OpenGL", "There is no OpenGL")["remedy"], "");
@@ -69,10 +57,17 @@ TEST(Doctor, TellsWhatIsWrongAndWhatHelps) {
     EXPECT_NE(empty.finding("Module", "/nowhere/module.so")["remedy"], "");
 }
 
+TEST(Doctor, NamesTheEffectsThatCrashed) {
+    const OwnSettings settings;
+    EXPECT_EQ(examine().finding("Crashes")["remedy"], "");
+    ASSERT_TRUE(platform::storeCrashReport({"{guid}", "editor", "LumisetV5", "Old TV"}));
+    EXPECT_NE(examine().finding("Crashes", "Old TV")["remedy"], "");
+}
+
 /// A folder that hosts search, of which nothing can be loaded.
 TEST(Doctor, LooksIntoThePlugins) {
     const TemporaryFolder folder;
-    const With searched("FREI0R_PATH", "/nowhere:" + folder.path().string());
+    const WithEnvironment searched("FREI0R_PATH", "/nowhere:" + folder.path().string());
     EXPECT_EQ(examine().finding("frei0r", folder.path().string())["found"],
               folder.path().string() + ": none of the plug-ins");
     writeFile(folder / "lumiset_outline.so", "no library");

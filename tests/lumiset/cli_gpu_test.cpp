@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
 
 #include "apps/lumiset/media/media.h"
 #include "platform/crash_reports.h"
@@ -14,46 +13,6 @@
 
 namespace lumiset::test {
 namespace {
-
-/// Hides the OpenGL drivers from programs started meanwhile.
-class WithoutOpenGL {
-public:
-    WithoutOpenGL() { ::setenv(kDrivers, "/dev/null", 1); }
-    ~WithoutOpenGL() { ::unsetenv(kDrivers); }
-    WithoutOpenGL(const WithoutOpenGL&) = delete;
-    WithoutOpenGL& operator=(const WithoutOpenGL&) = delete;
-
-private:
-    static constexpr const char* kDrivers = "__EGL_VENDOR_LIBRARY_FILENAMES";
-};
-
-/// Settings and a crash monitor of its own for programs started meanwhile.
-class OwnSettings {
-public:
-    OwnSettings() {
-        std::filesystem::create_directory(m_folder / "runtime");
-        ::setenv("XDG_CONFIG_HOME", m_folder.path().c_str(), 1);
-        ::setenv("XDG_RUNTIME_DIR", (m_folder / "runtime").c_str(), 1);
-    }
-    ~OwnSettings() {
-        restore("XDG_CONFIG_HOME", m_config);
-        restore("XDG_RUNTIME_DIR", m_runtime);
-    }
-    OwnSettings(const OwnSettings&) = delete;
-    OwnSettings& operator=(const OwnSettings&) = delete;
-
-private:
-    static std::optional<std::string> valueOf(const char* name) {
-        const char* value = std::getenv(name);
-        return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
-    }
-    static void restore(const char* name, const std::optional<std::string>& value) {
-        value ? ::setenv(name, value->c_str(), 1) : ::unsetenv(name);
-    }
-    const TemporaryFolder m_folder;
-    const std::optional<std::string> m_config = valueOf("XDG_CONFIG_HOME");
-    const std::optional<std::string> m_runtime = valueOf("XDG_RUNTIME_DIR");
-};
 
 std::vector<media::Picture> render(const TemporaryFolder& folder, std::vector<std::string> options, RunResult& run) {
     const std::string output = folder / "out.mkv";

@@ -8,10 +8,13 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -55,6 +58,37 @@ inline std::string contentsOf(const std::string& file) {
 inline void writeFile(const std::string& file, const std::string& contents) {
     std::ofstream(file, std::ios::binary) << contents;
 }
+
+/// Sets an environment variable for programs started meanwhile.
+class WithEnvironment {
+public:
+    WithEnvironment(const char* name, const std::string& value) : m_name(name) {
+        if (const char* before = std::getenv(name)) {
+            m_before = before;
+        }
+        ::setenv(name, value.c_str(), 1);
+    }
+    ~WithEnvironment() { m_before ? ::setenv(m_name, m_before->c_str(), 1) : ::unsetenv(m_name); }
+    WithEnvironment(const WithEnvironment&) = delete;
+    WithEnvironment& operator=(const WithEnvironment&) = delete;
+
+private:
+    const char* m_name;
+    std::optional<std::string> m_before;
+};
+
+/// Hides the OpenGL drivers from programs started meanwhile.
+struct WithoutOpenGL {
+    WithEnvironment drivers{"__EGL_VENDOR_LIBRARY_FILENAMES", "/dev/null"};
+};
+
+/// Settings and a crash monitor of its own for programs started meanwhile.
+struct OwnSettings {
+    OwnSettings() { std::filesystem::create_directory(folder / "runtime"); }
+    TemporaryFolder folder;
+    WithEnvironment config{"XDG_CONFIG_HOME", folder.path().string()};
+    WithEnvironment runtime{"XDG_RUNTIME_DIR", folder / "runtime"};
+};
 
 struct RunResult {
     int status = -1;  ///< exit status; 1000 + signal for a program that a signal ended
