@@ -106,6 +106,9 @@ TEST_F(PipeTest, KeepsNothingOfTheHostThatStartedTheMonitor) {
     EXPECT_EQ(::poll(&readable, 1, 3000), 1) << "somebody has the other end open";
     ::close(ends[0]);
 
+    for (int i = 0; i < 200 && monitors().empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     ASSERT_EQ(monitors().size(), 1U);
     const std::string process = "/proc/" + std::to_string(monitors()[0]);
     EXPECT_EQ(std::filesystem::read_symlink(process + "/cwd"), "/");
