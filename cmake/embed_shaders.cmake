@@ -1,8 +1,12 @@
 # cmake -DOUTPUT=folder -DINPUTS=a.frag|b.vert -P embed_shaders.cmake
 # Composes shader files (each #include "piece" is replaced by that file once; lines that only comment are left out)
 # and writes every text as a file, for the checker, and all of them as C++: shader_texts.h and shader_texts.cpp
-# with one ProgramText k<Name><Vert|Frag> each.
+# with one ProgramText k<Name><Vert|Frag> each. -DPIECES=folder and -DHEADER=path/as/included.h: where the pieces are,
+# when not in pieces/ beside the file, and what the header is included as, when not effects/shaders/shader_texts.h.
 cmake_minimum_required(VERSION 3.25)
+if(NOT HEADER)
+  set(HEADER effects/shaders/shader_texts.h)
+endif()
 
 # Appends the composed text of FILE to the variable `text`.
 macro(compose file)
@@ -15,7 +19,10 @@ macro(compose file)
     set(piece "")
     if(NOT "${name}" IN_LIST included)
       list(APPEND included "${name}")
-      file(GLOB_RECURSE piece_file "${folder}/pieces/${name}")
+      if(NOT PIECES)
+        set(PIECES "${folder}/pieces")
+      endif()
+      file(GLOB_RECURSE piece_file "${PIECES}/${name}")
       if(NOT piece_file)
         message(FATAL_ERROR "${file}: there is no piece ${name}")
       endif()
@@ -35,7 +42,7 @@ endmacro()
 
 string(REPLACE "|" ";" files "${INPUTS}")
 set(header "#pragma once\n\n#include \"host/gpu_host.h\"\n\nnamespace lumiset::shaders {\n\n")
-set(source "#include \"effects/shaders/shader_texts.h\"\n\nnamespace lumiset::shaders {\n\n")
+set(source "#include \"${HEADER}\"\n\nnamespace lumiset::shaders {\n\n")
 foreach(file IN LISTS files)
   compose("${file}")
   get_filename_component(name "${file}" NAME)

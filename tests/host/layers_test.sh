@@ -27,6 +27,8 @@ allow hostkit hostkit host
 allow adapters/frei0r adapters/frei0r hostkit host
 allow apps/gpu_monitor apps/gpu_monitor platform
 allow apps/lumiset apps/lumiset adapters/frei0r hostkit host platform
+allow examples/minimal_host host
+allow examples/two_tones examples/two_tones effects gpu frame host platform
 
 # The boundary's headers stand alone: a host includes them and nothing else.
 found=$(grep -nE '#include "' host/*.h | grep -vE '#include "host/[a-z_]+\.h"' || true)

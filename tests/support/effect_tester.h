@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "host/effect_library.h"
 #include "tests/support/picture.h"
@@ -43,9 +44,10 @@ public:
     std::map<std::uint32_t, ParamValue> values;
 };
 
-/// One effect of the module.
+/// One effect, of the module or another.
 class EffectTester {
 public:
+    explicit EffectTester(Held<IVideoGPUEffect> effect) : m_effect(std::move(effect)) {}
     explicit EffectTester(std::uint32_t index) {
         const Held<IEffectLibrary> library(GetEffectsLibrary());
         m_effect.reset(library->CreateEffect(index));
