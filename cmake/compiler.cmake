@@ -22,9 +22,11 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   target_compile_options(lumiset_options INTERFACE -msse2 -mfpmath=sse -mstackrealign)
 endif()
 if(LUMISET_SANITIZE)
-  # Line tables are all that a report needs; whole debug information makes the vector files minutes long to compile.
+  # Vector files would take minutes each to compile. Line tables are all that a report needs, and vectors of a real
+  # processor take a quarter of the time that the portable ones do.
   target_compile_options(lumiset_options INTERFACE
-    -fsanitize=${LUMISET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+    -fsanitize=${LUMISET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1
+    -msse4.2 -maes -mpclmul)
   target_link_options(lumiset_options INTERFACE -fsanitize=${LUMISET_SANITIZE})
 endif()
 
