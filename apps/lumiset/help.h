@@ -59,8 +59,8 @@ inline constexpr const char* kExport =
   lumiset export melt Outline --set Width=10 --set "Color=#FFD040"
   lumiset export kdenlive Outline --preset-file glow.lumvc --name Glow > glow.xml
 
-ffmpeg and melt: a line for the shell. kdenlive: a file for the folder ~/.local/share/kdenlive/effects, which shows up
-among the custom effects when Kdenlive starts next.
+ffmpeg and melt: a line for the shell. kdenlive: a file to put into ~/.local/share/kdenlive/effects; Kdenlive lists it
+among the custom effects when it starts next.
 )";
 
 }  // namespace lumiset::app::help
