@@ -10,7 +10,6 @@
 #include "apps/lumiset/commands.h"
 #include "apps/lumiset/effect_options.h"
 #include "apps/lumiset/gpu_refusal.h"
-#include "apps/lumiset/interruption.h"
 #include "apps/lumiset/moment.h"
 #include "apps/lumiset/picture_frame.h"
 #include "apps/lumiset/sheet.h"
