@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "host/effect_library.h"
+#include "host/preset_saver.h"
 
 extern "C" {
 #include "tests/win32/contract.h"
@@ -26,8 +27,9 @@ static_assert(offsetof(VideoFrameDesc, flipped) == FRAME_FLIPPED &&
 
 template <class... Interfaces>
 constexpr bool kNoVirtualDestructors = (!std::has_virtual_destructor_v<Interfaces> && ...);
-static_assert(kNoVirtualDestructors<IUnknown, IEffectLibrary, IVideoEffect, IVideoGPUEffect, IParamToolTip,
-                                    IFrameProcessor, IHostServices, IEffectHost, IHostAllocator>);
+static_assert(
+    kNoVirtualDestructors<IUnknown, IEffectLibrary, IVideoEffect, IVideoGPUEffect, IParamToolTip, IFrameProcessor,
+                          IHostServices, IEffectHost, IHostAllocator, IPresetSaver, IPresetEffect>);
 
 /// The vtable slot behind a pointer to a virtual operation, which this compiler keeps as its byte offset plus one.
 template <class Operation>
@@ -39,6 +41,7 @@ std::size_t slotOf(Operation operation) {
 
 TEST(Interfaces, KeepThePlacesThatHostsNeverCall) {
     EXPECT_EQ(slotOf(&IFrameProcessor::DeleteThis), PROCESSOR_DESTRUCTOR);
+    EXPECT_EQ(slotOf(&IPresetSaver::DeleteThis), PRESET_DESTRUCTOR);
     EXPECT_EQ(slotOf(&IVideoGPUEffect::LoadGPUPrograms), EFFECT_LOAD_GPU_PROGRAMS);
     EXPECT_EQ(slotOf(&IVideoGPUEffect::RenderFrameGPU), EFFECT_RENDER_FRAME_GPU);
     EXPECT_EQ(slotOf(&IEffectHost::GetHostName), HOST_NAME);

@@ -40,6 +40,17 @@ enum {
     TEXTURE_HEIGHT = 20,
     TEXTURE_FLIPPED = 32,
 
+    OUTCOME_SIZE = 1032,
+    OUTCOME_STATUS = 0,
+    OUTCOME_COUNT = 4,
+    OUTCOME_NAME = 8,  // 256 bytes
+    OUTCOME_ENTRIES = 264,
+    OUTCOME_ENTRY_SIZE = 12,  // type, two words of value
+    PRESET_DONE = 0,
+    PRESET_UNREADABLE = 2,
+    PRESET_MISMATCHED = 3,
+    PRESET_NOT_SAVED = 4,
+
     INFO_SIZE = 56,
     INFO_FLAGS = 4,
     INFO_TIME = 16,          // double
@@ -96,6 +107,10 @@ enum {
     PROCESSOR_LIMIT_SAMPLES = 20,
     PROCESSOR_DESTRUCTOR = 21,
     PROCESSOR_RESIZE_REGION = 22,
+
+    PRESET_LOAD = 3,
+    PRESET_SAVE = 4,
+    PRESET_DESTRUCTOR = 5,
 
     HOST_PARAM_VALUE = 3,
     HOST_NAME = 8,

@@ -79,6 +79,8 @@ static void checkLibrary(uint32_t library) {
     CHECK(saver != 0);
     if (saver != 0) {
         checkUnknown(saver, ID_PRESET_SAVER, FAILURE);
+        checkPresetSaver(saver);
+        about("Preset saver");
         CHECK(METHOD(RELEASE, saver) == 0);
     }
     checkEffects(library);

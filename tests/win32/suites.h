@@ -12,3 +12,5 @@ void checkEffect(uint32_t effect);
 void checkOutline(uint32_t effect);
 // The frame processor, slot by slot.
 void checkFrameProcessor(uint32_t processor);
+// Presets written and read, and every way to fail without a window.
+void checkPresetSaver(uint32_t saver);
