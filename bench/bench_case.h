@@ -27,7 +27,7 @@ void addPixelPrimitives(Cases& cases);
 void addFilterPrimitives(Cases& cases);
 void addGeometryPrimitives(Cases& cases);
 void addOperations(Cases& cases);
-/// Every effect through the module's exports, formats 0 and 3.
+/// Every effect with every preset through the module's exports, formats 0 and 3.
 void addEffects(Cases& cases);
 
 }  // namespace lumiset::bench

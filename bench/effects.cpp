@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
+#include <map>
 #include <memory>
+#include <string>
 
 #include "bench/bench_case.h"
 #include "bench/frames.h"
@@ -48,24 +50,27 @@ void addEffects(Cases& cases) {
     const auto stage = std::make_shared<Stage>();
     stage->allocator = hostkit::PoolAllocator::create();
     for (const hostkit::EffectDescription& effect : stage->catalogue.effects()) {
-        hostkit::ParameterStore parameters(effect);
-        std::string preset = "defaults";
-        for (const hostkit::PresetDescription& candidate : effect.presets) {
-            if (!candidate.name.starts_with("Reset")) {  // those do nothing
-                parameters.apply(candidate);
-                preset = candidate.name;
-                break;
+        const auto add = [&](const std::string& name, const hostkit::ParameterStore& parameters) {
+            const auto subject = std::make_shared<Subject>(
+                stage, ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index)),
+                parameters);
+            const auto addFormat = [&](const char* format, Base base, const Pool& from, const Pool& to) {
+                cases.push_back({fmt::format("{}, {}, {}", effect.name, name, format), base,
+                                 [subject, &from, &to](std::size_t n) { return subject->render(from[n], to[n]); }});
+            };
+            addFormat("8", Base::kFrame8, f.picture8, f.out8);
+            addFormat("float", Base::kFrameFloat, f.pictureF, f.outF);
+        };
+        add("defaults", hostkit::ParameterStore(effect));
+        std::map<std::string, int> uses;  // names may be given twice
+        for (const hostkit::PresetDescription& preset : effect.presets) {
+            if (!preset.name.starts_with("Reset")) {  // those do nothing
+                hostkit::ParameterStore parameters(effect);
+                parameters.apply(preset);
+                const int use = ++uses[preset.name];
+                add(use == 1 ? preset.name : fmt::format("{} ({})", preset.name, use), parameters);
             }
         }
-        const auto subject = std::make_shared<Subject>(
-            stage, ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index)),
-            parameters);
-        const auto add = [&](const char* format, Base base, const Pool& from, const Pool& to) {
-            cases.push_back({fmt::format("{}, {}, {}", effect.name, preset, format), base,
-                             [subject, &from, &to](std::size_t n) { return subject->render(from[n], to[n]); }});
-        };
-        add("8", Base::kFrame8, f.a8, f.out8);
-        add("float", Base::kFrameFloat, f.aF, f.outF);
     }
 }
 

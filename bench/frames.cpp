@@ -1,6 +1,7 @@
 #include "bench/frames.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <new>
 #include <random>
@@ -22,6 +23,28 @@ void fill(Frame& frame, std::mt19937& random) {
     }
 }
 
+/// Waves of colour with some grain; alpha is 1 but for one tile in three, where it is a wave too.
+void paint(Frame& frame, std::mt19937& random) {
+    constexpr std::int32_t kTile = 100;
+    const bool isFloat = isFloatFormat(frame.Format());
+    for (std::int32_t y = 0; y < frame.Height(); ++y) {
+        for (std::int32_t i = 0; i < 4 * frame.Width(); ++i) {
+            const std::int32_t x = i / 4;
+            const auto channel = static_cast<float>(i % 4);
+            const float grain = static_cast<float>(random() >> 8U) * 0x1p-24F - 0.5F;
+            const float wave = 0.5F + 0.3F * std::sin(static_cast<float>(x) * 0.013F + channel) +
+                               0.2F * std::sin(static_cast<float>(y) * 0.021F + 2.0F * channel) + 0.05F * grain;
+            const bool opaque = i % 4 == AlphaIndex(frame.Format()) && (x / kTile + y / kTile) % 3 != 0;
+            const float value = opaque ? 1.0F : std::clamp(wave, 0.0F, 1.0F);
+            if (isFloat) {
+                std::memcpy(frame.PixelAddress(0, y, 4 * i), &value, sizeof value);
+            } else {
+                *frame.PixelAddress(0, y, i) = static_cast<std::uint8_t>(value * 255.0F + 0.5F);
+            }
+        }
+    }
+}
+
 }  // namespace
 
 void Pool::make() const {
@@ -34,7 +57,7 @@ void Pool::make() const {
             throw std::bad_alloc();
         }
         if (n == 0) {
-            fill(*frame, random);
+            m_content == Content::kPicture ? paint(*frame, random) : fill(*frame, random);
         } else {
             std::memcpy(frame->Data(), m_frames[0]->Data(),
                         static_cast<std::size_t>(frame->Stride()) * static_cast<std::size_t>(m_height));

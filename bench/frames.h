@@ -17,11 +17,16 @@ namespace lumiset::bench {
 inline constexpr std::int32_t kWidth = 1920;
 inline constexpr std::int32_t kHeight = 1080;
 
-/// Frames of one format and size with random content; floats in 0..1. They are made when they are first used.
+/// What the frames of a pool show: random samples, or something like a photograph with a few transparent parts, for
+/// work whose cost depends on the picture.
+enum class Content { kNoise, kPicture };
+
+/// Frames of one format and size; floats in 0..1. They are made when they are first used.
 class Pool {
 public:
-    explicit Pool(std::int32_t format, std::int32_t width = kWidth, std::int32_t height = kHeight)
-        : m_format(format), m_width(width), m_height(height) {}
+    explicit Pool(std::int32_t format, std::int32_t width = kWidth, std::int32_t height = kHeight,
+                  Content content = Content::kNoise)
+        : m_format(format), m_width(width), m_height(height), m_content(content) {}
 
     [[nodiscard]] Frame& operator[](std::size_t n) const {
         if (m_frames.empty()) {
@@ -44,6 +49,7 @@ private:
     std::int32_t m_format;
     std::int32_t m_width;
     std::int32_t m_height;
+    Content m_content;
     mutable std::vector<std::unique_ptr<Frame>> m_frames;
 };
 
@@ -60,6 +66,8 @@ struct Frames {
     Pool bMask8{kFormatMask8};
     Pool aMaskF{kFormatMaskFloat};
     Pool bMaskF{kFormatMaskFloat};
+    Pool picture8{kFormatBgra8, kWidth, kHeight, Content::kPicture};
+    Pool pictureF{kFormatBgraFloat, kWidth, kHeight, Content::kPicture};
     Pool yuv422{kFormatMask8, 2 * kWidth};  ///< packed 4:2:2: two bytes a pixel
     Pool small8{kFormatBgra8, 853, 480};
     Pool smallF{kFormatBgraFloat, 853, 480};

@@ -2,6 +2,7 @@
 #include <hwy/targets.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <regex>
 #include <string>
@@ -102,9 +103,15 @@ int main(int argc, char** argv) try {
         }
         return 0;
     }
+    if (cases.empty()) {
+        fmt::print(stderr, "No case matches {}; --list prints their names.\n", filter);
+        return 2;
+    }
     const std::vector<Measurement> results = lumiset::bench::measure(cases, repetitions);
     json ? printJson(results) : printTable(results);
-    return 0;
+    return std::all_of(results.begin(), results.end(), [](const Measurement& result) { return result.error.empty(); })
+               ? 0
+               : 1;
 } catch (const std::regex_error&) {
     fmt::print(stderr, "--filter is not a regular expression.\n");
     return 2;

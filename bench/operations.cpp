@@ -85,7 +85,7 @@ void addMoves(Cases& cases) {
     Frames& f = frames();
     addOnBothDepths(cases, {" 8", Base::kFrame8, f.a8, f.b8, f.out8, 1});
     addOnBothDepths(cases, {" float", Base::kFrameFloat, f.aF, f.bF, f.outF, kFloatFactor});
-    addMap(cases, "FrameToLuma 8", Base::kFrame8, 0.5, f.a8, f.aMask8, FrameToLuma);
+    addMap(cases, "FrameToLuma 8", Base::kFrame8, 0.7, f.a8, f.aMask8, FrameToLuma);
     addMap(cases, "FrameToLuma float", Base::kFrameFloat, 0.5 * kFloatFactor, f.aF, f.aMaskF, FrameToLuma);
     addMap(cases, "FrameConvertDepth to 8", Base::kFrameFloat, 0, f.aF, f.out8, FrameConvertDepth);
     addMap(cases, "FrameConvertDepth to float", Base::kFrameFloat, 0, f.a8, f.outF, FrameConvertDepth);
