@@ -6,11 +6,11 @@
 //
 // On Linux: g++ -std=c++20 -I FOLDER_ABOVE_HOST minimal_host.cpp -ldl
 
+#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -68,22 +68,9 @@ public:
     std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
 
     void LUMISET_CALL AllocBytes(void** out, std::uint32_t size) noexcept override {
-        // The block begins behind room for the address that free wants.
-        void* block = std::malloc(size + std::size_t{32} + sizeof(void*));
-        if (block == nullptr) {
-            *out = nullptr;
-            return;
-        }
-        const auto start = reinterpret_cast<std::uintptr_t>(block) + sizeof(void*);
-        const std::uintptr_t aligned = (start + 31) & ~std::uintptr_t{31};
-        reinterpret_cast<void**>(aligned)[-1] = block;
-        *out = reinterpret_cast<void*>(aligned);
+        *out = ::operator new(size, kAlignment, std::nothrow);
     }
-    void LUMISET_CALL FreeBytes(void* block) noexcept override {
-        if (block != nullptr) {
-            std::free(static_cast<void**>(block)[-1]);
-        }
-    }
+    void LUMISET_CALL FreeBytes(void* block) noexcept override { ::operator delete(block, kAlignment); }
     std::uint8_t LUMISET_CALL AllocImage(void** out, std::int32_t width, std::int32_t height,
                                          std::int32_t bytesPerPixel, std::int32_t* strideOut) noexcept override {
         const std::int64_t stride = (std::int64_t{width} * bytesPerPixel + 31) / 32 * 32;
@@ -95,6 +82,9 @@ public:
         return *out != nullptr ? 1 : 0;
     }
     void LUMISET_CALL FreeImage(void* block) noexcept override { FreeBytes(block); }
+
+private:
+    static constexpr std::align_val_t kAlignment{32};
 };
 
 // ---- The host object
