@@ -34,6 +34,8 @@ HostServices::HostServices() noexcept {
 }
 
 bool HostServices::set(Option option, bool value) noexcept {
+    // Of two threads the later one decides, here and in the store.
+    const std::lock_guard<std::mutex> lock(m_setting);
     m_values[option] = value;
     if (option == kForcedCpu) {
         setForcedCpu(value);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <mutex>
 
 #include "host/host_services.h"
 #include "host/reference_count.h"
@@ -35,6 +36,7 @@ private:
     bool set(Option option, bool value) noexcept;
 
     std::array<std::atomic<bool>, kOptionCount> m_values{};
+    std::mutex m_setting;
     ReferenceCount m_references;
 };
 

@@ -192,12 +192,13 @@ std::vector<std::pair<std::string, std::string>> readSettings(const std::string&
 }
 
 std::optional<std::string> readSetting(const std::string& section, const std::string& name) {
+    std::optional<std::string> found;
     for (auto& [each, value] : readSettings(section)) {
         if (each == name) {
-            return std::move(value);
+            found = std::move(value);  // of a name that a person wrote twice the last counts
         }
     }
-    return std::nullopt;
+    return found;
 }
 
 bool writeSetting(const std::string& section, const std::string& name, const std::string& value) {

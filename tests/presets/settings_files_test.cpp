@@ -35,8 +35,9 @@ TEST_F(SettingsFiles, HaveNoSectionsOutsideTheirFolder) {
 TEST_F(SettingsFiles, LeaveWhatAPersonWroteIntoTheFile) {
     std::filesystem::create_directory(folder / "vantrel");
     writeFile(folder / "vantrel" / "Common.ini",
-              "; mine\r\n[Common]\nOther = 5 \n  Crop Overscan =  yes\nForced CPU=Yes");
+              "; mine\r\n[Common]\nOther = 5 \nCrop Overscan=no\n  Crop Overscan =  yes\nForced CPU=Yes");
     EXPECT_EQ(readOptions(), (std::array<bool, kOptionCount>{false, false, false, true})) << "\"Yes\" is not \"yes\"";
+    EXPECT_EQ(platform::readSetting("Common", "Crop Overscan"), "yes");
     EXPECT_TRUE(writeOption(kCropOverscan, false));
     EXPECT_TRUE(writeOption(kKnobsDragVertical, true));
     EXPECT_EQ(contentsOf(folder / "vantrel" / "Common.ini"),
