@@ -23,6 +23,10 @@ using Json = nlohmann::ordered_json;
 /// The preset, its values, one value in its stored form, the two numbers of a point.
 constexpr int kMaxDepth = 4;
 
+// What takes longer than it should, or fills the screen, when it is refused by name.
+constexpr std::size_t kMaxKeys = 1000;
+constexpr std::size_t kMaxTextBytes = 1000;
+
 constexpr const char* kStored = "stored";
 
 // A value stands in JSON as a panel shows it. Some values of a preset file no panel shows: a colour with something in
@@ -191,25 +195,51 @@ Json valueToJson(const ParameterDescription& parameter, const ParamValue& value)
     return sameBits(parameter.type, valueFromJson(parameter, shown), value) ? shown : storedJson(parameter, value);
 }
 
-/// Throws `PresetJsonError` for what is no JSON, is nested deeper than any preset, or has a key twice in one object.
-Json parsed(const std::string& text) {
-    std::vector<std::set<std::string>> keys;
-    const auto check = [&](int depth, Json::parse_event_t event, Json& part) {
-        if ((event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start) &&
-            depth >= kMaxDepth) {
-            throw PresetJsonError("It is nested deeper than a preset.");
-        }
-        if (event == Json::parse_event_t::object_start) {
-            keys.emplace_back();
-        } else if (event == Json::parse_event_t::object_end) {
-            keys.pop_back();
-        } else if (event == Json::parse_event_t::key && !keys.back().insert(part.get<std::string>()).second) {
-            throw PresetJsonError(fmt::format("\"{}\" stands there twice.", part.get<std::string>()));
+/// Sees the parts of a text while it is read, and throws for what no preset has.
+class PartChecker {
+public:
+    bool operator()(int depth, Json::parse_event_t event, const Json& part) {
+        switch (event) {
+            case Json::parse_event_t::object_start:
+                m_keys.emplace_back();
+                [[fallthrough]];
+            case Json::parse_event_t::array_start:
+                if (depth >= kMaxDepth) {
+                    throw PresetJsonError("It is nested deeper than a preset.");
+                }
+                break;
+            case Json::parse_event_t::object_end:
+                m_keys.pop_back();
+                break;
+            case Json::parse_event_t::key:
+                checkText(part);
+                if (!m_keys.back().insert(part.get<std::string>()).second) {
+                    throw PresetJsonError(fmt::format("\"{}\" stands there twice.", part.get<std::string>()));
+                }
+                if (m_keys.back().size() > kMaxKeys) {
+                    throw PresetJsonError("It has more values than any effect.");
+                }
+                break;
+            default:
+                checkText(part);
         }
         return true;
-    };
+    }
+
+private:
+    static void checkText(const Json& part) {
+        if (part.is_string() && part.get_ref<const std::string&>().size() > kMaxTextBytes) {
+            throw PresetJsonError("A text in it is too long.");
+        }
+    }
+
+    std::vector<std::set<std::string>> m_keys;  // of each object around this place
+};
+
+/// Throws `PresetJsonError` for what is no JSON, is nested deeper than any preset, or has a key twice in one object.
+Json parsed(const std::string& text) {
     try {
-        return Json::parse(text, check);
+        return Json::parse(text, PartChecker());
     } catch (const Json::parse_error& error) {
         const std::size_t end = std::min(error.byte, text.size());
         throw PresetJsonError(fmt::format("It is not JSON; see line {}.",

@@ -116,7 +116,11 @@ TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
         std::string json;
         std::string complaint;
     };
-    const std::string kDeep(100000, '[');
+    const std::string deep(100000, '[');
+    std::string manyKeys = "\"Width\": 1";
+    for (int i = 0; i < 70000; ++i) {
+        manyKeys += ",\"#" + std::to_string(i) + "\": 1";
+    }
     const Case kCases[] = {
         {withValues(R"("Widht": 1)"), "Did you mean \"Width\"?"},
         {withValues(R"("Width": "1")"), "Width takes a number, 0 to 100, not \"1\"."},
@@ -139,7 +143,9 @@ TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
         {R"({"effect": "Outline", "name": ")" + std::string(256, 'n') + R"(", "values": {}})", "one line"},
         {"[]", "A preset is a JSON object."},
         {"\n{\n\"effect\"", "It is not JSON; see line 3."},
-        {kDeep, "It is nested deeper than a preset."},
+        {deep, "It is nested deeper than a preset."},
+        {withValues(manyKeys), "It has more values than any effect."},
+        {R"({"effect": ")" + std::string(1U << 19U, 'x') + R"(", "values": {}})", "A text in it is too long."},
         {withValues("") + std::string(1U << 20U, ' '), "is larger than a megabyte."},
     };
     const std::string before = presetFile("before", {"0", "0", "0", "0"});
