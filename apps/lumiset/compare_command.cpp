@@ -10,6 +10,7 @@
 #include "apps/lumiset/commands.h"
 #include "apps/lumiset/effect_options.h"
 #include "apps/lumiset/gpu_refusal.h"
+#include "apps/lumiset/interruption.h"
 #include "apps/lumiset/moment.h"
 #include "apps/lumiset/picture_frame.h"
 #include "apps/lumiset/sheet.h"
@@ -179,8 +180,13 @@ int compare(const CompareOptions& options, Program& program) {
     sheet.place(0, onProcessor);
     sheet.place(1, inGL);
     sheet.place(2, shown);
-    const std::unique_ptr<media::Sink> sink = media::openSink(options.output, sheet.format());
+    watchForInterruption();  // from here on there is a file to take away
+    std::unique_ptr<media::Sink> sink = media::openSink(options.output, sheet.format());
     sink->write(sheet.picture());
+    if (const int signal = interruptingSignal(); signal != 0) {
+        sink.reset();
+        endInterrupted(signal, options.output);
+    }
     sink->finish();
     printText(difference.text() + '\n');
     return kDone;
