@@ -29,13 +29,17 @@
 namespace lumiset {
 
 constexpr std::int32_t kBlockColumns = 128;
-constexpr std::int32_t kBlockRows = 16;
+/// Fewer rows let more passes follow each other within a cache; more lose less at the blocks' edges.
+constexpr std::int32_t kBlockRowsOfBytes = 16;
+constexpr std::int32_t kBlockRowsOfFloats = 8;
 
 /// For each block, with a ring of blocks around that never change, the last pass that changed it.
 class BlockHistory {
 public:
-    BlockHistory(std::int32_t width, std::int32_t height)
-        : columns((width - 2 + kBlockColumns - 1) / kBlockColumns), rows((height - 2 + kBlockRows - 1) / kBlockRows) {}
+    BlockHistory(std::int32_t width, std::int32_t height, std::int32_t usedBlockRows)
+        : blockRows(usedBlockRows),
+          columns((width - 2 + kBlockColumns - 1) / kBlockColumns),
+          rows((height - 2 + blockRows - 1) / blockRows) {}
 
     [[nodiscard]] std::int64_t size() const { return (std::int64_t{columns} + 2) * (std::int64_t{rows} + 2); }
     /// Every block counts as changed before the first pass.
@@ -58,6 +62,7 @@ public:
         return latest >= pass - 1;
     }
 
+    const std::int32_t blockRows;
     const std::int32_t columns;
     const std::int32_t rows;
 
@@ -152,8 +157,8 @@ bool filterBlockRow(const RepeatedGaussJob& job, Plane<const typename Kind::Samp
                     Plane<typename Kind::Sample> dst, const BlockHistory& history, std::int32_t row,
                     std::int32_t pass) {
     bool any = false;
-    const std::int32_t y = 1 + row * kBlockRows;
-    const std::int32_t rows = std::min(kBlockRows, job.height - 1 - y);
+    const std::int32_t y = 1 + row * history.blockRows;
+    const std::int32_t rows = std::min(history.blockRows, job.height - 1 - y);
     for (std::int32_t column = 0; column < history.columns; ++column) {
         if (history.mayChange(row, column, pass)) {
             any = true;
@@ -174,7 +179,7 @@ void repeat(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory
     const Plane<T> planes[2] = {{reinterpret_cast<T*>(job.plane), job.stride},
                                 {reinterpret_cast<T*>(other), job.stride}};
     const auto atOnce = static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(kCacheBytes / (std::int64_t{2} * job.stride * kBlockRows), 1, 16));
+        std::clamp<std::int64_t>(kCacheBytes / (std::int64_t{2} * job.stride * history.blockRows), 1, 16));
     for (std::int32_t done = 0; done < job.passes;) {
         const std::int32_t count = std::min(atOnce, job.passes - done);
         bool any = false;
@@ -220,7 +225,7 @@ bool repeatedGauss(const RepeatedGaussJob& job, MemoryAllocator& allocator) noex
     if (job.width < 3 || job.height < 3 || job.passes < 1) {
         return true;
     }
-    BlockHistory history(job.width, job.height);
+    BlockHistory history(job.width, job.height, job.isFloat ? kBlockRowsOfFloats : kBlockRowsOfBytes);
     const std::int64_t planeBytes =
         std::int64_t{job.stride} * (job.height - 1) + std::int64_t{job.width} * (job.isFloat ? 4 : 1);
     ScratchBlock block(allocator);
