@@ -75,6 +75,18 @@ void describeParameters(IVideoGPUEffect& effect, EffectDescription& description)
     description.indexCount = index;
 }
 
+std::string uniqueName(const std::string& name, const std::vector<PresetDescription>& before) {
+    const auto isTaken = [&](const std::string& wanted) {
+        return std::any_of(before.begin(), before.end(),
+                           [&](const PresetDescription& each) { return equalIgnoringCase(each.uniqueName, wanted); });
+    };
+    std::string unique = name;
+    for (int number = 2; isTaken(unique); ++number) {
+        unique = name + ' ' + std::to_string(number);
+    }
+    return unique;
+}
+
 void describePresets(IVideoGPUEffect& effect, EffectDescription& description) {
     ParamValue value;
     std::uint32_t slots = 0;
@@ -87,7 +99,7 @@ void describePresets(IVideoGPUEffect& effect, EffectDescription& description) {
         if (name == nullptr) {
             break;
         }
-        PresetDescription preset{i, name, {}};
+        PresetDescription preset{i, name, uniqueName(name, description.presets), {}};
         std::uint32_t slot = 0;
         for (const ParameterDescription& parameter : description.parameters) {
             const bool has = effect.GetPresetValue(i, slotsAreIndices ? parameter.index : slot, &value);
@@ -98,25 +110,18 @@ void describePresets(IVideoGPUEffect& effect, EffectDescription& description) {
     }
 }
 
-template <class Range>
-std::vector<std::string> namesOf(const Range& things) {
-    std::vector<std::string> names;
-    names.reserve(things.size());
-    for (const auto& thing : things) {
-        names.push_back(thing.name);
-    }
-    return names;
-}
-
-template <class Range>
-const auto& findNamed(const Range& things, std::string_view name, const std::string& complaint) {
+/// `nameOf` is the member that holds a thing's name.
+template <class Thing>
+const Thing& findNamed(const std::vector<Thing>& things, std::string Thing::*nameOf, std::string_view name,
+                       const std::string& complaint) {
     const std::string_view wanted = trimmed(name);
-    for (const auto& thing : things) {
-        if (equalIgnoringCase(thing.name, wanted)) {
+    std::vector<std::string> names;
+    for (const Thing& thing : things) {
+        if (equalIgnoringCase(thing.*nameOf, wanted)) {
             return thing;
         }
+        names.push_back(thing.*nameOf);
     }
-    const std::vector<std::string> names = namesOf(things);
     std::string hint = didYouMean(wanted, names);
     if (hint.empty()) {
         hint = names.empty() ? " It has none." : " There is " + quotedList(names) + ".";
@@ -190,7 +195,8 @@ std::string EffectDescription::shortestName(const ParameterDescription& wanted) 
 }
 
 const PresetDescription& EffectDescription::preset(std::string_view asked) const {
-    return findNamed(presets, asked, name + " has no preset \"" + std::string(trimmed(asked)) + "\".");
+    return findNamed(presets, &PresetDescription::uniqueName, asked,
+                     name + " has no preset \"" + std::string(trimmed(asked)) + "\".");
 }
 
 EffectDescription describeEffect(IVideoGPUEffect& effect, std::uint32_t index) {
@@ -212,7 +218,8 @@ EffectCatalogue::EffectCatalogue(IEffectLibrary& library) {
 }
 
 const EffectDescription& EffectCatalogue::effect(std::string_view name) const {
-    return findNamed(m_effects, name, "There is no effect \"" + std::string(trimmed(name)) + "\".");
+    return findNamed(m_effects, &EffectDescription::name, name,
+                     "There is no effect \"" + std::string(trimmed(name)) + "\".");
 }
 
 }  // namespace lumiset::hostkit

@@ -40,6 +40,9 @@ struct ParameterDescription {
 struct PresetDescription {
     std::uint32_t index = 0;
     std::string name;
+    /// By which `EffectDescription::preset` finds it: the name, with a number from 2 behind it where presets before it
+    /// have the same.
+    std::string uniqueName;
     /// One entry for each of the effect's `parameters`; empty where the preset leaves the parameter alone.
     std::vector<std::optional<ParamValue>> values;
 };
@@ -62,7 +65,7 @@ struct EffectDescription {
     [[nodiscard]] const ParameterDescription* parameterAt(std::uint32_t index) const;
     /// The shortest name by which `parameter` finds this one.
     [[nodiscard]] std::string shortestName(const ParameterDescription& wanted) const;
-    /// Throws `ParameterError` for an unknown name.
+    /// The preset with that unique name, in any case of letters. Throws `ParameterError` for an unknown one.
     [[nodiscard]] const PresetDescription& preset(std::string_view name) const;
 };
 

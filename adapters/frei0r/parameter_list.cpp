@@ -174,7 +174,7 @@ std::vector<Parameter> parameterList(const EffectDescription& effect) {
     preset.explanation =
         "Name of a preset, or a preset file. Parameters that differ from their default count more. There is ";
     for (const hostkit::PresetDescription& each : effect.presets) {
-        preset.explanation += (&each == effect.presets.data() ? "" : ", ") + each.name;
+        preset.explanation += (&each == effect.presets.data() ? "" : ", ") + each.uniqueName;
     }
     list.push_back(std::move(preset));
     return list;

@@ -161,7 +161,7 @@ void Place::addValues(const CLI::Option& option, std::string_view word) {
     } else if (name == "--preset") {
         const EffectDescription* known = effect();
         for (std::size_t i = 0; known != nullptr && i < known->presets.size(); ++i) {
-            add(known->presets[i].name);
+            add(known->presets[i].uniqueName);
         }
     } else if (name == "--set" || name == "--key") {
         const EffectDescription* known = effect();

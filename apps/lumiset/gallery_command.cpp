@@ -65,7 +65,7 @@ Gallery everyPreset(Program& program, const std::string& name) {
     for (const hostkit::PresetDescription& preset : effect.presets) {
         hostkit::ParameterStore parameters(effect);
         parameters.apply(preset);
-        gallery.tiles.push_back({preset.name, {{object, std::move(parameters)}}});
+        gallery.tiles.push_back({preset.uniqueName, {{object, std::move(parameters)}}});
     }
     return gallery;
 }
@@ -73,7 +73,7 @@ Gallery everyPreset(Program& program, const std::string& name) {
 std::string labelOf(const hostkit::EffectDescription& effect, const EffectRequest& request) {
     std::string label = effect.name;
     if (!request.preset.empty()) {
-        label += ": " + effect.preset(request.preset).name;
+        label += ": " + effect.preset(request.preset).uniqueName;
     } else if (!request.presetFile.empty()) {
         label += ": " + request.presetFile.substr(request.presetFile.rfind('/') + 1);
     }

@@ -143,7 +143,7 @@ std::string effectsText(const hostkit::EffectCatalogue& catalogue) {
         }
         out += ".\n.br\nPresets: ";
         for (const hostkit::PresetDescription& each : effect.presets) {
-            out += (&each == effect.presets.data() ? "" : ", ") + escaped(each.name);
+            out += (&each == effect.presets.data() ? "" : ", ") + escaped(each.uniqueName);
         }
         out += ".\n";
     }

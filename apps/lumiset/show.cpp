@@ -109,7 +109,7 @@ std::string presetText(const EffectDescription& effect, const PresetDescription&
                                          hostkit::formatValue(parameter, *preset.values[i])));
         }
     }
-    return fmt::format("  {}\n{}", preset.name, values.empty() ? "" : wrapped(values, 6));
+    return fmt::format("  {}\n{}", preset.uniqueName, values.empty() ? "" : wrapped(values, 6));
 }
 
 /// To four decimals: the digits that a float in 0..1 carries in a range of hundreds.
@@ -224,7 +224,8 @@ std::string showJson(const EffectDescription& effect) {
                 values[effect.shortestName(effect.parameters[i])] = valueJson(effect.parameters[i], *preset.values[i]);
             }
         }
-        json["presets"].push_back({{"name", preset.name}, {"values", std::move(values)}});
+        json["presets"].push_back(
+            {{"name", preset.name}, {"uniqueName", preset.uniqueName}, {"values", std::move(values)}});
     }
     return printed(json);
 }

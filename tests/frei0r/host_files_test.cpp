@@ -3,7 +3,6 @@
 #include <tinyxml.h>
 
 #include <map>
-#include <set>
 
 #include "adapters/frei0r/parameter_list.h"
 #include "hostkit/parameter_text.h"
@@ -148,17 +147,13 @@ TEST(HostFiles, HaveATemplateForEveryPresetThatRendersIt) {
     const Pixels picture = testPicture(kWidth, kHeight);
     const std::filesystem::path folder = shareFolder() / "kdenlive/effect-templates";
     std::size_t presets = 0;
-    std::set<std::string> names;
     for (const hostkit::EffectDescription& effect : reference().catalogue.effects()) {
         const PluginFile plugin(pluginPath(pluginName(effect.name)));
         for (const hostkit::PresetDescription& preset : effect.presets) {
             ++presets;
-            // The second of two presets with one name is told apart by a number.
-            const bool again = !names.insert(effect.name + ": " + preset.name).second;
-            const std::string name = effect.name + ": " + preset.name + (again ? " 2" : "");
+            const std::string name = effect.name + ": " + preset.uniqueName;
             SCOPED_TRACE(name);
-            const PanelFile panel(folder /
-                                  (pluginName(effect.name + ' ' + preset.name + (again ? " 2" : "")) + ".xml"));
+            const PanelFile panel(folder / (pluginName(effect.name + ' ' + preset.uniqueName) + ".xml"));
             EXPECT_EQ(panel.name(), name);
             EXPECT_EQ(panel.attribute("type"), "customVideo");
             EXPECT_EQ(panel.attribute("tag"), "frei0r." + pluginName(effect.name));

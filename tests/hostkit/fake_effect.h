@@ -52,7 +52,7 @@ public:
         return render && render(host, *source, *destination, *info);
     }
     const char* LUMISET_CALL GetPresetName(std::uint32_t preset) noexcept override {
-        return preset == 0 ? "First Light" : preset == 1 ? "Last Light" : nullptr;
+        return preset == 0 ? "First Light" : preset < 3 ? "Last Light" : nullptr;
     }
     /// Preset p gives the parameter with index i the word 100 p + i.
     bool LUMISET_CALL GetPresetValue(std::uint32_t preset, std::uint32_t slot, ParamValue* out) noexcept override {
@@ -62,7 +62,7 @@ public:
                 indices.push_back(i);
             }
         }
-        return preset < 2 && slot < indices.size() ? (out->words[0] = 100 * preset + indices[slot], true) : false;
+        return preset < 3 && slot < indices.size() ? (out->words[0] = 100 * preset + indices[slot], true) : false;
     }
     const char* LUMISET_CALL GetParamToolTip(std::uint32_t index) noexcept override {
         return index == 5 ? "Sets the hour" : "";

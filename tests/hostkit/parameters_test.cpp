@@ -53,6 +53,13 @@ TEST(EffectDescription, MapsPresetSlotsOfBothNumberings) {
     }
 }
 
+TEST(EffectDescription, TellsPresetsWithOneNameApart) {
+    const EffectDescription effect = fake();
+    EXPECT_EQ(effect.presets[2].name, "Last Light");
+    EXPECT_EQ(effect.preset("last light 2").index, 2U);
+    EXPECT_EQ(effect.preset("Last Light").index, 1U);
+}
+
 TEST(EffectDescription, FindsParametersByLabelGroupAndNumber) {
     const EffectDescription effect = fake();
     const std::pair<const char*, std::uint32_t> kNames[] = {
@@ -77,7 +84,7 @@ TEST(EffectDescription, TellsHowToSayAnAmbiguousOrUnknownName) {
     EXPECT_NE(complaint("#99999999999"), "");
     EXPECT_NE(complaint("Sharpness").find("It has \"#1\""), std::string::npos) << complaint("Sharpness");
     EXPECT_EQ(complaintOf([&] { (void)effect.preset("fist light"); }),
-              "Fake has no preset \"fist light\". Did you mean \"First Light\" or \"Last Light\"?");
+              "Fake has no preset \"fist light\". Did you mean \"First Light\", \"Last Light\" or \"Last Light 2\"?");
 }
 
 TEST(NearestNames, AreNearOrHoldThePart) {

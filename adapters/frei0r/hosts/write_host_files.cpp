@@ -5,7 +5,6 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <stdexcept>
 
 #include "adapters/frei0r/hosts/kdenlive.h"
@@ -23,27 +22,16 @@ void write(const std::filesystem::path& file, const std::string& text) {
     }
 }
 
-/// Two presets of one effect may have one name.
-std::string distinctName(const std::string& name, std::set<std::string>& taken) {
-    std::string distinct = name;
-    for (int number = 2; !taken.insert(distinct).second; ++number) {
-        distinct = name + ' ' + std::to_string(number);
-    }
-    return distinct;
-}
-
 void writeEffect(const hostkit::EffectDescription& effect, const std::filesystem::path& folder) {
     const std::filesystem::path kdenlive = folder / "kdenlive";
     write(kdenlive / "effects" / (pluginName(effect.name) + ".xml"), kdenliveEffect(effect));
     write(folder / "mlt-7/frei0r" / mltMetadataFile(effect), mltMetadata(effect));
-    std::set<std::string> taken;
     for (const hostkit::PresetDescription& preset : effect.presets) {
         hostkit::ParameterStore values(effect);
         values.apply(preset);
-        const std::string name = distinctName(preset.name, taken);
-        const std::string id = pluginName(effect.name + ' ' + name);
+        const std::string id = pluginName(effect.name + ' ' + preset.uniqueName);
         write(kdenlive / "effect-templates" / (id + ".xml"),
-              kdenliveTemplate(settingsOf(values), id, effect.name + ": " + name));
+              kdenliveTemplate(settingsOf(values), id, effect.name + ": " + preset.uniqueName));
     }
 }
 
