@@ -131,6 +131,17 @@ TEST_P(AlphaProcessorTest, SoftensByThreePixelsAtLeast) {
     EXPECT_EQ(alphaOf(rendered(hostWith(0.5F, 0.0001F), source), 10, 10, 1, 1), Rows{{255}});
 }
 
+TEST_P(AlphaProcessorTest, SoftensByATenthOfTheHeightAtMost) {
+    Picture source = block(120, 100, 40, 0, 40, 100);
+    const Picture result = rendered(hostWith(0.5F, 1.0F), source);
+    int soft = 0;
+    for (std::int32_t x = 0; x < 120; ++x) {
+        const double alpha = result.get(x, 50, kAlpha);
+        soft += alpha > 0.5 && alpha < 254.5 ? 1 : 0;
+    }
+    EXPECT_EQ(soft, 2 * (10 - 1)) << "a filter of ten columns at both sides";
+}
+
 TEST_P(AlphaProcessorTest, InvertsPremultipliesAndShowsTheMask) {
     Picture source(3, 1, {.format = GetParam()});
     source.setPixel(1, 0, 200, 100, 50, 128);

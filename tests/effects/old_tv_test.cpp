@@ -127,6 +127,21 @@ TEST_P(OldTVTest, StaticIsGreyAndDancesWithTime) {
     EXPECT_GT(changed, 3000);
 }
 
+TEST_P(OldTVTest, StaticLetsThePictureThroughByItsOpacity) {
+    Picture dark = grey(37, 9, 40);
+    Picture bright = grey(37, 9, 200);
+    ValueHost host = quietHost();
+    host.values[kNoise].slider = 0.4F;
+    const Picture overDark = render(host, dark, 1.0);
+    const Picture overBright = render(host, bright, 1.0);
+    for (std::int32_t y = 0; y < 9; ++y) {
+        for (std::int32_t x = 0; x < 37; ++x) {
+            ASSERT_NEAR(overBright.get(x, y, kGreen) - overDark.get(x, y, kGreen), 0.6 * 160, 3.0) << x << ", " << y;
+            ASSERT_NEAR(overDark.get(x, y, kAlpha), 255.0, 1.0);
+        }
+    }
+}
+
 TEST_P(OldTVTest, TearsMoveWholeRowsAndLoseNothing) {
     Picture source(96, 48, {.format = GetParam()});
     for (std::int32_t y = 0; y < 48; ++y) {

@@ -208,8 +208,9 @@ TEST(EveryPreset, WritesOnlyTheCommonRectangle) {
 
 TEST(EveryPreset, RendersEverySizeFiniteAndWithinItsRows) {
     forEveryPreset([](const EffectTester& tester, ValueHost& host) {
-        constexpr std::int32_t sizes[][2] = {{1, 1}, {1, 9},   {9, 1},  {2, 2},  {3, 5},
-                                             {7, 4}, {17, 13}, {64, 3}, {61, 59}};
+        // The last one is wide enough for steps that work in bands of rows to have several.
+        constexpr std::int32_t sizes[][2] = {{1, 1}, {1, 9},   {9, 1},  {2, 2},   {3, 5},
+                                             {7, 4}, {17, 13}, {64, 3}, {61, 59}, {3001, 23}};
         for (const std::int32_t format : {kFormatArgb8, kFormatBgraFloat}) {
             for (const auto& size : sizes) {
                 const Storage storage{.format = format, .padding = 4};
