@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <regex>
 #include <set>
 #include <string>
 #include <thread>
@@ -147,11 +146,13 @@ TEST(CrashGuard, MakesAnotherIdentifierForEveryFrame) {
     char buffer[kFrameGuidSize];
     EXPECT_FALSE(MakeFrameGuid(buffer, kFrameGuidSize - 1));
     EXPECT_FALSE(MakeFrameGuid(nullptr, 4096));
-    const std::regex form("[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}");
     std::set<std::string> made;
     for (int i = 0; i < 100; ++i) {
         ASSERT_TRUE(MakeFrameGuid(buffer, sizeof buffer));
-        EXPECT_TRUE(std::regex_match(buffer, form)) << buffer;
+        std::string form = buffer;
+        std::ranges::replace_if(
+            form, [](char c) { return std::string("0123456789abcdef").find(c) != std::string::npos; }, 'x');
+        EXPECT_EQ(form, "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx");
         made.insert(buffer);
     }
     EXPECT_EQ(made.size(), 100U);
