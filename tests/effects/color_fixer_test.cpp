@@ -54,6 +54,21 @@ protected:
     const EffectTester m_effect{5};
 };
 
+TEST_P(ColorFixerTest, RampsStayWithoutSteps) {
+    constexpr std::int32_t width = 4000;
+    Picture source(width, 1, {.format = GetParam()});
+    for (std::int32_t x = 0; x < width; ++x) {
+        const double level = 255.0 * x / (width - 1);
+        source.setPixel(x, 0, level, level, level, 255);
+    }
+    Picture result(width, 1, {.format = GetParam()});
+    ValueHost host = with(kFilmGamma, 0.8F);
+    ASSERT_TRUE(m_effect.render(host, source, result));
+    for (std::int32_t x = 1; x < width; ++x) {
+        ASSERT_GE(result.get(x, 0, kGreen), result.get(x - 1, 0, kGreen) - 1e-3) << x;
+    }
+}
+
 TEST_P(ColorFixerTest, ResetToNoneTakesTwoLevelsFromWhiteAndNothingElse) {
     expectShown(neutral(), {0, 128, 255}, {0, 127, 253});
     expectShown(neutral(), {1, 50, 200}, {0, 49, 198});
