@@ -9,8 +9,6 @@
 
 #include "platform/posix/descriptor.h"
 
-extern char** environ;
-
 namespace lumiset::platform {
 
 int runDialogProgram(const std::vector<std::string>& command, std::string& output) {
@@ -22,6 +20,7 @@ int runDialogProgram(const std::vector<std::string>& command, std::string& outpu
     Descriptor writing(ends[1]);
 
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }

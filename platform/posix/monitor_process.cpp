@@ -21,8 +21,6 @@
 #include "platform/process.h"
 #include "platform/text.h"
 
-extern char** environ;
-
 namespace lumiset::platform {
 namespace {
 

@@ -15,8 +15,7 @@ constexpr bool isScalar(std::uint32_t code) {
 
 std::optional<std::string> toUtf8(std::wstring_view text) {
     std::string bytes;
-    for (const wchar_t character : text) {
-        const auto code = static_cast<std::uint32_t>(character);
+    for (const char32_t code : std::u32string(text.begin(), text.end())) {
         if (!isScalar(code)) {
             return std::nullopt;
         }
