@@ -12,7 +12,7 @@ struct Finding {
     std::string name;
     std::string found;        ///< in a line
     std::string remedy = {};  ///< a sentence; empty where nothing is wrong
-    bool fatal = false;  ///< effects cannot be rendered
+    bool fatal = false;       ///< effects cannot be rendered
 };
 
 /// Looks for everything that belongs to an installation. Changes nothing.
