@@ -28,7 +28,7 @@ offers() {
 mapfile -t effects < <("$program" list | sed 's/   *[0-9].*//')
 offers 'lumiset show ' "${effects[@]}"
 for effect in "${effects[@]}"; do
-    mapfile -t presets < <("$program" show "$effect" --json | sed -n '/"presets"/,$s/^ *"name": "\(.*\)",$/\1/p' | sort -u)
+    mapfile -t presets < <("$program" show "$effect" --json | sed -n '/"presets"/,$s/^ *"uniqueName": "\(.*\)",$/\1/p' | sort -u)
     offers "lumiset render a b -e $(printf %q "$effect") -p " "${presets[@]}"
 done
 offers 'lumiset render a b -s ' ''
