@@ -81,6 +81,7 @@ CLI::Option* addShell(CLI::App& command, std::string& shell) {
 std::string answer(const CLI::App& app, Program& program, const Request& request) {
     const std::vector<ShellWord> line = splitShellLine(request.line, request.breaks);
     std::vector<std::string> words;
+    words.reserve(line.size());
     for (const ShellWord& word : line) {
         words.push_back(word.text);
     }

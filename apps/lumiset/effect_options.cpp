@@ -73,7 +73,10 @@ std::vector<EffectRequest> EffectOptions::requests() const {
     }
     std::map<const CLI::Option*, std::size_t> used;
     for (const CLI::Option* option : m_command.parse_order()) {
-        if (option == m_effect && option != nullptr) {
+        if (option == nullptr) {
+            continue;  // as those members are that this command has no options for
+        }
+        if (option == m_effect) {
             effects.push_back({m_effects[used[option]++], {}, {}, {}, {}});
         } else if (option == m_preset || option == m_presetFile || option == m_set || option == m_key) {
             if (effects.empty()) {
