@@ -6,6 +6,22 @@
 #include <cstdio>
 
 namespace lumiset {
+namespace {
+
+PixelRect rectOf(const OverlayMark& mark, const FontSize& font) {
+    const CellSize size = scaledCell(mark.artwork, font);
+    return {mark.x, mark.y, mark.x + size.width, mark.y + size.height};
+}
+
+bool meetsOneOf(std::span<const OverlayMark> marks, const OverlayMark& mark, const FontSize& font) {
+    const PixelRect rect = rectOf(mark, font);
+    return std::any_of(marks.begin(), marks.end(), [&](const OverlayMark& other) {
+        const PixelRect drawn = rectOf(other, font);
+        return rect.left < drawn.right && drawn.left < rect.right && rect.top < drawn.bottom && drawn.top < rect.bottom;
+    });
+}
+
+}  // namespace
 
 void ViewfinderPasses::makeGrey(const ViewfinderSettings& settings) {
     std::array<float, 3> tint = tintFactors(settings.tintColor, settings.tint);
@@ -26,12 +42,17 @@ void ViewfinderPasses::drawOverlay(const OverlayPlan& plan) {
             drawMask(plan.shadow);
         }
     }
-    if (plan.markCount != 0) {
+    for (std::span<const OverlayMark> rest = plan.allMarks(); !rest.empty();) {
+        std::size_t count = 1;
+        while (count < rest.size() && !meetsOneOf(rest.first(count), rest[count], plan.font)) {
+            ++count;
+        }
         clearMask();
-        for (const OverlayMark& mark : plan.allMarks()) {
+        for (const OverlayMark& mark : rest.first(count)) {
             drawMark(mark, plan.font);
         }
         drawMask(plan.shadow);
+        rest = rest.subspan(count);
     }
 }
 

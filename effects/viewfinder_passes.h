@@ -18,7 +18,8 @@ public:
 
     void makeGrey(const ViewfinderSettings& settings);
 
-    /// Lines and marks may meet in small frames, so each are drawn over what stands already.
+    /// Lines and marks may meet in small frames, and marks each other in narrow ones: what meets is drawn over what
+    /// stands already.
     void drawOverlay(const OverlayPlan& plan);
 
 private:

@@ -95,6 +95,18 @@ TEST_F(Parity, HoldsForFieldsAndEveryShapeOfPixel) {
     });
 }
 
+TEST_F(Parity, HoldsForNarrowFramesWhereTheViewfindersMarksMeet) {
+    constexpr std::uint32_t kViewfinder = 6;
+    forEveryGPUPreset([this](const ParityRow& row, const EffectTester& tester, std::uint32_t preset) {
+        for (const std::int32_t width : {60, 64}) {
+            if (row.index == kViewfinder) {
+                SCOPED_TRACE(::testing::Message() << width << " wide");
+                compare(row, tester, preset, width, 150, {kFormatArgb8}, frameInfo(0.5));
+            }
+        }
+    });
+}
+
 TEST_F(Parity, HoldsForTheSmallestFrames) {
     for (const ParityRow& row : kParity) {
         const EffectTester tester(row.index);
