@@ -1,9 +1,17 @@
 #include "apps/lumiset/time_text.h"
 
+#include <algorithm>
+
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/parameter_text.h"
 
 namespace lumiset::app {
+namespace {
+
+/// Beyond the end of everything, and a number of microseconds all the same.
+constexpr double kLatest = 1e9;
+
+}  // namespace
 
 double parseTime(const std::string& text, const std::string& option) {
     double seconds = 0.0;
@@ -18,7 +26,7 @@ double parseTime(const std::string& text, const std::string& option) {
         }
         seconds = seconds * 60.0 + number;
         if (colon == std::string_view::npos) {
-            return seconds;
+            return std::min(seconds, kLatest);
         }
         rest.remove_prefix(colon + 1);
     }

@@ -235,7 +235,8 @@ TEST(Render, FailsWithOneSentenceAndLeavesTheOldOutput) {
                            {square, folder / "absent/out.png", {}},
                            {square, folder / "out.xyz", {}},
                            {"scene:0x0", output, {}},
-                           {"scene:32x32:1", output, {"--start", "5"}}};
+                           {"scene:32x32:1", output, {"--start", "5"}},
+                           {"scene:32x32:1", output, {"--start", "1e300"}}};
     for (const Case& each : kCases) {
         const RunResult run = runLumiset(outlineCommand(each.input, each.output, each.more));
         EXPECT_EQ(run.status, 1) << each.input << ' ' << each.output << '\n' << run.err;
