@@ -77,6 +77,7 @@ void Instance::get(int index, void* value) const {
     if (parameter == nullptr || value == nullptr) {
         return;
     }
+    const std::lock_guard lock(m_mutex);
     const Value& own = m_values[static_cast<std::size_t>(index)];
     switch (parameter->type) {
         case kFrei0rColor:

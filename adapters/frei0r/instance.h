@@ -34,7 +34,7 @@ private:
     void render(double seconds, const std::uint32_t* source, std::uint32_t* destination);
     void settle();
 
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     const Effect& m_effect;
     std::uint32_t m_width;
     std::uint32_t m_height;

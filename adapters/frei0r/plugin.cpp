@@ -1,6 +1,7 @@
 // The entry points of a plug-in. Compiled once for each effect, with its index in the module as LUMISET_FREI0R_EFFECT
 // and the name of the plug-in as LUMISET_FREI0R_NAME.
 
+#include <exception>
 #include <new>
 
 #include "adapters/frei0r/frei0r_abi.h"
@@ -79,7 +80,7 @@ void f0r_set_param_value(Frei0rInstance instance, void* value, int index) {
 
 void f0r_get_param_value(Frei0rInstance instance, void* value, int index) {
     if (instance != nullptr) {
-        static_cast<const Instance*>(instance)->get(index, value);
+        guarded([&] { static_cast<const Instance*>(instance)->get(index, value); });
     }
 }
 

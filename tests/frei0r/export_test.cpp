@@ -72,8 +72,8 @@ TEST_F(ExportedCommand, RendersSettingsAndPresetFiles) {
 TEST(ExportedLines, LeaveOutWhatIsAtItsDefaultAndQuoteTheRest) {
     const hostkit::EffectDescription& effect = reference().catalogue.effect("Selective Tint");
     hostkit::ParameterStore values(effect);
-    EXPECT_EQ(ffmpegCommand(settingsOf(values), "-a.mov", "b.mp4"),
-              "ffmpeg -i ./-a.mov -vf frei0r=filter_name=lumiset_selective_tint -pix_fmt yuv420p b.mp4");
+    EXPECT_EQ(ffmpegCommand(settingsOf(values), "-a.mov", "b.MP4"),
+              "ffmpeg -i ./-a.mov -vf frei0r=filter_name=lumiset_selective_tint -pix_fmt yuv420p b.MP4");
     values.set("Top Left", "10,20");
     values.set("Test Mask", "on");
     values.set("Outer Tint/Color", "#0080C0");

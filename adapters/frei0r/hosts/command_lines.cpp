@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string_view>
 
+#include "hostkit/names.h"
+
 namespace lumiset::frei0r {
 namespace {
 
@@ -31,7 +33,8 @@ std::string fileName(const std::string& name) {
 bool isHalvedVideo(const std::string& output) {
     constexpr auto kExtensions = std::to_array<std::string_view>({".mp4", ".m4v", ".mov", ".mkv"});
     const std::string extension = std::filesystem::path(output).extension().string();
-    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
+    return std::any_of(kExtensions.begin(), kExtensions.end(),
+                       [&](std::string_view each) { return hostkit::equalIgnoringCase(each, extension); });
 }
 
 /// ffmpeg takes values by position, so those before the last that differs have to be there.
