@@ -2,7 +2,9 @@
 #   Lumiset::host     the headers
 #   Lumiset::module   the headers and the module itself, to link with
 #   Lumiset_MODULE    the module's file, to load when the program runs
-get_filename_component(Lumiset_PREFIX "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
+# Found as /lib/cmake where /lib is a link to /usr/lib, the files lie below /usr all the same.
+get_filename_component(Lumiset_PREFIX "${CMAKE_CURRENT_LIST_DIR}" REALPATH)
+get_filename_component(Lumiset_PREFIX "${Lumiset_PREFIX}/../../.." ABSOLUTE)
 set(Lumiset_MODULE "${Lumiset_PREFIX}/lib/lumiset/libvantrel_lumiset5.so")
 
 if(NOT TARGET Lumiset::host)

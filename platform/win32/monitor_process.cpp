@@ -45,7 +45,10 @@ bool startProgram(const std::wstring& path) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started{};
-    if (CreateProcessW(path.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started) == 0) {
+    // A folder that a process stands in cannot be removed.
+    const std::wstring folder = path.substr(0, path.find_last_of(L"/\\") + 1);
+    if (CreateProcessW(path.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr,
+                       folder.empty() ? nullptr : folder.c_str(), &startup, &started) == 0) {
         return false;
     }
     const Handle process(started.hProcess);
