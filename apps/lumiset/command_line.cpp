@@ -44,7 +44,7 @@ UsageError unknownWord(const CLI::App& app, const CLI::ParseError& error) {
         return UsageError(sentence(error.what()));
     }
     const std::string& word = words.front();
-    return UsageError((word.front() == '-' ? "There is no option \"" : "There is no command \"") + word + "\"." +
+    return UsageError((word.starts_with('-') ? "There is no option \"" : "There is no command \"") + word + "\"." +
                       hostkit::didYouMean(word, names));
 }
 

@@ -14,9 +14,8 @@ std::string refusalInOpenGL(IEffectLibrary& library, const std::string& effect) 
     for (const platform::CrashReport& report : platform::crashReports()) {
         if (report.library == library.GetLibraryName() && report.effect == effect) {
             return fmt::format(
-                "The effect \"{}\" stays off OpenGL since \"{}\" crashed while it rendered there; \"lumiset gpu "
-                "reset\" "
-                "lets it try again.",
+                "The effect \"{}\" stays off OpenGL since \"{}\" crashed while it rendered there; "
+                "\"lumiset gpu reset\" lets it try again.",
                 effect, report.host);
         }
     }

@@ -162,7 +162,7 @@ std::string manPage(const CLI::App& app, const hostkit::EffectCatalogue& catalog
     page += ".SH COMMANDS\n";
     addCommandSections(page, app, {});
     page += ".SH EFFECTS\n" + effectsText(catalogue);
-    page += ".SH ENVIRONMENT\n.TP\n.B LUMISET_MODULE\nthe effects module to use; --module goes before it\n";
+    page += ".SH ENVIRONMENT\n.TP\n.B LUMISET_MODULE\nthe effects module to use; \\-\\-module goes before it\n";
     page += ".TP\n.B FREI0R_PATH\nwhere hosts look for frei0r plug-ins, folders parted by colons\n";
     page += ".SH FILES\n.TP\n.I $XDG_CONFIG_HOME/vantrel/Common.ini\nthe user\\(aqs options; ";
     page += "XDG_CONFIG_HOME is \\(ti/.config where it is not set\n";
