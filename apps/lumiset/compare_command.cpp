@@ -11,6 +11,7 @@
 #include "apps/lumiset/effect_options.h"
 #include "apps/lumiset/gpu_refusal.h"
 #include "apps/lumiset/interruption.h"
+#include "apps/lumiset/messages.h"
 #include "apps/lumiset/moment.h"
 #include "apps/lumiset/picture_frame.h"
 #include "apps/lumiset/sheet.h"
@@ -153,10 +154,20 @@ int compare(const CompareOptions& options, Program& program) {
     const std::vector<hostkit::EffectStage> chain = buildChain(program.library(), program.catalogue(), {request});
     Moment moment = readMoment(options.input,
                                options.time.empty() ? std::nullopt : std::optional(parseTime(options.time, "--time")));
+    // In the middle of a frame in OpenGL a sudden end would look like a crash of the driver's.
+    watchForInterruption();
+    std::unique_ptr<media::Sink> sink;
+    const auto checkInterruption = [&] {
+        if (const int signal = interruptingSignal(); signal != 0) {
+            sink.reset();
+            endInterrupted(signal, options.output);
+        }
+    };
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
     hostkit::Renderer renderer(chain, kFormatBgra8, allocator.get());
     std::string driver;
     const media::Picture inGL = renderedInGL(program.library(), chain, moment, driver);
+    checkInterruption();
     const media::Picture onProcessor = rendered(renderer, moment);
 
     Sheet::Plan plan;
@@ -180,15 +191,15 @@ int compare(const CompareOptions& options, Program& program) {
     sheet.place(0, onProcessor);
     sheet.place(1, inGL);
     sheet.place(2, shown);
-    watchForInterruption();  // from here on there is a file to take away
-    std::unique_ptr<media::Sink> sink = media::openSink(options.output, sheet.format());
+    sink = media::openSink(options.output, sheet.format());
     sink->write(sheet.picture());
-    if (const int signal = interruptingSignal(); signal != 0) {
-        sink.reset();
-        endInterrupted(signal, options.output);
-    }
+    checkInterruption();
     sink->finish();
-    printText(difference.text() + '\n');
+    if (options.output == "-") {  // where the sheet has gone
+        tell(difference.text() + '\n');
+    } else {
+        printText(difference.text() + '\n');
+    }
     return kDone;
 }
 

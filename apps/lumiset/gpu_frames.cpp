@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <chrono>
-#include <cstdio>
 
 #include "apps/lumiset/gpu_refusal.h"
+#include "apps/lumiset/messages.h"
 
 namespace lumiset::app {
 
@@ -13,7 +13,7 @@ std::unique_ptr<GPUFrames> GPUFrames::open(IEffectLibrary& library) {
     try {
         return std::unique_ptr<GPUFrames>(new GPUFrames(library));
     } catch (const hostkit::GLError& error) {
-        fmt::print(stderr, "lumiset: {} The processor renders instead.\n", error.what());
+        tell(fmt::format("lumiset: {} The processor renders instead.\n", error.what()));
         return nullptr;
     }
 }
@@ -51,7 +51,7 @@ void GPUFrames::stop() {
 
 void GPUFrames::say(const std::string& sentence) {
     if (m_said.insert(sentence).second) {
-        fmt::print(stderr, "lumiset: {}\n", sentence);
+        tell("lumiset: " + sentence + '\n');
     }
 }
 

@@ -1,12 +1,13 @@
 #include "apps/lumiset/interruption.h"
 
-#include <fmt/format.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+
+#include "apps/lumiset/messages.h"
 
 namespace lumiset::app {
 namespace {
@@ -41,8 +42,7 @@ int interruptingSignal() {
 }
 
 void endInterrupted(int signal, const std::string& output) {
-    fmt::print(stderr, "lumiset: Interrupted before {} was complete.\n",
-               output == "-" ? "the output" : "\"" + output + "\"");
+    tell("lumiset: Interrupted before " + (output == "-" ? "the output" : '"' + output + '"') + " was complete.\n");
     std::fflush(nullptr);
     std::_Exit(128 + signal);
 }

@@ -1,17 +1,16 @@
-#include <fmt/format.h>
-
 #include <cstdio>
 #include <exception>
 #include <new>
 
 #include "apps/lumiset/command_line.h"
+#include "apps/lumiset/messages.h"
 #include "apps/lumiset/usage_error.h"
 
 namespace lumiset::app {
 namespace {
 
 int complain(int status, const char* sentence, const char* hint = "") {
-    fmt::print(stderr, "lumiset: {}{}\n", sentence, hint);
+    std::fprintf(stderr, "lumiset: %s%s\n", sentence, hint);
     return status;
 }
 
@@ -37,5 +36,6 @@ int run(int argc, const char* const* argv) {
 }  // namespace lumiset::app
 
 int main(int argc, char** argv) {
+    lumiset::app::holdStandardStreams();
     return lumiset::app::run(argc, argv);
 }

@@ -5,7 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+
+#include "apps/lumiset/messages.h"
 
 namespace lumiset::app {
 namespace {
@@ -57,7 +58,7 @@ void Progress::show(std::int64_t framesDone) {
     m_next = Clock::now() +
              (m_terminal ? std::chrono::milliseconds(kBarInterval) : std::chrono::milliseconds(kLineInterval));
     if (!m_terminal) {
-        fmt::print(stderr, "{}\n", statusText(framesDone));
+        tell(statusText(framesDone) + '\n');
         return;
     }
     std::string bar;
@@ -65,14 +66,13 @@ void Progress::show(std::int64_t framesDone) {
         const std::int64_t filled = kBarWidth * std::min(framesDone, m_expected) / m_expected;
         bar = fmt::format("[{:<{}}] ", std::string(static_cast<std::size_t>(filled), '='), kBarWidth);
     }
-    fmt::print(stderr, "\r\x1b[K{}{}", bar, statusText(framesDone));
-    std::fflush(stderr);
+    tell("\r\x1b[K" + bar + statusText(framesDone));
     m_drawn = true;
 }
 
 void Progress::clear() {
     if (m_drawn) {
-        fmt::print(stderr, "\r\x1b[K");
+        tell("\r\x1b[K");
         m_drawn = false;
     }
 }
@@ -81,9 +81,9 @@ void Progress::finish(std::int64_t framesDone, const std::string& output) {
     clear();
     if (!m_quiet) {
         const double seconds = elapsedSeconds();
-        fmt::print(stderr, "{}: {} {}{} in {:.1f} s, {:.1f} {}s/s\n", output == "-" ? "standard output" : output,
-                   framesDone, m_thing, framesDone == 1 ? "" : "s", seconds,
-                   static_cast<double>(framesDone) / std::max(seconds, 1e-3), m_thing);
+        tell(fmt::format("{}: {} {}{} in {:.1f} s, {:.1f} {}s/s\n", output == "-" ? "standard output" : output,
+                         framesDone, m_thing, framesDone == 1 ? "" : "s", seconds,
+                         static_cast<double>(framesDone) / std::max(seconds, 1e-3), m_thing));
     }
 }
 

@@ -3,13 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <thread>
 
 #include "apps/lumiset/gpu_frames.h"
 #include "apps/lumiset/interruption.h"
 #include "apps/lumiset/media/media.h"
+#include "apps/lumiset/messages.h"
 #include "apps/lumiset/ordered_pipeline.h"
 #include "apps/lumiset/picture_frame.h"
 #include "apps/lumiset/progress.h"
@@ -85,7 +85,7 @@ public:
         m_progress.finish(m_frames, m_request.output);
         if (!m_request.quiet) {
             for (const std::string& note : m_sink->notes()) {
-                fmt::print(stderr, "{}\n", note);
+                tell(note + '\n');
             }
         }
     }

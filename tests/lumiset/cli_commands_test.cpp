@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tests/lumiset/cli_run.h"
@@ -115,6 +116,17 @@ TEST(CommandLine, AnswersWrongUsageWithOneSentenceAndStatus2) {
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
         EXPECT_EQ(result.out, "");
     }
+}
+
+TEST(CommandLine, GoesOnWhereNobodyCanBeTold) {
+    const auto statusOf = [](const std::string& arguments) {
+        const int status = std::system((LUMISET_PROGRAM " " + arguments).c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    };
+    EXPECT_EQ(statusOf("show Nothing 2>/dev/full"), 2);
+    EXPECT_EQ(statusOf("show Nothing 2>&-"), 2);
+    EXPECT_EQ(statusOf("list >&- 2>&-"), 1);
+    EXPECT_EQ(statusOf("render scene:64x36:0.1 - -e Outline 2>/dev/full >/dev/null"), 0);
 }
 
 TEST(CommandLine, FailsClearlyWithoutTheModule) {

@@ -175,6 +175,19 @@ TEST(GPUCommands, SayWhyAnEffectStaysOffOpenGLAndLetItTryAgain) {
     }
 }
 
+TEST(GPUCommands, WriteNoMessageIntoTheFileWhereStandardErrorIsClosed) {
+    if (runLumiset({"gpu", "info"}).status != 0) {
+        GTEST_SKIP() << "No OpenGL here, nothing is tested.";
+    }
+    const OwnSettings settings;
+    ASSERT_EQ(runLumiset({"options", "Forced CPU", "yes"}).status, 0);  // which the first frame speaks of
+    const TemporaryFolder folder;
+    const std::string command = "render scene:64x36:0.2:25 --gpu -e Outline " + folder.path().string();
+    EXPECT_EQ(std::system((LUMISET_PROGRAM " " + command + "/told.y4m 2>/dev/null").c_str()), 0);
+    EXPECT_EQ(std::system((LUMISET_PROGRAM " " + command + "/closed.y4m 2>&-").c_str()), 0);
+    EXPECT_TRUE(contentsOf(folder / "told.y4m") == contentsOf(folder / "closed.y4m"));
+}
+
 TEST(GPUCommands, LeaveNoReportWhenTheyAreInterrupted) {
     if (runLumiset({"gpu", "info"}).status != 0) {
         GTEST_SKIP() << "No OpenGL here, nothing is tested.";
@@ -189,6 +202,13 @@ TEST(GPUCommands, LeaveNoReportWhenTheyAreInterrupted) {
                 ::kill(process, SIGINT);
             });
         EXPECT_EQ(run.status, 128 + SIGINT) << run.err;
+    }
+    for (int i = 0; i < 4; ++i) {
+        runLumiset({"compare", "scene:1280x720", folder / "sheet.png", "-e", "Old TV"}, "/dev/null",
+                   [&](pid_t process) {
+                       std::this_thread::sleep_for(std::chrono::milliseconds(300 + 150 * i));
+                       ::kill(process, SIGINT);
+                   });
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(800));  // longer than the monitor takes to notice
     EXPECT_TRUE(platform::crashReports().empty());

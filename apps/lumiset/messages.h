@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace lumiset::app {
+
+/// Writes to standard error. Nobody can be told where that is closed or full, so the work goes on.
+void tell(const std::string& text) noexcept;
+
+/// Holds the places of standard input, output and error where the caller has closed them: the next files to be opened
+/// would get their numbers, and messages would be written into them. Using such a place fails as before.
+void holdStandardStreams() noexcept;
+
+}  // namespace lumiset::app
