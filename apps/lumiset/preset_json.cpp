@@ -12,6 +12,7 @@
 #include "host/preset_saver.h"
 #include "hostkit/names.h"
 #include "hostkit/parameter_text.h"
+#include "platform/text.h"
 
 namespace lumiset::app {
 namespace {
@@ -259,8 +260,10 @@ const Json& member(const Json& json, const char* key, bool (Json::*isRight)() co
 
 std::string checkedName(const std::string& name) {
     const auto isControl = [](char each) { return static_cast<unsigned char>(each) < 0x20 || each == 0x7F; };
-    if (name.size() >= kPresetNameSize || std::any_of(name.begin(), name.end(), isControl)) {
-        throw PresetJsonError(fmt::format("A preset's name is one line of at most {} bytes.", kPresetNameSize - 1));
+    if (name.size() >= kPresetNameSize || std::any_of(name.begin(), name.end(), isControl) ||
+        !platform::fromUtf8(name)) {
+        throw PresetJsonError(
+            fmt::format("A preset's name is one line of at most {} bytes in UTF-8.", kPresetNameSize - 1));
     }
     return name;
 }

@@ -139,7 +139,7 @@ TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
         {R"({"effect": "Outline"})", "A preset has \"values\", an object"},
         {R"({"effect": 2, "values": {}})", "A preset has \"effect\""},
         {R"({"effect": "Outline", "value": {}})", "not \"value\"."},
-        {R"({"effect": "Outline", "name": "a\nb", "values": {}})", "one line of at most 255 bytes."},
+        {R"({"effect": "Outline", "name": "a\nb", "values": {}})", "one line of at most 255 bytes in UTF-8."},
         {R"({"effect": "Outline", "name": ")" + std::string(256, 'n') + R"(", "values": {}})", "one line"},
         {"[]", "A preset is a JSON object."},
         {"\n{\n\"effect\"", "It is not JSON; see line 3."},
@@ -162,6 +162,11 @@ TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
         << "another effect's";
     EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "out.xml"}).status, 2);
     EXPECT_EQ(runLumiset({"preset", "convert", folder / "missing.json", folder / "out.lumvc"}).status, 1);
+    // Without a name in it the preset is called as the file.
+    std::filesystem::copy(folder / "in.json", folder / "\xFF.json");
+    EXPECT_NE(runLumiset({"preset", "convert", folder / "\xFF.json", folder / "out.lumvc"}).err.find("UTF-8"),
+              std::string::npos);
+    std::filesystem::remove(folder / "\xFF.json");
     std::filesystem::create_directory(folder / "taken.lumvc");
     EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "taken.lumvc"}).status, 1);
     EXPECT_EQ(folder.entries(), 3) << "nothing is left behind";
