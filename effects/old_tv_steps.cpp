@@ -67,7 +67,7 @@ struct Pixels {
 };
 
 template <class L>
-HWY_INLINE Pixels<typename L::Sample>::Vector lumaOf(const Pixels<typename L::Sample>& p) {
+HWY_INLINE typename Pixels<typename L::Sample>::Vector lumaOf(const Pixels<typename L::Sample>& p) {
     const hn::ScalableTag<float> df;
     return hn::Add(
         hn::Add(hn::Mul(hn::Set(df, 0.299F), p.sample[L::kRed]), hn::Mul(hn::Set(df, 0.587F), p.sample[L::kGreen])),

@@ -28,13 +28,14 @@ void softenTubeEdge(Frame& frame, float amount, const RenderContext& context) no
     if (amount == 0.0F) {
         return;
     }
-    const auto [columns, rows] = tubeSoftness(amount, context);
-    const std::int32_t half = columns >> 1;
+    const TubeSoftness softness = tubeSoftness(amount, context);
+    const ImgSize kernel{softness.columns, softness.rows};
+    const std::int32_t half = kernel.width >> 1;
     const std::int32_t alpha = AlphaIndex(frame.Format());
     const bool isFloat = isFloatFormat(frame.Format());
     // A transparent margin around the picture makes its own border soft too.
     Frame mask;
-    if (!mask.Allocate(context.width + columns, context.height + columns, BytesPerChannel(frame.Format()),
+    if (!mask.Allocate(context.width + kernel.width, context.height + kernel.width, BytesPerChannel(frame.Format()),
                        &context.allocator, MaskFormat(frame.Format()), false) ||
         !FrameFillColor(mask, 0) || !FrameCopyChannelAt(frame, mask, alpha, 0, half, half)) {
         return;
@@ -44,10 +45,10 @@ void softenTubeEdge(Frame& frame, float amount, const RenderContext& context) no
     const ImgSize region{context.width, context.height};
     const auto soften = [&] {
         if (isFloat) {
-            return ImgBoxInPlaceFC1(reinterpret_cast<float*>(inside.Data()), inside.Stride(), region, {columns, rows},
-                                    columns / 2, rows / 2);
+            return ImgBoxInPlaceFC1(reinterpret_cast<float*>(inside.Data()), inside.Stride(), region, kernel,
+                                    kernel.width / 2, kernel.height / 2);
         }
-        return ImgBoxInPlace8C1(inside.Data(), inside.Stride(), region, {columns, rows}, columns / 2, rows / 2);
+        return ImgBoxInPlace8C1(inside.Data(), inside.Stride(), region, kernel, kernel.width / 2, kernel.height / 2);
     };
     // Only what the first pass leaves all but opaque stays, so the second fades inwards alone.
     const auto shrink = [&] {

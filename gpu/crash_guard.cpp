@@ -38,8 +38,8 @@ bool succeeds(Work work) noexcept {
 std::wstring monitorPath() {
     const std::wstring module = platform::modulePath();
     const std::size_t separator = module.find_last_of(L"/\\");
-    if (separator == std::wstring::npos || separator >= kLongestFolder) {
-        return {};
+    if (separator >= kLongestFolder) {
+        return {};  // also without a separator, whose place would be npos
     }
     return module.substr(0, separator + 1) + platform::kMonitorProgram;
 }
