@@ -63,9 +63,7 @@ constexpr EffectInfo kInfo{
     .name = "Alpha Processor",
     .flags = kFlagsEveryEffect | kFlagChangesAlpha,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .mainProgram = &kPrograms[kExtract],
 };
 static_assert(valid(kInfo));

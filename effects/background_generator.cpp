@@ -88,9 +88,7 @@ constexpr EffectInfo kInfo{
     .name = "Background Generator",
     .flags = kFlagsEveryEffect | kFlagChangesAlpha | kFlagDependsOnTime,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .needsTopDown = true,
     .mainProgram = &kPrograms[kGrade],
 };

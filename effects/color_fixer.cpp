@@ -60,9 +60,7 @@ constexpr EffectInfo kInfo{
     .name = "Color Fixer Pro",
     .flags = kFlagsEveryEffect,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .mainProgram = &kPrograms[0],
 };
 static_assert(valid(kInfo));

@@ -107,14 +107,14 @@ bool Effect::GetParamInfo(std::uint32_t index, ParamInfo* out) noexcept {
 }
 
 const char* Effect::GetPresetName(std::uint32_t preset) noexcept {
-    return preset < m_info.presetNames.size() ? m_info.presetNames[preset] : nullptr;
+    return preset < m_info.presets.names.size() ? m_info.presets.names[preset] : nullptr;
 }
 
 bool Effect::GetPresetValue(std::uint32_t preset, std::uint32_t slot, ParamValue* out) noexcept {
-    if (out == nullptr || preset >= m_info.presetNames.size() || slot >= m_info.presetSlots) {
+    if (out == nullptr || preset >= m_info.presets.names.size() || slot >= m_info.presets.slots) {
         return false;
     }
-    *out = m_info.presetValues[preset * m_info.presetSlots + slot];
+    *out = m_info.presets.values[preset * m_info.presets.slots + slot];
     return true;
 }
 

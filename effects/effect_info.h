@@ -37,14 +37,19 @@ enum EffectFlags : std::uint32_t {
 
 struct GPUProgramSource;
 
+/// A table of presets whatever its size.
+struct PresetRows {
+    std::span<const char* const> names;
+    std::span<const ParamValue> values;  ///< preset after preset, `slots` values each
+    std::size_t slots;
+};
+
 /// Everything about an effect but its renderers.
 struct EffectInfo {
     const char* name;
     std::uint32_t flags;
     std::span<const ParamRow> params;
-    std::span<const char* const> presetNames;
-    std::span<const ParamValue> presetValues;  ///< preset after preset, `presetSlots` values each
-    std::size_t presetSlots;
+    PresetRows presets;
     /// The picture knows up from down: frames stored bottom-up are turned over before and after rendering.
     bool needsTopDown = false;
     /// The program by which a host learns whether the effect can render in OpenGL; null without such a renderer.
@@ -125,7 +130,7 @@ constexpr PresetRow<sizeof...(Values)> preset(const char* name, Values... values
     return {name, {values...}};
 }
 
-/// The presets of an effect in their order, stored column-wise as `EffectInfo` wants them.
+/// The presets of an effect in their order, stored as `EffectInfo` refers to them.
 template <std::size_t Slots, std::size_t Count>
 struct PresetTable {
     static constexpr std::size_t kSlots = Slots;
@@ -142,12 +147,14 @@ struct PresetTable {
             }
         }
     }
+
+    constexpr operator PresetRows() const { return {names, values, kSlots}; }
 };
 template <std::size_t Slots, class... Rows>
 PresetTable(const PresetRow<Slots>&, const Rows&...) -> PresetTable<Slots, 1 + sizeof...(Rows)>;
 
 /// True when the rows are whole: labels fit their fields and stand, ranges hold, groups open and close in
-/// turn, lists have items, and presets have one length.
+/// turn, and lists have items.
 constexpr bool valid(const EffectInfo& info) {
     const auto fits = [](const char* text, std::size_t size) {
         const std::string_view view(text);
@@ -179,7 +186,7 @@ constexpr bool valid(const EffectInfo& info) {
             return false;
         }
     }
-    return !open && info.presetNames.size() * info.presetSlots == info.presetValues.size();
+    return !open;
 }
 
 }  // namespace lumiset

@@ -142,9 +142,7 @@ constexpr EffectInfo kInfo{
     .name = "Old TV",
     .flags = kFlagsEveryEffect | kFlagChangesAlpha | kFlagDependsOnTime,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .needsTopDown = true,
     .mainProgram = &kPrograms[kColor],
 };

@@ -58,9 +58,7 @@ constexpr EffectInfo kInfo{
     .name = "Outline",
     .flags = kFlagsEveryEffect | kFlagChangesAlpha,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .mainProgram = &kPrograms[kExtract],
 };
 static_assert(valid(kInfo));

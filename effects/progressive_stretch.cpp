@@ -46,9 +46,7 @@ constexpr EffectInfo kInfo{
     .name = "Progressive Stretch",
     .flags = kFlagsEveryEffect,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .mainProgram = &kPrograms[kMoveColumns],
 };
 static_assert(valid(kInfo));

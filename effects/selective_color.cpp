@@ -84,9 +84,7 @@ constexpr EffectInfo kInfo{
     .name = "Selective Color",
     .flags = kFlagsEveryEffect,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .mainProgram = &kPrograms[kKey],
 };
 static_assert(valid(kInfo));

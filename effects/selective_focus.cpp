@@ -75,9 +75,7 @@ constexpr EffectInfo kInfo{
     .name = "Selective Focus",
     .flags = kFlagsEveryEffect,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .needsTopDown = true,
     .mainProgram = &kPrograms[kMix],
 };

@@ -104,9 +104,7 @@ constexpr EffectInfo kInfo{
     .name = "Selective Tint",
     .flags = kFlagsEveryEffect,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .needsTopDown = true,
     .mainProgram = &kPrograms[kTint],
 };

@@ -104,9 +104,7 @@ constexpr EffectInfo kInfo{
     .name = "Viewfinder",
     .flags = kFlagsEveryEffect | kFlagChangesAlpha | kFlagDependsOnTime,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .needsTopDown = true,
     .mainProgram = &kPrograms[kOverlay],
 };

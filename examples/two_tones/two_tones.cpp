@@ -40,9 +40,7 @@ constexpr EffectInfo kInfo{
     .name = "Two Tones",
     .flags = kFlagsEveryEffect,
     .params = kParams,
-    .presetNames = kPresets.names,
-    .presetValues = kPresets.values,
-    .presetSlots = kPresets.kSlots,
+    .presets = kPresets,
     .mainProgram = &kPrograms[0],
 };
 static_assert(valid(kInfo));
