@@ -135,7 +135,7 @@ bool crashReported(const char* library, const char* effect) noexcept {
     return succeeds([&] {
         const std::vector<platform::CrashReport> reports = platform::crashReports();
         return std::any_of(reports.begin(), reports.end(), [&](const platform::CrashReport& report) {
-            return report.library == library && report.effect == effect;
+            return report.effectLibrary == library && report.effect == effect;
         });
     });
 }

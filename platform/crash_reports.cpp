@@ -31,7 +31,7 @@ std::string lastName(std::string& text) {
 }  // namespace
 
 bool storeCrashReport(const CrashReport& report) {
-    return writeSetting(kSection, report.guid, asUtf8(report.host + ';' + report.library + ';' + report.effect));
+    return writeSetting(kSection, report.guid, asUtf8(report.host + ';' + report.effectLibrary + ';' + report.effect));
 }
 
 std::vector<CrashReport> crashReports() {
@@ -40,7 +40,7 @@ std::vector<CrashReport> crashReports() {
         CrashReport report;
         report.guid = name;
         report.effect = lastName(text);
-        report.library = lastName(text);
+        report.effectLibrary = lastName(text);
         report.host = text;
         reports.push_back(std::move(report));
     }

@@ -10,8 +10,8 @@ namespace lumiset::platform {
 
 struct CrashReport {
     std::string guid;
-    std::string host;     ///< the only one of the three names that may hold a ";"
-    std::string library;  ///< of effects
+    std::string host;  ///< the only one of the three names that may hold a ";"
+    std::string effectLibrary;
     std::string effect;
 };
 

@@ -104,7 +104,7 @@ std::string presetText(const Preset& preset) {
     document.Parse(kNewFile, nullptr, TIXML_ENCODING_UTF8);
     TiXmlElement& root = *document.FirstChildElement("Preset");
     root.SetAttribute("Name", preset.name);
-    root.SetAttribute("LibraryName", preset.libraryName);
+    root.SetAttribute("LibraryName", preset.effectLibrary);
     root.SetAttribute("EffectName", preset.effectName);
     for (const PresetEntry& entry : preset.entries) {
         TiXmlElement parameter("parameter");

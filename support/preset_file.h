@@ -15,7 +15,7 @@ inline constexpr std::size_t kMaxPresetBytes = 1U << 20U;
 /// A preset in memory. Texts are UTF-8.
 struct Preset {
     std::string name;
-    std::string libraryName;
+    std::string effectLibrary;
     std::string effectName;
     std::vector<PresetEntry> entries;
 };

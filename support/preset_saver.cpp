@@ -56,7 +56,7 @@ std::optional<std::vector<PresetEntry>> valuesOf(IPresetEffect& effect) {
 
 /// Leaves the entries that `effect` has. False when one is missing or of another type.
 bool fits(IPresetEffect& effect, Preset& preset) {
-    if (preset.libraryName != effect.GetLibraryName() || preset.effectName != effect.GetEffectName()) {
+    if (preset.effectLibrary != effect.GetLibraryName() || preset.effectName != effect.GetEffectName()) {
         return false;
     }
     std::uint32_t count = 0;

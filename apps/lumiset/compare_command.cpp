@@ -151,7 +151,7 @@ struct CompareOptions {
 
 int compare(const CompareOptions& options, Program& program) {
     const EffectRequest request = options.effects.request();
-    const std::vector<hostkit::EffectStage> chain = buildChain(program.library(), program.catalogue(), {request});
+    const std::vector<hostkit::EffectStage> chain = buildChain(program.effectLibrary(), program.catalogue(), {request});
     Moment moment = readMoment(options.input,
                                options.time.empty() ? std::nullopt : std::optional(parseTime(options.time, "--time")));
     // In the middle of a frame in OpenGL a sudden end would look like a crash of the driver's.
@@ -166,7 +166,7 @@ int compare(const CompareOptions& options, Program& program) {
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
     hostkit::Renderer renderer(chain, kFormatBgra8, allocator.get());
     std::string driver;
-    const media::Picture inGL = renderedInGL(program.library(), chain, moment, driver);
+    const media::Picture inGL = renderedInGL(program.effectLibrary(), chain, moment, driver);
     checkInterruption();
     const media::Picture onProcessor = rendered(renderer, moment);
 

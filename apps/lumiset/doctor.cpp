@@ -58,7 +58,7 @@ Finding effectsFinding(Program& program) {
     const auto& effects = program.catalogue().effects();
     std::vector<std::string> failing;
     for (const hostkit::EffectDescription& effect : effects) {
-        if (!renders(program.library(), effect)) {
+        if (!renders(program.effectLibrary(), effect)) {
             failing.push_back(effect.name);
         }
     }
@@ -166,7 +166,7 @@ std::vector<Finding> examine(Program& program) {
         findings.push_back({loaded ? "Effects" : "Module", reason.what(), kReinstall, true});
     }
     if (loaded) {
-        findings.push_back(optionsFinding(program.library()));
+        findings.push_back(optionsFinding(program.effectLibrary()));
         findings.push_back(monitorFinding(program.module().path()));
     }
     findings.push_back(glFinding());

@@ -12,7 +12,7 @@ namespace {
 
 frei0r::Settings readSettings(Program& program, const EffectRequest& request) {
     const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
-    return frei0r::settingsOf(readParameters(program.library(), effect, request));
+    return frei0r::settingsOf(readParameters(program.effectLibrary(), effect, request));
 }
 
 using WriteCommand = std::string (*)(const frei0r::Settings& settings, const std::string& input,

@@ -57,7 +57,7 @@ bool dependsOnTime(const hostkit::EffectDescription& effect) {
 
 Gallery everyPreset(Program& program, const std::string& name) {
     const hostkit::EffectDescription& effect = program.catalogue().effect(name);
-    const auto object = hostkit::ComPtr<IVideoGPUEffect>::adopt(program.library().CreateEffect(effect.index));
+    const auto object = hostkit::ComPtr<IVideoGPUEffect>::adopt(program.effectLibrary().CreateEffect(effect.index));
     if (!object) {
         throw std::bad_alloc();
     }
@@ -89,7 +89,7 @@ Gallery chosenSettings(Program& program, const std::vector<EffectRequest>& reque
         const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
         gallery.movesWithTime = gallery.movesWithTime || dependsOnTime(effect);
         gallery.tiles.push_back(
-            {labelOf(effect, request), buildChain(program.library(), program.catalogue(), {request})});
+            {labelOf(effect, request), buildChain(program.effectLibrary(), program.catalogue(), {request})});
     }
     return gallery;
 }

@@ -38,7 +38,7 @@ std::string reportsText() {
     }
     std::string text = fmt::format("{:<36}  {:<22}{:<22}{}\n", "Report", "Effect", "Library", "Host");
     for (const platform::CrashReport& report : reports) {
-        text += fmt::format("{:<36}  {:<22}{:<22}{}\n", report.guid, report.effect, report.library, report.host);
+        text += fmt::format("{:<36}  {:<22}{:<22}{}\n", report.guid, report.effect, report.effectLibrary, report.host);
     }
     return text;
 }

@@ -12,7 +12,7 @@ std::string refusalInOpenGL(IEffectLibrary& library, const std::string& effect) 
         return "The option \"Forced CPU\" keeps all effects off OpenGL.";
     }
     for (const platform::CrashReport& report : platform::crashReports()) {
-        if (report.library == library.GetLibraryName() && report.effect == effect) {
+        if (report.effectLibrary == library.GetLibraryName() && report.effect == effect) {
             return fmt::format(
                 "The effect \"{}\" stays off OpenGL since \"{}\" crashed while it rendered there; "
                 "\"lumiset gpu reset\" lets it try again.",

@@ -60,9 +60,9 @@ void addOptionsCommand(CLI::App& app, Program& program) {
     name->needs(command.add_option("VALUE", request->value, "yes or no"));
     program.onChosen(command, [request, &program] {
         if (request->name.empty()) {
-            printText(optionsText(program.library()));
+            printText(optionsText(program.effectLibrary()));
         } else {
-            setOption(program.library(), request->name, request->value);
+            setOption(program.effectLibrary(), request->name, request->value);
         }
         return kDone;
     });

@@ -15,16 +15,16 @@ namespace {
 
 int savePreset(Program& program, const std::string& file, const EffectRequest& request) {
     const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
-    hostkit::savePresetFile(program.library(), file, readParameters(program.library(), effect, request));
+    hostkit::savePresetFile(program.effectLibrary(), file, readParameters(program.effectLibrary(), effect, request));
     return kDone;
 }
 
 /// Prints a file's effect, name and values, a line each.
 int loadPreset(Program& program, const std::string& file) {
     const hostkit::EffectDescription& effect =
-        hostkit::effectOfPresetFile(program.library(), program.catalogue(), file);
+        hostkit::effectOfPresetFile(program.effectLibrary(), program.catalogue(), file);
     hostkit::ParameterStore parameters(effect);
-    const std::string name = hostkit::loadPresetFile(program.library(), file, parameters);
+    const std::string name = hostkit::loadPresetFile(program.effectLibrary(), file, parameters);
     std::string text = fmt::format("{}: {}\n", effect.name, name);
     for (const hostkit::ParameterDescription& parameter : effect.parameters) {
         text += fmt::format("  {}={}\n", effect.shortestName(parameter),
@@ -40,8 +40,8 @@ int checkPresets(Program& program, const std::vector<std::string>& files) {
     for (const std::string& file : files) {
         try {
             hostkit::ParameterStore parameters(
-                hostkit::effectOfPresetFile(program.library(), program.catalogue(), file));
-            const std::string name = hostkit::loadPresetFile(program.library(), file, parameters);
+                hostkit::effectOfPresetFile(program.effectLibrary(), program.catalogue(), file));
+            const std::string name = hostkit::loadPresetFile(program.effectLibrary(), file, parameters);
             printText(fmt::format("{}: {}, \"{}\"\n", file, parameters.effect().name, name));
         } catch (const hostkit::PresetFileError& error) {
             printText(fmt::format("{}: {}\n", file, error.what()));
@@ -95,7 +95,7 @@ void addConvert(CLI::App& preset, Program& program) {
     command.add_option("IN", request->from, "what to read: .json or .lumva to .lumvj")->required();
     command.add_option("OUT", request->to, "what to write: .json or .lumva to .lumvj")->required();
     program.onChosen(command, [request, &program] {
-        convertPreset(program.library(), program.catalogue(), request->from, request->to);
+        convertPreset(program.effectLibrary(), program.catalogue(), request->from, request->to);
         return kDone;
     });
 }

@@ -19,7 +19,7 @@ const hostkit::Module& Program::module() {
 
 const hostkit::EffectCatalogue& Program::catalogue() {
     if (!m_catalogue) {
-        m_catalogue.emplace(library());
+        m_catalogue.emplace(effectLibrary());
     }
     return *m_catalogue;
 }

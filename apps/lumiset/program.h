@@ -27,7 +27,7 @@ public:
     /// `--module`; empty: found by the host kit.
     std::string modulePath;
     [[nodiscard]] const hostkit::Module& module();
-    [[nodiscard]] IEffectLibrary& library() { return module().effectLibrary(); }
+    [[nodiscard]] IEffectLibrary& effectLibrary() { return module().effectLibrary(); }
     [[nodiscard]] const hostkit::EffectCatalogue& catalogue();
 
 private:

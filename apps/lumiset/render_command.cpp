@@ -97,7 +97,8 @@ void addRenderCommand(CLI::App& app, Program& program) {
     const auto options = std::make_shared<RenderOptions>(command);
     program.onChosen(command, [options, &program] {
         const RenderRequest request = options->request();
-        render(request, program.library(), buildChain(program.library(), program.catalogue(), request.effects));
+        render(request, program.effectLibrary(),
+               buildChain(program.effectLibrary(), program.catalogue(), request.effects));
         return kDone;
     });
 }

@@ -68,7 +68,7 @@ void checkLoad(const std::string& text, const std::optional<Preset>& preset) {
         return;
     }
     require(preset && outcome.status == kPresetDone && outcome.count == s_effect.entries.size());
-    require(preset->effectName == s_effect.effectName && preset->libraryName == s_effect.libraryName);
+    require(preset->effectName == s_effect.effectName && preset->effectLibrary == s_effect.effectLibrary);
     for (std::size_t i = 0; i < outcome.count; ++i) {
         require(outcome.entries[i].type == s_effect.entries[i].type);
         require(std::memcmp(&outcome.entries[i], &preset->entries[i], sizeof(PresetEntry)) == 0);
@@ -81,7 +81,7 @@ void checkLoad(const std::string& text, const std::optional<Preset>& preset) {
 void checkRoundTrip(const Preset& preset) {
     const std::string text = presetText(preset);
     const std::optional<Preset> again = parsePreset(text);
-    require(again && again->name == preset.name && again->libraryName == preset.libraryName &&
+    require(again && again->name == preset.name && again->effectLibrary == preset.effectLibrary &&
             again->effectName == preset.effectName && again->entries.size() == preset.entries.size() &&
             presetText(*again) == text);
 }

@@ -52,7 +52,7 @@ TEST_F(CrashTest, KeepsTheEffectOffOpenGLUntilTheReportIsRemoved) {
         const std::vector<platform::CrashReport> reports = reportsOnceThereAre(1);
         ASSERT_EQ(reports.size(), 1U);
         EXPECT_EQ(reports[0].host, row.reported);
-        EXPECT_EQ(reports[0].library, "Vantrel Lumiset V");
+        EXPECT_EQ(reports[0].effectLibrary, "Vantrel Lumiset V");
         EXPECT_EQ(reports[0].effect, "Outline");
         EXPECT_EQ(reports[0].guid.size(), 36U);
         EXPECT_EQ(effectsThatRenderInOpenGL(), allButOutline);

@@ -20,7 +20,7 @@ TEST(FrameMessages, AreReadFromTheirEnd) {
     const struct {
         const char* names;
         const char* host;
-        const char* library;
+        const char* effectLibrary;
         const char* effect;
     } rows[] = {
         {"Host;Library;Old TV", "Host", "Library", "Old TV"},
@@ -34,7 +34,7 @@ TEST(FrameMessages, AreReadFromTheirEnd) {
             const auto read = parseFrameMessage(std::string(row.names) + ';' + guid + ';' + state);
             ASSERT_TRUE(read);
             EXPECT_EQ(read->report.host, row.host);
-            EXPECT_EQ(read->report.library, row.library);
+            EXPECT_EQ(read->report.effectLibrary, row.effectLibrary);
             EXPECT_EQ(read->report.effect, row.effect);
             EXPECT_EQ(read->report.guid, guid);
             EXPECT_EQ(read->ended, *state == '2');

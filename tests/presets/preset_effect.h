@@ -21,7 +21,7 @@ public:
     std::uint32_t LUMISET_CALL AddRef() noexcept override { return 2; }
     std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
     const char* LUMISET_CALL GetEffectName() noexcept override { return effectName; }
-    const char* LUMISET_CALL GetLibraryName() noexcept override { return libraryName; }
+    const char* LUMISET_CALL GetLibraryName() noexcept override { return effectLibrary; }
     bool LUMISET_CALL GetParamInfo(std::uint32_t index, ParamInfo* out) noexcept override {
         if (index >= entries.size()) {
             return false;
@@ -35,7 +35,7 @@ public:
     }
 
     const char* effectName = "Outline";
-    const char* libraryName = "Vantrel Lumiset V";
+    const char* effectLibrary = "Vantrel Lumiset V";
     std::vector<PresetEntry> entries;
 };
 

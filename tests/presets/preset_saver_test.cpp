@@ -231,7 +231,7 @@ TEST_F(PresetSaver, AsksNobodyWithoutAnOwner) {
     EXPECT_FALSE(saver->LoadPreset(nullptr, nullptr, 2, L"x", &outcome));
     EXPECT_EQ(outcome.status, kPresetUnreadable);
     EXPECT_FALSE(saver->SavePreset(nullptr, nullptr, 2, L"x", &outcome));
-    effect.libraryName = nullptr;
+    effect.effectLibrary = nullptr;
     EXPECT_FALSE(saver->SavePreset(nullptr, &effect, 2, L"x", &outcome));
 }
 
