@@ -132,16 +132,16 @@ std::uint32_t eightBits(float channel) {
     return static_cast<std::uint32_t>(std::lround(channel * 255.0F));
 }
 
-std::uint32_t packed(const Frei0rColor& color) {
-    return eightBits(color.red) | eightBits(color.green) << 8U | eightBits(color.blue) << 16U;
-}
-
 template <class Number>
 Number limited(Number number, Number otherwise) {
     return std::isnan(number) ? otherwise : std::clamp(number, Number{0}, Number{1});
 }
 
 }  // namespace
+
+std::uint32_t colorWord(const Frei0rColor& color) {
+    return eightBits(color.red) | eightBits(color.green) << 8U | eightBits(color.blue) << 16U;
+}
 
 std::string pluginName(std::string_view effectName) {
     std::string name = "lumiset_";
@@ -194,7 +194,7 @@ bool isDefault(const Parameter& parameter, const Value& value) {
     const Value& usual = parameter.defaultValue;
     switch (parameter.type) {
         case kFrei0rColor:
-            return packed(value.color) == packed(usual.color);
+            return colorWord(value.color) == colorWord(usual.color);
         case kFrei0rString:
             return value.text == usual.text;
         case kFrei0rBool:
@@ -243,7 +243,7 @@ void toModule(const Parameter& parameter, const ParameterDescription& source, co
             out.choice = static_cast<std::uint32_t>(itemAt(value.number, source.items.size()));
             break;
         case kParamColor:
-            out.color = packed(value.color);
+            out.color = colorWord(value.color);
             break;
         case kParamBoolean:
             out.boolean = value.number >= 0.5 ? 1 : 0;

@@ -56,6 +56,9 @@ struct Parameter {
 /// the same 8 bits, the same item, the same side of a switch.
 [[nodiscard]] bool isDefault(const Parameter& parameter, const Value& value);
 
+/// The colour in 8 bits a channel, packed as 0x00BBGGRR.
+[[nodiscard]] std::uint32_t colorWord(const Frei0rColor& color);
+
 /// The frei0r value for the effect's value. `parameter` belongs to the effect.
 [[nodiscard]] Value fromModule(const Parameter& parameter, const hostkit::ParameterDescription& source,
                                const ParamValue& value);

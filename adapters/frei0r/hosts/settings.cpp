@@ -4,7 +4,6 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 
 #include "hostkit/parameter_text.h"
 
@@ -17,10 +16,6 @@ std::string shortestText(double number) {
     const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), static_cast<float>(number),
                                             std::chars_format::fixed);
     return {buffer.data(), error == std::errc() ? end : buffer.data()};
-}
-
-long eightBits(float channel) {
-    return std::lround(channel * 255.0F);
 }
 
 }  // namespace
@@ -52,9 +47,10 @@ std::string valueText(const Parameter& parameter, const Value& value) {
     switch (parameter.type) {
         case kFrei0rBool:
             return value.number >= 0.5 ? "1" : "0";
-        case kFrei0rColor:
-            return fmt::format("#{:02x}{:02x}{:02x}", eightBits(value.color.red), eightBits(value.color.green),
-                               eightBits(value.color.blue));
+        case kFrei0rColor: {
+            const std::uint32_t word = colorWord(value.color);
+            return fmt::format("#{:02x}{:02x}{:02x}", word & 0xFFU, word >> 8U & 0xFFU, word >> 16U);
+        }
         case kFrei0rString:
             return value.text;
         default:
