@@ -8,7 +8,7 @@ install(TARGETS ${LUMISET_FREI0R_PLUGINS} LIBRARY DESTINATION lib/frei0r-1)
 
 # For authors of hosts.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/host DESTINATION include/lumiset
-  FILES_MATCHING PATTERN "*.h" PATTERN module EXCLUDE)
+  FILES_MATCHING PATTERN "*.h")
 configure_file(${CMAKE_CURRENT_LIST_DIR}/lumiset.pc.in ${CMAKE_BINARY_DIR}/lumiset.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/lumiset.pc DESTINATION lib/pkgconfig)
 include(CMakePackageConfigHelpers)

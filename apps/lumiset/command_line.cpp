@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "apps/lumiset/commands.h"
+#include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/help.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/names.h"

@@ -1,6 +1,6 @@
 // Where the Background Generator's tiles lie, against positions worked out independently.
 
-#include "effects/background_tiles.h"
+#include "effects/background_generator/tiles.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The corner-pinned mask before its feather, against small masks drawn by hand and the curves' equation.
 
-#include "effects/corner_mask.h"
+#include "effects/corner_mask/corner_mask.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // When an old television's errors happen and what they look like, against values worked out independently.
 
-#include "effects/old_tv_plan.h"
+#include "effects/old_tv/plan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The key of Selective Color with every instruction set, against its plain arithmetic.
 
-#include "effects/selective_color_key.h"
+#include "effects/selective_color/key.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "effects/alpha_processor.h"
+#include "effects/alpha_processor/alpha_processor.h"
 #include "tests/frame/filter_support.h"
 
 namespace lumiset {

@@ -1,6 +1,6 @@
 // The geometry of a progressive stretch.
 
-#include "effects/stretch_curve.h"
+#include "effects/progressive_stretch/stretch_curve.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // When the record light is lit, what the counter shows, and where marks stand, against values worked out by hand.
 
-#include "effects/viewfinder_plan.h"
+#include "effects/viewfinder/plan.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "effects/outline.h"
+#include "effects/outline/outline.h"
 #include "tests/gpu/fake_gpu_host.h"
 
 namespace lumiset::testing {

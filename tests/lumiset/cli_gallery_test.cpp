@@ -6,9 +6,9 @@
 #include <cstring>
 #include <optional>
 
-#include "apps/lumiset/media/media.h"
 #include "hostkit/effect_catalogue.h"
 #include "hostkit/module.h"
+#include "media/media.h"
 #include "tests/lumiset/cli_run.h"
 
 namespace lumiset::test {

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "apps/lumiset/media/media.h"
+#include "media/media.h"
 #include "platform/crash_reports.h"
 #include "tests/lumiset/cli_run.h"
 

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <stdexcept>
 
-#include "apps/lumiset/ordered_pipeline.h"
+#include "apps/lumiset/render/ordered_pipeline.h"
 
 namespace lumiset::app {
 namespace {

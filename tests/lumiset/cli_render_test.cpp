@@ -5,9 +5,9 @@
 #include <cmath>
 #include <cstring>
 
-#include "apps/lumiset/media/media.h"
 #include "hostkit/module.h"
 #include "hostkit/renderer.h"
+#include "media/media.h"
 #include "tests/lumiset/cli_run.h"
 
 namespace lumiset::test {

@@ -1,0 +1,155 @@
+#include "apps/lumiset/commands/frei0r_folders.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+#include "adapters/frei0r/frei0r_abi.h"
+#include "adapters/frei0r/parameter_list.h"
+#include "hostkit/dynamic_library.h"
+
+namespace lumiset::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Where hosts look, in this order.
+std::vector<fs::path> searchedFolders() {
+    std::vector<fs::path> folders = foldersIn("FREI0R_PATH");
+    if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
+        folders.push_back(fs::path(home) / ".frei0r-1/lib");
+    }
+    folders.insert(folders.end(), {"/usr/local/lib/frei0r-1", "/usr/lib/frei0r-1"});
+    return folders;
+}
+
+/// The folder that was built or installed together with this program, or an empty path.
+fs::path ownFolder() {
+    std::error_code error;
+    for (const char* folder : {"frei0r-1", "../lib/frei0r-1"}) {
+        fs::path path = (hostkit::codeDirectory() / folder).lexically_normal();
+        if (fs::is_directory(path, error)) {
+            return path;
+        }
+    }
+    return {};
+}
+
+enum class PluginState { kMissing, kUsable, kOther, kBroken };
+
+PluginState stateOf(const fs::path& file) {
+    std::error_code error;
+    if (!fs::exists(file, error)) {
+        return PluginState::kMissing;
+    }
+    try {
+        const hostkit::DynamicLibrary plugin(file);
+        const auto getInfo = reinterpret_cast<decltype(&f0r_get_plugin_info)>(plugin.symbol("f0r_get_plugin_info"));
+        if (getInfo == nullptr) {
+            return PluginState::kBroken;
+        }
+        Frei0rPluginInfo info{};
+        getInfo(&info);
+        const std::string version = fmt::format("{}.{}.", info.majorVersion, info.minorVersion);
+        // A plug-in that does not find its module has no parameters.
+        return info.parameterCount == 0                                                 ? PluginState::kBroken
+               : std::string_view(LUMISET_VERSION).substr(0, version.size()) == version ? PluginState::kUsable
+                                                                                        : PluginState::kOther;
+    } catch (const std::runtime_error&) {
+        return PluginState::kBroken;
+    }
+}
+
+/// What of ours lies in a folder.
+struct Content {
+    std::size_t all = 0;
+    std::vector<std::string> usable;
+    std::vector<std::string> missing;
+    std::vector<std::string> other;
+    std::vector<std::string> broken;
+
+    [[nodiscard]] bool complete() const { return usable.size() == all; }
+    [[nodiscard]] bool none() const { return missing.size() == all; }
+};
+
+Content contentOf(const fs::path& folder, const hostkit::EffectCatalogue& catalogue) {
+    Content content;
+    for (const hostkit::EffectDescription& effect : catalogue.effects()) {
+        const std::string name = frei0r::pluginName(effect.name);
+        const PluginState state = stateOf(folder / (name + ".so"));
+        (state == PluginState::kMissing  ? content.missing
+         : state == PluginState::kUsable ? content.usable
+         : state == PluginState::kOther  ? content.other
+                                         : content.broken)
+            .push_back(name);
+        ++content.all;
+    }
+    return content;
+}
+
+Finding findingOf(const fs::path& folder, const Content& content) {
+    std::string found = folder.string();
+    if (content.none()) {
+        return {"frei0r", found + ": none of the plug-ins"};
+    }
+    found += fmt::format(": {} of {} plug-ins", content.usable.size(), content.all);
+    const auto add = [&found](const char* what, const std::vector<std::string>& names) {
+        if (!names.empty()) {
+            found += fmt::format("; {}: {}", what, fmt::join(names, ", "));
+        }
+    };
+    add("missing", content.missing);
+    add("of another version", content.other);
+    add("not usable", content.broken);
+    return {"frei0r", found, content.complete() ? "" : "Install Lumiset again there, or remove its plug-ins."};
+}
+
+}  // namespace
+
+std::vector<fs::path> foldersIn(const char* variable) {
+    std::vector<fs::path> folders;
+    const char* value = std::getenv(variable);
+    for (std::string_view rest = value != nullptr ? value : ""; !rest.empty();) {
+        const std::size_t colon = std::min(rest.find(':'), rest.size());
+        if (colon > 0) {
+            folders.emplace_back(rest.substr(0, colon));
+        }
+        rest.remove_prefix(std::min(colon + 1, rest.size()));
+    }
+    return folders;
+}
+
+void addFrei0rFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue) {
+    std::vector<fs::path> folders = searchedFolders();
+    const fs::path own = ownFolder();
+    std::error_code error;
+    const bool ownIsSearched = std::any_of(folders.begin(), folders.end(),
+                                           [&](const fs::path& each) { return fs::equivalent(each, own, error); });
+    if (!own.empty() && !ownIsSearched) {
+        folders.push_back(own);
+    }
+    bool reachable = false;
+    std::vector<fs::path> seen;
+    for (const fs::path& folder : folders) {
+        if (!fs::is_directory(folder, error) || std::any_of(seen.begin(), seen.end(), [&](const auto& each) {
+                return fs::equivalent(each, folder, error);
+            })) {
+            continue;
+        }
+        seen.push_back(folder);
+        const Content content = contentOf(folder, catalogue);
+        Finding finding = findingOf(folder, content);
+        reachable = reachable || (!content.none() && (folder != own || ownIsSearched));
+        if (folder == own && !ownIsSearched && content.complete() && !reachable) {
+            finding.remedy = "Hosts do not look there: set FREI0R_PATH to this folder.";
+        }
+        findings.push_back(std::move(finding));
+    }
+    if (seen.empty()) {
+        findings.push_back({"frei0r", "no folder", "Install Lumiset to have its effects in frei0r hosts."});
+    }
+}
+
+}  // namespace lumiset::app

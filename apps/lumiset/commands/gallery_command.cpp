@@ -1,0 +1,222 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <optional>
+#include <thread>
+
+#include "apps/lumiset/commands/commands.h"
+#include "apps/lumiset/render/effect_options.h"
+#include "apps/lumiset/render/interruption.h"
+#include "apps/lumiset/render/moment.h"
+#include "apps/lumiset/render/ordered_pipeline.h"
+#include "apps/lumiset/render/picture_frame.h"
+#include "apps/lumiset/render/progress.h"
+#include "apps/lumiset/render/time_text.h"
+#include "apps/lumiset/sheets/sheet.h"
+#include "apps/lumiset/usage_error.h"
+#include "hostkit/host_allocator.h"
+
+namespace lumiset::app {
+namespace {
+
+constexpr const char* kIntroduction =
+    R"(Draws a sheet with every preset of EFFECT on one picture of INPUT, the picture as it is first.
+
+INPUT is whatever "lumiset render" reads: an image, a sequence, a video, "-" or "scene". With --effect in place of
+EFFECT the sheet shows those settings instead, one picture for each --effect.
+)";
+
+constexpr const char* kFooter = R"(
+Examples:
+  lumiset gallery "Old TV" clip.mp4 old_tv.png
+  lumiset gallery Outline title.mov glow.png --time 1:20 --columns 3 --tile 480
+  lumiset gallery scene some.png -e Outline -p "Red Glow" -e Outline -p "Red Glow" --set Width=10 -e "Old TV" -p Snow)";
+
+/// One picture of the sheet beside the source.
+struct Tile {
+    std::string label;
+    std::vector<hostkit::EffectStage> chain;
+};
+
+struct Gallery {
+    std::string title;
+    bool movesWithTime = false;
+    std::vector<Tile> tiles;
+};
+
+struct Job {
+    std::size_t tile = 0;
+    media::Picture result;
+};
+
+bool dependsOnTime(const hostkit::EffectDescription& effect) {
+    return (effect.flags & hostkit::EffectDescription::kDependsOnTime) != 0;
+}
+
+Gallery everyPreset(Program& program, const std::string& name) {
+    const hostkit::EffectDescription& effect = program.catalogue().effect(name);
+    const auto object = hostkit::ComPtr<IVideoGPUEffect>::adopt(program.effectLibrary().CreateEffect(effect.index));
+    if (!object) {
+        throw std::bad_alloc();
+    }
+    Gallery gallery{effect.name, dependsOnTime(effect), {}};
+    for (const hostkit::PresetDescription& preset : effect.presets) {
+        hostkit::ParameterStore parameters(effect);
+        parameters.apply(preset);
+        gallery.tiles.push_back({preset.uniqueName, {{object, std::move(parameters)}}});
+    }
+    return gallery;
+}
+
+std::string labelOf(const hostkit::EffectDescription& effect, const EffectRequest& request) {
+    std::string label = effect.name;
+    if (!request.preset.empty()) {
+        label += ": " + effect.preset(request.preset).uniqueName;
+    } else if (!request.presetFile.empty()) {
+        label += ": " + request.presetFile.substr(request.presetFile.rfind('/') + 1);
+    }
+    for (const EffectRequest::Setting& setting : request.settings) {
+        label += ", " + setting.label + "=" + setting.value;
+    }
+    return label;
+}
+
+Gallery chosenSettings(Program& program, const std::vector<EffectRequest>& requests) {
+    Gallery gallery{requests.size() == 1 ? "One effect" : "Effects", false, {}};
+    for (const EffectRequest& request : requests) {
+        const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
+        gallery.movesWithTime = gallery.movesWithTime || dependsOnTime(effect);
+        gallery.tiles.push_back(
+            {labelOf(effect, request), buildChain(program.effectLibrary(), program.catalogue(), {request})});
+    }
+    return gallery;
+}
+
+class GalleryOptions {
+public:
+    explicit GalleryOptions(CLI::App& command) : m_effects(command, EffectOptions::kAlternatives) {
+        command.add_option("EFFECT", m_words[0], "name of the effect, without --effect")->required();
+        command.add_option("INPUT", m_words[1], "what to read")->required();
+        command.add_option("OUTPUT", m_words[2], "the sheet to write, sheet.png");
+        command
+            .add_option("--time,-t", m_time, "which picture, in seconds or h:m:s [2.2, or halfway in shorter clips]")
+            ->option_text("TIME");
+        command.add_option("--columns,-c", m_columns, "pictures side by side [what makes a pleasant sheet]")
+            ->check(CLI::Range(1, 100))
+            ->option_text("N");
+        command.add_option("--tile", m_tileWidth, "width of a picture on the sheet in pixels [320]")
+            ->check(CLI::Range(32, 4096))
+            ->option_text("PIXELS");
+        command.add_option("--title", m_title, "title of the sheet [the effect's name]")->option_text("TEXT");
+        command.add_option("--quality", m_quality, "of a JPEG: 2 (best) to 31")
+            ->check(CLI::Range(2, 31))
+            ->option_text("N");
+        command.add_flag("--quiet,-q", m_quiet, "no progress and no summary");
+    }
+
+    int run(Program& program) const;
+
+private:
+    void render(const Gallery& gallery, const std::string& input, const std::string& output) const;
+
+    EffectOptions m_effects;
+    std::string m_words[3];
+    std::string m_time;
+    int m_columns = 0;
+    int m_tileWidth = 0;
+    std::string m_title;
+    int m_quality = -1;
+    bool m_quiet = false;
+};
+
+int GalleryOptions::run(Program& program) const {
+    const std::vector<EffectRequest> requests = m_effects.requests();
+    if (requests.empty() == m_words[2].empty()) {
+        throw UsageError(requests.empty() ? "gallery needs EFFECT, INPUT and OUTPUT."
+                                          : "gallery takes INPUT and OUTPUT alone where --effect is given.");
+    }
+    if (requests.empty()) {
+        render(everyPreset(program, m_words[0]), m_words[1], m_words[2]);
+    } else {
+        render(chosenSettings(program, requests), m_words[0], m_words[1]);
+    }
+    return kDone;
+}
+
+void GalleryOptions::render(const Gallery& gallery, const std::string& input, const std::string& output) const {
+    Moment moment = readMoment(input, m_time.empty() ? std::nullopt : std::optional(parseTime(m_time, "--time")));
+    watchForInterruption();
+    Sheet::Plan plan;
+    plan.title = m_title.empty() ? gallery.title : m_title;
+    if (gallery.movesWithTime) {
+        plan.note = "at " + secondsText(moment.picture.timeSeconds);
+    }
+    plan.labels.emplace_back("Source");
+    for (const Tile& tile : gallery.tiles) {
+        plan.labels.push_back(tile.label);
+    }
+    plan.pictureWidth = moment.picture.width;
+    plan.pictureHeight = moment.picture.height;
+    plan.pixelAspect = moment.format.pixelAspect.value();
+    plan.columns = m_columns;
+    plan.tileWidth = m_tileWidth;
+    Sheet sheet(plan);
+    media::SinkOptions sinkOptions;
+    sinkOptions.quality = m_quality;
+    std::unique_ptr<media::Sink> sink = media::openSink(output, sheet.format(), sinkOptions);
+    sheet.place(0, moment.picture);
+
+    const std::size_t count = gallery.tiles.size();
+    Progress progress(m_quiet, static_cast<std::int64_t>(count), "picture");
+    const auto checkInterruption = [&] {
+        if (const int signal = interruptingSignal(); signal != 0) {
+            progress.clear();
+            sink.reset();
+            endInterrupted(signal, output);
+        }
+    };
+    const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
+    std::size_t next = 0;
+    std::int64_t done = 0;
+    PipelineSteps<Job> steps;
+    steps.read = [&](Job& job) {
+        job.tile = next;
+        return next++ < count;
+    };
+    steps.work = [&](Job& job, int) {
+        job.result.allocate(moment.picture.width, moment.picture.height, moment.picture.depth);
+        hostkit::Renderer renderer(gallery.tiles[job.tile].chain, kFormatBgra8, allocator.get());
+        renderer.render(frameOf(moment.picture), frameOf(job.result), contextOf(moment.picture, moment.format));
+        sheet.place(job.tile + 1, job.result);
+    };
+    steps.write = [&](Job&) { ++done; };
+    steps.tick = [&] {
+        checkInterruption();
+        progress.show(done);
+    };
+    try {
+        OrderedPipeline<Job>(static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 64U)),
+                             std::move(steps))
+            .run();
+        sink->write(sheet.picture());
+        checkInterruption();
+        sink->finish();
+        progress.finish(done, output);
+    } catch (...) {
+        progress.clear();
+        throw;
+    }
+}
+
+}  // namespace
+
+void addGalleryCommand(CLI::App& app, Program& program) {
+    CLI::App& command = addCommand(app, "gallery", "Draws a sheet of an effect's presets", kIntroduction);
+    command.footer(kFooter);
+    const auto options = std::make_shared<GalleryOptions>(command);
+    program.onChosen(command, [options, &program] { return options->run(program); });
+}
+
+}  // namespace lumiset::app

@@ -1,0 +1,106 @@
+#include <cmath>
+#include <memory>
+
+#include "apps/lumiset/commands/commands.h"
+#include "apps/lumiset/help.h"
+#include "apps/lumiset/render/render.h"
+#include "apps/lumiset/render/time_text.h"
+#include "apps/lumiset/usage_error.h"
+#include "hostkit/parameter_text.h"
+
+namespace lumiset::app {
+namespace {
+
+/// A whole number of pictures a second, one with up to three decimals, or a fraction of whole numbers.
+RenderRequest::Rate parseRate(const std::string& text) {
+    const std::string_view whole = text;
+    const std::size_t slash = whole.find('/');
+    const bool fraction = slash != std::string_view::npos;
+    double num = 0.0;
+    double den = fraction ? 0.0 : 1.0;
+    const bool read = hostkit::parseNumber(whole.substr(0, slash), num) &&
+                      (!fraction || hostkit::parseNumber(whole.substr(slash + 1), den));
+    const double scale = fraction ? 1.0 : 1000.0;
+    if (!read || !(num * scale >= 1.0) || !(num * scale <= 1e7) || !(den >= 1.0) || !(den <= 1e7)) {
+        throw UsageError("--fps takes a number or a fraction of pictures a second, not \"" + text + "\".");
+    }
+    return {static_cast<int>(std::lround(num * scale)), static_cast<int>(std::lround(den * scale))};
+}
+
+class RenderOptions {
+public:
+    explicit RenderOptions(CLI::App& app) : m_effects(app, EffectOptions::kAnimatedChain) {
+        app.add_option("INPUT", m_request.input, "what to read")->required();
+        app.add_option("OUTPUT", m_request.output, "what to write")->required();
+        app.add_option("--depth", m_depth, "samples that the effects work in: 8 or float [8]")
+            ->check(CLI::IsMember({"8", "float"}))
+            ->option_text("DEPTH");
+        app.add_option("--layout", m_layout, "sample order that the effects work in: bgra or argb [bgra]")
+            ->check(CLI::IsMember({"bgra", "argb"}))
+            ->option_text("LAYOUT");
+        app.add_option("--threads,-j", m_request.threads, "frames rendered at the same time [one a core]")
+            ->check(CLI::Range(1, 1024))
+            ->option_text("N");
+        app.add_option("--start", m_start, "time in the input to start at, in seconds or h:m:s")->option_text("TIME");
+        app.add_option("--duration", m_duration, "how much of the input to render, likewise")->option_text("TIME");
+        app.add_option("--codec", m_request.codec, "video codec of the output [the usual one for its extension]")
+            ->option_text("NAME");
+        app.add_option("--quality", m_request.quality, "H.264, VP9: constant rate factor; JPEG: 2 (best) to 31")
+            ->check(CLI::Range(0, 63))
+            ->option_text("N");
+        app.add_option("--fps", m_rate, "pictures a second of an input image sequence, as 24 or 24000/1001 [25]")
+            ->option_text("RATE");
+        app.add_flag("--alpha", m_request.alpha,
+                     "write transparency; without it only where the input has it or the first result shows it");
+        app.add_flag(
+            "--gpu", m_request.gpu,
+            "render in OpenGL; frames that cannot be are left to the processor, as all are where there is none");
+        app.add_flag("--quiet,-q", m_request.quiet, "no progress and no summary");
+    }
+
+    /// The request, once the arguments have been read. Throws `UsageError`.
+    [[nodiscard]] RenderRequest request() const {
+        RenderRequest request = m_request;
+        request.effects = m_effects.requests();
+        request.floatDepth = m_depth == "float";
+        request.argb = m_layout == "argb";
+        if (!m_start.empty()) {
+            request.startSeconds = parseTime(m_start, "--start");
+        }
+        if (!m_duration.empty()) {
+            request.durationSeconds = parseTime(m_duration, "--duration");
+            if (!(request.durationSeconds > 0.0)) {
+                throw UsageError("--duration must be longer than 0.");
+            }
+        }
+        if (!m_rate.empty()) {
+            request.frameRate = parseRate(m_rate);
+        }
+        return request;
+    }
+
+private:
+    EffectOptions m_effects;
+    RenderRequest m_request;
+    std::string m_depth = "8";
+    std::string m_layout = "bgra";
+    std::string m_start;
+    std::string m_duration;
+    std::string m_rate;
+};
+
+}  // namespace
+
+void addRenderCommand(CLI::App& app, Program& program) {
+    CLI::App& command = addCommand(app, "render", "Renders images or video through effects", help::kRender);
+    command.footer(help::kRenderFooter);
+    const auto options = std::make_shared<RenderOptions>(command);
+    program.onChosen(command, [options, &program] {
+        const RenderRequest request = options->request();
+        render(request, program.effectLibrary(),
+               buildChain(program.effectLibrary(), program.catalogue(), request.effects));
+        return kDone;
+    });
+}
+
+}  // namespace lumiset::app

@@ -1,0 +1,156 @@
+#include "apps/lumiset/presets/preset_conversion.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+#include "apps/lumiset/presets/preset_json.h"
+#include "apps/lumiset/usage_error.h"
+#include "hostkit/preset_file.h"
+#include "media/pending_file.h"
+
+namespace lumiset::app {
+namespace {
+
+using hostkit::EffectCatalogue;
+using hostkit::EffectDescription;
+using hostkit::PresetFileError;
+
+/// As much as a preset file may have.
+constexpr std::size_t kMaxBytes = 1U << 20U;
+
+std::string extensionOf(const EffectDescription& effect) {
+    return std::string(".lumv") + static_cast<char>('a' + effect.index);
+}
+
+std::string extensionOf(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char each) { return each >= 'A' && each <= 'Z' ? static_cast<char>(each - 'A' + 'a') : each; });
+    return extension;
+}
+
+bool isJson(const EffectCatalogue& catalogue, const std::string& path) {
+    const std::string extension = extensionOf(path);
+    const auto& effects = catalogue.effects();
+    if (extension != ".json" && std::none_of(effects.begin(), effects.end(), [&](const EffectDescription& effect) {
+            return extensionOf(effect) == extension;
+        })) {
+        throw UsageError(fmt::format("\"{}\" is neither a preset file (.lumva to .lumvj) nor JSON (.json).", path));
+    }
+    return extension == ".json";
+}
+
+std::string readText(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::string text(kMaxBytes + 1, '\0');
+    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+    if (stream.bad() || (stream.fail() && !stream.eof())) {
+        throw PresetFileError(fmt::format("The file \"{}\" cannot be read.", path));
+    }
+    text.resize(static_cast<std::size_t>(stream.gcount()));
+    if (text.size() > kMaxBytes) {
+        throw PresetFileError(fmt::format("The file \"{}\" is larger than a megabyte.", path));
+    }
+    return text;
+}
+
+void writeText(const std::string& path, const std::string& text) {
+    std::ofstream stream(path, std::ios::binary);
+    stream << text;
+    stream.close();
+    if (!stream) {
+        throw PresetFileError(fmt::format("The file \"{}\" cannot be written.", path));
+    }
+}
+
+NamedPreset readPreset(IEffectLibrary& library, const EffectCatalogue& catalogue, const std::string& path) {
+    if (isJson(catalogue, path)) {
+        try {
+            return presetFromJson(catalogue, readText(path), std::filesystem::path(path).stem().string());
+        } catch (const PresetJsonError& error) {
+            throw PresetFileError(fmt::format("{}: {}", path, error.what()));
+        }
+    }
+    NamedPreset preset{hostkit::ParameterStore(hostkit::effectOfPresetFile(library, catalogue, path)), {}};
+    preset.name = hostkit::loadPresetFile(library, path, preset.parameters);
+    return preset;
+}
+
+/// The text of a preset file with another name in it, quoted as the module does.
+std::string renamed(std::string text, const std::string& name) {
+    constexpr std::string_view kAttribute = "<Preset Name=";
+    std::string value;
+    for (const char each : name) {
+        switch (each) {
+            case '&':
+                value += "&amp;";
+                break;
+            case '<':
+                value += "&lt;";
+                break;
+            case '>':
+                value += "&gt;";
+                break;
+            case '"':
+                value += "&quot;";
+                break;
+            case '\'':
+                value += "&apos;";
+                break;
+            default:
+                value += each;
+        }
+    }
+    const char quote = name.find('"') == std::string::npos ? '"' : '\'';
+    const std::size_t begin = text.find(kAttribute) + kAttribute.size();
+    const std::size_t end = text.find(text.at(begin), begin + 1) + 1;
+    return text.replace(begin, end - begin, quote + value + quote);
+}
+
+/// The module names a preset by its file; this one has a name of its own.
+void writePresetFile(IEffectLibrary& library, const std::string& path, const NamedPreset& preset) {
+    hostkit::savePresetFile(library, path, preset.parameters);
+    writeText(path, renamed(readText(path), preset.name));
+    hostkit::ParameterStore again(preset.parameters.effect());
+    if (hostkit::loadPresetFile(library, path, again) != preset.name) {
+        throw PresetFileError("It does not read back.");
+    }
+}
+
+}  // namespace
+
+void convertPreset(IEffectLibrary& library, const EffectCatalogue& catalogue, const std::string& from,
+                   const std::string& to) {
+    const bool toJson = isJson(catalogue, to);
+    const NamedPreset preset = readPreset(library, catalogue, from);
+    const EffectDescription& effect = preset.parameters.effect();
+    if (!toJson && extensionOf(to) != extensionOf(effect)) {
+        throw UsageError(fmt::format("Preset files of \"{}\" have the extension {}; \"{}\" is another effect's.",
+                                     effect.name, extensionOf(effect), to));
+    }
+    std::string json;
+    if (toJson) {
+        try {
+            json = presetToJson(preset);
+        } catch (const PresetJsonError& error) {
+            throw PresetFileError(fmt::format("{}: {}", from, error.what()));
+        }
+    }
+    media::PendingFile pending(to);
+    try {
+        if (toJson) {
+            writeText(pending.path(), json);
+        } else {
+            writePresetFile(library, pending.path(), preset);
+        }
+    } catch (const PresetFileError&) {  // told of the name that it has for now
+        throw PresetFileError(fmt::format("The file \"{}\" cannot be written.", to));
+    }
+    pending.commit();
+}
+
+}  // namespace lumiset::app

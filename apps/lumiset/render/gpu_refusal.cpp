@@ -1,0 +1,25 @@
+#include "apps/lumiset/render/gpu_refusal.h"
+
+#include <fmt/format.h>
+
+#include "apps/lumiset/user_options.h"
+#include "platform/crash_reports.h"
+
+namespace lumiset::app {
+
+std::string refusalInOpenGL(IEffectLibrary& library, const std::string& effect) {
+    if (servicesOf(library).get()->GetForcedCpu()) {
+        return "The option \"Forced CPU\" keeps all effects off OpenGL.";
+    }
+    for (const platform::CrashReport& report : platform::crashReports()) {
+        if (report.effectLibrary == library.GetLibraryName() && report.effect == effect) {
+            return fmt::format(
+                "The effect \"{}\" stays off OpenGL since \"{}\" crashed while it rendered there; "
+                "\"lumiset gpu reset\" lets it try again.",
+                effect, report.host);
+        }
+    }
+    return fmt::format("The effect \"{}\" does not render in OpenGL here.", effect);
+}
+
+}  // namespace lumiset::app

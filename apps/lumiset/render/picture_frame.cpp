@@ -1,0 +1,28 @@
+#include "apps/lumiset/render/picture_frame.h"
+
+namespace lumiset::app {
+
+VideoFrameDesc frameOf(media::Picture& picture) {
+    VideoFrameDesc frame{};
+    frame.data = picture.data.data();
+    frame.width = picture.width;
+    frame.height = picture.height;
+    frame.stride = picture.stride;
+    frame.bytesPerPixel = picture.bytesPerPixel();
+    frame.format = picture.depth == media::Depth::kFloat ? kFormatBgraFloat : kFormatBgra8;
+    return frame;
+}
+
+hostkit::FrameContext contextOf(const media::Picture& picture, const media::VideoFormat& format) {
+    hostkit::FrameContext context;
+    context.timeSeconds = picture.timeSeconds;
+    const double rate = format.frameRate.value();
+    context.durationSeconds = rate > 0.0 ? 1.0 / rate : 0.0;
+    context.pixelAspect = format.pixelAspect.value();
+    if (picture.interlaced) {
+        context.fields = picture.topFieldFirst ? hostkit::FieldOrder::kTopFirst : hostkit::FieldOrder::kBottomFirst;
+    }
+    return context;
+}
+
+}  // namespace lumiset::app

@@ -1,0 +1,250 @@
+#include "effects/selective_color/key.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "effects/selective_color/key.cpp"
+#include "hwy/foreach_target.h"
+
+#include "frame/layout.h"
+#include "frame/primitives/pixel_math-inl.h"
+#include "frame/primitives/row_loops-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace lumiset::HWY_NAMESPACE {
+namespace {
+
+using VecI = hn::Vec<TagI32>;
+
+/// Studio-range luma and colour differences of Rec. 601 without offsets. The differences of a grey are exactly 0.
+struct YCbCr {
+    VecF y;
+    VecF cb;
+    VecF cr;
+};
+HWY_INLINE YCbCr toYCbCr(VecF red, VecF green, VecF blue) {
+    const auto times = [](VecF v, float weight) HWY_ATTR { return hn::Mul(v, hn::Set(TagF(), weight)); };
+    return {hn::Add(hn::Add(times(red, 0.257F), times(green, 0.504F)), times(blue, 0.098F)),
+            hn::Add(times(hn::Sub(blue, red), 0.148F), times(hn::Sub(blue, green), 0.291F)),
+            hn::Add(times(hn::Sub(red, green), 0.368F), times(hn::Sub(red, blue), 0.071F))};
+}
+
+/// Cuts off the fraction of a sum of thousandths, whose last bits may have been rounded down.
+HWY_INLINE VecI truncatedThousandths(VecF v) {
+    return hn::ConvertTo(TagI32(), hn::Add(v, hn::CopySign(hn::Set(TagF(), 0.0005F), v)));
+}
+
+/// Byte `kIndex` of each pixel.
+template <int kIndex>
+HWY_INLINE VecI sampleOf(Vec32 pixels) {
+    Vec32 v = pixels;
+    if constexpr (kIndex > 0) {
+        v = hn::ShiftRight<8 * kIndex>(v);
+    }
+    return hn::BitCast(TagI32(), hn::And(v, hn::Set(Tag32(), 0xFF)));
+}
+
+template <class L>
+class ByteKey {
+public:
+    explicit ByteKey(const ColorKey& key)
+        : m_keyY(whole(key.keyY)),
+          m_cosine(whole(key.cosine)),
+          m_sine(whole(key.sine)),
+          m_radius(whole(key.radius)),
+          m_level2(key.keepsWholeWedge ? INT32_MAX : whole(key.level) * whole(key.level)),
+          m_tangent(whole(key.tangent)),
+          m_cotangent(whole(key.cotangent)),
+          m_fade(key.keepsWholeWedge ? 1.0F : key.radius - key.level) {}
+
+    HWY_INLINE VecI operator()(Vec32 pixels) const {
+        const TagI32 d;
+        const TagF dF;
+        const auto sample = [&](VecI v) HWY_ATTR { return hn::ConvertTo(dF, v); };
+        const YCbCr color = toYCbCr(sample(sampleOf<L::kRed>(pixels)), sample(sampleOf<L::kGreen>(pixels)),
+                                    sample(sampleOf<L::kBlue>(pixels)));
+        const VecI alpha = sampleOf<L::kAlpha>(pixels);
+        const VecI y = truncatedThousandths(color.y);
+        const VecI cb = truncatedThousandths(color.cb);
+        const VecI cr = truncatedThousandths(color.cr);
+        const VecI cosine = hn::Set(d, m_cosine);
+        const VecI sine = hn::Set(d, m_sine);
+        // Along the key's direction and across it.
+        const VecI x = toSignedByte(hn::Add(hn::Mul(cb, cosine), hn::Mul(cr, sine)));
+        const VecI z = toSignedByte(hn::Sub(hn::Mul(cr, cosine), hn::Mul(cb, sine)));
+
+        const VecI edge = hn::ShiftRight<4>(hn::Mul(x, hn::Set(d, m_tangent)));
+        const auto outside = hn::Gt(hn::Abs(z), edge);
+        const VecI detour = hn::Min(hn::Abs(hn::ShiftRight<4>(hn::Mul(z, hn::Set(d, m_cotangent)))),
+                                    hn::Set(d, whole(kKeyLargestDetour)));
+        // Six tenths: 39322 / 65536 cuts off the same fraction for every difference of two bytes.
+        const VecI lumaApart = hn::ShiftRight<16>(hn::Mul(hn::Abs(hn::Sub(y, hn::Set(d, m_keyY))), hn::Set(d, 39322)));
+        const VecI along = hn::Sub(x, hn::Set(d, m_radius));
+        const VecI apart2 = hn::Add(hn::Add(hn::Mul(z, z), hn::Mul(along, along)), hn::Mul(lumaApart, lumaApart));
+        const auto isKey = hn::Lt(apart2, hn::Set(d, m_level2));
+
+        // The quotient of such small whole numbers never rounds up to the next one.
+        const VecI reach = hn::Max(hn::Sub(x, detour), hn::Zero(d));
+        const VecI faded =
+            hn::ConvertTo(d, hn::Div(hn::ConvertTo(dF, hn::Mul(reach, hn::Set(d, 255))), hn::Set(dF, m_fade)));
+        const VecI value =
+            hn::Min(hn::Max(hn::Add(hn::Sub(hn::Set(d, 255), faded), lumaApart), hn::Zero(d)), hn::Set(d, 255));
+        const VecI inside = hn::IfThenZeroElse(isKey, hn::ShiftRight<8>(hn::Mul(alpha, value)));
+        return hn::IfThenElse(outside, alpha, inside);
+    }
+
+    void run(const std::uint8_t* src, std::uint8_t* dst, std::int32_t width) const {
+        const TagI32 d;
+        const hn::Rebind<std::uint8_t, TagI32> d8;
+        const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
+        const auto step = [&](const std::uint8_t* in, std::uint8_t* out) HWY_ATTR {
+            const Vec32 pixels = hn::BitCast(Tag32(), hn::LoadU(Tag8(), in));
+            hn::StoreU(hn::DemoteTo(d8, (*this)(pixels)), d8, out);
+        };
+        std::int32_t x = 0;
+        for (; x + lanes <= width; x += lanes) {
+            step(src + 4 * x, dst + x);
+        }
+        if (x < width) {
+            HWY_ALIGN std::uint8_t in[HWY_MAX_BYTES] = {};
+            HWY_ALIGN std::uint8_t out[HWY_MAX_BYTES];
+            std::memcpy(in, src + 4 * x, static_cast<std::size_t>(width - x) * 4);
+            step(in, out);
+            std::memcpy(dst + x, out, static_cast<std::size_t>(width - x));
+        }
+    }
+
+private:
+    static std::int32_t whole(float v) { return static_cast<std::int32_t>(v); }
+    static HWY_INLINE VecI toSignedByte(VecI sum) {
+        const TagI32 d;
+        return hn::Min(hn::Max(hn::ShiftRight<7>(sum), hn::Set(d, -128)), hn::Set(d, 127));
+    }
+
+    std::int32_t m_keyY;
+    std::int32_t m_cosine;
+    std::int32_t m_sine;
+    std::int32_t m_radius;
+    std::int32_t m_level2;
+    std::int32_t m_tangent;
+    std::int32_t m_cotangent;
+    float m_fade;
+};
+
+/// The same in real numbers.
+template <class L>
+class FloatKey {
+public:
+    explicit FloatKey(const ColorKey& key) : m_key(key) {}
+
+    HWY_INLINE VecF operator()(VecF red, VecF green, VecF blue, VecF alpha) const {
+        const TagF d;
+        const auto levels = [&](VecF v) HWY_ATTR { return hn::Mul(v, hn::Set(d, 255.0F)); };
+        const auto product = [&](VecF v, float factor) HWY_ATTR { return hn::Mul(v, hn::Set(d, factor)); };
+        const YCbCr color = toYCbCr(levels(red), levels(green), levels(blue));
+        const VecF x = limited(hn::Add(product(color.cb, m_key.cosine), product(color.cr, m_key.sine)));
+        const VecF z = limited(hn::Sub(product(color.cr, m_key.cosine), product(color.cb, m_key.sine)));
+
+        const auto outside = hn::Gt(hn::Abs(z), product(x, m_key.tangent / 16.0F));
+        const VecF detour = hn::Min(hn::Abs(product(z, m_key.cotangent / 16.0F)), hn::Set(d, kKeyLargestDetour));
+        const VecF lumaApart = product(hn::Abs(hn::Sub(color.y, hn::Set(d, m_key.keyY))), kKeyNoise);
+        const VecF along = hn::Sub(x, hn::Set(d, m_key.radius));
+        const VecF apart2 = hn::Add(hn::Add(hn::Mul(z, z), hn::Mul(along, along)), hn::Mul(lumaApart, lumaApart));
+        const VecF reach = hn::Max(hn::Sub(x, detour), hn::Zero(d));
+        const float slope = m_key.keepsWholeWedge ? 0.0F : 1.0F / (m_key.radius - m_key.level);
+        const VecF value = hn::Add(hn::Sub(hn::Set(d, 1.0F), product(reach, slope)), product(lumaApart, 1.0F / 255.0F));
+        const VecF mask = hn::Mul(alpha, hn::Min(hn::Max(value, hn::Zero(d)), hn::Set(d, 1.0F)));
+        const auto isKey =
+            hn::Lt(apart2, hn::Set(d, m_key.keepsWholeWedge ? hwy::HighestValue<float>() : m_key.level * m_key.level));
+        return hn::IfThenElse(outside, alpha, hn::IfThenZeroElse(isKey, mask));
+    }
+
+    void run(const float* src, float* dst, std::int32_t width) const {
+        const TagF d;
+        const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
+        const auto step = [&](const float* in, float* out) HWY_ATTR {
+            VecF samples[4];
+            hn::LoadInterleaved4(d, in, samples[0], samples[1], samples[2], samples[3]);
+            hn::StoreU((*this)(samples[L::kRed], samples[L::kGreen], samples[L::kBlue], samples[L::kAlpha]), d, out);
+        };
+        std::int32_t x = 0;
+        for (; x + lanes <= width; x += lanes) {
+            step(src + std::ptrdiff_t{4} * x, dst + x);
+        }
+        if (x < width) {
+            HWY_ALIGN float in[HWY_MAX_BYTES] = {};
+            HWY_ALIGN float out[HWY_MAX_BYTES / 4];
+            const auto rest = static_cast<std::size_t>(width - x);
+            std::memcpy(in, src + std::ptrdiff_t{4} * x, 4 * rest * sizeof(float));
+            step(in, out);
+            std::memcpy(dst + x, out, rest * sizeof(float));
+        }
+    }
+
+private:
+    static HWY_INLINE VecF limited(VecF sum) {
+        const TagF d;
+        const VecF v = hn::Mul(sum, hn::Set(d, 1.0F / 128.0F));
+        return hn::Min(hn::Max(v, hn::Set(d, -128.0F)), hn::Set(d, 127.0F));
+    }
+
+    const ColorKey& m_key;
+};
+
+}  // namespace
+
+void keyRows(const Frame& source, Frame& mask, const ColorKey& key) {
+    visitLayout(source.Format(), [&](auto layout) {
+        using L = decltype(layout);
+        using Sample = typename L::Sample;
+        const std::conditional_t<L::kIsFloat, FloatKey<L>, ByteKey<L>> rowKey(key);
+        for (std::int32_t y = 0; y < mask.Height(); ++y) {
+            rowKey.run(reinterpret_cast<const Sample*>(source.PixelAddress(0, y, 0)),
+                       reinterpret_cast<Sample*>(mask.PixelAddress(0, y, 0)), mask.Width());
+        }
+        return true;
+    });
+}
+
+}  // namespace lumiset::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace lumiset {
+
+HWY_EXPORT(keyRows);
+
+ColorKey colorKey(std::uint32_t color, float range, bool wholeNumbers) {
+    const auto red = static_cast<std::int32_t>(color & 0xFFU);
+    const auto green = static_cast<std::int32_t>((color >> 8U) & 0xFFU);
+    const auto blue = static_cast<std::int32_t>((color >> 16U) & 0xFFU);
+    const double y = (257 * red + 504 * green + 98 * blue) / 1000.0;
+    const double cb = (-148 * red - 291 * green + 439 * blue) / 1000.0;
+    const double cr = (439 * red - 368 * green - 71 * blue) / 1000.0;
+    const double norm = std::hypot(cb, cr);
+    constexpr double kGrey = 0.001;
+    const bool grey = norm < kGrey;
+    const double tangent = std::tan((static_cast<double>(range) * 0.498 + 0.001) * std::numbers::pi);
+    const auto number = [&](double v) { return static_cast<float>(wholeNumbers ? std::trunc(v) : v); };
+    ColorKey key{
+        .keyY = number(y),
+        .cosine = grey ? 0.0F : number(cb / norm * 127.0),
+        .sine = grey ? 0.0F : number(cr / norm * 127.0),
+        .radius = grey ? 0.0F : number(std::min(norm, 127.0)),
+        .level = number(static_cast<double>(range) * 255.0),
+        .tangent = number(std::min(tangent * 16.0, 255.0)),
+        .cotangent = number(std::min(16.0 / tangent, 255.0)),
+        .keepsWholeWedge = false,
+    };
+    key.keepsWholeWedge = key.radius <= key.level;
+    return key;
+}
+
+void keyMask(const Frame& source, Frame& mask, const ColorKey& key) noexcept {
+    HWY_DYNAMIC_DISPATCH(keyRows)(source, mask, key);
+}
+
+}  // namespace lumiset
+#endif

@@ -1,0 +1,299 @@
+// Keeps up to two chosen colours of the picture and drains the rest to grey. A chroma key by acceptance angle gives
+// a mask for each colour; many passes of a small filter soften it; what both masks cover turns grey, as far as
+// Strength says. The masks can be shown instead, painted in the chosen colours.
+//
+// In 8 bits the key works in whole numbers, and every pass of the filter rounds: after some hundred and fifty passes
+// the slopes are so gentle that rounding keeps them. So the OpenGL renderer runs at most that many passes for 8-bit
+// frames. For float frames many passes are one wide separable filter of binomial weights.
+
+#include "effects/selective_color/selective_color.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "effects/gpu_image_ops.h"
+#include "effects/selective_color/key.h"
+#include "frame/filters/repeated_gauss.h"
+#include "frame/frame_operations.h"
+#include "frame/layout.h"
+#include "frame/primitives/check.h"
+
+namespace lumiset {
+namespace {
+
+enum Param : std::uint32_t {
+    kFirstGroup,
+    kFirstTint,
+    kFirstRange,
+    kFirstGroupEnd,
+    kSecondGroup,
+    kSecondTint,
+    kSecondRange,
+    kSecondGroupEnd,
+    kSoften,
+    kStrength,
+    kShowMasks,
+    kParamCount
+};
+
+constexpr auto kParams = std::to_array<ParamRow>({
+    groupOpen("First Color", {0, 40, 0, 30}),
+    colorParam("Tint", 0x4656B0, {11, 10, 0, 30}, "Sets the primary color to be isolated"),
+    sliderParam("Range", 0.5001F, {77, 10, 0, 30}, "Adjusts the hue range to remain visible"),
+    groupClose("First Color", {0, -8, 134, 110}),
+    groupOpen("Second Color", {0, 170, 0, 30}),
+    colorParam("Tint", 0xFEC27D, {11, 125, 0, 30}, "Sets the secondary color to be isolated"),
+    sliderParam("Range", 0.5001F, {77, 125, 0, 30}, "Adjusts the hue range to remain visible"),
+    groupClose("Second Color", {0, 107, 134, 110}),
+    sliderParam("Soften", 0.5001F, {147, 10, 0, 30}, "Blurs the boundaries between selected colors and rest of image"),
+    sliderParam("Strength", 0.705F, {147, 125, 66, 30}, "Sets how strong the effect is"),
+    booleanParam("Show Masks", false, {9, 230, 114, 10}, "Show the image as a black and white mask"),
+});
+static_assert(kParams.size() == kParamCount);
+
+constexpr auto row(const char* name, std::uint32_t firstTint, float firstRange, std::uint32_t secondTint,
+                   float secondRange, float soften, float strength, bool showMasks) {
+    return preset(name, colorValue(firstTint), sliderValue(firstRange), colorValue(secondTint),
+                  sliderValue(secondRange), sliderValue(soften), sliderValue(strength), booleanValue(showMasks));
+}
+
+constexpr PresetTable kPresets(  //
+    row("Bleak", 0x2D2C54, 0.085F, 0x00FFFF, 0.075F, 0.4851F, 1.0F, false),
+    row("Blue Skies and Green Trees", 0xFF8000, 0.6001F, 0x408000, 0.3501F, 0.1403F, 1.0F, false),
+    row("Dull Day", 0xE7C7B0, 0.0F, 0x16D0FF, 0.0F, 0.3501F, 0.555F, false),
+    row("Flesh Tones", 0x7085AA, 0.2501F, 0xFFFFFF, 0.0F, 0.2501F, 1.0F, false),
+    row("Grainy Colors", 0x000000, 0.0F, 0x000000, 0.0F, 0.0F, 1.0F, false),
+    row("Just Blue", 0xFF0000, 0.76F, 0x000000, 0.0F, 0.5001F, 1.0F, false),
+    row("Just Green", 0x00FF00, 0.74F, 0x000000, 0.0F, 0.1501F, 1.0F, false),
+    row("Just Red", 0x0000FF, 0.4401F, 0x000000, 0.0F, 0.3501F, 1.0F, false),
+    row("Nature", 0x40FF00, 0.725F, 0x4A83D3, 0.235F, 0.4851F, 0.72F, false),
+    row("Reset to None", 0x3F451EB8, 0.0F, 0x000000, 0.0F, 0.0F, 0.0F, false),
+    row("Sunset", 0xE7C7B0, 0.0F, 0x1A64FF, 0.25F, 0.3951F, 1.0F, false));
+
+enum Program : std::size_t { kKey, kSoftenOnce, kSoftenWidely, kDrain, kMaskView };
+
+constexpr auto kPrograms = std::to_array<GPUProgramSource>({
+    {shaders::kPassVert, shaders::kSelectiveColorKeyFrag},
+    {shaders::kPassVert, shaders::kSoftenOnceFrag},
+    {shaders::kPassVert, shaders::kSoftenWidelyFrag},
+    {shaders::kPassVert, shaders::kSelectiveColorDrainFrag},
+    {shaders::kPassVert, shaders::kSelectiveColorMasksFrag},
+});
+
+constexpr EffectInfo kInfo{
+    .name = "Selective Color",
+    .flags = kFlagsEveryEffect,
+    .params = kParams,
+    .presets = kPresets,
+    .mainProgram = &kPrograms[kKey],
+};
+static_assert(valid(kInfo));
+
+constexpr std::int32_t kMaskBorder = 3;  ///< pixels at each edge of a mask that repeat the one inside them
+
+/// A chosen colour.
+struct Choice {
+    std::uint32_t tint;
+    float range;
+};
+
+/// One or two colours to keep. A colour whose range is 0 is not chosen, unless both are: then the second is.
+struct Choices {
+    bool useFirst;
+    bool useSecond;
+    Choice first;
+    Choice second;
+};
+
+Choices readChoices(const ParamReader& params) {
+    const Choice first{params.color(kFirstTint), params.slider(kFirstRange)};
+    const Choice second{params.color(kSecondTint), params.slider(kSecondRange)};
+    const bool useFirst = first.range != 0.0F;
+    return {useFirst, !useFirst || second.range != 0.0F, first, second};
+}
+
+/// Passes of the filter, which grow with the picture's area.
+std::int32_t softenPasses(float soften, const FrameFacts& facts) {
+    constexpr double kMost = 1e9;
+    const double passes = static_cast<double>(soften) * 0.0003 * facts.height * facts.height;
+    return static_cast<std::int32_t>(std::min(passes * (facts.fieldMode ? 2.0 : 1.0), kMost));
+}
+
+bool hasMaskBorder(const FrameFacts& facts) {
+    return facts.width > 2 * kMaskBorder && facts.height > 2 * kMaskBorder;
+}
+
+bool makeMask(const Frame& source, const RenderContext& context, const Choice& choice, std::int32_t passes,
+              Frame& mask) {
+    const bool isFloat = isFloatFormat(source.Format());
+    if (!mask.Allocate(context.width, context.height, BytesPerChannel(source.Format()), &context.allocator,
+                       MaskFormat(source.Format()), source.Flipped())) {
+        return false;
+    }
+    keyMask(source, mask, colorKey(choice.tint, choice.range, !isFloat));
+    // Without memory the mask stays hard.
+    if (repeatedGauss({mask.Data(), mask.Stride(), mask.Width(), mask.Height(), passes, isFloat}, context.allocator) &&
+        hasMaskBorder(context)) {
+        FrameReplicateBorder(mask, mask, kMaskBorder, kMaskBorder);
+    }
+    return true;
+}
+
+/// Shows what is kept in the colours that were chosen, mixed where both are, on black.
+template <class L>
+void showMasks(const Frame& firstMask, const Frame& secondMask, const Choice& first, const Choice& second,
+               Frame& destination) {
+    using Sample = typename L::Sample;
+    constexpr float kFull = L::kIsFloat ? 1.0F : 255.0F;
+    constexpr int kPositions[3] = {L::kRed, L::kGreen, L::kBlue};
+    for (std::int32_t y = 0; y < destination.Height(); ++y) {
+        const auto* firstRow = reinterpret_cast<const Sample*>(firstMask.PixelAddress(0, y, 0));
+        const auto* secondRow = reinterpret_cast<const Sample*>(secondMask.PixelAddress(0, y, 0));
+        auto* out = reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0));
+        for (std::int32_t x = 0; x < destination.Width(); ++x, out += 4) {
+            const float a = kFull - static_cast<float>(firstRow[x]);
+            const float b = kFull - static_cast<float>(secondRow[x]);
+            const float share = a + b > 0.0F ? a / (a + b) : 0.0F;
+            const float brightness = std::max({a, b, 0.0F}) / kFull;
+            for (std::uint32_t i = 0; i < 3; ++i) {
+                const auto part = [&](std::uint32_t color) {
+                    return static_cast<float>((color >> (8 * i)) & 0xFFU) / 255.0F * kFull;
+                };
+                const float value = (part(first.tint) * share + part(second.tint) * (1.0F - share)) * brightness;
+                out[kPositions[i]] = static_cast<Sample>(L::kIsFloat ? value : value + 0.5F);
+            }
+            out[L::kAlpha] = static_cast<Sample>(kFull);
+        }
+    }
+}
+
+/// Turns the source grey where the mask covers it; its alpha stays.
+bool drain(const Frame& source, Frame& mask, float strength, MemoryAllocator& allocator, Frame& destination) {
+    const std::int32_t alpha = AlphaIndex(source.Format());
+    Frame luma;
+    if (!luma.Allocate(mask.Width(), mask.Height(), mask.BytesPerPixel(), &allocator, mask.Format(), mask.Flipped())) {
+        return false;
+    }
+    FrameToLuma(source, luma);
+    FrameClampValues(mask, 0.0F, strength);
+    FrameSpreadGrayToColor(luma, destination);
+    FrameCopyChannel(mask, destination, 0, alpha);
+    FrameAlphaOver(destination, source, destination, false);
+    FrameCopyChannel(source, destination, alpha, alpha);
+    return true;
+}
+
+}  // namespace
+
+CSelectColor::CSelectColor() : Effect(kInfo) {}
+
+bool CSelectColor::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
+                          Frame& destination) noexcept {
+    const Choices choices = readChoices(params);
+    const std::int32_t passes = softenPasses(params.slider(kSoften), context);
+    Frame first;
+    Frame second;
+    if ((choices.useFirst && !makeMask(source, context, choices.first, passes, first)) ||
+        (choices.useSecond && !makeMask(source, context, choices.second, passes, second))) {
+        return false;
+    }
+    const bool both = choices.useFirst && choices.useSecond;
+    if (params.boolean(kShowMasks)) {
+        // One colour alone is mixed with itself.
+        const Frame& shownFirst = choices.useFirst ? first : second;
+        const Frame& shownSecond = choices.useSecond ? second : first;
+        return visitLayout(source.Format(), [&](auto layout) {
+            showMasks<decltype(layout)>(shownFirst, shownSecond, choices.useFirst ? choices.first : choices.second,
+                                        choices.useSecond ? choices.second : choices.first, destination);
+            return true;
+        });
+    }
+    if (both) {
+        FrameMinOf(first, second, first);
+    }
+    return drain(source, choices.useFirst ? first : second, params.slider(kStrength), context.allocator, destination);
+}
+
+bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+    constexpr std::int32_t kMostBytePasses = 160;   // what later passes of bytes change is not seen
+    constexpr std::int32_t kMostSinglePasses = 16;  // more are done at once
+    constexpr double kReach = 5.0;                  // standard deviations of a wide filter
+    const Choices choices = readChoices(params);
+    const bool isFloat = isFloatFormat(frame.source().format);
+    const std::int32_t passes = softenPasses(params.slider(kSoften), facts);
+    const float strength = params.slider(kStrength);
+    if (!frame.create(2, kPrograms)) {
+        return false;
+    }
+    // One colour alone is both.
+    const Choice first = choices.useFirst ? choices.first : choices.second;
+    const Choice second = choices.useSecond ? choices.second : choices.first;
+    const auto setWholeLevels = [&](ShaderProgram& program) { program.SetInt("wholeLevels", isFloat ? 0 : 1); };
+
+    GPUTexture* mask = &frame.temporary(0);
+    GPUTexture* other = &frame.temporary(1);
+    frame.pass(frame.program(kKey), frame.source(), *mask, [&](ShaderProgram& program) {
+        const ColorKey a = colorKey(first.tint, first.range, !isFloat);
+        const ColorKey b = colorKey(second.tint, second.range, !isFloat);
+        const auto slope = [](const ColorKey& key) {
+            return key.keepsWholeWedge ? 0.0F : 255.0F / (key.radius - key.level);
+        };
+        program.SetFloat2("fKeyY", a.keyY, b.keyY);
+        program.SetFloat2("fKeyCb", a.cosine / 128.0F, b.cosine / 128.0F);
+        program.SetFloat2("fKeyCr", a.sine / 128.0F, b.sine / 128.0F);
+        program.SetFloat2("fKeyGL", a.radius, b.radius);
+        program.SetFloat2("fAcceptAngleTg", a.tangent / 16.0F, b.tangent / 16.0F);
+        program.SetFloat2("fAcceptAngleCtg", a.cotangent / 16.0F, b.cotangent / 16.0F);
+        program.SetFloat("fNoiseLevel", kKeyNoise);
+        program.SetFloat2("fValue", a.level, b.level);
+        program.SetFloat("fAngleRC", kKeyLargestDetour);
+        program.SetFloat2("fValueRC", slope(a), slope(b));
+        setWholeLevels(program);
+    });
+    const auto soften = [&](ShaderProgram& shader, const auto& setUniforms) {
+        frame.pass(shader, *mask, *other, setUniforms);
+        std::swap(mask, other);
+    };
+    std::int32_t left = isFloat ? passes : std::min(passes, kMostBytePasses);
+    // Halves of what is left: at the border, whose ring stays as it is, one wide filter is only nearly right, and what
+    // it misses is mended by those that follow.
+    while (isFloat && left > kMostSinglePasses) {
+        const std::int32_t atOnce = (left + 1) / 2;
+        left -= atOnce;
+        // Weights C(2n, n + d) / 4^n of the samples at distance d.
+        const double n = atOnce;
+        const double centre = std::exp(std::lgamma(2.0 * n + 1.0) - 2.0 * std::lgamma(n + 1.0) - n * std::log(4.0));
+        const auto taps = static_cast<std::int32_t>(std::min(std::ceil(kReach * std::sqrt(n / 2.0)), n));
+        for (const float along : {0.0F, 1.0F}) {
+            soften(frame.program(kSoftenWidely), [&](ShaderProgram& program) {
+                program.SetFloat2("axis", along, 1.0F - along);
+                program.SetFloat("passes", static_cast<float>(atOnce));
+                program.SetFloat("centreWeight", static_cast<float>(centre));
+                program.SetInt("taps", taps);
+            });
+        }
+    }
+    for (; left > 0; --left) {
+        soften(frame.program(kSoftenOnce), setWholeLevels);
+    }
+    const auto setColor = [](ShaderProgram& program, const char* name, std::uint32_t color) {
+        const auto part = [&](std::uint32_t shift) { return static_cast<float>((color >> shift) & 0xFFU) / 255.0F; };
+        program.SetFloat3(name, part(0), part(8), part(16));
+    };
+    const float border = hasMaskBorder(facts) ? static_cast<float>(kMaskBorder) : 0.0F;
+    if (params.boolean(kShowMasks)) {
+        frame.pass(frame.program(kMaskView), *mask, *other, [&](ShaderProgram& program) {
+            program.SetFloat("border", border);
+            setColor(program, "color1", first.tint);
+            setColor(program, "color2", second.tint);
+        });
+    } else {
+        frame.pass2(frame.program(kDrain), frame.source(), *mask, *other, [&](ShaderProgram& program) {
+            program.SetFloat("border", border);
+            program.SetFloat("strength", isFloat ? strength : std::floor(strength * 255.0F) / 255.0F);
+        });
+    }
+    return frame.finish(*other);
+}
+
+}  // namespace lumiset

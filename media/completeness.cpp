@@ -1,0 +1,71 @@
+#include "media/completeness.h"
+
+#include <bit>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+namespace lumiset::media {
+namespace {
+
+constexpr std::uint64_t kEbmlHeader = 0x1A45DFA3;
+constexpr std::uint64_t kSegment = 0x18538067;
+
+// A number of EBML (RFC 8794): the count of leading zero bits in the first byte tells its length.
+std::optional<std::uint64_t> readVariableInt(std::istream& file, bool keepMarker, bool& unknown) {
+    const int first = file.get();
+    if (first <= 0) {
+        return std::nullopt;
+    }
+    const int length = std::countl_zero(static_cast<unsigned char>(first)) + 1;
+    std::uint64_t value = static_cast<std::uint64_t>(keepMarker ? first : first & ((1 << (8 - length)) - 1));
+    for (int i = 1; i < length; i++) {
+        value = value << 8 | static_cast<std::uint64_t>(file.get() & 0xFF);
+    }
+    unknown = !keepMarker && value == (std::uint64_t{1} << (7 * length)) - 1;
+    return file ? std::optional(value) : std::nullopt;
+}
+
+// Matroska's segment tells its size, unless it was written to a pipe.
+bool segmentIsCut(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    std::ifstream file(path, std::ios::binary);
+    for (int elements = 0; !error && elements < 4; elements++) {
+        bool unknown = false;
+        const auto id = readVariableInt(file, true, unknown);
+        const auto length = readVariableInt(file, false, unknown);
+        if (!id || !length || (*id != kEbmlHeader && *id != kSegment)) {
+            return false;
+        }
+        const auto begin = static_cast<std::uintmax_t>(file.tellg());
+        if (*id == kSegment) {
+            return !unknown && begin + *length > size;
+        }
+        file.seekg(static_cast<std::streamoff>(*length), std::ios::cur);
+    }
+    return false;
+}
+
+}  // namespace
+
+bool endsTooEarly(const AVFormatContext& container, const AVStream& stream, const ReadSoFar& read) {
+    const std::string demuxer = container.iformat->name;
+    const std::string url = container.url;
+    if (demuxer.starts_with("matroska") && url.starts_with("file:")) {
+        return segmentIsCut(url.substr(5));
+    }
+    if (demuxer.starts_with("mov")) {
+        // The table of samples stands apart from them.
+        AVStream& indexed = const_cast<AVStream&>(stream);  // only looked at
+        const int count = avformat_index_get_entries_count(&indexed);
+        const AVIndexEntry* last = count > 0 ? avformat_index_get_entry(&indexed, count - 1) : nullptr;
+        return last != nullptr && read.lastPacketPosition >= 0 && read.lastPacketPosition < last->pos;
+    }
+    if (demuxer == "yuv4mpegpipe" && container.pb != nullptr && read.lastPacketPosition >= 0) {
+        return avio_tell(container.pb) > read.lastPacketPosition + read.lastPacketSize;
+    }
+    return false;
+}
+
+}  // namespace lumiset::media

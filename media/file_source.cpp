@@ -1,0 +1,249 @@
+#include "media/file_source.h"
+
+#include <array>
+#include <cmath>
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include "media/convert.h"
+
+namespace lumiset::media {
+namespace {
+
+// Fields are shown in the order of the second letter of the container's two-letter codes.
+bool isInterlaced(AVFieldOrder order) {
+    return order > AV_FIELD_PROGRESSIVE;
+}
+bool isTopFirst(AVFieldOrder order) {
+    return order != AV_FIELD_BB && order != AV_FIELD_TB;
+}
+
+Chroma chromaOf(const AVPixFmtDescriptor& descriptor) {
+    if ((descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0 || descriptor.log2_chroma_w == 0) {
+        return Chroma::k444;
+    }
+    return descriptor.log2_chroma_h == 0 ? Chroma::k422 : Chroma::k420;
+}
+
+class FileSource final : public Source {
+public:
+    FileSource(const Input& input, const SourceOptions& options) : m_input(input), m_options(options) { open(); }
+
+    const VideoFormat& format() const override { return m_format; }
+    bool read(Picture& picture) override;
+    void restart(double startSeconds) override;
+    Origin origin() const override;
+
+private:
+    void open();
+    void describe(const AVFrame& first);
+    void describeLength();
+    void findDisplayMatrix(const AVFrame& first);
+    void goToStart();
+    const AVFrame* nextFrame();
+    std::int64_t ptsOf(const AVFrame& frame) const;
+    double secondsOf(std::int64_t pts) const { return static_cast<double>(pts) * m_format.timeBase.value(); }
+
+    Input m_input;
+    SourceOptions m_options;
+    VideoFormat m_format;
+    std::unique_ptr<Decoder> m_decoder;
+    std::unique_ptr<FrameReader> m_reader;
+    const AVFrame* m_pending = nullptr;  ///< decoded, not yet handed out
+    std::int64_t m_firstPts = 0;         ///< of the file's first picture, in the container's own time
+    std::int64_t m_nextPts = 0;          ///< for pictures that have no time of their own
+    std::array<std::int32_t, 9> m_displayMatrix{};
+    bool m_turned = false;
+    bool m_upright = true;
+    Picture m_stored;
+};
+
+void FileSource::open() {
+    m_decoder = std::make_unique<Decoder>(m_input);
+    m_nextPts = 0;
+    m_pending = m_decoder->next();
+    if (m_pending == nullptr) {
+        throw MediaError(fmt::format("There is no picture in '{}'.", m_input.name));
+    }
+    m_firstPts = m_pending->best_effort_timestamp == AV_NOPTS_VALUE ? 0 : m_pending->best_effort_timestamp;
+    if (!m_reader) {
+        describe(*m_pending);
+        m_reader = std::make_unique<FrameReader>(m_turned ? m_format.height : m_format.width,
+                                                 m_turned ? m_format.width : m_format.height, m_options.depth,
+                                                 m_options.threads);
+    }
+    goToStart();
+}
+
+void FileSource::restart(double startSeconds) {
+    if (m_input.isPipe()) {
+        throw MediaError("Standard input can be read only once.");
+    }
+    m_options.startSeconds = startSeconds;
+    open();
+}
+
+void FileSource::findDisplayMatrix(const AVFrame& first) {
+    const std::uint8_t* matrix = av_stream_get_side_data(m_decoder->stream(), AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+    if (const AVFrameSideData* side = av_frame_get_side_data(&first, AV_FRAME_DATA_DISPLAYMATRIX)) {
+        matrix = side->data;
+    }
+    if (matrix != nullptr) {
+        std::memcpy(m_displayMatrix.data(), matrix, sizeof m_displayMatrix);
+        m_upright = isUpright(m_displayMatrix.data());
+        m_turned = isTurned(m_displayMatrix.data());
+    }
+}
+
+void FileSource::describe(const AVFrame& first) {
+    AVFormatContext* container = m_decoder->container();
+    AVStream* stream = m_decoder->stream();
+    const AVPixFmtDescriptor& descriptor = *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(first.format));
+    AVFrame* frame = const_cast<AVFrame*>(&first);  // the library's guesses only read it
+
+    m_format.width = first.width;
+    m_format.height = first.height;
+    m_format.timeBase = rational(stream->time_base);
+    const AVRational rate = av_guess_frame_rate(container, stream, frame);
+    if (rate.num > 0 && rate.den > 0) {
+        m_format.frameRate = rational(rate);
+    }
+    const AVRational aspect = av_guess_sample_aspect_ratio(container, stream, frame);
+    if (aspect.num > 0 && aspect.den > 0) {
+        m_format.pixelAspect = rational(aspect);
+    }
+    const AVFieldOrder order = stream->codecpar->field_order;
+    m_format.interlaced = first.interlaced_frame != 0 || isInterlaced(order);
+    m_format.topFieldFirst = first.interlaced_frame != 0 ? first.top_field_first != 0 : isTopFirst(order);
+    m_format.hasAlpha = (descriptor.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+    m_format.bitDepth = descriptor.comp[0].depth;
+    m_format.chroma = chromaOf(descriptor);
+    if (!m_decoder->isStill()) {
+        const bool rgb = (descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0;
+        m_format.color = {rgb ? AVCOL_SPC_UNSPECIFIED : first.colorspace, first.color_primaries, first.color_trc};
+    }
+    if (m_input.sequence) {
+        m_format.firstNumber = *m_input.sequence->first;
+    }
+
+    findDisplayMatrix(first);
+    if (m_turned) {
+        std::swap(m_format.width, m_format.height);
+        std::swap(m_format.pixelAspect.num, m_format.pixelAspect.den);
+        m_format.interlaced = false;
+    }
+    describeLength();
+}
+
+void FileSource::describeLength() {
+    const AVStream* stream = m_decoder->stream();
+    const AVFormatContext* container = m_decoder->container();
+    double duration = 0;
+    if (m_input.sequence) {
+        duration = (*m_input.sequence->last - *m_input.sequence->first + 1) / m_input.sequenceRate.value();
+    } else if (m_decoder->isStill()) {
+        duration = 1 / m_format.frameRate.value();
+    } else if (stream->duration != AV_NOPTS_VALUE) {
+        duration = static_cast<double>(stream->duration) * av_q2d(stream->time_base);
+    } else if (container->duration != AV_NOPTS_VALUE) {
+        duration = static_cast<double>(container->duration) / AV_TIME_BASE;
+    }
+    const double whole = duration;
+    if (duration > 0) {
+        duration = std::max(0.0, std::min(duration - m_options.startSeconds, m_options.durationSeconds));
+    } else if (std::isfinite(m_options.durationSeconds)) {
+        duration = m_options.durationSeconds;
+    }
+    m_format.durationSeconds = duration;
+    m_format.frameCount = duration == whole && stream->nb_frames > 0 && !m_input.sequence
+                              ? stream->nb_frames
+                              : std::llround(duration * m_format.frameRate.value());
+}
+
+std::int64_t FileSource::ptsOf(const AVFrame& frame) const {
+    const std::int64_t pts = frame.best_effort_timestamp;
+    return pts == AV_NOPTS_VALUE ? m_nextPts : std::max(pts - m_firstPts, m_nextPts);
+}
+
+const AVFrame* FileSource::nextFrame() {
+    const AVFrame* frame = m_pending != nullptr ? m_pending : m_decoder->next();
+    m_pending = nullptr;
+    return frame;
+}
+
+void FileSource::goToStart() {
+    // Rounded up to the stream's ticks, less a hair for times that a person wrote in decimals.
+    const auto wanted = static_cast<std::int64_t>(std::ceil(m_options.startSeconds / m_format.timeBase.value() - 1e-3));
+    if (wanted <= 0) {
+        return;
+    }
+    if (!m_input.isPipe() && m_decoder->seek(m_firstPts + wanted)) {
+        m_pending = m_decoder->next();
+        m_nextPts = 0;
+        const bool before = m_pending != nullptr && m_pending->best_effort_timestamp != AV_NOPTS_VALUE &&
+                            m_pending->best_effort_timestamp - m_firstPts <= wanted;
+        if (!before) {
+            // Some containers seek too far; from the very beginning nothing is missed.
+            m_decoder = std::make_unique<Decoder>(m_input);
+            m_pending = nullptr;
+        }
+    }
+    while ((m_pending = nextFrame()) != nullptr && ptsOf(*m_pending) < wanted) {
+        m_nextPts = ptsOf(*m_pending) + 1;
+        m_pending = nullptr;
+    }
+    if (m_pending == nullptr) {
+        throw MediaError(fmt::format("'{}' is over before the start at {} s.", m_input.name, m_options.startSeconds));
+    }
+}
+
+bool FileSource::read(Picture& picture) {
+    const AVFrame* frame = nextFrame();
+    if (frame == nullptr) {
+        return false;
+    }
+    const std::int64_t pts = ptsOf(*frame);
+    const double seconds = secondsOf(pts);
+    const double half = 0.5 * m_format.timeBase.value();
+    const double lastNumber = m_input.sequence ? secondsOf(*m_input.sequence->last - *m_input.sequence->first)
+                                               : std::numeric_limits<double>::infinity();
+    if (seconds > m_options.startSeconds + m_options.durationSeconds - half || seconds > lastNumber + half) {
+        m_pending = frame;
+        return false;
+    }
+    const double step = 1 / (m_format.frameRate.value() * m_format.timeBase.value());
+    m_nextPts =
+        frame->best_effort_timestamp == AV_NOPTS_VALUE ? pts + std::max<std::int64_t>(1, std::llround(step)) : pts + 1;
+
+    Picture& stored = m_upright ? picture : m_stored;
+    m_reader->read(*frame, stored);
+    if (!m_upright) {
+        turnUpright(stored, m_displayMatrix.data(), picture);
+    }
+    picture.pts = pts;
+    picture.timeSeconds = seconds;
+    const AVFieldOrder order = m_decoder->stream()->codecpar->field_order;
+    const AVCodecDescriptor* codec = avcodec_descriptor_get(m_decoder->stream()->codecpar->codec_id);
+    // Codecs of single pictures often know nothing of fields; then the container's word counts for all of them.
+    const bool byContainer = codec != nullptr && (codec->props & AV_CODEC_PROP_INTRA_ONLY) != 0 && isInterlaced(order);
+    picture.interlaced = !m_turned && (frame->interlaced_frame != 0 || byContainer);
+    picture.topFieldFirst = frame->interlaced_frame != 0 ? frame->top_field_first != 0 : isTopFirst(order);
+    return true;
+}
+
+Source::Origin FileSource::origin() const {
+    if (m_input.isPipe() || m_decoder->isStill()) {
+        return {};
+    }
+    return {m_input.url(), static_cast<double>(m_firstPts) * m_format.timeBase.value(), m_options.startSeconds,
+            m_options.startSeconds + m_options.durationSeconds};
+}
+
+}  // namespace
+
+std::unique_ptr<Source> openFileSource(const Input& input, const SourceOptions& options) {
+    return std::make_unique<FileSource>(input, options);
+}
+
+}  // namespace lumiset::media

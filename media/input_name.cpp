@@ -1,0 +1,125 @@
+#include "media/input_name.h"
+
+#include <cctype>
+#include <charconv>
+#include <filesystem>
+#include <set>
+
+#include <fmt/format.h>
+
+#include "media/media.h"
+
+namespace fs = std::filesystem;
+
+namespace lumiset::media {
+namespace {
+
+// A name around its "%d" or "%04d".
+struct Pattern {
+    std::string before;
+    int digits = 1;
+    std::string after;
+};
+
+std::optional<Pattern> splitPattern(const std::string& name) {
+    for (std::size_t at = name.find('%'); at != std::string::npos; at = name.find('%', at + 1)) {
+        std::size_t end = at + 1;
+        int digits = 1;
+        if (end + 1 < name.size() && name[end] == '0' && name[end + 1] >= '1' && name[end + 1] <= '9') {
+            digits = name[end + 1] - '0';
+            end += 2;
+        }
+        if (end < name.size() && name[end] == 'd') {
+            return Pattern{name.substr(0, at), digits, name.substr(end + 1)};
+        }
+    }
+    return std::nullopt;
+}
+
+// A whole text of at most nine digits.
+std::optional<int> numberOf(std::string_view text) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool plain = !text.empty() && text.size() <= 9 && text[0] != '-';
+    return plain && error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
+}
+
+// The number that a file name holds where the pattern has its %d.
+std::optional<int> numberIn(const std::string& name, const Pattern& pattern) {
+    if (name.size() <= pattern.before.size() + pattern.after.size() || !name.starts_with(pattern.before) ||
+        !name.ends_with(pattern.after)) {
+        return std::nullopt;
+    }
+    const std::size_t length = name.size() - pattern.before.size() - pattern.after.size();
+    const std::string text = name.substr(pattern.before.size(), length);
+    const std::optional<int> number = numberOf(text);
+    return number && fmt::format("{:0{}}", *number, pattern.digits) == text ? number : std::nullopt;
+}
+
+}  // namespace
+
+std::string SequenceName::fileName(int number) const {
+    const Pattern parts = splitPattern(pattern).value_or(Pattern{pattern, 1, ""});
+    return parts.before + fmt::format("{:0{}}", number, parts.digits) + parts.after;
+}
+
+std::optional<SequenceName> parseSequenceName(const std::string& name) {
+    std::error_code ignored;
+    if (!splitPattern(name) || fs::exists(name, ignored)) {
+        return std::nullopt;
+    }
+    const std::size_t colon = name.rfind(':');
+    const std::string range = colon == std::string::npos ? "" : name.substr(colon + 1);
+    const std::size_t dash = range.find('-');
+    const std::optional<int> first = numberOf(range.substr(0, dash));
+    const std::optional<int> last = dash == std::string::npos ? std::nullopt : numberOf(range.substr(dash + 1));
+    if (!first || (dash != std::string::npos && !last)) {
+        return SequenceName{name, std::nullopt, std::nullopt};
+    }
+    if (last && *last < *first) {
+        throw MediaError(fmt::format("The range of '{}' ends before it begins.", name));
+    }
+    return SequenceName{name.substr(0, colon), first, last};
+}
+
+void findSequence(SequenceName& sequence) {
+    const fs::path path(sequence.pattern);
+    const std::string name = path.filename().string();
+    const std::optional<Pattern> pattern = splitPattern(name);
+    if (!pattern) {
+        throw MediaError(
+            fmt::format("'{}' has its number in a folder's name; it has to be in the file's.", path.string()));
+    }
+    std::set<int> numbers;
+    std::error_code error;
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        const auto number = numberIn(entry->path().filename().string(), *pattern);
+        if (number && *number >= sequence.first.value_or(0) && *number <= sequence.last.value_or(*number)) {
+            numbers.insert(*number);
+        }
+    }
+    if (error) {
+        throw MediaError(fmt::format("Cannot read the folder '{}': {}.", folder.string(), error.message()));
+    }
+    if (numbers.empty()) {
+        throw MediaError(fmt::format("There is no picture by the name of '{}'.", sequence.pattern));
+    }
+    sequence.first = sequence.first.value_or(*numbers.begin());
+    sequence.last = sequence.last.value_or(*numbers.rbegin());
+    for (int number = *sequence.first; number <= *sequence.last; number++) {
+        if (!numbers.contains(number)) {
+            throw MediaError(fmt::format("'{}' is missing from the image sequence.", sequence.fileName(number)));
+        }
+    }
+}
+
+std::string lowerExtension(const std::string& path) {
+    std::string extension = fs::path(path).extension().string();
+    for (char& c : extension) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return extension.empty() ? extension : extension.substr(1);
+}
+
+}  // namespace lumiset::media

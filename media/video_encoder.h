@@ -1,0 +1,40 @@
+#pragma once
+
+#include "media/convert.h"
+#include "media/video_plan.h"
+
+namespace lumiset::media {
+
+/// Encodes pictures as a plan says. Packets come with times in the unit given to the constructor.
+class VideoEncoder {
+public:
+    /// `shownName` is the file's name for messages.
+    VideoEncoder(const VideoPlan& plan, const VideoFormat& format, AVRational timeBase, int threads, bool globalHeader,
+                 const std::string& shownName);
+
+    void send(const Picture& picture, std::int64_t pts);
+    /// Sends the picture before once more, at a later time.
+    void repeat(std::int64_t pts);
+    void sendEnd();
+    /// Calls `take(AVPacket&)` for each packet that is ready.
+    template <class Take>
+    void receive(Take take) {
+        while (receiveOne()) {
+            take(*m_packet);
+            av_packet_unref(m_packet.get());
+        }
+    }
+    const AVCodecContext& context() const { return *m_context; }
+
+private:
+    bool receiveOne();
+    void sendFrame(std::int64_t pts);
+
+    std::string m_failure;
+    AvCodecContext m_context;
+    FrameWriter m_writer;
+    AvFrame m_frame;
+    AvPacket m_packet;
+};
+
+}  // namespace lumiset::media

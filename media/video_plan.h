@@ -1,0 +1,36 @@
+#pragma once
+
+#include <utility>
+
+#include "media/av.h"
+
+namespace lumiset::media {
+
+/// How pictures are going to be encoded.
+struct VideoPlan {
+    const AVCodec* codec = nullptr;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    int profile = FF_PROFILE_UNKNOWN;
+    int qscale = -1;            ///< fixed quantiser, -1: the options tell
+    bool codesFields = false;   ///< interlaced pictures are coded as such
+    bool constantRate = false;  ///< every picture lasts as long as the next
+    bool fullRange = false;     ///< YUV as in JPEG
+    std::vector<std::pair<const char*, std::string>> options;
+    std::string note;
+};
+
+/// What is known before the codec is chosen.
+struct PictureKind {
+    VideoFormat format;
+    bool alpha = false;  ///< alpha is wanted
+    bool deep = false;   ///< float pictures of a source with more than 8 bits
+};
+
+/// Codec and settings for a container of the FFmpeg libraries. Throws MediaError, naming `fileName`.
+VideoPlan planVideo(const AVOutputFormat& container, const std::string& fileName, const SinkOptions& options,
+                    const PictureKind& kind);
+
+/// The same for a picture file, by its extension.
+VideoPlan planStill(const std::string& fileName, const SinkOptions& options, const PictureKind& kind);
+
+}  // namespace lumiset::media

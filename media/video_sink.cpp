@@ -1,0 +1,171 @@
+#include <cmath>
+#include <optional>
+
+#include <fmt/format.h>
+
+#include "media/audio_copy.h"
+#include "media/pending_file.h"
+#include "media/pixel_loops.h"
+#include "media/sinks.h"
+#include "media/video_encoder.h"
+
+namespace lumiset::media {
+namespace {
+
+class VideoSink final : public Sink {
+public:
+    VideoSink(const std::string& output, const VideoFormat& format, const SinkOptions& options, const Source* copyFrom);
+    ~VideoSink() override { avio_closep(&m_output->pb); }
+
+    void write(const Picture& picture) override;
+    void finish() override;
+    std::vector<std::string> notes() const override { return m_notes; }
+
+private:
+    void begin(const Picture& first);
+    void writeReadyPackets();
+    void writePacket(AVPacket& packet);
+    std::string failure() const { return "Cannot write " + m_shownName; }
+
+    bool m_pipe;
+    std::string m_shownName;
+    VideoFormat m_format;
+    SinkOptions m_options;
+    Source::Origin m_origin;
+    std::optional<PendingFile> m_file;
+    AvOutput m_output;
+    std::unique_ptr<VideoEncoder> m_encoder;
+    std::unique_ptr<AudioCopy> m_audio;
+    AVStream* m_stream = nullptr;
+    VideoPlan m_plan;
+    std::int64_t m_firstPts = 0;
+    std::int64_t m_nextPts = 0;  ///< in the encoder's units; the earliest that is still free
+    std::vector<std::string> m_notes;
+};
+
+VideoSink::VideoSink(const std::string& output, const VideoFormat& format, const SinkOptions& options,
+                     const Source* copyFrom)
+    : m_pipe(output == "-"),
+      m_shownName(m_pipe ? "to standard output" : "'" + output + "'"),
+      m_format(format),
+      m_options(options) {
+    silenceLibraries();
+    if (copyFrom != nullptr) {
+        m_origin = copyFrom->origin();
+    }
+    const std::string extension = lowerExtension(output);
+    const char* muxer = m_pipe ? "yuv4mpegpipe" : extension == "m4v" ? "mp4" : nullptr;
+    const AVOutputFormat* container = av_guess_format(muxer, output.c_str(), nullptr);
+    if (!m_pipe) {
+        m_file.emplace(output);
+    }
+    const std::string url = m_pipe ? "pipe:1" : "file:" + m_file->path();
+    AVFormatContext* context = nullptr;
+    avCheck(avformat_alloc_output_context2(&context, container, nullptr, url.c_str()), failure());
+    m_output.reset(context);
+    // Fails early where the container, the codec or the folder will not do; alpha and depth do not decide about that.
+    planVideo(*container, output, options, {format, format.hasAlpha, false});
+    const int opened = avio_open2(&context->pb, url.c_str(), AVIO_FLAG_WRITE, nullptr, nullptr);
+    avCheck(opened, failure());
+}
+
+void VideoSink::begin(const Picture& first) {
+    const bool deep = first.depth == Depth::kFloat && m_format.bitDepth > 8;
+    const bool alpha = m_format.hasAlpha || !isOpaque(first);
+    m_plan = planVideo(*m_output->oformat, m_shownName, m_options, {m_format, alpha, deep});
+    if (!m_plan.note.empty()) {
+        m_notes.push_back(m_plan.note);
+    }
+    const AVRational timeBase =
+        m_plan.constantRate ? av_inv_q(avRational(m_format.frameRate)) : avRational(m_format.timeBase);
+    const bool globalHeader = (m_output->oformat->flags & AVFMT_GLOBALHEADER) != 0;
+    m_encoder =
+        std::make_unique<VideoEncoder>(m_plan, m_format, timeBase, m_options.threads, globalHeader, m_shownName);
+
+    m_stream = allocated(avformat_new_stream(m_output.get(), nullptr));
+    avCheck(avcodec_parameters_from_context(m_stream->codecpar, &m_encoder->context()), failure());
+    m_stream->time_base = timeBase;
+    m_stream->avg_frame_rate = avRational(m_format.frameRate);
+    m_stream->sample_aspect_ratio = avRational(m_format.pixelAspect);
+    m_firstPts = first.pts;
+    if (!m_origin.path.empty()) {
+        const double base = m_origin.firstPictureSeconds + static_cast<double>(m_firstPts) * m_format.timeBase.value();
+        m_audio = std::make_unique<AudioCopy>(m_origin, base, m_output.get(), m_notes);
+    }
+
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "strict", "unofficial", 0);
+    const std::string container = m_output->oformat->name;
+    if (container == "mp4" || container == "mov") {
+        av_dict_set(&options, "movflags", "+faststart+write_colr", 0);  // plays while it is still loading
+    }
+    const int result = avformat_write_header(m_output.get(), &options);
+    av_dict_free(&options);
+    avCheck(result, failure());
+}
+
+void VideoSink::write(const Picture& picture) {
+    if (!m_encoder) {
+        begin(picture);
+    }
+    std::int64_t pts = picture.pts - m_firstPts;
+    if (m_plan.constantRate) {
+        pts = std::llround(static_cast<double>(pts) * m_format.timeBase.value() * m_format.frameRate.value());
+        if (pts < m_nextPts) {
+            return;
+        }
+        // The picture before lasts until this one.
+        for (; m_nextPts < pts; m_nextPts++) {
+            m_encoder->repeat(m_nextPts);
+            writeReadyPackets();
+        }
+    }
+    pts = std::max(pts, m_nextPts);
+    m_nextPts = pts + 1;
+    m_encoder->send(picture, pts);
+    writeReadyPackets();
+}
+
+void VideoSink::writeReadyPackets() {
+    m_encoder->receive([this](AVPacket& packet) { writePacket(packet); });
+}
+
+void VideoSink::writePacket(AVPacket& packet) {
+    const AVRational timeBase = m_encoder->context().time_base;
+    if (packet.duration == 0) {
+        packet.duration =
+            std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(avRational(m_format.frameRate)), timeBase));
+    }
+    if (m_audio) {
+        m_audio->copyUntil(static_cast<double>(packet.dts) * av_q2d(timeBase));
+    }
+    av_packet_rescale_ts(&packet, timeBase, m_stream->time_base);
+    packet.stream_index = m_stream->index;
+    avCheck(av_interleaved_write_frame(m_output.get(), &packet), failure());
+}
+
+void VideoSink::finish() {
+    if (!m_encoder) {
+        throw MediaError(fmt::format("There was no picture to write {}.", m_pipe ? m_shownName : "to " + m_shownName));
+    }
+    m_encoder->sendEnd();
+    writeReadyPackets();
+    if (m_audio) {
+        m_audio->finish();
+    }
+    avCheck(av_write_trailer(m_output.get()), failure());
+    // A full disk may tell only now.
+    avCheck(avio_closep(&m_output->pb), failure());
+    if (m_file) {
+        m_file->commit();
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<Sink> openVideoSink(const std::string& output, const VideoFormat& format, const SinkOptions& options,
+                                    const Source* copyFrom) {
+    return std::make_unique<VideoSink>(output, format, options, copyFrom);
+}
+
+}  // namespace lumiset::media
