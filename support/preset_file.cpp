@@ -12,9 +12,8 @@
 namespace lumiset {
 namespace {
 
-/// What every new file starts from.
-constexpr const char* kNewFile =
-    "<?xml version=\"1.0\"  standalone='no' >\n<!-- Effect's Preset File -->\n<Preset>\n</Preset>";
+// Every node belongs to the document before the next allocation, so none is lost when memory runs out: the library's
+// parser and its copies of nodes would lose theirs.
 
 // The numbers go through the XML library as texts: its own conversions follow the host's locale and round.
 
@@ -101,15 +100,14 @@ std::string attributeOr(const TiXmlElement& element, const char* attribute) {
 
 std::string presetText(const Preset& preset) {
     TiXmlDocument document;
-    document.Parse(kNewFile, nullptr, TIXML_ENCODING_UTF8);
-    TiXmlElement& root = *document.FirstChildElement("Preset");
+    document.LinkEndChild(new TiXmlDeclaration("1.0", "", "no"));
+    document.LinkEndChild(new TiXmlComment(" Effect's Preset File "));
+    TiXmlElement& root = *document.LinkEndChild(new TiXmlElement("Preset"))->ToElement();
     root.SetAttribute("Name", preset.name);
     root.SetAttribute("LibraryName", preset.effectLibrary);
     root.SetAttribute("EffectName", preset.effectName);
     for (const PresetEntry& entry : preset.entries) {
-        TiXmlElement parameter("parameter");
-        writeEntry(parameter, entry);
-        root.InsertEndChild(parameter);
+        writeEntry(*root.LinkEndChild(new TiXmlElement("parameter"))->ToElement(), entry);
     }
     TiXmlPrinter printer;
     document.Accept(&printer);
@@ -117,13 +115,12 @@ std::string presetText(const Preset& preset) {
 }
 
 std::optional<Preset> parsePreset(const std::string& text) {
-    if (text.size() > kMaxPresetBytes || !isPresetMarkup(text)) {
+    TiXmlDocument document;
+    if (text.size() > kMaxPresetBytes || !readPresetMarkup(text, document)) {
         return std::nullopt;
     }
-    TiXmlDocument document;
-    document.Parse(text.c_str(), nullptr, TIXML_ENCODING_UTF8);
     const TiXmlElement* root = document.FirstChildElement("Preset");
-    if (document.Error() || root == nullptr) {
+    if (root == nullptr) {
         return std::nullopt;
     }
     Preset preset{attributeOr(*root, "Name"), attributeOr(*root, "LibraryName"), attributeOr(*root, "EffectName"), {}};

@@ -1,10 +1,13 @@
 #include "support/preset_markup.h"
 
+#include <tinyxml.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -29,17 +32,39 @@ constexpr bool isNamePart(char character) {
     return isNameStart(character) || (character >= '0' && character <= '9') || character == '-' || character == '.';
 }
 
-/// Walks over the text; every `take` answers whether what it is named after stood there.
+/// Whether XML allows the character in a text. It refuses the two noncharacters of the first plane alone, and delete is
+/// refused here beside the control characters.
+constexpr bool isTextCharacter(std::uint32_t code) {
+    const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
+    return code >= 0x20 && code != 0x7F && !isSurrogate && code != 0xFFFE && code != 0xFFFF && code <= 0x10FFFF;
+}
+
+void appendUtf8(std::string& text, std::uint32_t code) {
+    if (code < 0x80) {
+        text += static_cast<char>(code);
+        return;
+    }
+    const int following = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+    constexpr std::array<unsigned, 4> kLead = {0, 0xC0, 0xE0, 0xF0};
+    text += static_cast<char>(kLead[static_cast<std::size_t>(following)] | (code >> (6 * following)));
+    for (int i = following - 1; i >= 0; --i) {
+        text += static_cast<char>(0x80U | ((code >> (6 * i)) & 0x3FU));
+    }
+}
+
+/// Walks over the text; every `take` answers whether what it is named after stood there. Every node belongs to the
+/// document before the next allocation, so none is lost when memory runs out.
 class Scanner {
 public:
     explicit Scanner(std::string_view text) : m_rest(text) {}
 
-    bool takeDocument() {
+    bool takeDocument(TiXmlDocument& document) {
         takeToken("\xEF\xBB\xBF");
-        if (m_rest.substr(0, 5) == "<?xml" && !takeDeclaration()) {
+        TiXmlElement declaration("xml");
+        if (m_rest.substr(0, 5) == "<?xml" && !takeDeclaration(declaration)) {
             return false;
         }
-        return takeMisc() && takeElements() && takeMisc() && m_rest.empty();
+        return takeMisc() && takeElements(document) && takeMisc() && m_rest.empty();
     }
 
 private:
@@ -68,30 +93,39 @@ private:
         return true;
     }
 
-    bool takeReference() {
-        constexpr std::array<std::string_view, 5> kReferences = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
-        return takeNumericReference() ||
-               std::any_of(kReferences.begin(), kReferences.end(),
-                           [this](std::string_view reference) { return takeToken(reference); });
+    bool takeReference(std::string& value) {
+        struct Reference {
+            std::string_view text;
+            char character;
+        };
+        constexpr std::array<Reference, 5> kReferences = {
+            {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}}};
+        const auto* const found = std::find_if(kReferences.begin(), kReferences.end(),
+                                               [this](const Reference& each) { return takeToken(each.text); });
+        if (found == kReferences.end()) {
+            return takeNumericReference(value);
+        }
+        value += found->character;
+        return true;
     }
 
     /// To a character that may stand in a text as it is.
-    bool takeNumericReference() {
+    bool takeNumericReference(std::string& value) {
         if (!takeToken("&#")) {
             return false;
         }
         const int base = takeToken("x") ? 16 : 10;
         std::uint32_t code = 0;
         const auto [end, error] = std::from_chars(m_rest.data(), m_rest.data() + m_rest.size(), code, base);
-        const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
-        if (error != std::errc() || code < 0x20 || code == 0x7F || code > 0x10FFFF || isSurrogate) {
+        if (error != std::errc() || !isTextCharacter(code)) {
             return false;
         }
         m_rest.remove_prefix(static_cast<std::size_t>(end - m_rest.data()));
+        appendUtf8(value, code);
         return takeToken(";");
     }
 
-    bool takeValue() {
+    bool takeValue(std::string& value) {
         const char quote = m_rest.empty() ? '\0' : m_rest.front();
         if (quote != '"' && quote != '\'') {
             return false;
@@ -99,12 +133,13 @@ private:
         m_rest.remove_prefix(1);
         while (!m_rest.empty() && m_rest.front() != quote) {
             if (m_rest.front() == '&') {
-                if (!takeReference()) {
+                if (!takeReference(value)) {
                     return false;
                 }
             } else if (m_rest.front() == '<' || static_cast<unsigned char>(m_rest.front()) < 0x20) {
                 return false;
             } else {
+                value += m_rest.front();
                 m_rest.remove_prefix(1);
             }
         }
@@ -116,7 +151,7 @@ private:
     }
 
     /// Attributes, each behind white space and each name once, and the white space behind the last.
-    bool takeAttributes() {
+    bool takeAttributes(TiXmlElement& element) {
         std::array<std::string_view, kMaxAttributes> names;
         std::size_t count = 0;
         while (takeBlanks() && !m_rest.empty() && isNameStart(m_rest.front())) {
@@ -134,42 +169,45 @@ private:
                 return false;
             }
             takeBlanks();
-            if (!takeValue()) {
+            std::string value;
+            if (!takeValue(value)) {
                 return false;
             }
+            element.SetAttribute(std::string(name), value);
         }
         return true;
     }
 
     /// The form with a bare ">" is the one that new preset files start from.
-    bool takeDeclaration() { return takeToken("<?xml") && takeAttributes() && (takeToken("?>") || takeToken(">")); }
+    bool takeDeclaration(TiXmlElement& declaration) {
+        return takeToken("<?xml") && takeAttributes(declaration) && (takeToken("?>") || takeToken(">"));
+    }
 
-    /// White space and comments. False for a comment without an end.
+    /// White space and comments. False for a comment without an end, or with two hyphens before it.
     bool takeMisc() {
         for (;;) {
             takeBlanks();
             if (!takeToken("<!--")) {
                 return true;
             }
-            const std::size_t end = m_rest.find("-->");
-            if (end == std::string_view::npos) {
+            m_rest.remove_prefix(std::min(m_rest.find("--"), m_rest.size()));
+            if (!takeToken("-->")) {
                 return false;
             }
-            m_rest.remove_prefix(end + 3);
         }
     }
 
     /// The root element with all that it holds.
-    bool takeElements() {
-        std::vector<std::string_view> open;
+    bool takeElements(TiXmlDocument& document) {
+        std::vector<TiXmlNode*> open{&document};
         std::size_t count = 0;
         do {
             std::string_view name;
             if (!takeMisc()) {
                 return false;
             }
-            if (!open.empty() && takeToken("</")) {
-                if (!takeName(name) || name != open.back()) {
+            if (open.size() > 1 && takeToken("</")) {
+                if (!takeName(name) || name != open.back()->ValueStr()) {
                     return false;
                 }
                 takeBlanks();
@@ -179,16 +217,20 @@ private:
                 open.pop_back();
                 continue;
             }
-            if (++count > kMaxElements || !takeToken("<") || !takeName(name) || !takeAttributes()) {
+            if (++count > kMaxElements || !takeToken("<") || !takeName(name)) {
+                return false;
+            }
+            TiXmlNode* const element = open.back()->LinkEndChild(new TiXmlElement(std::string(name)));
+            if (!takeAttributes(*element->ToElement())) {
                 return false;
             }
             if (!takeToken("/>")) {
-                if (!takeToken(">") || open.size() == kMaxDepth) {
+                if (!takeToken(">") || open.size() > kMaxDepth) {
                     return false;
                 }
-                open.push_back(name);
+                open.push_back(element);
             }
-        } while (!open.empty());
+        } while (open.size() > 1);
         return true;
     }
 
@@ -196,16 +238,19 @@ private:
 };
 
 bool isPlainText(std::string_view text) {
-    return std::none_of(text.begin(), text.end(), [](char character) {
+    const bool isPlain = std::none_of(text.begin(), text.end(), [](char character) {
         const auto byte = static_cast<unsigned char>(character);
         return (byte < 0x20 && !isBlank(character)) || byte == 0x7F;
     });
+    constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
+    return isPlain && text.find(kNoncharacters[0]) == std::string_view::npos &&
+           text.find(kNoncharacters[1]) == std::string_view::npos && platform::fromUtf8(text);
 }
 
 }  // namespace
 
-bool isPresetMarkup(std::string_view text) {
-    return isPlainText(text) && platform::fromUtf8(text) && Scanner(text).takeDocument();
+bool readPresetMarkup(std::string_view text, TiXmlDocument& document) {
+    return isPlainText(text) && Scanner(text).takeDocument(document);
 }
 
 }  // namespace lumiset

@@ -1,6 +1,7 @@
 #include "support/preset_markup.h"
 
 #include <gtest/gtest.h>
+#include <tinyxml.h>
 
 #include <string>
 
@@ -13,6 +14,11 @@ std::string repeated(const std::string& text, int count) {
         all += text;
     }
     return all;
+}
+
+bool isPresetMarkup(const std::string& text) {
+    TiXmlDocument document;
+    return readPresetMarkup(text, document);
 }
 
 TEST(PresetMarkup, TakesTheFormsThatPresetsAreWrittenIn) {
@@ -28,6 +34,13 @@ TEST(PresetMarkup, TakesTheFormsThatPresetsAreWrittenIn) {
          }) {
         EXPECT_TRUE(isPresetMarkup(text)) << text.substr(0, 100);
     }
+}
+
+TEST(PresetMarkup, ReadsReferencesAsTheCharactersThatTheyStandFor) {
+    TiXmlDocument document;
+    ASSERT_TRUE(
+        readPresetMarkup("<a b='&amp;amp;&lt;&gt;&quot;&apos;&#65;&#xe9;&#x20AC;&#x1f600;&#xFFFD;'/>", document));
+    EXPECT_STREQ(document.RootElement()->Attribute("b"), "&amp;<>\"'A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBD");
 }
 
 TEST(PresetMarkup, RefusesEverythingElse) {
@@ -78,6 +91,12 @@ TEST(PresetMarkup, RefusesEverythingElse) {
              std::string(" <?xml version='1.0'?><a/>"),
              std::string("<!-- <a/>"),
              std::string("<a><!-- </a>"),
+             std::string("<!-- a -- b --><a/>"),
+             std::string("<!-- a ---><a/>"),
+             std::string("<a b='\xEF\xBF\xBE'/>"),
+             std::string("<!-- \xEF\xBF\xBF --><a/>"),
+             std::string("<a b='&#xFFFE;'/>"),
+             std::string("<a b='&#65535;'/>"),
              std::string("<a b='\x01'/>"),
              std::string("<a b='\xFF'/>"),
              std::string("<a b='\xC0\xAF'/>"),
