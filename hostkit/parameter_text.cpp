@@ -117,6 +117,29 @@ bool parseNumber(std::string_view text, double& number) {
     return error == std::errc() && stop == end && std::isfinite(number);
 }
 
+bool parseTime(std::string_view text, double& seconds) {
+    constexpr double kLatest = 1e9;  // a number of microseconds all the same
+    std::string_view rest = trimmed(text);
+    if (rest.size() > 1 && rest.back() == 's') {
+        rest.remove_suffix(1);
+    }
+    double sum = 0.0;
+    for (int part = 0; part < 3; ++part) {
+        const std::size_t colon = rest.find(':');
+        double number = 0.0;
+        if (!parseNumber(rest.substr(0, colon), number) || number < 0.0) {
+            return false;
+        }
+        sum = sum * 60.0 + number;
+        if (colon == std::string_view::npos) {
+            seconds = std::min(sum, kLatest);
+            return true;
+        }
+        rest.remove_prefix(colon + 1);
+    }
+    return false;
+}
+
 std::string formatNumber(double number, int decimals) {
     std::array<char, 400> buffer{};
     const auto [end, error] =

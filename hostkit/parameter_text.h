@@ -28,4 +28,8 @@ namespace lumiset::hostkit {
 /// The whole text as a finite number with a decimal point, whatever the locale; false when it is not one.
 [[nodiscard]] bool parseNumber(std::string_view text, double& number);
 
+/// A time from 0 on, in seconds, "90", "1.5s", or with minutes and hours before them, "1:30", "0:01:30.5". False when
+/// it is none; what lies beyond the end of everything becomes 1e9.
+[[nodiscard]] bool parseTime(std::string_view text, double& seconds);
+
 }  // namespace lumiset::hostkit

@@ -30,12 +30,21 @@ private:
 }  // namespace
 
 bool GPURenderer::canRender(IVideoGPUEffect& effect, IEffectHost& host) {
-    const auto [entry, isNew] = m_effects.try_emplace(&effect, false);
-    if (isNew) {
-        GPUProgramSet status{};
-        entry->second = effect.InitGPU(&host, &m_gl, &status, 0);
+    const auto known = m_effects.find(&effect);
+    if (known != m_effects.end()) {
+        return known->second.renders;
     }
-    return entry->second;
+    // Those that nobody else has any more are given up, as hosts make new ones whenever something is applied.
+    std::erase_if(m_effects, [](const auto& each) {
+        each.first->AddRef();
+        return each.first->Release() == 1;
+    });
+    effect.AddRef();
+    auto held = ComPtr<IVideoGPUEffect>::adopt(&effect);
+    GPUProgramSet status{};
+    const bool renders = effect.InitGPU(&host, &m_gl, &status, 0);
+    m_effects.emplace(&effect, Known{std::move(held), renders});
+    return renders;
 }
 
 bool GPURenderer::render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <map>
+#include <utility>
 
 #include "host/video_effect.h"
+#include "hostkit/com_ptr.h"
 #include "hostkit/gl/gl_host.h"
 
 namespace lumiset::hostkit {
@@ -32,8 +34,7 @@ private:
     IHostGL& m_gl;
 };
 
-/// Renders frames in memory through effects' OpenGL renderers. Used on the thread that made its `GLHost`; the
-/// effects given to it must outlive it.
+/// Renders frames in memory through effects' OpenGL renderers. Used on the thread that has its `GLHost`.
 class GPURenderer {
 public:
     explicit GPURenderer(GLHost& gl) : m_gl(gl) {}
@@ -56,7 +57,11 @@ private:
     [[nodiscard]] bool canRender(IVideoGPUEffect& effect, IEffectHost& host);
 
     GLHost& m_gl;
-    std::map<IVideoGPUEffect*, bool> m_effects;  ///< what `InitGPU` answered
+    struct Known {
+        ComPtr<IVideoGPUEffect> effect;  ///< held, so that no other effect gets its address
+        bool renders;                    ///< what `InitGPU` answered
+    };
+    std::map<IVideoGPUEffect*, Known> m_effects;
     bool m_measuring = false;
     Times m_times;
 };

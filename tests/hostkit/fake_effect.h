@@ -68,6 +68,7 @@ public:
         return index == 5 ? "Sets the hour" : "";
     }
     bool LUMISET_CALL InitGPU(IEffectHost*, GPUResources*, GPUProgramSet*, std::uint32_t) noexcept override {
+        ++asked;
         return false;
     }
     bool LUMISET_CALL ProcessFrameGPU(std::uint32_t, IEffectHost*, GPUResources*, const GPUFrameDesc*, void*,
@@ -81,6 +82,7 @@ public:
     }
 
     std::uint32_t references = 1;
+    int asked = 0;  ///< whether it renders in OpenGL
 
 private:
     template <std::size_t kSize>

@@ -153,6 +153,21 @@ TEST(ParameterText, NamesTheRangeForWhatDoesNotFit) {
     }
 }
 
+TEST(ParameterText, ReadsTimesAsPeopleWriteThem) {
+    struct Case {
+        const char* text;
+        double seconds;  // below 0: no time
+    };
+    constexpr Case kCases[] = {{"90", 90.0},      {" 1.5s ", 1.5}, {"1:30", 90.0}, {"1:00:00.5s", 3600.5},
+                               {"1e12", 1e9},     {"s", -1.0},     {"-1", -1.0},   {"1:-2", -1.0},
+                               {"1:2:3:4", -1.0}, {"1:", -1.0},    {"", -1.0},     {"1 s 2", -1.0}};
+    for (const Case& each : kCases) {
+        double seconds = -1.0;
+        EXPECT_EQ(parseTime(each.text, seconds), each.seconds >= 0.0) << each.text;
+        EXPECT_EQ(seconds, each.seconds) << each.text;
+    }
+}
+
 TEST(ParameterStore, RunsInStraightLinesBetweenKeysAndHoldsOutside) {
     const EffectDescription effect = fake();
     ParameterStore store(effect);

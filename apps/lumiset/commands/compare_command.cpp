@@ -14,7 +14,6 @@
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/render/picture_frame.h"
-#include "apps/lumiset/render/time_text.h"
 #include "apps/lumiset/sheets/sheet.h"
 #include "hostkit/gl/gpu_renderer.h"
 #include "hostkit/host_allocator.h"

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
-#include "apps/lumiset/program.h"
+#include "hostkit/effect_catalogue.h"
 
 namespace lumiset::app {
 
@@ -15,7 +16,11 @@ struct Finding {
     bool fatal = false;       ///< effects cannot be rendered
 };
 
-/// Looks for everything that belongs to an installation. Changes nothing.
-[[nodiscard]] std::vector<Finding> examine(Program& program);
+/// The folders that an environment variable lists with colons between them.
+[[nodiscard]] std::vector<std::filesystem::path> foldersIn(const char* variable);
+
+/// Tells of each folder where hosts look for frei0r plug-ins, and of the one that belongs to this program, which of the
+/// plug-ins are there and whether they are of this version.
+void addFrei0rFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue);
 
 }  // namespace lumiset::app

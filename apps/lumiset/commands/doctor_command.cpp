@@ -1,14 +1,181 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <stdexcept>
 
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/commands/doctor.h"
+#include "apps/lumiset/user_options.h"
+#include "hostkit/frame_buffer.h"
+#include "hostkit/gl/gl_host.h"
+#include "platform/crash_reports.h"
 
 namespace lumiset::app {
 namespace {
+
+using Paths = std::vector<std::filesystem::path>;
+
+constexpr const char* kReinstall = "Install Lumiset again, or name the module with --module or LUMISET_MODULE.";
+
+bool isProgram(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
+}
+
+/// The program of that name that a shell would run, or an empty path.
+std::filesystem::path programInPath(const char* name) {
+    for (const std::filesystem::path& folder : foldersIn("PATH")) {
+        if (isProgram(folder / name)) {
+            return folder / name;
+        }
+    }
+    return {};
+}
+
+/// True when the effect renders a small grey picture.
+bool renders(IEffectLibrary& library, const hostkit::EffectDescription& effect) {
+    constexpr std::int32_t kSize = 32;
+    const auto object = hostkit::ComPtr<IVideoGPUEffect>::adopt(library.CreateEffect(effect.index));
+    hostkit::FrameBuffer source(kSize, kSize, kFormatBgra8);
+    const hostkit::FrameBuffer destination(kSize, kSize, kFormatBgra8);
+    for (std::int32_t y = 0; y < kSize; ++y) {
+        std::fill_n(source.row(y), 4 * kSize, std::uint8_t{128});
+    }
+    FrameRenderInfo info{};
+    info.field = FrameRenderInfo::kWholeFrame;
+    return object && object->ProcessFrame(nullptr, &source.desc(), nullptr, &destination.desc(), &info);
+}
+
+Finding effectsFinding(Program& program) {
+    const auto& effects = program.catalogue().effects();
+    std::vector<std::string> failing;
+    for (const hostkit::EffectDescription& effect : effects) {
+        if (!renders(program.effectLibrary(), effect)) {
+            failing.push_back(effect.name);
+        }
+    }
+    if (effects.empty() || !failing.empty()) {
+        return {"Effects", fmt::format("{}, of which do not render: {}", effects.size(), fmt::join(failing, ", ")),
+                kReinstall, true};
+    }
+    return {"Effects", fmt::format("{}, all of which render", effects.size()), {}, false};
+}
+
+bool isRunning(const std::filesystem::path& file) {
+    std::error_code error;
+    for (const auto& process : std::filesystem::directory_iterator("/proc", error)) {
+        if (std::filesystem::read_symlink(process.path() / "exe", error) == file) {
+            return true;
+        }
+    }
+    return false;
+}
+
+Finding monitorFinding(const std::filesystem::path& module) {
+    const std::filesystem::path monitor = std::filesystem::weakly_canonical(module).parent_path() / "GPUMonitor";
+    if (!isProgram(monitor)) {
+        return {"Monitor", "not beside the module", "Install Lumiset again: crashes in OpenGL are not noticed."};
+    }
+    return {"Monitor", monitor.string() + (isRunning(monitor) ? ", running" : ", not running now")};
+}
+
+Finding glFinding() {
+    try {
+        const hostkit::GLHost gl([](const std::string&) {});
+        return {"OpenGL", fmt::format("{}, version {}", gl.info().renderer, gl.info().version)};
+    } catch (const hostkit::GLError& error) {
+        return {"OpenGL", error.what(), "Install a driver, libegl1 and libgl1-mesa-dri for one; --gpu needs it."};
+    }
+}
+
+Finding optionsFinding(IEffectLibrary& library) {
+    const auto services = servicesOf(library);
+    std::vector<std::string> set;
+    for (const UserOption& option : kUserOptions) {
+        if ((services.get()->*option.get)()) {
+            set.emplace_back(option.name);
+        }
+    }
+    return {"Options", set.empty() ? "none is set" : fmt::format("{}", fmt::join(set, ", "))};
+}
+
+/// Effects that crashed in OpenGL stay off it.
+Finding crashesFinding() {
+    std::set<std::string> effects;
+    for (const platform::CrashReport& report : platform::crashReports()) {
+        effects.insert(report.effect);
+    }
+    if (effects.empty()) {
+        return {"Crashes", "none is reported"};
+    }
+    return {"Crashes", fmt::format("in OpenGL, of {}", fmt::join(effects, ", ")),
+            "\"lumiset gpu reset\" lets these effects render in OpenGL again, once the driver is mended."};
+}
+
+/// What a program prints, in the user's PATH; empty when it fails.
+std::string outputOf(const char* command) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(::popen(command, "r"), ::pclose);
+    std::string text;
+    std::array<char, 4096> part{};
+    while (pipe != nullptr) {
+        const std::size_t size = std::fread(part.data(), 1, part.size(), pipe.get());
+        if (size == 0) {
+            break;
+        }
+        text.append(part.data(), size);
+    }
+    return text;
+}
+
+void addTools(std::vector<Finding>& findings) {
+    for (const char* name : {"ffmpeg", "melt", "gst-launch-1.0"}) {
+        const std::filesystem::path path = programInPath(name);
+        if (path.empty()) {
+            findings.push_back({name, "not installed", {}, false});
+        } else if (std::string(name) == "ffmpeg" &&
+                   outputOf("ffmpeg -hide_banner -filters 2>/dev/null").find(" frei0r ") == std::string::npos) {
+            findings.push_back({name, path.string() + ", without the frei0r filter",
+                                "Use an ffmpeg built with frei0r to have the effects in it.", false});
+        } else {
+            findings.push_back({name, path.string(), {}, false});
+        }
+    }
+}
+
+/// Looks for everything that belongs to an installation. Changes nothing.
+std::vector<Finding> examine(Program& program) {
+    std::vector<Finding> findings;
+    std::error_code error;
+    findings.push_back(
+        {"Program", std::filesystem::read_symlink("/proc/self/exe", error).string() + ", version " LUMISET_VERSION});
+    bool loaded = false;
+    try {
+        findings.push_back({"Module", program.module().path().string()});
+        loaded = true;
+        findings.push_back(effectsFinding(program));
+    } catch (const std::exception& reason) {
+        findings.push_back({loaded ? "Effects" : "Module", reason.what(), kReinstall, true});
+    }
+    if (loaded) {
+        findings.push_back(optionsFinding(program.effectLibrary()));
+        findings.push_back(monitorFinding(program.module().path()));
+    }
+    findings.push_back(glFinding());
+    if (loaded) {
+        findings.push_back(crashesFinding());
+        addFrei0rFolders(findings, program.catalogue());
+    }
+    addTools(findings);
+    return findings;
+}
 
 bool usable(const std::vector<Finding>& findings) {
     return std::none_of(findings.begin(), findings.end(), [](const Finding& each) { return each.fatal; });

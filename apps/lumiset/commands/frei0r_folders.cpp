@@ -1,4 +1,4 @@
-#include "apps/lumiset/commands/frei0r_folders.h"
+#include "apps/lumiset/commands/doctor.h"
 
 #include <fmt/format.h>
 

@@ -13,7 +13,6 @@
 #include "apps/lumiset/render/ordered_pipeline.h"
 #include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/render/progress.h"
-#include "apps/lumiset/render/time_text.h"
 #include "apps/lumiset/sheets/sheet.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/host_allocator.h"

@@ -3,8 +3,8 @@
 
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/help.h"
+#include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/render/render.h"
-#include "apps/lumiset/render/time_text.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/parameter_text.h"
 

@@ -28,12 +28,11 @@ EffectRequest::Setting parseSetting(const std::string& text) {
 }
 
 EffectRequest::Key parseKey(const std::string& text) {
-    constexpr const char* kForm = "Label@SECONDS=value";
+    constexpr const char* kForm = "Label@TIME=value";
     auto [name, value] = splitAssignment(text, "--key", kForm);
     const std::size_t at = name.rfind('@');
     EffectRequest::Key key{{}, 0.0, std::move(value)};
-    if (at == std::string::npos ||
-        !hostkit::parseNumber(hostkit::trimmed(std::string_view(name).substr(at + 1)), key.timeSeconds)) {
+    if (at == std::string::npos || !hostkit::parseTime(std::string_view(name).substr(at + 1), key.timeSeconds)) {
         throw UsageError(std::string("--key takes \"") + kForm + "\", not \"" + text + "\".");
     }
     key.label = name.substr(0, at);
@@ -57,7 +56,7 @@ EffectOptions::EffectOptions(CLI::App& command, Kind kind) : m_command(command),
     m_presetFile = addRepeated("--preset-file", m_presetFiles, "FILE", "preset file for " + whose);
     m_set = addRepeated("--set,-s", m_sets, "\"Label=value\"", "value for " + whose);
     if (kind == kAnimatedChain) {
-        m_key = addRepeated("--key,-k", m_keys, "\"Label@SECONDS=value\"", "keyframe for " + whose);
+        m_key = addRepeated("--key,-k", m_keys, "\"Label@TIME=value\"", "keyframe for " + whose);
     }
 }
 

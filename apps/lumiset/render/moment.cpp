@@ -6,6 +6,9 @@
 #include <cmath>
 #include <memory>
 
+#include "apps/lumiset/usage_error.h"
+#include "hostkit/parameter_text.h"
+
 namespace lumiset::app {
 namespace {
 
@@ -54,6 +57,14 @@ Moment readMoment(const std::string& input, std::optional<double> timeSeconds) {
         readUpTo(seconds, timeSeconds.has_value(), input, *source, moment.picture);
     }
     return moment;
+}
+
+double parseTime(const std::string& text, const std::string& option) {
+    double seconds = 0.0;
+    if (!hostkit::parseTime(text, seconds)) {
+        throw UsageError(fmt::format("{} takes seconds or [hours:]minutes:seconds, not \"{}\".", option, text));
+    }
+    return seconds;
 }
 
 std::string secondsText(double seconds) {

@@ -17,6 +17,9 @@ struct Moment {
 /// than 3 seconds. A still picture is taken to stand at that time, for effects that move. Throws media::MediaError.
 [[nodiscard]] Moment readMoment(const std::string& input, std::optional<double> timeSeconds);
 
+/// The time that an option was given. Throws `UsageError`, which names the option.
+[[nodiscard]] double parseTime(const std::string& text, const std::string& option);
+
 /// "2 s", as people write it.
 [[nodiscard]] std::string secondsText(double seconds);
 

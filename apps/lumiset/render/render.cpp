@@ -7,11 +7,12 @@
 #include <thread>
 
 #include "apps/lumiset/messages.h"
-#include "apps/lumiset/render/gpu_frames.h"
+#include "apps/lumiset/render/gpu_refusal.h"
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/ordered_pipeline.h"
 #include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/render/progress.h"
+#include "hostkit/gl/gpu_frames.h"
 #include "hostkit/host_allocator.h"
 #include "media/media.h"
 
@@ -42,6 +43,20 @@ media::SourceOptions sourceOptions(const RenderRequest& request) {
 
 int renderThreads(const RenderRequest& request) {
     return request.threads > 0 ? request.threads : static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+}
+
+/// Null, and a sentence on standard error, where there is no OpenGL that effects can use.
+std::unique_ptr<hostkit::GPUFrames> openGPU(IEffectLibrary& library) {
+    try {
+        return std::make_unique<hostkit::GPUFrames>(hostkit::GPUFrames::Listener{
+            [](const std::string& sentence) { tell("lumiset: " + sentence + '\n'); },
+            [&library](const std::string& effect) {
+                tell("lumiset: " + refusalInOpenGL(library, effect) + " The processor renders instead.\n");
+            }});
+    } catch (const hostkit::GLError& error) {
+        tell(fmt::format("lumiset: {} The processor renders instead.\n", error.what()));
+        return nullptr;
+    }
 }
 
 /// The writing end of a render.
@@ -104,7 +119,7 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     watchForInterruption();
     const media::VideoFormat& format = source->format();
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
-    const std::unique_ptr<GPUFrames> gpu = request.gpu ? GPUFrames::open(library) : nullptr;
+    const std::unique_ptr<hostkit::GPUFrames> gpu = request.gpu ? openGPU(library) : nullptr;
     const int threads = gpu != nullptr ? 1 : renderThreads(request);
     std::vector<hostkit::Renderer> renderers;
     renderers.reserve(static_cast<std::size_t>(threads));

@@ -1,9 +1,16 @@
-#include "apps/lumiset/shell/completion.h"
+#include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <memory>
 #include <set>
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "apps/lumiset/commands/commands.h"
+#include "apps/lumiset/shell/completion_scripts.h"
+#include "apps/lumiset/shell/shell_line.h"
 #include "apps/lumiset/user_options.h"
 #include "hostkit/names.h"
 #include "hostkit/parameter_text.h"
@@ -13,6 +20,21 @@ namespace {
 
 using hostkit::EffectDescription;
 using hostkit::ParameterDescription;
+
+/// What may stand at the end of a command line that is being typed.
+struct Completion {
+    enum Kind {
+        kWords,       ///< the candidates are whole words
+        kBeginnings,  ///< the candidates go on: "Width=" is followed by a value
+        kFiles,       ///< a file's name stands here
+    };
+    struct Candidate {
+        std::string text;
+        std::string description;
+    };
+    Kind kind = kWords;
+    std::vector<Candidate> candidates;
+};
 
 bool takesValue(const CLI::Option& option) {
     return option.get_items_expected_max() > 0;
@@ -225,8 +247,9 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
            hostkit::equalIgnoringCase(std::string_view(text).substr(0, beginning.size()), beginning);
 }
 
-}  // namespace
-
+/// The candidates for the last of `words`, whose first is the program and whose last may be empty. Commands and options
+/// are those of `app`; effects, presets and parameters are the module's, which is loaded when they are asked for.
+/// Throws where the module cannot be loaded.
 Completion complete(const CLI::App& app, Program& program, const std::vector<std::string>& words) {
     Place place(app, program);
     for (std::size_t i = 1; i + 1 < words.size(); ++i) {
@@ -242,6 +265,63 @@ Completion complete(const CLI::App& app, Program& program, const std::vector<std
     }
     completion.candidates = std::move(wanted);
     return completion;
+}
+
+struct Request {
+    std::string shell;
+    std::string line;
+    std::string breaks;
+};
+
+CLI::Option* addShell(CLI::App& command, std::string& shell) {
+    return command.add_option("SHELL", shell, "bash, zsh or fish")
+        ->required()
+        ->check(CLI::IsMember(std::vector<std::string>{"bash", "zsh", "fish"}));
+}
+
+std::string answer(const CLI::App& app, Program& program, const Request& request) {
+    const std::vector<ShellWord> line = splitShellLine(request.line, request.breaks);
+    std::vector<std::string> words;
+    words.reserve(line.size());
+    for (const ShellWord& word : line) {
+        words.push_back(word.text);
+    }
+    const Completion completion = complete(app, program, words);
+    constexpr std::array<const char*, 3> kKinds{"words", "beginnings", "files"};
+    std::string text = fmt::format("{}\n", kKinds[completion.kind]);
+    for (const Completion::Candidate& each : completion.candidates) {
+        if (request.shell == "bash") {
+            text += bashReplacement(line.back(), each.text);
+        } else {
+            text += each.text + (each.description.empty() ? "" : "\t" + each.description);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+}  // namespace
+
+void addCompletionCommands(CLI::App& app, Program& program) {
+    const auto request = std::make_shared<Request>();
+    CLI::App& script = addCommand(app, "completions", "Prints what completes the command line in a shell",
+                                  "Prints a script that completes commands, options, effects, presets and parameters "
+                                  "in a shell.\n\nIn bash: eval \"$(lumiset completions bash)\"\n");
+    addShell(script, request->shell);
+    program.onChosen(script, [request] {
+        printText(kCompletionScripts.at(request->shell));
+        return kDone;
+    });
+
+    CLI::App& complete = addCommand(app, "complete", "Prints the candidates for the end of a command line");
+    complete.group("");  // For the scripts alone, so help does not list it.
+    addShell(complete, request->shell);
+    complete.add_option("LINE", request->line, "the command line as far as it is typed")->required();
+    complete.add_option("BREAKS", request->breaks, "COMP_WORDBREAKS of bash");
+    program.onChosen(complete, [request, &app, &program] {
+        printText(answer(app, program, *request));
+        return kDone;
+    });
 }
 
 }  // namespace lumiset::app

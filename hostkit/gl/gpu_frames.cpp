@@ -1,29 +1,16 @@
-#include "apps/lumiset/render/gpu_frames.h"
-
-#include <fmt/format.h>
+#include "hostkit/gl/gpu_frames.h"
 
 #include <chrono>
+#include <utility>
 
-#include "apps/lumiset/messages.h"
-#include "apps/lumiset/render/gpu_refusal.h"
+namespace lumiset::hostkit {
 
-namespace lumiset::app {
-
-std::unique_ptr<GPUFrames> GPUFrames::open(IEffectLibrary& library) {
-    try {
-        return std::unique_ptr<GPUFrames>(new GPUFrames(library));
-    } catch (const hostkit::GLError& error) {
-        tell(fmt::format("lumiset: {} The processor renders instead.\n", error.what()));
-        return nullptr;
-    }
-}
-
-GPUFrames::GPUFrames(IEffectLibrary& library)
-    : m_library(library), m_gl([this](const std::string& message) { say(message); }) {
+GPUFrames::GPUFrames(Listener listener)
+    : m_listener(std::move(listener)), m_gl([this](const std::string& sentence) { hear(sentence); }) {
     m_gl.leaveThread();
 }
 
-void GPUFrames::serve(hostkit::Renderer& renderer) {
+void GPUFrames::serve(Renderer& renderer) {
     renderer.setFirstChoice([this](IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
                                    const VideoFrameDesc& destination, const FrameRenderInfo& info) {
         return render(effect, host, source, destination, info);
@@ -37,11 +24,10 @@ bool GPUFrames::render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFr
     m_gl.takeThread();
     const bool rendered = m_renderer.render(effect, host, source, destination, info);
     m_gl.leaveThread();
-    if (rendered) {
-        return true;
+    if (!rendered && m_left.insert(effect.GetEffectName()).second && m_listener.leftToOthers) {
+        m_listener.leftToOthers(effect.GetEffectName());
     }
-    say(refusalInOpenGL(m_library, effect.GetEffectName()) + " The processor renders instead.");
-    return false;
+    return rendered;
 }
 
 void GPUFrames::stop() {
@@ -49,10 +35,10 @@ void GPUFrames::stop() {
     static_cast<void>(m_frame.try_lock_for(std::chrono::seconds(5)));
 }
 
-void GPUFrames::say(const std::string& sentence) {
-    if (m_said.insert(sentence).second) {
-        tell("lumiset: " + sentence + '\n');
+void GPUFrames::hear(const std::string& sentence) {
+    if (m_heard.insert(sentence).second && m_listener.driver) {
+        m_listener.driver(sentence);
     }
 }
 
-}  // namespace lumiset::app
+}  // namespace lumiset::hostkit
