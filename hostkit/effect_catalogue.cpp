@@ -194,6 +194,23 @@ std::string EffectDescription::shortestName(const ParameterDescription& wanted) 
     return isTheOnly(wanted.path()) ? wanted.path() : '#' + std::to_string(wanted.index);
 }
 
+std::string EffectDescription::plainName(const ParameterDescription& wanted) const {
+    bool sameBox = false;
+    bool otherBox = false;
+    for (const ParameterDescription& other : parameters) {
+        if (&other != &wanted && other.label == wanted.label) {
+            (other.group == wanted.group ? sameBox : otherBox) = true;
+        }
+    }
+    const std::string plain = sameBox && wanted.type == kParamColor ? wanted.label + " Color" : wanted.label;
+    if (!otherBox || wanted.group.empty()) {
+        return plain;
+    }
+    std::string box = wanted.group;
+    std::replace(box.begin(), box.end(), ':', ' ');
+    return box + ": " + plain;
+}
+
 const PresetDescription& EffectDescription::preset(std::string_view asked) const {
     return findNamed(presets, &PresetDescription::uniqueName, asked,
                      name + " has no preset \"" + std::string(trimmed(asked)) + "\".");

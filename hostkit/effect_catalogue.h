@@ -65,6 +65,10 @@ struct EffectDescription {
     [[nodiscard]] const ParameterDescription* parameterAt(std::uint32_t index) const;
     /// The shortest name by which `parameter` finds this one.
     [[nodiscard]] std::string shortestName(const ParameterDescription& wanted) const;
+    /// A name that no two parameters share, also after they are reduced to letters and digits: the label; where that
+    /// occurs again in another group box, "Group: Label"; where it occurs again in the same box a colour says that it
+    /// is one.
+    [[nodiscard]] std::string plainName(const ParameterDescription& wanted) const;
     /// The preset with that unique name, in any case of letters. Throws `ParameterError` for an unknown one.
     [[nodiscard]] const PresetDescription& preset(std::string_view name) const;
 };

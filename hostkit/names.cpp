@@ -53,6 +53,16 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+std::string identifierOf(std::string_view name) {
+    std::string identifier;
+    for (const char c : name) {
+        const bool capital = c >= 'A' && c <= 'Z';
+        const bool kept = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+        identifier += capital ? static_cast<char>(c - 'A' + 'a') : kept ? c : '_';
+    }
+    return identifier;
+}
+
 std::vector<std::string> nearestNames(std::string_view name, const std::vector<std::string>& candidates) {
     struct Near {
         std::size_t distance;

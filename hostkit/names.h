@@ -12,6 +12,10 @@ namespace lumiset::hostkit {
 /// Without white space at both ends.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
+/// For file names and identifiers: ASCII letters in lower case, digits, and an underscore for anything else. "Old TV"
+/// is `old_tv`.
+[[nodiscard]] std::string identifierOf(std::string_view name);
+
 /// Up to three candidates that the writer of `name` may have meant, nearest first: those that it is a part of,
 /// and those within a third of their length in edits (Damerau's edit distance, neighbouring letters swapped
 /// counting as one edit).

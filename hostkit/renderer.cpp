@@ -42,6 +42,11 @@ void Renderer::renderStage(const EffectStage& stage, const VideoFrameDesc& sourc
         return;
     }
     info.flags |= FrameRenderInfo::kHasField;
+    if (context.fields == FieldOrder::kTopFieldAlone || context.fields == FieldOrder::kBottomFieldAlone) {
+        info.field = context.fields == FieldOrder::kBottomFieldAlone ? 1 : 0;
+        processFrame(stage, source, destination, info);
+        return;
+    }
     for (const bool bottom : {false, true}) {
         const VideoFrameDesc sourceField = fieldOf(source, bottom);
         const VideoFrameDesc destinationField = fieldOf(destination, bottom);

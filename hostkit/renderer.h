@@ -19,7 +19,8 @@ struct EffectStage {
     ParameterStore parameters;
 };
 
-enum class FieldOrder { kProgressive, kTopFirst, kBottomFirst };
+/// Of an interlaced frame the field that comes first; or the one field that a frame is, of half the picture's rows.
+enum class FieldOrder { kProgressive, kTopFirst, kBottomFirst, kTopFieldAlone, kBottomFieldAlone };
 
 /// What is known about the frame to render.
 struct FrameContext {

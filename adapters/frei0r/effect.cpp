@@ -1,16 +1,15 @@
 #include "adapters/frei0r/effect.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <mutex>
-#include <set>
 #include <system_error>
 #include <utility>
 
 #include "hostkit/host_allocator.h"
 #include "hostkit/names.h"
 #include "hostkit/preset_file.h"
+#include "hostkit/report.h"
 
 namespace lumiset::frei0r {
 namespace {
@@ -25,20 +24,6 @@ hostkit::ComPtr<IVideoGPUEffect> createEffect(const hostkit::Module& module, std
 
 }  // namespace
 
-void report(const std::string& sentence) noexcept {
-    try {
-        // Left to the end of the program, as everything that a thread may still be in.
-        static std::mutex& mutex = *new std::mutex;
-        static std::set<std::string>& said = *new std::set<std::string>;
-        const std::lock_guard lock(mutex);
-        if (said.insert(sentence).second) {
-            std::fprintf(stderr, "lumiset: %s\n", sentence.c_str());
-        }
-    } catch (const std::exception&) {
-        // No memory to remember what was said: it stays unsaid.
-    }
-}
-
 Effect::Effect(std::uint32_t index)
     : m_object(createEffect(m_module, index)),
       m_description(hostkit::describeEffect(*m_object.get(), index)),
@@ -49,7 +34,7 @@ const Effect* Effect::load(std::uint32_t index) noexcept {
     try {
         return new Effect(index);
     } catch (const std::exception& error) {
-        report(error.what());
+        hostkit::report(error.what());
         return nullptr;
     }
 }
@@ -64,13 +49,13 @@ hostkit::ParameterStore Effect::presetValues(const std::string& preset) const {
     } catch (const hostkit::ParameterError& unknown) {
         std::error_code error;
         if (!std::filesystem::exists(preset, error)) {
-            report(std::string(unknown.what()) + " Nor is it a preset file.");
+            hostkit::report(std::string(unknown.what()) + " Nor is it a preset file.");
             return values;
         }
         try {
             hostkit::loadPresetFile(m_module.effectLibrary(), preset, values);
         } catch (const hostkit::PresetFileError& reason) {
-            report(reason.what());
+            hostkit::report(reason.what());
         }
     }
     return values;

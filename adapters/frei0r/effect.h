@@ -12,9 +12,6 @@
 
 namespace lumiset::frei0r {
 
-/// Tells the person at the terminal, once for each sentence: hosts set all values again for every frame.
-void report(const std::string& sentence) noexcept;
-
 /// What the instances of a plug-in share. Any number of threads may use it.
 class Effect {
 public:

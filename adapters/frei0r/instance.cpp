@@ -5,6 +5,8 @@
 #include <exception>
 #include <stdexcept>
 
+#include "hostkit/report.h"
+
 namespace lumiset::frei0r {
 namespace {
 
@@ -145,7 +147,7 @@ void Instance::update(double hostTime, const void* caller, const std::uint32_t* 
         const std::lock_guard lock(m_mutex);
         render(m_clock.seconds(hostTime, caller), source, destination);
     } catch (const std::exception& error) {
-        report(error.what());
+        hostkit::report(error.what());
         std::memmove(destination, source, std::size_t{m_width} * m_height * kBytesPerPixel);
     }
 }

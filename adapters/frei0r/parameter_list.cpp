@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iterator>
 
+#include "hostkit/names.h"
 #include "hostkit/parameter_text.h"
 
 namespace lumiset::frei0r {
@@ -62,28 +63,6 @@ std::string listed(const std::vector<std::string>& items) {
     return text;
 }
 
-std::string withoutColon(std::string text) {
-    std::replace(text.begin(), text.end(), ':', ' ');
-    return text;
-}
-
-/// The label; where it occurs again in another group box, with its box before it; where it occurs again in the
-/// same box a colour says that it is one.
-std::string nameOf(const EffectDescription& effect, const ParameterDescription& parameter) {
-    bool sameBox = false;
-    bool otherBox = false;
-    for (const ParameterDescription& other : effect.parameters) {
-        if (&other != &parameter && other.label == parameter.label) {
-            (other.group == parameter.group ? sameBox : otherBox) = true;
-        }
-    }
-    std::string name = parameter.label;
-    if (sameBox && parameter.type == kParamColor) {
-        name += " Color";
-    }
-    return otherBox && !parameter.group.empty() ? withoutColon(parameter.group) + ": " + name : name;
-}
-
 Frei0rParamType typeOf(ParamType type) {
     switch (type) {
         case kParamColor:
@@ -98,7 +77,7 @@ Frei0rParamType typeOf(ParamType type) {
 Parameter describe(const EffectDescription& effect, std::size_t source, Role role) {
     const ParameterDescription& description = effect.parameters[source];
     Parameter parameter;
-    parameter.name = nameOf(effect, description);
+    parameter.name = effect.plainName(description);
     parameter.type = typeOf(description.type);
     parameter.explanation = description.tip;
     parameter.role = role;
@@ -144,13 +123,7 @@ std::uint32_t colorWord(const Frei0rColor& color) {
 }
 
 std::string pluginName(std::string_view effectName) {
-    std::string name = "lumiset_";
-    for (const char c : effectName) {
-        const bool capital = c >= 'A' && c <= 'Z';
-        const bool kept = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
-        name += capital ? static_cast<char>(c - 'A' + 'a') : kept ? c : '_';
-    }
-    return name;
+    return "lumiset_" + hostkit::identifierOf(effectName);
 }
 
 std::vector<Parameter> parameterList(const EffectDescription& effect) {

@@ -6,6 +6,7 @@
 
 #include "adapters/frei0r/frei0r_abi.h"
 #include "adapters/frei0r/instance.h"
+#include "hostkit/report.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ void guarded(const Call& call) noexcept {
     try {
         call();
     } catch (const std::exception& error) {
-        lumiset::frei0r::report(error.what());
+        lumiset::hostkit::report(error.what());
     }
 }
 
