@@ -3,6 +3,12 @@
 #include "effects/viewfinder/plan.h"
 
 #include <gtest/gtest.h>
+#include <stb_image.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "platform/resource.h"
 
 namespace lumiset {
 namespace {
@@ -104,6 +110,26 @@ TEST(ViewfinderPlan, MarksKeepTheirShapeOnScreenWhateverAPixelIs) {
     EXPECT_EQ(scaledCell(Artwork::kBattery, field).height, 28);
     EXPECT_EQ(fontSize(frameOf(100, 170, true)).height, 26) << "27 is made even";
     EXPECT_EQ(planOverlay(everything(), frameOf(40, 12)).markCount, 0U) << "too low for a font";
+}
+
+TEST(ViewfinderArtwork, IsStoredInFourChannelsWithAnOpaqueAlpha) {
+    for (const std::uint32_t id : {501U, 601U, 701U, 801U}) {
+        const std::span<const std::uint8_t> file = platform::findResource(id);
+        int width = 0;
+        int height = 0;
+        int channels = 0;
+        const std::unique_ptr<std::uint8_t[], decltype(&std::free)> pixels(
+            stbi_load_from_memory(file.data(), static_cast<int>(file.size()), &width, &height, &channels, 4),
+            &std::free);
+        ASSERT_NE(pixels, nullptr) << id;
+        EXPECT_EQ(channels, 4) << id;
+        int wrong = 0;
+        for (std::int32_t i = 0; i < width * height; ++i) {
+            const std::uint8_t* pixel = pixels.get() + 4 * i;
+            wrong += pixel[0] == pixel[1] && pixel[1] == pixel[2] && pixel[3] == 255 ? 0 : 1;
+        }
+        EXPECT_EQ(wrong, 0) << id;
+    }
 }
 
 }  // namespace
