@@ -42,8 +42,8 @@ std::int32_t quarterPoints(std::int32_t from, std::int32_t to) {
 
 }  // namespace
 
-bool growByEllipse(GPUFrame& frame, ShaderProgram& ellipse, ShaderProgram& ring, EllipseSize size,
-                   const GPUTexture& from, const GPUTexture& to, const GPUTexture& scratch) noexcept {
+bool growByEllipse(GPUFrame& frame, std::size_t ellipse, std::size_t ring, EllipseSize size, const GPUTexture& from,
+                   const GPUTexture& to, const GPUTexture& scratch) noexcept {
     HalfAxes whole{size.width / 2, size.height / 2};
     const bool empty = whole.x < 1 || whole.y < 1;
     if (empty) {
@@ -55,9 +55,9 @@ bool growByEllipse(GPUFrame& frame, ShaderProgram& ellipse, ShaderProgram& ring,
 
     // The two targets alternate so that the last pass ends in `to`.
     const GPUTexture* last = &from;
-    const auto pass = [&](ShaderProgram& shader, const auto& setUniforms) {
+    const auto pass = [&](std::size_t program, const auto& setUniforms) {
         const GPUTexture& target = --passesLeft % 2 == 0 ? to : scratch;
-        frame.pass(shader, *last, target, setUniforms);
+        frame.pass(program, *last, target, setUniforms);
         last = &target;
     };
     HalfAxes done = rings == 0 ? whole : grownAfter(whole, 0, rings);

@@ -1,8 +1,9 @@
 #pragma once
 
-// Image operations of several passes that effects share in OpenGL. Each names its programs, which the effect makes
-// along with its own in `GPUFrame::create`.
+// Image operations of several passes that effects share in OpenGL. Each has its programs, which the effect makes
+// along with its own in `GPUFrame::create` and names by their places there.
 
+#include <cstddef>
 #include <cstdint>
 
 #include "effects/shaders/shader_texts.h"
@@ -33,7 +34,7 @@ struct EllipseSize {
 /// a texel (and its centre, as long as the ring is at most twice as large as what it grows). So the
 /// number of texels read grows with the square root of the size: about 155 for a diameter of 192. The edge of
 /// a large ellipse stays within about one texel of the true one's.
-bool growByEllipse(GPUFrame& frame, ShaderProgram& ellipse, ShaderProgram& ring, EllipseSize size,
-                   const GPUTexture& from, const GPUTexture& to, const GPUTexture& scratch) noexcept;
+bool growByEllipse(GPUFrame& frame, std::size_t ellipse, std::size_t ring, EllipseSize size, const GPUTexture& from,
+                   const GPUTexture& to, const GPUTexture& scratch) noexcept;
 
 }  // namespace lumiset

@@ -15,7 +15,7 @@ public:
     [[nodiscard]] GPUTexture& picture() { return *m_current; }
 
     /// The first pass: draws the source through the colour matrix of `color_matrix.frag`.
-    void adjustColor(ShaderProgram& program, const float (&matrix)[3][4]) {
+    void adjustColor(std::size_t program, const float (&matrix)[3][4]) {
         m_frame.pass(program, m_frame.source(), *m_current, [&](ShaderProgram& shader) {
             constexpr const char* kNames[] = {"matrixRow0", "matrixRow1", "matrixRow2"};
             for (std::size_t i = 0; i < 3; ++i) {
@@ -25,7 +25,7 @@ public:
     }
 
     template <class SetUniforms>
-    void draw(ShaderProgram& program, SetUniforms&& setUniforms) {
+    void draw(std::size_t program, SetUniforms&& setUniforms) {
         m_frame.pass(program, *m_current, *m_other, setUniforms);
         swap();
     }

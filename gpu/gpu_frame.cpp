@@ -56,25 +56,53 @@ bool GPUFrame::create(std::size_t temporaries, std::span<const GPUProgramSource>
     return m_ok;
 }
 
-bool GPUFrame::begin(ShaderProgram& shader, const GPUTexture& to) noexcept {
+ShaderProgram* GPUFrame::begin(std::size_t program, const PassInputs& from, const GPUTexture& to) noexcept {
+    ShaderProgram& shader = m_programs[program];
     m_ok = m_ok && m_gpu.SetRenderTarget(&to, false, 0, 0) && m_gpu.UseProgram(shader);
-    if (m_ok) {
-        shader.SetInt("SwapChannels", NeedsChannelSwap(m_source) ? 1 : 0);
+    if (!m_ok) {
+        return nullptr;
     }
-    return m_ok;
+    constexpr struct {
+        const char* name;
+        std::size_t stage;
+    } kOrders[] = {{"SwapChannels", 0},
+                   {"SwapChannelsSrc", 0},
+                   {"SwapChannelsSrc0", 0},
+                   {"SwapChannelsSrc1", 1},
+                   {"SwapChannelsSrc2", 2}};
+    for (const auto& [name, stage] : kOrders) {
+        if (const GPUTexture* texture = from[stage]) {
+            shader.SetInt(name, NeedsChannelSwap(*texture) ? 1 : 0);
+        }
+    }
+    // A quad takes two textures along with it.
+    for (std::uint32_t stage = 2; stage < PassInputs::kMost; ++stage) {
+        if (const GPUTexture* texture = from[stage]) {
+            shader.SetTextureStage(stage, *texture, 0.0F, 0.0F, 1.0F, 1.0F);
+        }
+    }
+    return &shader;
+}
+
+void GPUFrame::draw(const PassInputs& from, const QuadRect* rect) noexcept {
+    const GPUTexture& first = from.first();
+    const bool turned = m_turnSource && &first == &m_source;
+    const GPUTexture* second = from[1];
+    m_ok = m_ok &&
+           (second != nullptr ? m_gpu.DrawQuad2(first, *second, turned, rect) : m_gpu.DrawQuad(first, turned, rect));
 }
 
 void GPUFrame::drawRects(const GPUTexture& from, const GPUTexture& to, std::span<const PixelRect> rects) noexcept {
     for (const PixelRect& rect : rects) {
         const QuadRect part{static_cast<double>(rect.left) / to.width, static_cast<double>(rect.top) / to.height,
                             static_cast<double>(rect.right) / to.width, static_cast<double>(rect.bottom) / to.height};
-        m_ok = m_ok && m_gpu.DrawQuad(from, false, &part);
+        draw(from, &part);
     }
 }
 
-bool GPUFrame::blur(ShaderProgram& vertical, ShaderProgram& horizontal, std::int32_t columns, std::int32_t rows,
+bool GPUFrame::blur(std::size_t vertical, std::size_t horizontal, std::int32_t columns, std::int32_t rows,
                     const GPUTexture& from, const GPUTexture& between, const GPUTexture& to) noexcept {
-    m_ok = m_ok && m_gpu.SeparableBlur(columns, rows, from, between, to, horizontal, vertical);
+    m_ok = m_ok && m_gpu.SeparableBlur(columns, rows, from, between, to, m_programs[horizontal], m_programs[vertical]);
     return m_ok;
 }
 

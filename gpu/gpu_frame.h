@@ -15,13 +15,33 @@ struct GPUProgramSource {
     const ProgramText& fragment;
 };
 
+/// What a pass reads: up to four textures, which the program knows as Texture0 to Texture3.
+class PassInputs {
+public:
+    template <class... Textures>
+    PassInputs(const GPUTexture& first, const Textures&... rest) noexcept : m_textures{&first, &rest...} {}
+
+    [[nodiscard]] const GPUTexture& first() const noexcept { return *m_textures[0]; }
+    /// Null for a stage that the pass does not read.
+    [[nodiscard]] const GPUTexture* operator[](std::size_t stage) const noexcept { return m_textures[stage]; }
+
+    static constexpr std::size_t kMost = 4;
+
+private:
+    std::array<const GPUTexture*, kMost> m_textures{};
+};
+
 /// One frame on its way through an effect's passes: the records cropped to their common size, the temporary
 /// textures and the programs, and one flag that ends the frame at the first failure. Whatever was made is given
 /// back when the object goes, and the destination's record is as the host left it.
 ///
-/// Every texture holds the plain channel order. The pass that reads the source has its "SwapChannels" uniform set.
-/// For an effect that knows up from down the source is turned as it is read, so that row 0 of every temporary is
-/// the picture's top; such an effect reads the source in passes of one texture only.
+/// Every texture but the source holds the plain channel order, and each pass tells its program so: "SwapChannels",
+/// "SwapChannelsSrc" and "SwapChannelsSrc0" are 1 where its first texture has the other order, "SwapChannelsSrc1" and
+/// "SwapChannelsSrc2" where the second and the third have. For an effect that knows up from down the source is turned
+/// as it is read, so that row 0 of every temporary is the picture's top; such an effect reads the source in passes of
+/// one texture only.
+///
+/// Passes name their program by its place in the list that `create` was given.
 class GPUFrame {
 public:
     static constexpr std::size_t kMaxTemporaries = 4;
@@ -48,61 +68,42 @@ public:
     /// Free to be used as one more temporary until `finish`.
     [[nodiscard]] GPUTexture& destination() noexcept { return m_destination; }
     [[nodiscard]] GPUTexture& temporary(std::size_t index) noexcept { return m_temporaries[index]; }
-    [[nodiscard]] ShaderProgram& program(std::size_t index) noexcept { return m_programs[index]; }
     [[nodiscard]] bool ok() const noexcept { return m_ok; }
 
     /// Draws `from` into `to` after `setUniforms(ShaderProgram&)`. Does nothing once a step has failed.
     template <class SetUniforms>
-    bool pass(ShaderProgram& shader, const GPUTexture& from, const GPUTexture& to, SetUniforms&& setUniforms) {
-        if (begin(shader, to)) {
-            setUniforms(shader);
-            m_ok = m_gpu.DrawQuad(from, m_turnSource && &from == &m_source, nullptr);
+    bool pass(std::size_t program, const PassInputs& from, const GPUTexture& to, SetUniforms&& setUniforms) {
+        if (ShaderProgram* shader = begin(program, from, to)) {
+            setUniforms(*shader);
+            draw(from, nullptr);
         }
         return m_ok;
     }
-    bool pass(ShaderProgram& shader, const GPUTexture& from, const GPUTexture& to) {
-        return pass(shader, from, to, [](ShaderProgram&) {});
+    bool pass(std::size_t program, const PassInputs& from, const GPUTexture& to) {
+        return pass(program, from, to, [](ShaderProgram&) {});
     }
-    /// The same into a rectangle of `to`, in fractions of it: the quad's texture coordinates 0..1 span the rectangle,
-    /// and what lies outside keeps what it holds.
+    /// The same into rectangles of whole texels of `to`, which should not overlap: the quad's texture coordinates 0..1
+    /// span each of them, and what lies outside keeps what it holds.
     template <class SetUniforms>
-    bool passRect(ShaderProgram& shader, const GPUTexture& from, const GPUTexture& to, const QuadRect& rect,
-                  SetUniforms&& setUniforms) {
-        if (begin(shader, to)) {
-            setUniforms(shader);
-            m_ok = m_gpu.DrawQuad(from, false, &rect);
-        }
-        return m_ok;
-    }
-    /// The same into many rectangles of whole texels of `to`, which should not overlap.
-    template <class SetUniforms>
-    bool passRects(ShaderProgram& shader, const GPUTexture& from, const GPUTexture& to,
-                   std::span<const PixelRect> rects, SetUniforms&& setUniforms) {
-        if (begin(shader, to)) {
-            setUniforms(shader);
+    bool passRects(std::size_t program, const GPUTexture& from, const GPUTexture& to, std::span<const PixelRect> rects,
+                   SetUniforms&& setUniforms) {
+        if (ShaderProgram* shader = begin(program, from, to)) {
+            setUniforms(*shader);
             drawRects(from, to, rects);
         }
         return m_ok;
     }
-    /// The same with two textures.
-    template <class SetUniforms>
-    bool pass2(ShaderProgram& shader, const GPUTexture& from0, const GPUTexture& from1, const GPUTexture& to,
-               SetUniforms&& setUniforms) {
-        if (begin(shader, to)) {
-            setUniforms(shader);
-            m_ok = m_gpu.DrawQuad2(from0, from1, false, nullptr);
-        }
-        return m_ok;
-    }
     /// A separable blur by two programs, of so many taps in each direction.
-    bool blur(ShaderProgram& vertical, ShaderProgram& horizontal, std::int32_t columns, std::int32_t rows,
+    bool blur(std::size_t vertical, std::size_t horizontal, std::int32_t columns, std::int32_t rows,
               const GPUTexture& from, const GPUTexture& between, const GPUTexture& to) noexcept;
 
     /// Presents the finished picture in the destination.
     bool finish(GPUTexture& result) noexcept;
 
 private:
-    bool begin(ShaderProgram& shader, const GPUTexture& to) noexcept;
+    /// The program, ready to draw into `to`; null once a step has failed.
+    ShaderProgram* begin(std::size_t program, const PassInputs& from, const GPUTexture& to) noexcept;
+    void draw(const PassInputs& from, const QuadRect* rect) noexcept;
     void drawRects(const GPUTexture& from, const GPUTexture& to, std::span<const PixelRect> rects) noexcept;
 
     GPUHelper& m_gpu;

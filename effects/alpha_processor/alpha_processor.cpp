@@ -175,21 +175,20 @@ bool CAlphaProcessor::RenderGPU(const ParamReader& params, const FrameFacts& fac
     }
     GPUTexture* shape = &frame.temporary(0);
     GPUTexture* other = &frame.temporary(1);
-    frame.pass(frame.program(kExtract), frame.source(), *shape);
+    frame.pass(kExtract, frame.source(), *shape);
     if (sizes.morphology != Morphology::kNone && sizes.ellipse.width >= 1 && sizes.ellipse.height >= 1) {
         const bool erodes = sizes.morphology == Morphology::kErode;
-        growByEllipse(frame, frame.program(erodes ? kErode : kDilate), frame.program(erodes ? kErodeRing : kDilateRing),
-                      sizes.ellipse, *shape, *other, frame.destination());
+        growByEllipse(frame, erodes ? kErode : kDilate, erodes ? kErodeRing : kDilateRing, sizes.ellipse, *shape,
+                      *other, frame.destination());
         std::swap(shape, other);
     }
     if (sizes.blurWidth >= 1.0F) {
-        frame.blur(frame.program(kBlurVertical), frame.program(kBlurHorizontal),
-                   static_cast<std::int32_t>(std::min(sizes.blurWidth, kMostTaps)),
+        frame.blur(kBlurVertical, kBlurHorizontal, static_cast<std::int32_t>(std::min(sizes.blurWidth, kMostTaps)),
                    static_cast<std::int32_t>(std::min(sizes.blurHeight, kMostTaps)), *shape, frame.destination(),
                    *other);
         std::swap(shape, other);
     }
-    frame.pass2(frame.program(kCompose), frame.source(), *shape, *other, [&](ShaderProgram& program) {
+    frame.pass(kCompose, {frame.source(), *shape}, *other, [&](ShaderProgram& program) {
         program.SetInt("invert", settings.invert ? 1 : 0);
         program.SetInt("multiply", settings.premultiply ? 1 : 0);
         program.SetInt("testMask", settings.testMask ? 1 : 0);

@@ -172,7 +172,7 @@ GPUTexture drawPattern(GPUFrame& frame, const Geometry& geometry) {
     const auto width = static_cast<float>(columns.length);
     const auto height = static_cast<float>(rows.length);
     const GPUTexture upright = part(frame.temporary(0), columns.length, rows.length);
-    frame.pass(frame.program(kCopy), frame.source(), upright, [&](ShaderProgram& program) {
+    frame.pass(kCopy, frame.source(), upright, [&](ShaderProgram& program) {
         program.SetFloat2("regionOrigin", 0.0F, 0.0F);
         program.SetFloat2("regionSize", width, height);
         program.SetFloat2("targetSize", width, height);
@@ -181,7 +181,7 @@ GPUTexture drawPattern(GPUFrame& frame, const Geometry& geometry) {
         return upright;
     }
     const GPUTexture pattern = part(frame.temporary(1), columns.period, rows.period);
-    frame.pass(frame.program(kCrossFadePattern), upright, pattern, [&](ShaderProgram& program) {
+    frame.pass(kCrossFadePattern, upright, pattern, [&](ShaderProgram& program) {
         program.SetFloat2("period", static_cast<float>(columns.period), static_cast<float>(rows.period));
         program.SetFloat2("fCrossFade", static_cast<float>(columns.band), static_cast<float>(rows.band));
     });
@@ -194,14 +194,14 @@ GPUTexture soften(GPUFrame& frame, const GPUTexture& window, const ReducedBlur& 
     const GPUTexture second = part(frame.temporary(1), columns.length, rows.length);
     const bool reduced = columns.factor > 1 || rows.factor > 1;
     if (reduced) {
-        frame.pass(frame.program(kReduce), window, first, [&](ShaderProgram& program) {
+        frame.pass(kReduce, window, first, [&](ShaderProgram& program) {
             program.SetInt("columns", columns.factor);
             program.SetInt("rows", rows.factor);
             program.SetFloat2("targetSize", static_cast<float>(columns.length), static_cast<float>(rows.length));
         });
     }
     const auto along = [&](const ReducedBlur& blur, float x, float y, const GPUTexture& from, const GPUTexture& to) {
-        frame.pass(frame.program(kSoften), from, to, [&](ShaderProgram& program) {
+        frame.pass(kSoften, from, to, [&](ShaderProgram& program) {
             program.SetFloat2("axis", x, y);
             program.SetFloat("halfWidth", blur.halfWidth);
             program.SetFloat("centre", blur.centre);
@@ -261,7 +261,7 @@ bool CBackgroundGenerator::RenderGPU(const ParamReader& params, const FrameFacts
     }
     const GPUTexture pattern = drawPattern(frame, geometry);
     const GPUTexture& window = frame.temporary(2);
-    frame.pass(frame.program(kTile), pattern, window, [&](ShaderProgram& program) {
+    frame.pass(kTile, pattern, window, [&](ShaderProgram& program) {
         program.SetFloat2("windowSize", static_cast<float>(windowWidth), static_cast<float>(windowHeight));
         program.SetFloat2("fShift", static_cast<float>(geometry.columns.first),
                           static_cast<float>(geometry.rows.first));
@@ -276,7 +276,7 @@ bool CBackgroundGenerator::RenderGPU(const ParamReader& params, const FrameFacts
         soft = soften(frame, window, columns, rows);
     }
     GPUTexture result = part(frame.temporary(3), facts.width, facts.height);
-    frame.pass2(frame.program(kGrade), soft, window, result, [&](ShaderProgram& program) {
+    frame.pass(kGrade, {soft, window}, result, [&](ShaderProgram& program) {
         const auto setVectors = [&](const char* name, float LevelCurve::*member) {
             std::array<float, 3> values{};
             for (std::size_t i = 0; i < values.size(); ++i) {

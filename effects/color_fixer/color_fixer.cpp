@@ -93,7 +93,7 @@ bool CImprovedColorbalance::RenderGPU(const ParamReader& params, const FrameFact
     if (!frame.create(1, kPrograms)) {
         return false;
     }
-    frame.pass(frame.program(0), frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
+    frame.pass(0, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
         constexpr double kLeastLevel = 0.00001 * 255.0;
         const std::array<double, 3> gains = neutralGains(settings, kLeastLevel);
         const float grayScale = -settings.saturation * 0.498F;
@@ -102,6 +102,7 @@ bool CImprovedColorbalance::RenderGPU(const ParamReader& params, const FrameFact
         program.SetFloat("fGrayScale", grayScale);
         program.SetFloat("fColorScale", 0.498F - grayScale);
         program.SetFloat("fContrast", settings.filmGamma);
+        program.SetFloat("fWarp", 0.0F);
         program.SetFloat("fOffset", settings.brightness);
         program.SetFloat("fWhiteLimit", settings.top);
         program.SetFloat("fBlackLimit", settings.bottom);

@@ -14,7 +14,7 @@ GPUTexture partOf(const GPUTexture& texture, std::int32_t width, std::int32_t he
 }
 
 /// Scales `from` to the size of `to`.
-void resizeTexture(GPUFrame& frame, ShaderProgram& resizeRegion, const GPUTexture& from, const GPUTexture& to) {
+void resizeTexture(GPUFrame& frame, std::size_t resizeRegion, const GPUTexture& from, const GPUTexture& to) {
     frame.pass(resizeRegion, from, to, [&](ShaderProgram& program) {
         program.SetFloat2("regionOrigin", 0.0F, 0.0F);
         program.SetFloat2("regionSize", static_cast<float>(from.width), static_cast<float>(from.height));
@@ -29,15 +29,9 @@ std::int32_t blurTaps(float size) {
     return static_cast<std::int32_t>(std::min(size, kMostTaps));
 }
 
-bool fillTexture(GPUFrame& frame, ShaderProgram& fillValue, const GPUTexture& to, float value) {
+bool fillTexture(GPUFrame& frame, std::size_t fillValue, const GPUTexture& to, float value) {
     // A pass needs a texture to read, though this one does not look at it.
     return frame.pass(fillValue, frame.source(), to, [&](ShaderProgram& program) { program.SetFloat("value", value); });
-}
-
-bool mixByMask(GPUFrame& frame, ShaderProgram& mixer, const GPUTexture& inside, const GPUTexture& outside,
-               const GPUTexture& mask, const GPUTexture& to) {
-    return frame.pass2(mixer, inside, outside, to,
-                       [&](ShaderProgram& program) { program.SetTextureStage(2, mask, 0.0F, 0.0F, 1.0F, 1.0F); });
 }
 
 bool drawCornerMask(GPUFrame& frame, const CornerMaskPrograms& programs, const CornerMaskSettings& settings,

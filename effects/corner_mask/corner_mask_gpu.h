@@ -9,13 +9,13 @@ namespace lumiset {
 
 inline constexpr GPUProgramSource kFillValueProgram{shaders::kPassVert, shaders::kFillValueFrag};
 inline constexpr GPUProgramSource kResizeRegionProgram{shaders::kPassVert, shaders::kResizeRegionFrag};
-inline constexpr GPUProgramSource kMixByMaskProgram{shaders::kPassVert, shaders::kMixByMaskFrag};
 
+/// Places of the programs that the mask takes.
 struct CornerMaskPrograms {
-    ShaderProgram& fillValue;
-    ShaderProgram& resizeRegion;
-    ShaderProgram& blurVertical;
-    ShaderProgram& blurHorizontal;
+    std::size_t fillValue;
+    std::size_t resizeRegion;
+    std::size_t blurVertical;
+    std::size_t blurHorizontal;
 };
 
 /// Draws the same mask into all channels of `mask`. `outline` has been traced; `scratch` may hold anything afterwards.
@@ -26,9 +26,6 @@ bool drawCornerMask(GPUFrame& frame, const CornerMaskPrograms& programs, const C
 /// A blur's size, at least 1, in whole texels as `FrameBlur` counts it.
 std::int32_t blurTaps(float size);
 /// Fills all four channels of `to` with one value.
-bool fillTexture(GPUFrame& frame, ShaderProgram& fillValue, const GPUTexture& to, float value);
-/// `outside` where the mask is full, `inside`, with its alpha everywhere, where it is empty.
-bool mixByMask(GPUFrame& frame, ShaderProgram& mixer, const GPUTexture& inside, const GPUTexture& outside,
-               const GPUTexture& mask, const GPUTexture& to);
+bool fillTexture(GPUFrame& frame, std::size_t fillValue, const GPUTexture& to, float value);
 
 }  // namespace lumiset

@@ -334,9 +334,9 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
     float matrix[3][4];
     BuildColorMatrix(settings.contrast, settings.brightness, settings.saturation, settings.hue, settings.tintColor,
                      settings.tint, kFormatBgraFloat, matrix, true);
-    passes.adjustColor(frame.program(kColor), matrix);
+    passes.adjustColor(kColor, matrix);
     if (settings.ghosting > 0.0F) {
-        passes.draw(frame.program(kGhost), [&](ShaderProgram& program) {
+        passes.draw(kGhost, [&](ShaderProgram& program) {
             program.SetFloat("fGhosting", settings.ghosting);
             program.SetInt("nSizeX", facts.width);
             program.SetInt("nSizeY", facts.height);
@@ -346,7 +346,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
         passes.addStatic(settings, events.time);
     }
     if (settings.intensity > 0.0F) {
-        passes.draw(frame.program(kScanLines), [&](ShaderProgram& program) {
+        passes.draw(kScanLines, [&](ShaderProgram& program) {
             program.SetFloat("fIntensity", settings.intensity);
             program.SetFloat("fResolution", settings.resolution);
             program.SetInt("nSizeY", facts.height);
@@ -358,7 +358,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
         passes.tear(*events.tear, settings.severity);
     }
     if (events.roll.has_value()) {
-        passes.draw(frame.program(kRoll), [&](ShaderProgram& program) {
+        passes.draw(kRoll, [&](ShaderProgram& program) {
             program.SetFloat("upperSource", static_cast<float>(events.roll->upperSource));
             program.SetFloat("upperRow", static_cast<float>(events.roll->upperRow));
             program.SetFloat("lowerRow", static_cast<float>(events.roll->lowerRow));
@@ -366,7 +366,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
     }
     if (events.hasTube) {
         const BrightBand band = findBand(settings, facts.height, events.cycleTime);
-        passes.draw(frame.program(kBand), [&](ShaderProgram& program) {
+        passes.draw(kBand, [&](ShaderProgram& program) {
             program.SetFloat("shiftVal", static_cast<float>(band.top));
             program.SetInt("nLen", band.bottom - band.top);
         });
@@ -374,7 +374,7 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
         passes.softenEdge(settings.softenEdge, facts);
     }
     if (settings.opacity >= kOff) {
-        passes.draw(frame.program(kSurround),
+        passes.draw(kSurround,
                     [&](ShaderProgram& program) { program.SetFloat4("Color", 0.0F, 0.0F, 0.0F, settings.opacity); });
     }
     return frame.finish(passes.picture());

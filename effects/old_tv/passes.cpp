@@ -11,7 +11,7 @@
 namespace lumiset {
 
 void OldTVPasses::addStatic(const OldTVSettings& settings, float time) {
-    draw(m_frame.program(kStatic), [&](ShaderProgram& program) {
+    draw(kStatic, [&](ShaderProgram& program) {
         constexpr float kDeviation2 = 0.09F;
         const float bell = 1.0F / std::sqrt(2.0F * std::numbers::pi_v<float> * kDeviation2) / 1.5F;
         const float pictures = std::trunc(8.0F * time * std::sqrt(30.0F));
@@ -24,19 +24,15 @@ void OldTVPasses::addStatic(const OldTVSettings& settings, float time) {
 }
 
 void OldTVPasses::tear(const TearEvent& tear, float severity) {
-    const std::int32_t rows = m_frame.height();
     std::array<TearStrip, kTearSteps> strips;
-    const std::size_t count = tearStrips(tear, severity, m_frame.width(), rows, strips);
+    const std::size_t count = tearStrips(tear, severity, m_frame.width(), m_frame.height(), strips);
     for (const TearStrip& strip : std::span(strips).first(count)) {
-        const auto height = static_cast<float>(rows);
-        const auto top = static_cast<float>(strip.top);
-        const auto bottom = static_cast<float>(strip.bottom);
-        m_frame.passRect(m_frame.program(kTear), *m_current, *m_other, {0.0F, top / height, 1.0F, bottom / height},
-                         [&](ShaderProgram& program) {
-                             program.SetInt("nXSize", strip.offset);
-                             program.SetFloat("stripTop", top);
-                             program.SetFloat("stripRows", bottom - top);
-                         });
+        const PixelRect rect{0, strip.top, m_frame.width(), strip.bottom};
+        m_frame.passRects(kTear, *m_current, *m_other, std::span(&rect, 1), [&](ShaderProgram& program) {
+            program.SetInt("nXSize", strip.offset);
+            program.SetFloat("stripTop", static_cast<float>(strip.top));
+            program.SetFloat("stripRows", static_cast<float>(strip.bottom - strip.top));
+        });
     }
     swap();
 }
@@ -46,7 +42,7 @@ void OldTVPasses::bendTube(float curvature) {
         return;
     }
     for (const bool columns : {true, false}) {
-        draw(m_frame.program(kTube), [&](ShaderProgram& program) {
+        draw(kTube, [&](ShaderProgram& program) {
             const std::int32_t length = columns ? m_frame.height() : m_frame.width();
             program.SetFloat("depth", static_cast<float>(tubeCornerDepth(length, curvature)));
             program.SetFloat2("along", columns ? 1.0F : 0.0F, columns ? 0.0F : 1.0F);
@@ -64,7 +60,7 @@ void OldTVPasses::softenEdge(float amount, const FrameFacts& facts) {
     for (int step = 0; step < 4; ++step) {
         const bool columns = step % 2 == 0;
         GPUTexture& to = m_frame.temporary(columns ? 2 : 3);
-        m_frame.pass(m_frame.program(kBoxAlpha), *from, to, [&](ShaderProgram& program) {
+        m_frame.pass(kBoxAlpha, *from, to, [&](ShaderProgram& program) {
             program.SetInt("size", columns ? softness.columns : softness.rows);
             program.SetFloat2("axis", columns ? 1.0F : 0.0F, columns ? 0.0F : 1.0F);
             // Only what the first filter leaves all but opaque stays, so the second fades inwards alone: 253 of
@@ -74,7 +70,7 @@ void OldTVPasses::softenEdge(float amount, const FrameFacts& facts) {
         });
         from = &to;
     }
-    m_frame.pass2(m_frame.program(kSetAlpha), *m_current, *from, *m_other, [](ShaderProgram&) {});
+    m_frame.pass(kSetAlpha, {*m_current, *from}, *m_other, [](ShaderProgram&) {});
     swap();
 }
 

@@ -149,12 +149,11 @@ bool COutline::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPU
     }
     GPUTexture& shape = frame.temporary(0);
     GPUTexture& grown = frame.temporary(1);
-    frame.pass(frame.program(kExtract), frame.source(), shape);
-    growByEllipse(frame, frame.program(kEllipse), frame.program(kRing), sizes.ellipse, shape, grown,
-                  frame.destination());
-    frame.blur(frame.program(kBlurVertical), frame.program(kBlurHorizontal), sizes.gpuBlurWidth, sizes.gpuBlurHeight,
-               grown, frame.destination(), shape);
-    frame.pass2(frame.program(kCompose), frame.source(), shape, grown, [&](ShaderProgram& program) {
+    frame.pass(kExtract, frame.source(), shape);
+    growByEllipse(frame, kEllipse, kRing, sizes.ellipse, shape, grown, frame.destination());
+    frame.blur(kBlurVertical, kBlurHorizontal, sizes.gpuBlurWidth, sizes.gpuBlurHeight, grown, frame.destination(),
+               shape);
+    frame.pass(kCompose, {frame.source(), shape}, grown, [&](ShaderProgram& program) {
         const auto part = [&](std::uint32_t shift) {
             return static_cast<float>((settings.color >> shift) & 0xFFU) / 255.0F;
         };

@@ -88,7 +88,7 @@ bool CProgressiveStretch::RenderGPU(const ParamReader& params, const FrameFacts&
     }
     // A picture of one column or row is too small to stretch: the whole of it is shown.
     const bool tooSmall = facts.width < 2 || region.width < 1 || region.height < 1;
-    frame.pass(frame.program(kResize), frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
+    frame.pass(kResize, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
         const StretchRegion shown = tooSmall ? StretchRegion{0, 0, facts.width, facts.height, 0} : region;
         program.SetFloat2("regionOrigin", static_cast<float>(shown.left), static_cast<float>(shown.top));
         program.SetFloat2("regionSize", static_cast<float>(shown.width), static_cast<float>(shown.height));
@@ -97,7 +97,7 @@ bool CProgressiveStretch::RenderGPU(const ParamReader& params, const FrameFacts&
     if (tooSmall) {
         return frame.finish(frame.temporary(0));
     }
-    frame.pass(frame.program(kMoveColumns), frame.temporary(0), frame.temporary(1), [&](ShaderProgram& program) {
+    frame.pass(kMoveColumns, frame.temporary(0), frame.temporary(1), [&](ShaderProgram& program) {
         program.SetFloat("uXSize", static_cast<float>(facts.width));
         program.SetFloat("fStretch", params.slider(kStretch));
         program.SetFloat("fCrop", crop);

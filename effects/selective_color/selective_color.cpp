@@ -70,13 +70,14 @@ constexpr PresetTable kPresets(  //
     row("Reset to None", 0x3F451EB8, 0.0F, 0x000000, 0.0F, 0.0F, 0.0F, false),
     row("Sunset", 0xE7C7B0, 0.0F, 0x1A64FF, 0.25F, 0.3951F, 1.0F, false));
 
-enum Program : std::size_t { kKey, kSoftenOnce, kSoftenWidely, kDrain, kMaskView };
+enum Program : std::size_t { kKey, kSoftenOnce, kSoftenWidely, kDrain, kMaskView, kBothMasksView };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kSelectiveColorKeyFrag},
     {shaders::kPassVert, shaders::kSoftenOnceFrag},
     {shaders::kPassVert, shaders::kSoftenWidelyFrag},
     {shaders::kPassVert, shaders::kSelectiveColorDrainFrag},
+    {shaders::kPassVert, shaders::kSelectiveColorMaskFrag},
     {shaders::kPassVert, shaders::kSelectiveColorMasksFrag},
 });
 
@@ -232,7 +233,7 @@ bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts,
 
     GPUTexture* mask = &frame.temporary(0);
     GPUTexture* other = &frame.temporary(1);
-    frame.pass(frame.program(kKey), frame.source(), *mask, [&](ShaderProgram& program) {
+    frame.pass(kKey, frame.source(), *mask, [&](ShaderProgram& program) {
         const ColorKey a = colorKey(first.tint, first.range, !isFloat);
         const ColorKey b = colorKey(second.tint, second.range, !isFloat);
         const auto slope = [](const ColorKey& key) {
@@ -250,8 +251,8 @@ bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts,
         program.SetFloat2("fValueRC", slope(a), slope(b));
         setWholeLevels(program);
     });
-    const auto soften = [&](ShaderProgram& shader, const auto& setUniforms) {
-        frame.pass(shader, *mask, *other, setUniforms);
+    const auto soften = [&](std::size_t program, const auto& setUniforms) {
+        frame.pass(program, *mask, *other, setUniforms);
         std::swap(mask, other);
     };
     std::int32_t left = isFloat ? passes : std::min(passes, kMostBytePasses);
@@ -265,7 +266,7 @@ bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts,
         const double centre = std::exp(std::lgamma(2.0 * n + 1.0) - 2.0 * std::lgamma(n + 1.0) - n * std::log(4.0));
         const auto taps = static_cast<std::int32_t>(std::min(std::ceil(kReach * std::sqrt(n / 2.0)), n));
         for (const float along : {0.0F, 1.0F}) {
-            soften(frame.program(kSoftenWidely), [&](ShaderProgram& program) {
+            soften(kSoftenWidely, [&](ShaderProgram& program) {
                 program.SetFloat2("axis", along, 1.0F - along);
                 program.SetFloat("passes", static_cast<float>(atOnce));
                 program.SetFloat("centreWeight", static_cast<float>(centre));
@@ -274,7 +275,7 @@ bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts,
         }
     }
     for (; left > 0; --left) {
-        soften(frame.program(kSoftenOnce), setWholeLevels);
+        soften(kSoftenOnce, setWholeLevels);
     }
     const auto setColor = [](ShaderProgram& program, const char* name, std::uint32_t color) {
         const auto part = [&](std::uint32_t shift) { return static_cast<float>((color >> shift) & 0xFFU) / 255.0F; };
@@ -282,13 +283,18 @@ bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts,
     };
     const float border = hasMaskBorder(facts) ? static_cast<float>(kMaskBorder) : 0.0F;
     if (params.boolean(kShowMasks)) {
-        frame.pass(frame.program(kMaskView), *mask, *other, [&](ShaderProgram& program) {
+        const bool both = choices.useFirst && choices.useSecond;
+        frame.pass(both ? kBothMasksView : kMaskView, *mask, *other, [&](ShaderProgram& program) {
             program.SetFloat("border", border);
-            setColor(program, "color1", first.tint);
-            setColor(program, "color2", second.tint);
+            if (both) {
+                setColor(program, "color1", first.tint);
+                setColor(program, "color2", second.tint);
+            } else {
+                setColor(program, "color", first.tint);
+            }
         });
     } else {
-        frame.pass2(frame.program(kDrain), frame.source(), *mask, *other, [&](ShaderProgram& program) {
+        frame.pass(kDrain, {frame.source(), *mask}, *other, [&](ShaderProgram& program) {
             program.SetFloat("border", border);
             program.SetFloat("strength", isFloat ? strength : std::floor(strength * 255.0F) / 255.0F);
         });

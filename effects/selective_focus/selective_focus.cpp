@@ -68,7 +68,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     kResizeRegionProgram,
     kBlurVerticalProgram,
     kBlurHorizontalProgram,
-    kMixByMaskProgram,
+    {shaders::kPassVert, shaders::kMixByMaskFrag},
 });
 
 constexpr EffectInfo kInfo{
@@ -146,20 +146,18 @@ bool CSelectiveFocus::RenderGPU(const ParamReader& params, const FrameFacts& fac
     const GPUTexture& mask = frame.temporary(1);
     const GPUTexture& outside = frame.destination();
     GPUTexture& other = frame.temporary(2);
-    frame.pass(frame.program(kCopy), frame.source(), sharp);
+    frame.pass(kCopy, frame.source(), sharp);
     if (!settings.testMask && !size.visible()) {
         return frame.finish(frame.temporary(0));
     }
-    const CornerMaskPrograms programs{frame.program(kFillValue), frame.program(kResizeRegion),
-                                      frame.program(kBlurVertical), frame.program(kBlurHorizontal)};
-    drawCornerMask(frame, programs, settings.mask, facts, outline, mask, other);
+    drawCornerMask(frame, {kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal}, settings.mask, facts, outline,
+                   mask, other);
     if (settings.testMask) {
-        fillTexture(frame, programs.fillValue, outside, 0.0F);
+        fillTexture(frame, kFillValue, outside, 0.0F);
     } else {
-        frame.blur(programs.blurVertical, programs.blurHorizontal, blurTaps(size.width), blurTaps(size.height), sharp,
-                   other, outside);
+        frame.blur(kBlurVertical, kBlurHorizontal, blurTaps(size.width), blurTaps(size.height), sharp, other, outside);
     }
-    mixByMask(frame, frame.program(kMix), sharp, outside, mask, other);
+    frame.pass(kMix, {sharp, outside, mask}, other);
     return frame.finish(other);
 }
 

@@ -89,15 +89,16 @@ constexpr PresetTable kPresets(
     row("Tractor Beam", {0.3721F, 0.0F}, {0.6163F, 0.0F}, {0.3721F, 1.0F}, {0.7093F, 1.0F}, 0.0F, 0.15F, false, {0xFF8000, 1.0F, 0.0F}, {0xC08000, 0.2351F, 1.0F}));
 // clang-format on
 
-enum Program : std::size_t { kTint, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
+enum Program : std::size_t { kCopy, kTint, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
+    {shaders::kPassVert, shaders::kPlainCopyFrag},
     {shaders::kPassVert, shaders::kSelectiveTintFrag},
     kFillValueProgram,
     kResizeRegionProgram,
     kBlurVerticalProgram,
     kBlurHorizontalProgram,
-    kMixByMaskProgram,
+    {shaders::kPassVert, shaders::kSelectiveTintMixFrag},
 });
 
 constexpr EffectInfo kInfo{
@@ -132,16 +133,15 @@ Settings readSettings(const ParamReader& params) {
     return settings;
 }
 
-void tintPass(GPUFrame& frame, const TintRegion& region, TintMode mode, const GPUTexture& to) {
-    frame.pass(frame.program(kTint), frame.source(), to, [&](ShaderProgram& program) {
+/// A region's tint and how much of it each pixel takes.
+void tintPass(GPUFrame& frame, const TintRegion& region, const GPUTexture& to) {
+    frame.pass(kTint, frame.source(), to, [&](ShaderProgram& program) {
         program.SetFloat3("colorGrad", region.color[0], region.color[1], region.color[2]);
         program.SetFloat("fBlend", region.blend);
         program.SetFloat("fMaskStrength", region.toneMask);
         program.SetFloat("fMaskCuttof", kToneCutoff);
         program.SetFloat("fFadeRange", kToneFade);
         program.SetFloat("fMaskVal1", kToneSoftness);
-        program.SetInt("iBlendMode", static_cast<std::int32_t>(mode));
-        program.SetInt("nInvert", region.kind == TintRegion::Kind::kNegative ? 1 : 0);
     });
 }
 
@@ -167,23 +167,27 @@ bool CMaskedGradientTint::RenderGPU(const ParamReader& params, const FrameFacts&
     const Settings settings = readSettings(params);
     MemoryAllocator heap;
     CornerOutline outline(heap);
-    if (!outline.trace(settings.mask.shape, facts.width, facts.height) || !frame.create(3, kPrograms)) {
+    if (!outline.trace(settings.mask.shape, facts.width, facts.height) || !frame.create(4, kPrograms)) {
         return false;
     }
-    GPUTexture& inside = frame.temporary(0);
+    GPUTexture& picture = frame.temporary(0);
+    const GPUTexture& inside = frame.temporary(1);
     const GPUTexture& outside = frame.destination();
-    const GPUTexture& mask = frame.temporary(1);
-    GPUTexture& other = frame.temporary(2);
-    tintPass(frame, settings.inside, settings.mode, inside);
+    const GPUTexture& mask = frame.temporary(2);
+    GPUTexture& other = frame.temporary(3);
+    frame.pass(kCopy, frame.source(), picture);
     if (settings.showsSource()) {
-        return frame.finish(inside);
+        return frame.finish(picture);
     }
-    tintPass(frame, settings.outside, settings.mode, outside);
-    drawCornerMask(frame,
-                   {frame.program(kFillValue), frame.program(kResizeRegion), frame.program(kBlurVertical),
-                    frame.program(kBlurHorizontal)},
-                   settings.mask, facts, outline, mask, other);
-    mixByMask(frame, frame.program(kMix), inside, outside, mask, other);
+    tintPass(frame, settings.inside, inside);
+    tintPass(frame, settings.outside, outside);
+    drawCornerMask(frame, {kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal}, settings.mask, facts, outline,
+                   mask, other);
+    frame.pass(kMix, {picture, inside, outside, mask}, other, [&](ShaderProgram& program) {
+        program.SetInt("iBlendMode", static_cast<std::int32_t>(settings.mode));
+        program.SetInt("nInvert", settings.outside.kind == TintRegion::Kind::kNegative ? 1 : 0);
+        program.SetFloat3("Color", 1.0F, 1.0F, 1.0F);
+    });
     return frame.finish(other);
 }
 

@@ -30,7 +30,7 @@ void ViewfinderPasses::makeGrey(const ViewfinderSettings& settings) {
             factor = std::trunc(factor * 255.0F) / 255.0F;  // whole levels, as the processor has them
         }
     }
-    m_frame.pass(m_frame.program(kGrey), m_frame.source(), *m_current,
+    m_frame.pass(kGrey, m_frame.source(), *m_current,
                  [&](ShaderProgram& program) { program.SetFloat3("tint", tint[0], tint[1], tint[2]); });
 }
 
@@ -57,7 +57,7 @@ void ViewfinderPasses::drawOverlay(const OverlayPlan& plan) {
 }
 
 void ViewfinderPasses::fillMask(std::span<const PixelRect> rects, float coverage) {
-    m_frame.passRects(m_frame.program(kFill), *m_current, mask(), rects,
+    m_frame.passRects(kFill, *m_current, mask(), rects,
                       [&](ShaderProgram& program) { program.SetFloat("value", coverage); });
 }
 
@@ -67,8 +67,8 @@ void ViewfinderPasses::clearMask() {
 }
 
 void ViewfinderPasses::drawMask(std::int32_t shadow) {
-    m_frame.pass2(m_frame.program(kOverlay), *m_current, mask(), *m_other,
-                  [&](ShaderProgram& program) { program.SetFloat("shadow", static_cast<float>(shadow)); });
+    m_frame.pass(kOverlay, {*m_current, mask()}, *m_other,
+                 [&](ShaderProgram& program) { program.SetFloat("shadow", static_cast<float>(shadow)); });
     swap();
 }
 
@@ -81,7 +81,7 @@ void ViewfinderPasses::drawMark(const OverlayMark& mark, const FontSize& font) {
     if (rect.left >= rect.right || rect.top >= rect.bottom) {
         return;
     }
-    m_frame.passRects(m_frame.program(kStrokes), *m_current, mask(), std::span(&rect, 1), [&](ShaderProgram& program) {
+    m_frame.passRects(kStrokes, *m_current, mask(), std::span(&rect, 1), [&](ShaderProgram& program) {
         const float scaleX = static_cast<float>(cells.width) / static_cast<float>(size.width);
         const float scaleY = static_cast<float>(cells.height) / static_cast<float>(size.height);
         program.SetFloat2("rectSize", static_cast<float>(rect.right - rect.left),

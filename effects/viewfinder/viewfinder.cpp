@@ -253,16 +253,16 @@ bool CViewfinder::RenderGPU(const ParamReader& params, const FrameFacts& facts, 
         float matrix[3][4];
         BuildColorMatrix(kNeutral, kNeutral, kNeutral, kNeutral, settings.tintColor, settings.tint, kFormatBgraFloat,
                          matrix, true);
-        passes.adjustColor(frame.program(kColor), matrix);
+        passes.adjustColor(kColor, matrix);
     }
     const CellSize grid = resolutionGrid(settings.resolution, facts.width, facts.height);
     if (grid.height < facts.height) {
-        passes.draw(frame.program(kPixels), [&](ShaderProgram& program) {
+        passes.draw(kPixels, [&](ShaderProgram& program) {
             program.SetFloat2("grid", static_cast<float>(grid.width), static_cast<float>(grid.height));
         });
     }
     for (int i = 0; settings.sharpen && i < 2; ++i) {
-        passes.draw(frame.program(kSharpenPicture), [](ShaderProgram&) {});
+        passes.draw(kSharpenPicture, [](ShaderProgram&) {});
     }
     if (!plan.isEmpty()) {
         passes.drawOverlay(plan);

@@ -109,7 +109,7 @@ bool CTwoTones::RenderGPU(const ParamReader& params, const FrameFacts& /*facts*/
     if (!frame.create(1, kPrograms)) {
         return false;
     }
-    frame.pass(frame.program(0), frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
+    frame.pass(0, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
         program.SetFloat3("shadows", settings.shadows[0], settings.shadows[1], settings.shadows[2]);
         program.SetFloat3("highlights", settings.highlights[0], settings.highlights[1], settings.highlights[2]);
         program.SetFloat("amount", settings.amount);

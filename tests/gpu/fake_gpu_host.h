@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -76,6 +78,16 @@ private:
     std::vector<std::string> m_uniforms;
 };
 
+/// The names that a program's text declares as uniforms, structures and arrays left out.
+inline std::vector<std::string> declaredUniforms(const std::string& text) {
+    static const std::regex declaration(R"(uniform (?:int|float|vec[234]|sampler2D) (\w+);)");
+    std::vector<std::string> names;
+    for (std::sregex_iterator each(text.begin(), text.end(), declaration), end; each != end; ++each) {
+        names.push_back((*each)[1]);
+    }
+    return names;
+}
+
 class FakeGPUHost final : public IHostGL, public GPUResources {
 public:
     static constexpr int kNever = -1;
@@ -90,7 +102,7 @@ public:
     int live = 0;                        ///< textures and programs that are out
     int references = 0;                  ///< that the module holds
     int refuseTargets = 0;               ///< so many times SetRenderTarget fails
-    std::vector<std::string> uniforms;   ///< of every program
+    std::vector<std::string> uniforms;   ///< of every program; those that its text declares where this is empty
     std::vector<std::string> fragments;  ///< texts of the programs made, in order
 
     /// A texture for a frame; P1 is a program, T1 a texture made for the module.
@@ -160,7 +172,8 @@ public:
         }
         fragments.emplace_back(fragmentText, fragmentSize);
         m_programs.push_back(
-            std::make_unique<FakeProgram>(std::string("P").append(std::to_string(m_programs.size())), uniforms));
+            std::make_unique<FakeProgram>(std::string("P").append(std::to_string(m_programs.size())),
+                                          uniforms.empty() ? declaredUniforms(fragments.back()) : uniforms));
         *out = m_programs.back().get();
         ++live;
         return true;
@@ -198,11 +211,8 @@ public:
     std::uint32_t LUMISET_CALL AddRef() noexcept override { return 2; }
     std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
     void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
-        const float values[] = {width, 1.0F, 0.0F, 0.75F};
-        if (index == 2) {
-            out->color = 0x0000CC33U;
-        } else {
-            out->slider = values[index];
+        if (const auto found = values.find(index); found != values.end()) {
+            *out = found->second;
         }
     }
     void LUMISET_CALL Reserved4() noexcept override { ADD_FAILURE(); }
@@ -211,7 +221,7 @@ public:
     void LUMISET_CALL Reserved7() noexcept override { ADD_FAILURE(); }
     void LUMISET_CALL GetHostName(const char** out) noexcept override { *out = name; }
 
-    float width = 1.0F;  ///< of an outline
+    std::map<std::uint32_t, ParamValue> values;  ///< of parameters; the others keep their defaults
     const char* name = "Tests";
 
 private:

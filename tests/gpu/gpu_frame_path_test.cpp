@@ -18,6 +18,7 @@ protected:
         m_gpu->uniforms = {"SwapChannels", "blurSize",         "isOdd",           "colors", "opacity", "step",
                            "radius",       "Texture0_texture", "Texture1_texture"};
         m_host = std::make_unique<FakeEffectHost>(m_gpu.get());
+        m_host->values = {{0, {.slider = 1.0F}}, {1, {.slider = 1.0F}}, {2, {.color = 0xCC33}}, {3, {.slider = 0.75F}}};
         m_source = m_gpu->texture("source", 60, 40, kFormatArgb8);
         m_destination = m_gpu->texture("destination", 60, 40, kFormatArgb8);
         m_outline = new COutline;
@@ -69,8 +70,8 @@ TEST_F(FramePathTest, DrawsOutlineInItsPasses) {
     EXPECT_EQ(
         passes(),
         (Calls{"T0, SwapChannels 1, Texture0_texture source",
-               "destination, SwapChannels 1, step 0, radius 3 1, Texture0_texture T0",
-               "T1, SwapChannels 1, step 1, radius 3 1, Texture0_texture destination",
+               "destination, SwapChannels 0, step 0, radius 3 1, Texture0_texture T0",
+               "T1, SwapChannels 0, step 1, radius 3 1, Texture0_texture destination",
                "destination, blurSize 1, isOdd 1, Texture0_texture T1",
                "T0, blurSize 3, isOdd 0, Texture0_texture destination",
                "T1, SwapChannels 1, colors 0.2 0.8 0, opacity 0.75, Texture0_texture source, Texture1_texture T0",

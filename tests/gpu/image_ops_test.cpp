@@ -41,9 +41,8 @@ protected:
                 {kDilateEllipseProgram, kDilateRingProgram, kErodeEllipseProgram, kErodeRingProgram});
             GPUFrame frame(helper, from, to, false);
             EXPECT_TRUE(frame.create(2, kPrograms));
-            EXPECT_TRUE(growByEllipse(frame, frame.program(erode ? kErodeEllipse : kDilateEllipse),
-                                      frame.program(erode ? kErodeRing : kDilateRing), size, frame.source(),
-                                      frame.temporary(0), frame.temporary(1)));
+            EXPECT_TRUE(growByEllipse(frame, erode ? kErodeEllipse : kDilateEllipse, erode ? kErodeRing : kDilateRing,
+                                      size, frame.source(), frame.temporary(0), frame.temporary(1)));
             EXPECT_TRUE(frame.finish(frame.temporary(0)));
         }
         helper.Bind(nullptr, nullptr);

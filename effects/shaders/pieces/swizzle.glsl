@@ -1,6 +1,7 @@
-// Input: 1 when the source has its channels in the other order, which reads as G, R, A, B.
+#include "channel_order.glsl"
+// Input: 1 when the source, which is the first texture, has its channels in the other order.
 uniform int SwapChannels;
 
 vec4 plainOrder(vec4 texel) {
-    return SwapChannels == 1 ? texel.grab : texel;
+    return ordered(SwapChannels, texel);
 }
