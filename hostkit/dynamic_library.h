@@ -30,4 +30,7 @@ std::filesystem::path codeDirectory();
 /// File name that the system gives a shared library called `stem`.
 std::filesystem::path dynamicLibraryName(const char* stem);
 
+/// File name under which the system's loader finds OpenGL.
+std::filesystem::path openGLLibraryName();
+
 }  // namespace lumiset::hostkit

@@ -44,4 +44,8 @@ std::filesystem::path dynamicLibraryName(const char* stem) {
     return "lib" + std::string(stem) + ".so";
 }
 
+std::filesystem::path openGLLibraryName() {
+    return "libGL.so.1";
+}
+
 }  // namespace lumiset::hostkit

@@ -26,6 +26,7 @@ allow module module effects support gpu frame host platform
 allow platform platform host
 allow hostkit hostkit host
 allow adapters/frei0r adapters/frei0r hostkit host
+allow adapters/openfx adapters/openfx hostkit host
 allow apps/gpu_monitor apps/gpu_monitor platform
 allow media media hostkit host
 allow apps/lumiset apps/lumiset adapters/frei0r media hostkit host platform

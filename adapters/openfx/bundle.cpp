@@ -1,0 +1,52 @@
+#include "adapters/openfx/bundle.h"
+
+#include <exception>
+
+#include "hostkit/host_allocator.h"
+#include "hostkit/names.h"
+#include "hostkit/report.h"
+
+namespace lumiset::openfx {
+
+Bundle::Bundle() {
+    const hostkit::EffectCatalogue catalogue(library());
+    for (const hostkit::EffectDescription& description : catalogue.effects()) {
+        auto effect = std::make_unique<Effect>();
+        effect->object = hostkit::ComPtr<IVideoGPUEffect>::adopt(library().CreateEffect(description.index));
+        if (!effect->object) {
+            throw hostkit::ModuleError("There is no memory for the effect \"" + description.name + "\".");
+        }
+        effect->parameters = parameterList(description);
+        effect->identifier = "org.lumiset." + hostkit::identifierOf(description.name);
+        effect->description = description;
+        m_effects.push_back(std::move(effect));
+    }
+}
+
+const Bundle* Bundle::get() noexcept {
+    static const Bundle* const loaded = []() noexcept -> const Bundle* {
+        try {
+            return new Bundle;
+        } catch (const std::exception& error) {
+            hostkit::report(error.what());
+            return nullptr;
+        }
+    }();
+    return loaded;
+}
+
+hostkit::ComPtr<IHostAllocator> Bundle::scratch() const {
+    const std::lock_guard lock(m_mutex);
+    if (!m_scratch) {
+        m_scratch = hostkit::PoolAllocator::create();
+    }
+    return m_scratch;
+}
+
+void Bundle::freeScratch() const {
+    hostkit::ComPtr<IHostAllocator> old;
+    const std::lock_guard lock(m_mutex);
+    std::swap(old, m_scratch);
+}
+
+}  // namespace lumiset::openfx
