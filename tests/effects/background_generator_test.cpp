@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -332,24 +332,17 @@ TEST_P(BackgroundGeneratorTest, SaturationWeighsColourAgainstLuma) {
     }
 }
 
-/// A host without memory at some allocation, for a moving picture with every frame that the effect makes.
-class PoorHost final : public test::FailingHost {
-public:
-    using FailingHost::FailingHost;
-    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
-        if (index == kCrossFade || index == kSpeed || index == kMagnify) {
-            out->slider = 0.3F;
-        }
-    }
-};
-
 TEST_P(BackgroundGeneratorTest, LeavesTheDestinationAloneWithoutMemory) {
     Picture source = testCard(60, 44);
     const VideoFrameDesc from = source.desc();
     const Picture untouched(60, 44, storage());
+    ValueHost moving;  // with every frame that the effect makes
+    for (const Param param : {kCrossFade, kSpeed, kMagnify}) {
+        moving.values[param].slider = 0.3F;
+    }
     int failAt = 0;
     for (bool failed = true; failed; ++failAt) {
-        PoorHost host(failAt);
+        FailingHost host(failAt, moving);
         Picture result = untouched;
         const VideoFrameDesc to = result.desc();
         const bool rendered = m_background.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr);

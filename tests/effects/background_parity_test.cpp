@@ -1,7 +1,7 @@
 // Background Generator in OpenGL against the processor: blurs so long that OpenGL does them on a reduced picture.
 
 #include "tests/effects/gl_host_fixture.h"
-#include "tests/effects/picture_difference.h"
+#include "tests/support/comparison.h"
 #include "tests/support/effect_tester.h"
 
 namespace lumiset::testing {
@@ -33,7 +33,7 @@ TEST_F(BackgroundParity, HoldsForLongBlurs) {
             ASSERT_TRUE(tester.render(host, source, expected, &info));
             hostkit::GPURenderer renderer(gl());
             ASSERT_TRUE(renderer.render(tester.effect(), host, source.desc(), result.desc(), info));
-            const PictureDifference apart = comparePictures(expected, result);
+            const Difference apart = comparePictures(expected, result);
             EXPECT_GE(apart.psnr, 45.0) << blur;
             EXPECT_LE(apart.largest, 3.0) << blur << " at " << apart.x << ", " << apart.y;
         }

@@ -3,7 +3,7 @@
 #include <random>
 
 #include "tests/effects/gl_host_fixture.h"
-#include "tests/effects/picture_difference.h"
+#include "tests/support/comparison.h"
 #include "tests/support/effect_tester.h"
 
 namespace lumiset::testing {
@@ -14,7 +14,7 @@ constexpr std::uint32_t kSelectiveTint = 4;
 
 class CornerMaskParity : public WithGL {
 protected:
-    PictureDifference difference(const EffectTester& tester, ValueHost& host, Picture& source) {
+    Difference difference(const EffectTester& tester, ValueHost& host, Picture& source) {
         const FrameRenderInfo info = frameInfo();
         Picture expected(source.width(), source.height(), source.storage());
         Picture result = expected;
@@ -49,7 +49,7 @@ TEST_F(CornerMaskParity, DrawsEveryShapeToThePixel) {
         host.values[11].words[0] = random() % 2;
         for (const float feather : {0.0F, 0.3F, 0.9F}) {
             host.values[6].slider = feather;
-            const PictureDifference apart = difference(tester, host, white);
+            const Difference apart = difference(tester, host, white);
             // Without a feather the mask is the same; with one, its passes may round two levels apart.
             ASSERT_LE(apart.largest, feather == 0.0F ? 0.0 : 2.0)
                 << "shape " << i << " feather " << feather << " at " << apart.x << ", " << apart.y;

@@ -1,7 +1,7 @@
 // Selective Color's softening in OpenGL against the processor's, in frames tall enough for many passes of the filter.
 
 #include "tests/effects/gl_host_fixture.h"
-#include "tests/effects/picture_difference.h"
+#include "tests/support/comparison.h"
 #include "tests/support/effect_tester.h"
 
 namespace lumiset::testing {
@@ -27,7 +27,7 @@ protected:
         ASSERT_TRUE(tester.render(host, source, expected, &info));
         hostkit::GPURenderer renderer(gl());
         ASSERT_TRUE(renderer.render(tester.effect(), host, source.desc(), result.desc(), info));
-        const PictureDifference apart = comparePictures(expected, result);
+        const Difference apart = comparePictures(expected, result);
         EXPECT_GE(apart.psnr, 40.0) << "at most " << apart.largest << " levels apart, at " << apart.x << ", " << apart.y
                                     << "; see " << writeComparison(expected, result, "Selective Color softened");
     }

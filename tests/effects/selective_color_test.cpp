@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -188,7 +188,7 @@ TEST_P(SelectiveColorTest, StaysHardWithoutMemoryToSoftenAndLeavesTheDestination
     int refused = 0;
     int failAt = 0;
     for (bool more = true; more; ++failAt) {
-        test::FailingHost host(failAt);
+        FailingHost host(failAt);
         Picture result(40, 100, {.format = GetParam()});
         const VideoFrameDesc to = result.desc();
         if (!m_effect.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr)) {

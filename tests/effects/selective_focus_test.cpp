@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -159,7 +159,7 @@ TEST_P(SelectiveFocusTest, LeavesOutWhatThereIsNoMemoryFor) {
     int refused = 0;
     int failAt = 0;
     for (bool more = true; more; ++failAt) {
-        test::FailingHost host(failAt);
+        FailingHost host(failAt);
         Picture result = untouched;
         const VideoFrameDesc to = result.desc();
         if (m_effect.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr)) {

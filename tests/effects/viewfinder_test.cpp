@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -319,22 +319,13 @@ TEST(Viewfinder, RendersFramesOfTwoSizesFromManyThreads) {
 }
 
 TEST(Viewfinder, LeavesAStepOutThatHasNoMemory) {
-    /// Asks for every step that needs memory.
-    class NightHost : public test::FailingHost {
-    public:
-        using FailingHost::FailingHost;
-        void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
-            if (index == kBlackAndWhite) {
-                out->words[0] = 1;
-            } else if (index == kResolution) {
-                out->slider = 0.0F;
-            }
-        }
-    };
+    ValueHost demanding;  // of every step that needs memory
+    demanding.values[kBlackAndWhite].words[0] = 1;
+    demanding.values[kResolution].slider = 0.0F;
     const EffectTester tester(kViewfinder);
     int failAt = 0;
     for (bool more = true; more; ++failAt) {
-        NightHost host(failAt);
+        FailingHost host(failAt, demanding);
         Picture source = grey(120, 90);
         Picture result(120, 90);
         const VideoFrameDesc from = source.desc();

@@ -6,7 +6,7 @@
 #include "frame/filters/triangular_kernel.h"
 #include "frame/operations/filter.h"
 #include "tests/frame/filter_support.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset {
 namespace {

@@ -77,7 +77,7 @@ TEST(FrameReplicateBorder, OverwritesTheRingOfOneFrameWithItsInside) {
                 EXPECT_EQ(sampleAt(frame, y, i), y < 2 ? 12 : 22) << "format " << format;
             }
         }
-        EXPECT_TRUE(frame.guardsAreWhole());
+        EXPECT_TRUE(frame.guardsIntact());
     }
 }
 

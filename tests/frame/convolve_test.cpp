@@ -10,7 +10,7 @@
 #include "frame/primitives/convolve.h"
 #include "frame/primitives/sharpen.h"
 #include "tests/frame/filter_support.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset {
 namespace {

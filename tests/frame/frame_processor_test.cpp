@@ -253,8 +253,8 @@ TEST(FrameProcessor, TurnsRowsOver) {
         }
         EXPECT_TRUE(p->FlipVerticalCopy(&desc, &desc)) << "turns one picture back over";
         EXPECT_EQ(samplesIn(frame), before);
-        EXPECT_TRUE(frame.guardsAreWhole());
-        EXPECT_TRUE(small.guardsAreWhole());
+        EXPECT_TRUE(frame.guardsIntact());
+        EXPECT_TRUE(small.guardsIntact());
     }
 }
 

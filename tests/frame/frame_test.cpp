@@ -6,6 +6,8 @@
 #include <limits>
 #include <vector>
 
+#include "tests/support/host.h"
+
 namespace lumiset {
 namespace {
 
@@ -66,64 +68,27 @@ TEST(Frame, RefusesWhatItCannotAllocate) {
     }
 }
 
-/// A host whose allocator counts what is outstanding.
-class CountingHost final : public IEffectHost, public IHostAllocator {
-public:
-    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override {
-        *out = iid == IHostAllocator::kId ? static_cast<IHostAllocator*>(this) : nullptr;
-        references += *out != nullptr ? 1 : 0;
-        return *out != nullptr ? kResultOk : kResultNoInterface;
-    }
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return static_cast<std::uint32_t>(++references); }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return static_cast<std::uint32_t>(--references); }
-    void LUMISET_CALL GetParamValue(std::uint32_t, ParamValue*, std::uint32_t) noexcept override {}
-    void LUMISET_CALL Reserved4() noexcept override {}
-    void LUMISET_CALL Reserved5() noexcept override {}
-    void LUMISET_CALL Reserved6() noexcept override {}
-    void LUMISET_CALL Reserved7() noexcept override {}
-    void LUMISET_CALL GetHostName(const char**) noexcept override {}
-    void LUMISET_CALL AllocBytes(void** out, std::uint32_t size) noexcept override {
-        *out = new std::uint8_t[size];
-        ++outstanding;
-    }
-    void LUMISET_CALL FreeBytes(void* block) noexcept override {
-        delete[] static_cast<std::uint8_t*>(block);
-        --outstanding;
-    }
-    std::uint8_t LUMISET_CALL AllocImage(void** out, std::int32_t width, std::int32_t height,
-                                         std::int32_t bytesPerPixel, std::int32_t* strideOut) noexcept override {
-        *strideOut = width * bytesPerPixel + 5;
-        AllocBytes(out, static_cast<std::uint32_t>(*strideOut * height));
-        return answer;
-    }
-    void LUMISET_CALL FreeImage(void* block) noexcept override { FreeBytes(block); }
-
-    int references = 1;
-    int outstanding = 0;
-    std::uint8_t answer = 1;
-};
-
 TEST(MemoryAllocator, UsesTheHostsMemoryAndGivesEverythingBack) {
-    CountingHost host;
+    test::FailingHost host;
     {
         MemoryAllocator allocator(&host);
-        EXPECT_EQ(host.references, 2);
+        EXPECT_EQ(host.references(), 2);
         Frame frame;
         ASSERT_TRUE(frame.Allocate(10, 2, 5, &allocator, kFormatBgra8, false));  // the host decides on sizes
-        EXPECT_EQ(frame.Stride(), 55);
-        EXPECT_EQ(host.outstanding, 1);
+        EXPECT_EQ(frame.Stride(), 96);
+        EXPECT_EQ(host.outstanding(), 1U);
         Frame view;
         view.WrapSubRect(frame, 1, 1, 2, 1, false);
         view.Reset();
-        EXPECT_EQ(host.outstanding, 1);
+        EXPECT_EQ(host.outstanding(), 1U);
         void* bytes = nullptr;
         ASSERT_TRUE(allocator.AllocBytes(&bytes, 100));
-        EXPECT_EQ(host.outstanding, 2);
+        EXPECT_EQ(host.outstanding(), 2U);
         allocator.FreeBytes(bytes);
         allocator.FreeImage(nullptr);
     }
-    EXPECT_EQ(host.outstanding, 0);
-    EXPECT_EQ(host.references, 1);
+    EXPECT_EQ(host.outstanding(), 0U);
+    EXPECT_EQ(host.references(), 1);
 }
 
 TEST(PixelFormats, AnswerMinusOneForCodesThatDoNotExist) {

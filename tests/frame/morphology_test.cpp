@@ -4,7 +4,7 @@
 #include "frame/operations/filter.h"
 #include "frame/primitives/morphology.h"
 #include "tests/frame/filter_support.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset {
 namespace {

@@ -77,7 +77,7 @@ void expectOnCommonRectangle(std::int32_t srcFormat, std::int32_t dstFormat, con
         const std::vector<std::uint8_t> source = src.bytes();
         ASSERT_TRUE(operation(src.frame, dst.frame));
         EXPECT_EQ(src.bytes(), source);
-        EXPECT_TRUE(dst.guardsAreWhole());
+        EXPECT_TRUE(dst.guardsIntact());
         for (std::int32_t y = 0; y < size[3]; ++y) {
             for (std::int32_t i = 0; i < dst.samplesPerRow(); ++i) {
                 const bool common = y < size[1] && i / dst.channels() < size[0];

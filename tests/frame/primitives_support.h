@@ -20,33 +20,9 @@
 
 #include "frame/primitives/check.h"
 #include "frame/primitives/status.h"
-#include "hwy/highway.h"
+#include "tests/frame/instruction_sets.h"
 
 namespace lumiset::test {
-
-/// Makes the primitives use one instruction set until destruction.
-class ForcedTarget {
-public:
-    explicit ForcedTarget(std::int64_t target) { choose(target); }
-    ~ForcedTarget() { choose(0); }
-    ForcedTarget(const ForcedTarget&) = delete;
-    ForcedTarget& operator=(const ForcedTarget&) = delete;
-
-private:
-    static void choose(std::int64_t target) {
-        hwy::SetSupportedTargetsForTest(target);
-        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-    }
-};
-
-/// The instruction sets that are built and that this machine has.
-inline std::vector<std::int64_t> machineTargets() {
-    std::vector<std::int64_t> targets;
-    for (std::int64_t rest = hwy::SupportedTargets() & HWY_TARGETS; rest != 0; rest &= rest - 1) {
-        targets.push_back(rest & -rest);
-    }
-    return targets;
-}
 
 /// How a plane lies in memory.
 struct PlaneLayout {

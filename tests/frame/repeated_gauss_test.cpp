@@ -6,7 +6,7 @@
 
 #include "frame/primitives/gauss.h"
 #include "tests/frame/filter_support.h"
-#include "tests/support/failing_host.h"
+#include "tests/support/host.h"
 
 namespace lumiset {
 namespace {

@@ -77,7 +77,7 @@ void resizeAsTold(const ResizeCase& c, std::int32_t format, std::int32_t mode, s
     src.randomize(random);
     ASSERT_TRUE(FrameResizeRect(src.frame, dst.frame, {0, 0, c.srcWidth, c.srcHeight}, {0, 0, c.dstWidth, c.dstHeight},
                                 mode, c.xFactor, c.yFactor, c.xShift, c.yShift));
-    EXPECT_TRUE(dst.guardsAreWhole());
+    EXPECT_TRUE(dst.guardsIntact());
     const double xFactor = c.xFactor != 0 ? c.xFactor : static_cast<double>(c.dstWidth) / c.srcWidth;
     const double yFactor = c.yFactor != 0 ? c.yFactor : static_cast<double>(c.dstHeight) / c.srcHeight;
     for (std::int32_t y = 0; y < c.dstHeight; ++y) {

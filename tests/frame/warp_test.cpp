@@ -106,7 +106,7 @@ void quadMapsAsTold(std::int32_t format, const ImgPixelRect& rect, const ImgPoin
     }
     clear(dst);
     ASSERT_EQ(warpQuad(src, rect, dst, quad), kImgOk);
-    EXPECT_TRUE(dst.guardsAreWhole());
+    EXPECT_TRUE(dst.guardsIntact());
     const double left = rect.left;
     const double top = rect.top;
     const double right = rect.right;
@@ -314,7 +314,7 @@ TEST(WarpAffine, SamplesWithinTheSourceAndBlendsItsEdge) {
                 ASSERT_EQ(warp(src.frame.Data(), src.frame.Stride(), {31, 27}, dst.frame.Data(), dst.frame.Stride(),
                                matrix, code, {53, 47}),
                           kImgOk);
-                EXPECT_TRUE(dst.guardsAreWhole());
+                EXPECT_TRUE(dst.guardsIntact());
                 for (std::int32_t y = 0; y < 47; ++y) {
                     for (std::int32_t i = 0; i < dst.samplesPerRow(); ++i) {
                         const std::int32_t x = i / dst.channels();

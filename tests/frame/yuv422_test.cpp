@@ -70,7 +70,7 @@ TEST(Yuv422, BecomesTheColoursOfTheLimitedRange) {
             for (const bool wholeGroups : {false, true}) {
                 GuardedFrame bgra(width, 3, kFormatBgra8);
                 ASSERT_EQ(toBgra(yuv, bgra, 77, wholeGroups, {width, 3}), kImgOk);
-                ASSERT_TRUE(bgra.guardsAreWhole());
+                ASSERT_TRUE(bgra.guardsIntact());
                 for (std::int32_t y = 0; y < 3; ++y) {
                     for (std::int32_t x = 0; x < width; ++x) {
                         const std::int32_t group = x / 2 * 4;
@@ -142,7 +142,7 @@ TEST(Yuv422, RefusesWhatItCannotConvert) {
     EXPECT_EQ(ImgBgraToYuv422(b, 16, y, 8, false, {4, 0}), kImgBadSize);
     EXPECT_EQ(ImgYuv422ToBgra(y, 7, b, 16, 0, false, {4, 2}), kImgBadStep);
     EXPECT_EQ(ImgBgraToYuv422(b, 15, y, 8, false, {4, 2}), kImgBadStep);
-    EXPECT_TRUE(yuv.guardsAreWhole() && bgra.guardsAreWhole());
+    EXPECT_TRUE(yuv.guardsIntact() && bgra.guardsIntact());
     EXPECT_EQ(samplesIn(bgra), std::vector<double>(32, 0xC7));
 }
 

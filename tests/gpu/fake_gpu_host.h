@@ -15,6 +15,7 @@
 #include "host/video_effect.h"
 #include "platform/gl_proc.h"
 #include "tests/gpu/fake_gl.h"
+#include "tests/support/host.h"
 
 namespace lumiset::testing {
 
@@ -197,35 +198,15 @@ private:
     int m_textureCount = 0;
 };
 
-/// An effect host that offers OpenGL, or not.
-class FakeEffectHost final : public IEffectHost {
-public:
-    explicit FakeEffectHost(FakeGPUHost* gpu) : m_gpu(gpu) {}
-    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override {
-        if (m_gpu != nullptr) {
-            return m_gpu->QueryInterface(iid, out);
-        }
-        *out = nullptr;
-        return kResultNoInterface;
-    }
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return 2; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
-    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
-        if (const auto found = values.find(index); found != values.end()) {
-            *out = found->second;
-        }
-    }
-    void LUMISET_CALL Reserved4() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL Reserved5() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL Reserved6() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL Reserved7() noexcept override { ADD_FAILURE(); }
-    void LUMISET_CALL GetHostName(const char** out) noexcept override { *out = name; }
-
-    std::map<std::uint32_t, ParamValue> values;  ///< of parameters; the others keep their defaults
-    const char* name = "Tests";
-
-private:
-    FakeGPUHost* m_gpu;
-};
+/// A host of the Outline effect that offers OpenGL.
+inline test::ValueHost outlineHost(IHostGL* gpu) {
+    test::ValueHost host;
+    host.offers = gpu;
+    host.values[0].slider = 1.0F;
+    host.values[1].slider = 1.0F;
+    host.values[2].color = 0x0000CC33U;
+    host.values[3].slider = 0.75F;
+    return host;
+}
 
 }  // namespace lumiset::testing

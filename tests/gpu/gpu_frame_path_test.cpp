@@ -17,8 +17,7 @@ protected:
         m_gpu = std::make_unique<FakeGPUHost>();
         m_gpu->uniforms = {"SwapChannels", "blurSize",         "isOdd",           "colors", "opacity", "step",
                            "radius",       "Texture0_texture", "Texture1_texture"};
-        m_host = std::make_unique<FakeEffectHost>(m_gpu.get());
-        m_host->values = {{0, {.slider = 1.0F}}, {1, {.slider = 1.0F}}, {2, {.color = 0xCC33}}, {3, {.slider = 0.75F}}};
+        m_host = std::make_unique<test::ValueHost>(outlineHost(m_gpu.get()));
         m_source = m_gpu->texture("source", 60, 40, kFormatArgb8);
         m_destination = m_gpu->texture("destination", 60, 40, kFormatArgb8);
         m_outline = new COutline;
@@ -56,7 +55,7 @@ protected:
     }
 
     std::unique_ptr<FakeGPUHost> m_gpu;
-    std::unique_ptr<FakeEffectHost> m_host;
+    std::unique_ptr<test::ValueHost> m_host;
     GPUTexture m_source;
     GPUTexture m_destination;
     COutline* m_outline;
@@ -140,7 +139,7 @@ TEST_F(FramePathTest, RefusesWhatItCannotRender) {
     EXPECT_FALSE(m_outline->ProcessFrameGPU(0, m_host.get(), nullptr, &m_source, nullptr, &m_destination, nullptr));
     EXPECT_FALSE(m_outline->ProcessFrameGPU(0, m_host.get(), m_gpu.get(), nullptr, nullptr, &m_destination, nullptr));
     EXPECT_FALSE(m_outline->ProcessFrameGPU(0, m_host.get(), m_gpu.get(), &m_source, nullptr, nullptr, nullptr));
-    FakeEffectHost withoutGL(nullptr);
+    test::ValueHost withoutGL;
     EXPECT_FALSE(m_outline->ProcessFrameGPU(0, &withoutGL, m_gpu.get(), &m_source, nullptr, &m_destination, nullptr));
     EXPECT_FALSE(m_outline->InitGPU(&withoutGL, m_gpu.get(), nullptr, 0));
     EXPECT_FALSE(m_outline->InitGPU(nullptr, m_gpu.get(), nullptr, 0));

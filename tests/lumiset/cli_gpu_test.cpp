@@ -10,6 +10,7 @@
 #include "media/media.h"
 #include "platform/crash_reports.h"
 #include "tests/lumiset/cli_run.h"
+#include "tests/media/media_fixture.h"
 
 namespace lumiset::test {
 namespace {
@@ -20,22 +21,7 @@ std::vector<media::Picture> render(const TemporaryFolder& folder, std::vector<st
                                      "Outline", "-p", "Red Glow"});
     run = runLumiset(options);
     EXPECT_EQ(run.status, 0) << run.err;
-    std::vector<media::Picture> pictures;
-    const std::unique_ptr<media::Source> source = media::openSource(output);
-    for (media::Picture picture; source->read(picture);) {
-        pictures.push_back(picture);
-    }
-    return pictures;
-}
-
-int largestDifference(const media::Picture& a, const media::Picture& b) {
-    int largest = 0;
-    for (int y = 0; y < a.height; ++y) {
-        for (int i = 0; i < 4 * a.width; ++i) {
-            largest = std::max(largest, std::abs(a.row(y)[i] - b.row(y)[i]));
-        }
-    }
-    return largest;
+    return media::readAll(output);
 }
 
 TEST(GPUCommands, RenderTheSamePicturesInOpenGL) {
@@ -49,9 +35,9 @@ TEST(GPUCommands, RenderTheSamePicturesInOpenGL) {
         const std::vector<media::Picture> pictures = render(folder, {"--gpu", "--layout", layout}, run);
         EXPECT_EQ(run.err.find("processor"), std::string::npos) << run.err;
         ASSERT_EQ(pictures.size(), expected.size());
-        int largest = 0;
+        double largest = 0.0;
         for (std::size_t i = 0; i < pictures.size(); ++i) {
-            largest = std::max(largest, largestDifference(pictures[i], expected[i]));
+            largest = std::max(largest, media::worstDifference(pictures[i], expected[i]));
         }
         EXPECT_LE(largest, 3);
         EXPECT_GT(largest, 0) << "or the processor has rendered after all";
@@ -76,7 +62,7 @@ TEST(GPUCommands, LeaveTheFramesToTheProcessorWithoutOpenGL) {
     const std::vector<media::Picture> pictures = render(folder, {"--gpu"}, run);
     ASSERT_EQ(pictures.size(), expected.size());
     for (std::size_t i = 0; i < pictures.size(); ++i) {
-        EXPECT_EQ(largestDifference(pictures[i], expected[i]), 0);
+        EXPECT_EQ(media::worstDifference(pictures[i], expected[i]), 0);
     }
     const std::size_t said = run.err.find("There is no OpenGL on this machine");
     ASSERT_NE(said, std::string::npos) << run.err;
@@ -117,21 +103,19 @@ TEST(Compare, MeasuresBothRenderersAndDrawsThem) {
     const std::vector<double> a = seen(folder / "a.png");
     const std::vector<double> b = seen(folder / "b.png");
     ASSERT_EQ(a.size(), b.size());
-    double squares = 0.0;
-    double largest = 0.0;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        squares += (a[i] - b[i]) * (a[i] - b[i]);
-        largest = std::max(largest, std::abs(a[i] - b[i]));
-    }
-    ASSERT_GT(largest, 0.0);
+    const auto samplesOf = [](const std::vector<double>& all) {
+        return [&all](int i, int, int) { return all[static_cast<std::size_t>(i)]; };
+    };
+    const test::Difference apart = test::differenceOf(static_cast<int>(a.size()), 1, 1, samplesOf(a), samplesOf(b));
+    ASSERT_GT(apart.largest, 0.0);
 
     const RunResult run = with({"compare", "scene:96x54", folder / "sheet.png", "--time", "1"});
     ASSERT_EQ(run.status, 0) << run.err;
     double psnr = 0.0;
     double worst = 0.0;
     ASSERT_EQ(std::sscanf(run.out.c_str(), "PSNR %lf dB, largest difference %lf", &psnr, &worst), 2) << run.out;
-    EXPECT_NEAR(psnr, 10.0 * std::log10(255.0 * 255.0 * static_cast<double>(a.size()) / squares), 0.051);
-    EXPECT_NEAR(worst, largest, 0.5);
+    EXPECT_NEAR(psnr, apart.psnr, 0.051);
+    EXPECT_NEAR(worst, apart.largest, 0.5);
     media::Picture sheet;
     ASSERT_TRUE(media::openSource(folder / "sheet.png")->read(sheet));
     EXPECT_GT(sheet.width, 3 * 96);
@@ -197,18 +181,12 @@ TEST(GPUCommands, LeaveNoReportWhenTheyAreInterrupted) {
     for (int i = 0; i < 3; ++i) {
         const RunResult run = runLumiset(
             {"render", "scene:640x360:600:30", folder / "out.mkv", "--gpu", "-e", "Outline", "-p", "Red Glow"},
-            "/dev/null", [&](pid_t process) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(600 + 70 * i));
-                ::kill(process, SIGINT);
-            });
+            "/dev/null", [&](pid_t process) { interrupt(process, SIGINT, 70 * i); });
         EXPECT_EQ(run.status, 128 + SIGINT) << run.err;
     }
     for (int i = 0; i < 4; ++i) {
         runLumiset({"compare", "scene:1280x720", folder / "sheet.png", "-e", "Old TV"}, "/dev/null",
-                   [&](pid_t process) {
-                       std::this_thread::sleep_for(std::chrono::milliseconds(300 + 150 * i));
-                       ::kill(process, SIGINT);
-                   });
+                   [&](pid_t process) { interrupt(process, SIGINT, 150 * i); });
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(800));  // longer than the monitor takes to notice
     EXPECT_TRUE(platform::crashReports().empty());

@@ -9,6 +9,7 @@
 #include "hostkit/renderer.h"
 #include "media/media.h"
 #include "tests/lumiset/cli_run.h"
+#include "tests/media/media_fixture.h"
 
 namespace lumiset::test {
 namespace {
@@ -25,28 +26,18 @@ std::uint32_t pixelAt(const Picture& picture, int x, int y) {
     return pixel;  // 0xAARRGGBB
 }
 
-std::vector<Picture> readAll(const std::string& file, const media::SourceOptions& options = {}) {
-    const std::unique_ptr<media::Source> source = media::openSource(file, options);
-    std::vector<Picture> pictures;
-    for (Picture picture; source->read(picture);) {
-        pictures.push_back(picture);
-    }
-    return pictures;
-}
-
 /// The largest difference of two pictures' samples where they can be seen; 256 for pictures of two sizes.
 int largestDifference(const Picture& a, const Picture& b) {
     if (a.width != b.width || a.height != b.height) {
         return 256;
     }
-    int largest = 0;
-    for (int y = 0; y < a.height; ++y) {
-        for (int i = 0; i < 4 * a.width; ++i) {
-            const bool invisible = a.row(y)[i | 3] == 0 && b.row(y)[i | 3] == 0;
-            largest = std::max(largest, invisible ? 0 : std::abs(a.row(y)[i] - b.row(y)[i]));
-        }
-    }
-    return largest;
+    const auto samplesOf = [&](const Picture& picture) {
+        return [&](int x, int y, int c) {
+            const bool invisible = a.row(y)[4 * x + 3] == 0 && b.row(y)[4 * x + 3] == 0;
+            return invisible ? 0 : picture.row(y)[4 * x + c];
+        };
+    };
+    return static_cast<int>(test::differenceOf(a.width, a.height, 4, samplesOf(a), samplesOf(b)).largest);
 }
 
 /// A white square, 8 pixels wide, in the middle of nothing.
@@ -85,7 +76,7 @@ std::vector<Picture> outlined(const std::string& input) {
     parameters.addKey("Width", 1.0, "100");
     hostkit::Renderer renderer(chain, kFormatBgra8);
     const double frameSeconds = 1.0 / media::openSource(input)->format().frameRate.value();
-    std::vector<Picture> pictures = readAll(input);
+    std::vector<Picture> pictures = media::readAll(input);
     for (Picture& picture : pictures) {
         Picture source = picture;
         const hostkit::FieldOrder fields = !picture.interlaced     ? hostkit::FieldOrder::kProgressive
@@ -115,7 +106,7 @@ TEST(Render, DrawsTheEffectOnAPictureInEveryDepthAndLayout) {
             ASSERT_EQ(run.status, 0) << run.err;
             EXPECT_NE(run.err.find("1 frame in"), std::string::npos) << run.err;
             EXPECT_EQ(folder.entries(), 2) << "nothing but input and output";
-            results.push_back(readAll(output).at(0));
+            results.push_back(media::readAll(output).at(0));
         }
     }
     EXPECT_EQ(pixelAt(results[0], 40, 30), 0xFFFFFFFFU) << "the square";
@@ -135,7 +126,7 @@ TEST(Render, KeepsTheOrderAndTimesOfAClipAndItsKeyframes) {
     for (const char* threads : {"1", "3"}) {
         const RunResult run = runLumiset(outlineCommand(input, output, {"--codec", "ffv1", "--threads", threads}));
         ASSERT_EQ(run.status, 0) << run.err;
-        const std::vector<Picture> results = readAll(output);
+        const std::vector<Picture> results = media::readAll(output);
         ASSERT_EQ(results.size(), expected.size());
         for (std::size_t i = 0; i < results.size(); ++i) {
             EXPECT_LE(largestDifference(results[i], expected[i]), 0) << "picture " << i;
@@ -153,7 +144,7 @@ TEST(Render, CutsAPieceThatLooksAsInTheWhole) {
         input, folder / "piece.mkv", {"--codec", "ffv1", "--start", "0.25", "--duration", "0.5", "--quiet"}));
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err, "");
-    const std::vector<Picture> results = readAll(folder / "piece.mkv");
+    const std::vector<Picture> results = media::readAll(folder / "piece.mkv");
     ASSERT_EQ(results.size(), 6U);
     for (std::size_t i = 0; i < results.size(); ++i) {
         EXPECT_LE(largestDifference(results[i], expected[i + 3]), 0) << "picture " << i;
@@ -164,7 +155,7 @@ TEST(Render, RendersTheFieldsOfInterlacedVideo) {
     const TemporaryFolder folder;
     const std::string input = folder / "fields.mkv";
     {
-        std::vector<Picture> pictures = readAll("scene:96x64:0.5:10");
+        std::vector<Picture> pictures = media::readAll("scene:96x64:0.5:10");
         media::VideoFormat format = media::openSource("scene:96x64:0.5:10")->format();
         format.interlaced = true;
         format.topFieldFirst = true;
@@ -177,11 +168,11 @@ TEST(Render, RendersTheFieldsOfInterlacedVideo) {
         }
         sink->finish();
     }
-    ASSERT_TRUE(readAll(input).at(0).interlaced);
+    ASSERT_TRUE(media::readAll(input).at(0).interlaced);
     const std::vector<Picture> expected = outlined(input);
     const RunResult run = runLumiset(outlineCommand(input, folder / "out.mkv", {"--codec", "ffv1"}));
     ASSERT_EQ(run.status, 0) << run.err;
-    const std::vector<Picture> results = readAll(folder / "out.mkv");
+    const std::vector<Picture> results = media::readAll(folder / "out.mkv");
     ASSERT_EQ(results.size(), expected.size());
     for (std::size_t i = 0; i < results.size(); ++i) {
         EXPECT_LE(largestDifference(results[i], expected[i]), 0) << "picture " << i;
@@ -196,7 +187,7 @@ TEST(Render, AppliesSeveralEffectsInTurnEachWithItsOwnValues) {
         runLumiset({"render", input, folder / "out.png", "--effect", "Outline", "--preset", "Inked Lines", "--set",
                     "Width=60", "--effect", "Outline", "--preset", "Bold Red", "--set", "Width=100"});
     ASSERT_EQ(run.status, 0) << run.err;
-    const Picture result = readAll(folder / "out.png").at(0);
+    const Picture result = media::readAll(folder / "out.png").at(0);
     EXPECT_EQ(pixelAt(result, 40, 30), 0xFFFFFFFFU);
     EXPECT_EQ(pixelAt(result, 35, 30), 0xFF000000U) << "the first band, two pixels wide";
     EXPECT_EQ(pixelAt(result, 32, 30), 0xFFFF0000U) << "the second one around it";

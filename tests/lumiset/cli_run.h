@@ -90,6 +90,22 @@ struct OwnSettings {
     WithEnvironment runtime{"XDG_RUNTIME_DIR", folder / "runtime"};
 };
 
+/// True once the process handles that signal itself, rather than ending by it.
+inline bool catches(pid_t process, int signal) {
+    const std::string status = contentsOf("/proc/" + std::to_string(process) + "/status");
+    const std::size_t at = status.find("SigCgt:");
+    return at != std::string::npos && (std::stoull(status.substr(at + 7), nullptr, 16) >> (signal - 1) & 1U) != 0;
+}
+
+/// Sends the signal that many milliseconds after the process has come to handle it, half a minute at most.
+inline void interrupt(pid_t process, int signal, int milliseconds = 0) {
+    for (int i = 0; i < 3000 && !catches(process, signal); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    ::kill(process, signal);
+}
+
 struct RunResult {
     int status = -1;  ///< exit status; 1000 + signal for a program that a signal ended
     std::string out;

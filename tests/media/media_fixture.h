@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "media/media.h"
+#include "tests/support/difference.h"
 
 namespace lumiset::media {
 
@@ -126,17 +127,14 @@ inline std::vector<Picture> readAll(const std::string& path, const SourceOptions
 inline double worstDifference(const Picture& a, const Picture& b, int border = 0, int channels = 4) {
     EXPECT_EQ(a.width, b.width);
     EXPECT_EQ(a.height, b.height);
-    double worst = a.width == b.width && a.height == b.height ? 0 : 999;
-    for (int y = 0; worst < 999 && y < a.height; y++) {
-        for (int x = 0; x < a.width; x++) {
-            const bool middle = x % 8 >= border && x % 8 < 8 - border && y % 8 >= border && y % 8 < 8 - border;
-            for (int c = 0; middle && c < channels; c++) {
-                const double difference = std::abs(sampleOf(a, x, y, c) - sampleOf(b, x, y, c));
-                worst = difference <= worst ? worst : difference;  // a NaN counts as worst
-            }
-        }
+    if (a.width != b.width || a.height != b.height) {
+        return HUGE_VAL;
     }
-    return worst;
+    const auto isInside = [border](int x) { return x % 8 >= border && x % 8 < 8 - border; };
+    const auto samplesOf = [&](const Picture& picture) {
+        return [&](int x, int y, int c) { return isInside(x) && isInside(y) ? sampleOf(picture, x, y, c) : 0; };
+    };
+    return test::differenceOf(a.width, a.height, channels, samplesOf(a), samplesOf(b)).largest;
 }
 
 }  // namespace lumiset::media

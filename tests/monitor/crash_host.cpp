@@ -46,7 +46,7 @@ int host(const std::string& module, const std::string& end, int frames, const ch
         return 2;
     }
     FakeGPUHost gpu;
-    FakeEffectHost effectHost(&gpu);
+    test::ValueHost effectHost = outlineHost(&gpu);
     effectHost.name = name;
     GPUTexture source = gpu.texture("source", 60, 40);
     GPUTexture destination = gpu.texture("destination", 60, 40);

@@ -16,7 +16,7 @@ std::vector<bool> effectsThatRenderInOpenGL() {
     loadDriver();
     resetFakeGL();
     FakeGPUHost gpu;
-    FakeEffectHost host(&gpu);
+    test::ValueHost host = outlineHost(&gpu);
     IEffectLibrary* const library = loadLibrary(LUMISET_TEST_MODULE);
     std::vector<bool> able;
     for (std::uint32_t i = 0; i < kEffects; ++i) {

@@ -1,48 +1,27 @@
 #pragma once
 
-// A small host of the tests' own: parameter values by index, and the module through its exports.
+// The module's effects through its exports.
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string_view>
 #include <utility>
 
 #include "host/effect_library.h"
+#include "tests/support/host.h"
 #include "tests/support/picture.h"
 
 namespace lumiset::testing {
+
+using namespace lumiset::test;
 
 struct ReleaseInterface {
     void operator()(IUnknown* object) const { object->Release(); }
 };
 template <class Interface>
 using Held = std::unique_ptr<Interface, ReleaseInterface>;
-
-/// Answers parameter values that were set, and leaves the others at the default that the effect filled in.
-class ValueHost final : public IEffectHost {
-public:
-    Result LUMISET_CALL QueryInterface(const Guid&, void** out) noexcept override {
-        *out = nullptr;
-        return kResultNoInterface;
-    }
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return 2; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
-    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
-        if (const auto found = values.find(index); found != values.end()) {
-            *out = found->second;
-        }
-    }
-    void LUMISET_CALL Reserved4() noexcept override {}
-    void LUMISET_CALL Reserved5() noexcept override {}
-    void LUMISET_CALL Reserved6() noexcept override {}
-    void LUMISET_CALL Reserved7() noexcept override {}
-    void LUMISET_CALL GetHostName(const char** out) noexcept override { *out = "Tests"; }
-
-    std::map<std::uint32_t, ParamValue> values;
-};
 
 /// One effect, of the module or another.
 class EffectTester {

@@ -1,8 +1,9 @@
 #pragma once
 
-// Pictures for tests of whole effects: any host format, padded rows, either stride sign and row order, guard
-// bytes around and between the rows, and samples addressed as a person sees them.
+// The one guarded picture of the tests: any format, padded rows, either stride sign and row order, guard bytes around
+// and between the rows, and samples addressed as a person sees them.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -10,8 +11,9 @@
 
 #include "host/pixel_format.h"
 #include "host/records.h"
+#include "tests/support/difference.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 enum Channel { kRed, kGreen, kBlue, kAlpha };
 
@@ -19,7 +21,9 @@ struct Storage {
     std::int32_t format = kFormatBgra8;
     bool flipped = false;
     bool negativeStride = false;
-    std::int32_t padding = 0;  ///< bytes behind each row; a multiple of 4
+    std::int32_t padding = 0;       ///< bytes behind each row; a multiple of 4 for floats
+    std::int32_t misalignment = 0;  ///< bytes by which the first row misses an aligned address
+    std::uint8_t fill = 0;          ///< what every byte of the pixels holds at first
 };
 
 class Picture {
@@ -28,9 +32,11 @@ public:
         : m_width(width), m_height(height), m_storage(storage) {
         m_rowBytes = width * formatBytesPerPixel(storage.format);
         m_stride = m_rowBytes + storage.padding;
-        m_memory.assign(static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(height) + 2 * kGuard, kGuardByte);
+        m_start = kGuard + static_cast<std::size_t>(storage.misalignment);
+        m_memory.assign(m_start + static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(height) + kGuard,
+                        kGuardByte);
         for (std::int32_t row = 0; row < height; ++row) {
-            std::memset(storedRow(row), 0, static_cast<std::size_t>(m_rowBytes));
+            std::memset(storedRow(row), storage.fill, static_cast<std::size_t>(m_rowBytes));
         }
     }
 
@@ -82,11 +88,13 @@ public:
 
     /// Every byte, the guards too.
     [[nodiscard]] const std::vector<std::uint8_t>& bytes() const { return m_memory; }
+    /// Those of another picture of the same size and storage.
+    void restore(const std::vector<std::uint8_t>& bytes) { std::copy(bytes.begin(), bytes.end(), m_memory.begin()); }
 
     [[nodiscard]] bool guardsIntact() const {
         std::vector<std::uint8_t> copy = m_memory;
         for (std::int32_t row = 0; row < m_height; ++row) {
-            std::memset(copy.data() + kGuard + static_cast<std::ptrdiff_t>(row) * m_stride, kGuardByte,
+            std::memset(copy.data() + m_start + static_cast<std::ptrdiff_t>(row) * m_stride, kGuardByte,
                         static_cast<std::size_t>(m_rowBytes));
         }
         for (const std::uint8_t byte : copy) {
@@ -98,7 +106,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kGuard = 64;
+    static constexpr std::size_t kGuard = 128;
     static constexpr std::uint8_t kGuardByte = 0xC3;
 
     /// Position of a colour in the pixel: B, G, R, A or A, R, G, B.
@@ -107,7 +115,7 @@ private:
     }
     [[nodiscard]] std::uint8_t* storedRow(std::int32_t row) {
         const std::int32_t inMemory = m_storage.negativeStride ? m_height - 1 - row : row;
-        return m_memory.data() + kGuard + static_cast<std::ptrdiff_t>(inMemory) * m_stride;
+        return m_memory.data() + m_start + static_cast<std::ptrdiff_t>(inMemory) * m_stride;
     }
     [[nodiscard]] const std::uint8_t* pixelAt(std::int32_t x, std::int32_t y) const {
         const std::int32_t row = m_storage.flipped ? m_height - 1 - y : y;
@@ -120,8 +128,19 @@ private:
     Storage m_storage;
     std::int32_t m_rowBytes = 0;
     std::int32_t m_stride = 0;
+    std::size_t m_start = 0;
     std::vector<std::uint8_t> m_memory;
 };
+
+/// Compares all four channels of two pictures of one size, in levels of 255.
+[[nodiscard]] inline Difference comparePictures(const Picture& actual, const Picture& expected) {
+    const auto samplesOf = [](const Picture& picture) {
+        return [&picture](std::int32_t x, std::int32_t y, std::int32_t channel) {
+            return picture.get(x, y, static_cast<Channel>(channel));
+        };
+    };
+    return differenceOf(expected.width(), expected.height(), 4, samplesOf(actual), samplesOf(expected));
+}
 
 /// A picture with something for every effect: colour ramps, a hard-edged opaque disc, a soft alpha ramp and
 /// single bright pixels, which may be left out. `turned` draws it upside down.
@@ -140,4 +159,4 @@ inline void drawTestCard(Picture& picture, bool turned = false, bool sparks = tr
     }
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

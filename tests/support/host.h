@@ -1,30 +1,63 @@
 #pragma once
 
+// The one host of the tests: parameter values by index, and whatever other interfaces a test lends it.
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <map>
 #include <new>
 #include <unordered_set>
+#include <utility>
 
 #include "frame/memory_allocator.h"
 #include "host/host_interfaces.h"
 
 namespace lumiset::test {
 
+/// Answers parameter values that were set, and leaves the others at the default that the effect filled in.
+class ValueHost : public IEffectHost {
+public:
+    ValueHost() = default;
+    ValueHost(const ValueHost&) = default;
+    ValueHost& operator=(const ValueHost&) = default;
+    virtual ~ValueHost() = default;
+
+    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override {
+        *out = nullptr;
+        return offers != nullptr ? offers->QueryInterface(iid, out) : kResultNoInterface;
+    }
+    std::uint32_t LUMISET_CALL AddRef() noexcept override { return 2; }
+    std::uint32_t LUMISET_CALL Release() noexcept override { return 1; }
+    void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t) noexcept override {
+        if (const auto found = values.find(index); found != values.end()) {
+            *out = found->second;
+        }
+    }
+    void LUMISET_CALL Reserved4() noexcept override { ADD_FAILURE(); }
+    void LUMISET_CALL Reserved5() noexcept override { ADD_FAILURE(); }
+    void LUMISET_CALL Reserved6() noexcept override { ADD_FAILURE(); }
+    void LUMISET_CALL Reserved7() noexcept override { ADD_FAILURE(); }
+    void LUMISET_CALL GetHostName(const char** out) noexcept override { *out = name; }
+
+    std::map<std::uint32_t, ParamValue> values;
+    IUnknown* offers = nullptr;  ///< answers for interfaces beside the host's own; may be null
+    const char* name = "Tests";
+};
+
 /// A host whose allocator fails at one call and counts what it has handed out. New blocks hold the byte 0xA5, so
-/// that a result which depends on unwritten scratch memory shows. Parameters keep their defaults; derive to
-/// answer some.
-class FailingHost : public IEffectHost, public IHostAllocator {
+/// that a result which depends on unwritten scratch memory shows.
+class FailingHost final : public ValueHost, public IHostAllocator {
 public:
     static constexpr int kNever = -1;
 
     /// `failAt` counts allocations from 0.
-    explicit FailingHost(int failAt = kNever) : m_failAt(failAt) {}
+    explicit FailingHost(int failAt = kNever, const ValueHost& host = {}) : ValueHost(host), m_failAt(failAt) {}
     FailingHost(const FailingHost&) = delete;
     FailingHost& operator=(const FailingHost&) = delete;
-    virtual ~FailingHost() {
+    ~FailingHost() override {
         for (void* block : m_blocks) {
             ::operator delete(block, kAlignment);
         }
@@ -38,20 +71,10 @@ public:
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override {
         *out = iid == IHostAllocator::kId ? static_cast<IHostAllocator*>(this) : nullptr;
-        if (*out == nullptr) {
-            return kResultNoInterface;
-        }
-        ++m_references;
-        return kResultOk;
+        return *out != nullptr ? (AddRef(), kResultOk) : ValueHost::QueryInterface(iid, out);
     }
     std::uint32_t LUMISET_CALL AddRef() noexcept override { return static_cast<std::uint32_t>(++m_references); }
     std::uint32_t LUMISET_CALL Release() noexcept override { return static_cast<std::uint32_t>(--m_references); }
-    void LUMISET_CALL GetParamValue(std::uint32_t, ParamValue*, std::uint32_t) noexcept override {}
-    void LUMISET_CALL Reserved4() noexcept override {}
-    void LUMISET_CALL Reserved5() noexcept override {}
-    void LUMISET_CALL Reserved6() noexcept override {}
-    void LUMISET_CALL Reserved7() noexcept override {}
-    void LUMISET_CALL GetHostName(const char** out) noexcept override { *out = "failing host"; }
 
     void LUMISET_CALL AllocBytes(void** out, std::uint32_t size) noexcept override { *out = allocate(size); }
     void LUMISET_CALL FreeBytes(void* block) noexcept override { release(block); }
@@ -93,12 +116,12 @@ private:
 
 /// Calls `operation(IEffectHost*)` with a host that fails at allocation 0, then at 1, and so on until an allocation
 /// of that number is not asked for. Every failing call must answer false, the last one true; no call may keep a
-/// block or a reference. `Host` is `FailingHost` or derived from it. Returns the number of allocations.
-template <class Host = FailingHost, class Operation>
-int failEachAllocation(Operation&& operation) {
+/// block or a reference. Returns the number of allocations.
+template <class Operation>
+int failEachAllocation(Operation&& operation, const ValueHost& values = {}) {
     for (int failAt = 0; failAt < 1000; ++failAt) {
         SCOPED_TRACE(::testing::Message() << "allocation " << failAt << " fails");
-        Host host(failAt);
+        FailingHost host(failAt, values);
         const bool done = operation(static_cast<IEffectHost*>(&host));
         EXPECT_EQ(host.outstanding(), 0U);
         EXPECT_EQ(host.references(), 1);

@@ -1,4 +1,4 @@
-#include "tests/effects/picture_difference.h"
+#include "tests/support/comparison.h"
 
 #include <stb_image_write.h>
 
@@ -6,35 +6,9 @@
 #include <cctype>
 #include <cmath>
 #include <filesystem>
-#include <limits>
 #include <vector>
 
-namespace lumiset::testing {
-
-PictureDifference comparePictures(const Picture& a, const Picture& b) {
-    PictureDifference found;
-    double squares = 0.0;
-    for (std::int32_t y = 0; y < a.height(); ++y) {
-        for (std::int32_t x = 0; x < a.width(); ++x) {
-            for (const Channel channel : {kRed, kGreen, kBlue, kAlpha}) {
-                const double difference = std::abs(a.get(x, y, channel) - b.get(x, y, channel));
-                squares += difference * difference;
-                if (!(difference <= found.largest)) {
-                    found.largest = std::isnan(difference) ? std::numeric_limits<double>::infinity() : difference;
-                    found.x = x;
-                    found.y = y;
-                }
-            }
-        }
-    }
-    const double mean = squares / (4.0 * a.width() * a.height());
-    if (!std::isfinite(mean)) {
-        found.psnr = 0.0;
-    } else {
-        found.psnr = mean > 0.0 ? 10.0 * std::log10(255.0 * 255.0 / mean) : 999.0;
-    }
-    return found;
-}
+namespace lumiset::test {
 
 namespace {
 
@@ -105,4 +79,4 @@ std::string writeComparison(const Picture& a, const Picture& b, const std::strin
     return path;
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test
