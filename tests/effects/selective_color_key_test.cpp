@@ -75,7 +75,7 @@ TEST(KeyMask, IsTheSameOnEveryInstructionSetAndAtEveryWidth) {
             const float range = static_cast<float>(random() % 60) / 100.0F;
             const ColorKey key = colorKey(colors[random() % std::size(colors)], range, true);
             keyMask(source.frame, mask.frame, key);
-            EXPECT_TRUE(mask.guardsAreWhole());
+            EXPECT_TRUE(mask.guardsIntact());
             for (std::int32_t y = 0; y < 5; ++y) {
                 for (std::int32_t x = 0; x < width; ++x) {
                     const std::uint8_t* p = source.row<std::uint8_t>(y) + 4 * x;
@@ -100,7 +100,7 @@ TEST(KeyMask, OfFloatsFallsAlongTheKeysOwnHue) {
             std::copy_n(pixel, 4, source.row<float>(0) + std::ptrdiff_t{4} * x);
         }
         keyMask(source.frame, mask.frame, key);
-        EXPECT_TRUE(mask.guardsAreWhole());
+        EXPECT_TRUE(mask.guardsIntact());
         const double radius = std::hypot(0.148, 0.439) * 255.0;
         for (std::int32_t x = 1; x < width; ++x) {
             const double along = 2.0 * x / 255.0 * radius * 127.0 / 128.0;

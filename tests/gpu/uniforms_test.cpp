@@ -78,7 +78,8 @@ TEST(Uniforms, HaveTheirNamesAndValuesInOnePass) {
     for (const Row& row : rows) {
         resetFakeGL();
         FakeGPUHost gpu;
-        FakeEffectHost host(&gpu);
+        test::ValueHost host;
+        host.offers = static_cast<IHostGL*>(&gpu);
         host.values = row.values;
         const GPUTexture source = gpu.texture("source", 60, 40, kFormatArgb8);
         GPUTexture destination = gpu.texture("destination", 60, 40, kFormatArgb8);
