@@ -13,7 +13,7 @@ namespace {
 constexpr std::int32_t kFormats[] = {kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat};
 
 const EffectTester& twoTones() {
-    static const EffectTester tester(Held<IVideoGPUEffect>(new CTwoTones));
+    static const EffectTester tester(Held<IVideoGPUEffect>{makeTwoTones()});
     return tester;
 }
 
