@@ -1,7 +1,4 @@
-#include <cerrno>
-#include <cstdio>
 #include <optional>
-#include <system_error>
 
 #include <fmt/format.h>
 
@@ -77,18 +74,7 @@ private:
         if (!m_file) {
             m_file.emplace(nameOf(m_number));
         }
-        const auto size = static_cast<std::size_t>(packet.size);
-        std::FILE* file = std::fopen(m_file->path().c_str(), "wb");
-        const bool written = file != nullptr && std::fwrite(packet.data, 1, size, file) == size;
-        int error = errno;
-        const bool closed = file != nullptr && std::fclose(file) == 0;
-        if (written && !closed) {
-            error = errno;
-        }
-        if (!written || !closed) {
-            throw MediaError(
-                fmt::format("Cannot write '{}': {}.", nameOf(m_number), std::generic_category().message(error)));
-        }
+        m_file->write({reinterpret_cast<const char*>(packet.data), static_cast<std::size_t>(packet.size)});
         // A sequence's pictures stand one by one; a picture by itself takes its place when the run is over.
         if (m_sequence) {
             m_file->commit();

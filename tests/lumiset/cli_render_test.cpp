@@ -258,6 +258,24 @@ TEST(Render, StopsCleanlyWhenInterrupted) {
     }
 }
 
+TEST(Render, LeavesNothingWhenItIsInterruptedTwice) {
+    for (int i = 0; i < 6; ++i) {
+        const TemporaryFolder folder;
+        const RunResult run =
+            runLumiset(outlineCommand("scene:640x480:3600", folder / "out.mkv"), "/dev/null", [&](pid_t process) {
+                for (int wait = 0; wait < 1000 && folder.entries() < 1; ++wait) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(30 * i));
+                ::kill(process, SIGINT);
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                ::kill(process, SIGINT);
+            });
+        EXPECT_EQ(run.status, 128 + SIGINT) << run.err;
+        EXPECT_EQ(folder.entries(), 0);
+    }
+}
+
 TEST(Render, StopsWhileItWaitsForASilentPipe) {
     const TemporaryFolder folder;
     const std::string pipe = folder / "pipe";
