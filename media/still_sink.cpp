@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "media/pending_file.h"
-#include "media/pixel_loops.h"
 #include "media/sinks.h"
 #include "media/video_encoder.h"
 
@@ -19,7 +18,7 @@ public:
         : m_output(output), m_sequence(sequence), m_format(format), m_options(options) {
         silenceLibraries();
         m_number = sequence ? sequence->first.value_or(format.firstNumber) : 0;
-        planStill(nameOf(m_number), options, {format, format.hasAlpha, false});
+        planStill(nameOf(m_number), options, {format, format.color.hasAlpha(), false});
         m_file.emplace(nameOf(m_number));  // fails early in a folder that is closed
     }
 
@@ -28,7 +27,7 @@ public:
             throw MediaError(fmt::format("'{}' holds one picture only; for a video write '{}', or a video file.",
                                          m_output, suggestedPattern()));
         }
-        const bool alpha = m_alpha || m_format.hasAlpha || !isOpaque(picture);
+        const bool alpha = m_alpha || m_format.color.hasAlpha() || !isOpaque(picture);
         if (!m_encoder || alpha != m_alpha) {
             finishEncoder();
             m_alpha = alpha;
@@ -40,7 +39,7 @@ public:
                                                        format, av_inv_q(avRational(m_format.frameRate)),
                                                        m_sequence ? m_options.threads : 1, false, m_output);
         }
-        m_encoder->send(picture, m_written++);
+        m_encoder->send(m_encoder->frameOf(picture), m_written++);
         m_encoder->receive([this](AVPacket& packet) { save(packet); });
     }
 

@@ -45,7 +45,7 @@ std::string writeSquare(const TemporaryFolder& folder) {
     media::VideoFormat format;
     format.width = 80;
     format.height = 60;
-    format.hasAlpha = true;
+    format.color.alpha = media::AlphaKind::kStraight;
     Picture picture;
     picture.allocate(80, 60, media::Depth::kEightBit);
     for (int y = 0; y < 60; ++y) {
