@@ -5,6 +5,8 @@ install(TARGETS lumiset RUNTIME DESTINATION bin)
 install(TARGETS vantrel_lumiset5 LIBRARY DESTINATION lib/lumiset)
 install(TARGETS gpu_monitor RUNTIME DESTINATION lib/lumiset)  # beside the module, which starts it
 install(TARGETS ${LUMISET_FREI0R_PLUGINS} LIBRARY DESTINATION lib/frei0r-1)
+# Hosts look in /usr/OFX/Plugins; where the prefix is another one OFX_PLUGIN_PATH tells them.
+install(DIRECTORY ${CMAKE_BINARY_DIR}/Lumiset.ofx.bundle DESTINATION OFX/Plugins USE_SOURCE_PERMISSIONS)
 
 # For authors of hosts.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/host DESTINATION include/lumiset

@@ -1,19 +1,22 @@
 #pragma once
 
+#include <atomic>
+
 #include "host/frame_processor.h"
-#include "host/reference_count.h"
 
 namespace lumiset {
 
 /// The host's image helper. Every operation checks its records (data, positive sizes, a stride that holds the row,
 /// bytes per pixel that fit the format, floats at multiples of four bytes) and then calls one frame operation.
-class FrameProcessor final : public Counted<IFrameProcessor> {
+class FrameProcessor final : public IFrameProcessor {
 public:
     FrameProcessor() = default;
     FrameProcessor(const FrameProcessor&) = delete;
     FrameProcessor& operator=(const FrameProcessor&) = delete;
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
+    std::uint32_t LUMISET_CALL AddRef() noexcept override;
+    std::uint32_t LUMISET_CALL Release() noexcept override;
     bool LUMISET_CALL CopyImage(const VideoFrameDesc* src, const VideoFrameDesc* dst) noexcept override;
     bool LUMISET_CALL ResizeImage(const VideoFrameDesc* src, const VideoFrameDesc* dst,
                                   std::uint32_t mode) noexcept override;
@@ -44,7 +47,8 @@ public:
 
 private:
     ~FrameProcessor() = default;
-    void lastReleased() noexcept override { DeleteThis(); }
+
+    std::atomic<std::uint32_t> m_references{1};
 };
 
 /// A new object with one reference, or null when memory is exhausted.

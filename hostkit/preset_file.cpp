@@ -4,15 +4,13 @@
 #include <new>
 #include <system_error>
 
-#include "host/reference_count.h"
 #include "hostkit/com_ptr.h"
 
 namespace lumiset::hostkit {
 namespace {
 
-/// What the module asks of the host in a preset's call: an effect with the store's values. Lives on the stack of the
-/// call that it is made for.
-class PresetEffect final : public Counted<IPresetEffect> {
+/// What the module asks of the host in a preset's call: an effect with the store's values.
+class PresetEffect final : public IPresetEffect {
 public:
     PresetEffect(IEffectLibrary& library, const ParameterStore& parameters)
         : m_library(library),
@@ -27,6 +25,9 @@ public:
         *out = nullptr;
         return kResultNoInterface;
     }
+    // Lives on the stack of the call that it is made for.
+    std::uint32_t LUMISET_CALL AddRef() noexcept override { return ++m_references; }
+    std::uint32_t LUMISET_CALL Release() noexcept override { return --m_references; }
     const char* LUMISET_CALL GetEffectName() noexcept override { return m_effect->GetEffectName(); }
     const char* LUMISET_CALL GetLibraryName() noexcept override { return m_library.GetLibraryName(); }
     bool LUMISET_CALL GetParamInfo(std::uint32_t index, ParamInfo* out) noexcept override {
@@ -40,6 +41,7 @@ private:
     IEffectLibrary& m_library;
     const ParameterStore& m_parameters;
     ComPtr<IVideoGPUEffect> m_effect;
+    std::uint32_t m_references = 1;
 };
 
 ComPtr<IPresetSaver> presetSaver(IEffectLibrary& library) {
@@ -71,6 +73,10 @@ std::uint32_t load(IEffectLibrary& library, const std::string& path, const Param
 }
 
 }  // namespace
+
+std::string presetExtension(const EffectDescription& effect) {
+    return std::string(".lumv") + static_cast<char>('a' + effect.index);
+}
 
 std::string loadPresetFile(IEffectLibrary& library, const std::string& path, ParameterStore& parameters) {
     PresetOutcome outcome{};

@@ -15,6 +15,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The extension of an effect's preset files, with its point: ".lumva" to ".lumvj" by the effect's index.
+[[nodiscard]] std::string presetExtension(const EffectDescription& effect);
+
 /// Reads a preset file for the store's effect and takes its values over; parameters with keyframes become constant.
 /// Returns the preset's name. Throws `PresetFileError`, with the store unchanged.
 std::string loadPresetFile(IEffectLibrary& library, const std::string& path, ParameterStore& parameters);

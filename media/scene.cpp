@@ -1,5 +1,6 @@
 #include "media/scene.h"
 
+#include "media/pixel_loops.h"
 #include "media/scene_parts.h"
 
 namespace lumiset::media {

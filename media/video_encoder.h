@@ -1,8 +1,6 @@
 #pragma once
 
 #include "media/convert.h"
-#include "media/spare_frames.h"
-#include "media/spares.h"
 #include "media/video_plan.h"
 
 namespace lumiset::media {
@@ -14,10 +12,7 @@ public:
     VideoEncoder(const VideoPlan& plan, const VideoFormat& format, AVRational timeBase, int threads, bool globalHeader,
                  const std::string& shownName);
 
-    /// A picture as a frame of the encoder's. May be called on any threads at the same time.
-    std::shared_ptr<AVFrame> frameOf(const Picture& picture);
-    /// Encodes a frame that was made here.
-    void send(std::shared_ptr<AVFrame> frame, std::int64_t pts);
+    void send(const Picture& picture, std::int64_t pts);
     /// Sends the picture before once more, at a later time.
     void repeat(std::int64_t pts);
     void sendEnd();
@@ -33,13 +28,12 @@ public:
 
 private:
     bool receiveOne();
-    AvFrame emptyFrame();
+    void sendFrame(std::int64_t pts);
 
     std::string m_failure;
     AvCodecContext m_context;
-    Spares<FrameWriter> m_writers;
-    std::shared_ptr<SpareFrames> m_frames;
-    std::shared_ptr<AVFrame> m_latest;
+    FrameWriter m_writer;
+    AvFrame m_frame;
     AvPacket m_packet;
 };
 

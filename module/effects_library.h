@@ -6,9 +6,11 @@
 namespace lumiset {
 
 /// The effect library that the module hands out. It has no state beside its reference count.
-class CLumisetEffects5 final : public Counted<IEffectLibrary> {
+class CLumisetEffects5 final : public IEffectLibrary {
 public:
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
+    std::uint32_t LUMISET_CALL AddRef() noexcept override;
+    std::uint32_t LUMISET_CALL Release() noexcept override;
 
     const char* LUMISET_CALL GetLibraryName() noexcept override;
     IVideoGPUEffect* LUMISET_CALL CreateEffect(std::uint32_t index) noexcept override;
@@ -18,7 +20,7 @@ public:
     IPresetSaver* LUMISET_CALL CreatePresetSaver() noexcept override;
 
 private:
-    void lastReleased() noexcept override { delete this; }
+    ReferenceCount m_references;
 };
 
 }  // namespace lumiset

@@ -6,9 +6,11 @@
 namespace lumiset {
 
 /// Preset files with their dialogs and messages.
-class CPresetSaver final : public Counted<IPresetSaver> {
+class CPresetSaver final : public IPresetSaver {
 public:
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
+    std::uint32_t LUMISET_CALL AddRef() noexcept override;
+    std::uint32_t LUMISET_CALL Release() noexcept override;
 
     bool LUMISET_CALL LoadPreset(void* owner, IPresetEffect* effect, std::uint32_t index, const wchar_t* path,
                                  PresetOutcome* outcome) noexcept override;
@@ -17,7 +19,7 @@ public:
     void LUMISET_CALL DeleteThis() noexcept override;
 
 private:
-    void lastReleased() noexcept override { DeleteThis(); }
+    ReferenceCount m_references;
 };
 
 }  // namespace lumiset

@@ -43,14 +43,11 @@ void loadFile(const Instance& instance, double time) {
     instance.setValues(values, time, "Preset " + name);
 }
 
-/// With the extension of the effect's presets, ".lumva" to ".lumvj", where it has none.
-std::string withExtension(const std::string& file, const Instance& instance) {
-    const char letter = static_cast<char>('a' + instance.effect().description.index);
-    return fs::path(file).has_extension() ? file : file + ".lumv" + letter;
-}
-
 void saveFile(const Instance& instance, double time) {
-    const std::string file = withExtension(chosenFile(instance, time), instance);
+    std::string file = chosenFile(instance, time);
+    if (!fs::path(file).has_extension()) {
+        file += hostkit::presetExtension(instance.effect().description);
+    }
     std::error_code error;
     if (fs::exists(file, error) && !agrees(instance.host(), instance.handle(), "Replace the file \"" + file + "\"?")) {
         return;

@@ -17,8 +17,8 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Ten effects, among them outlines, old television sets and viewfinders, with
 presets. The program lumiset renders images and video through them, frei0r
-plug-ins bring them to ffmpeg, melt, Kdenlive, Shotcut and GStreamer, and
-headers are there for programs that want to load the module themselves.")
+plug-ins bring them to ffmpeg, melt, Kdenlive, Shotcut and GStreamer, an OpenFX
+bundle to editors and compositors, and headers are there for programs that want to load the module themselves.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # These are looked for while the program runs, so they are not among the libraries that it is linked with.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libegl1, libgl1, libgl1-mesa-dri")

@@ -21,8 +21,7 @@ public:
         kTube,
         kBoxAlpha,
         kSetAlpha,
-        kSurround,
-        kProgramCount
+        kSurround
     };
 
     using PicturePasses::PicturePasses;

@@ -1,11 +1,9 @@
 // Blurs the picture outside a shape that is pinned to four corners, or inside it: the mask of corner_mask.h decides
 // between the source and its triangular blur. Transparency stays as it is.
 
-#include <new>
+#include "effects/selective_focus/selective_focus.h"
 
 #include "effects/corner_mask/corner_mask_gpu.h"
-#include "effects/effect.h"
-#include "effects/effect_list.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -62,7 +60,7 @@ constexpr PresetTable kPresets(
     row("Witness Protection", {0.2326F, 0.1163F}, {0.7674F, 0.1163F}, {0.2326F, 0.8605F}, {0.75F, 0.75F}, 1.0F, 0.48F, false, 1.0F, true));
 // clang-format on
 
-enum Program : std::size_t { kCopy, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix, kProgramCount };
+enum Program : std::size_t { kCopy, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kPlainCopyFrag},
@@ -72,14 +70,12 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     kBlurHorizontalProgram,
     {shaders::kPassVert, shaders::kMixByMaskFrag},
 });
-static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Selective Focus",
     .flags = kFlagsEveryEffect,
     .params = kParams,
     .presets = kPresets,
-    .sharedPresetName = "Portrait",
     .needsTopDown = true,
     .mainProgram = &kPrograms[kMix],
 };
@@ -111,7 +107,12 @@ BlurSize blurSize(float blur, const FrameFacts& facts) {
     return {aspect.ToStoredX(extent), aspect.ToStoredY(facts.fieldMode ? extent * 0.5F : extent)};
 }
 
-bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
+}  // namespace
+
+CSelectiveFocus::CSelectiveFocus() : Effect(kInfo) {}
+
+bool CSelectiveFocus::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
+                             Frame& destination) noexcept {
     const Settings settings = readSettings(params);
     const BlurSize size = blurSize(settings.blur, context);
     if (!settings.testMask && !size.visible()) {
@@ -133,7 +134,7 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     return true;
 }
 
-bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool CSelectiveFocus::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const Settings settings = readSettings(params);
     const BlurSize size = blurSize(settings.blur, facts);
     MemoryAllocator heap;
@@ -158,14 +159,6 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
     }
     frame.pass(kMix, {sharp, outside, mask}, other);
     return frame.finish(other);
-}
-
-using CSelectiveFocus = EffectOf<kInfo, render, renderGPU>;
-
-}  // namespace
-
-IVideoGPUEffect* makeSelectiveFocus() noexcept {
-    return new (std::nothrow) CSelectiveFocus;
 }
 
 }  // namespace lumiset

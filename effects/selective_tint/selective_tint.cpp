@@ -3,11 +3,9 @@
 // is the gradient from one to the other. A tint follows the picture's brightness: black stays black, the middle tones
 // take the tint's colour, and highlights are drawn towards white as far as the colour is bright.
 
-#include <new>
+#include "effects/selective_tint/selective_tint.h"
 
 #include "effects/corner_mask/corner_mask_gpu.h"
-#include "effects/effect.h"
-#include "effects/effect_list.h"
 #include "effects/selective_tint/tint_mix.h"
 #include "frame/frame_operations.h"
 
@@ -91,16 +89,7 @@ constexpr PresetTable kPresets(
     row("Tractor Beam", {0.3721F, 0.0F}, {0.6163F, 0.0F}, {0.3721F, 1.0F}, {0.7093F, 1.0F}, 0.0F, 0.15F, false, {0xFF8000, 1.0F, 0.0F}, {0xC08000, 0.2351F, 1.0F}));
 // clang-format on
 
-enum Program : std::size_t {
-    kCopy,
-    kTint,
-    kFillValue,
-    kResizeRegion,
-    kBlurVertical,
-    kBlurHorizontal,
-    kMix,
-    kProgramCount
-};
+enum Program : std::size_t { kCopy, kTint, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kPlainCopyFrag},
@@ -111,7 +100,6 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     kBlurHorizontalProgram,
     {shaders::kPassVert, shaders::kSelectiveTintMixFrag},
 });
-static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Selective Tint",
@@ -157,7 +145,12 @@ void tintPass(GPUFrame& frame, const TintRegion& region, const GPUTexture& to) {
     });
 }
 
-bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
+}  // namespace
+
+CMaskedGradientTint::CMaskedGradientTint() : Effect(kInfo) {}
+
+bool CMaskedGradientTint::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
+                                 Frame& destination) noexcept {
     const Settings settings = readSettings(params);
     if (settings.showsSource()) {
         return FrameCopy(source, destination);
@@ -170,7 +163,7 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     return true;
 }
 
-bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool CMaskedGradientTint::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const Settings settings = readSettings(params);
     MemoryAllocator heap;
     CornerOutline outline(heap);
@@ -196,14 +189,6 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
         program.SetFloat3("Color", 1.0F, 1.0F, 1.0F);
     });
     return frame.finish(other);
-}
-
-using CMaskedGradientTint = EffectOf<kInfo, render, renderGPU>;
-
-}  // namespace
-
-IVideoGPUEffect* makeSelectiveTint() noexcept {
-    return new (std::nothrow) CMaskedGradientTint;
 }
 
 }  // namespace lumiset

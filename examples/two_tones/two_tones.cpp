@@ -4,9 +4,8 @@
 #include "examples/two_tones/two_tones.h"
 
 #include <array>
-#include <new>
 
-#include "effects/effect.h"
+#include "effects/effect_info.h"
 #include "effects/shaders/shader_texts.h"
 #include "examples/two_tones/shader_texts.h"
 #include "frame/layout.h"
@@ -35,17 +34,14 @@ constexpr PresetTable kPresets(                       //
     row("Old Photograph", 0x10243C, 0xC8E6FF, 0.9F),  //
     row("Blueprint", 0x80300C, 0xFFF8F0, 1.0F));
 
-enum Program : std::size_t { kPaint, kProgramCount };
-
-constexpr auto kPrograms = std::to_array<GPUProgramSource>({{shaders::kPassVert, shaders::kTwoTonesFrag}});
-static_assert(kPrograms.size() == kProgramCount);
+constexpr GPUProgramSource kPrograms[] = {{shaders::kPassVert, shaders::kTwoTonesFrag}};
 
 constexpr EffectInfo kInfo{
     .name = "Two Tones",
     .flags = kFlagsEveryEffect,
     .params = kParams,
     .presets = kPresets,
-    .mainProgram = &kPrograms[kPaint],
+    .mainProgram = &kPrograms[0],
 };
 static_assert(valid(kInfo));
 
@@ -88,8 +84,12 @@ void paintRow(const typename L::Sample* source, typename L::Sample* destination,
     }
 }
 
-bool render(const ParamReader& params, const RenderContext& /*context*/, const Frame& source,
-            Frame& destination) noexcept {
+}  // namespace
+
+CTwoTones::CTwoTones() : Effect(kInfo) {}
+
+bool CTwoTones::Render(const ParamReader& params, const RenderContext& /*context*/, const Frame& source,
+                       Frame& destination) noexcept {
     const Settings settings = readSettings(params);
     return visitLayout(source.Format(), [&](auto layout) {
         using Sample = typename decltype(layout)::Sample;
@@ -104,26 +104,17 @@ bool render(const ParamReader& params, const RenderContext& /*context*/, const F
 
 // ---- In OpenGL
 // One pass from the source to a temporary texture, and from there to the destination in its channel and row order.
-bool renderGPU(const ParamReader& params, const FrameFacts& /*facts*/, GPUFrame& frame) noexcept {
+bool CTwoTones::RenderGPU(const ParamReader& params, const FrameFacts& /*facts*/, GPUFrame& frame) noexcept {
     const Settings settings = readSettings(params);
     if (!frame.create(1, kPrograms)) {
         return false;
     }
-    frame.pass(kPaint, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
+    frame.pass(0, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
         program.SetFloat3("shadows", settings.shadows[0], settings.shadows[1], settings.shadows[2]);
         program.SetFloat3("highlights", settings.highlights[0], settings.highlights[1], settings.highlights[2]);
         program.SetFloat("amount", settings.amount);
     });
     return frame.finish(frame.temporary(0));
-}
-
-// ---- The effect
-using CTwoTones = EffectOf<kInfo, render, renderGPU>;
-
-}  // namespace
-
-IVideoGPUEffect* makeTwoTones() noexcept {
-    return new (std::nothrow) CTwoTones;
 }
 
 }  // namespace lumiset

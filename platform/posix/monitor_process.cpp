@@ -17,7 +17,6 @@
 #include <memory>
 
 #include "platform/posix/file_bytes.h"
-#include "platform/posix/process_namespace.h"
 #include "platform/posix/runtime_folder.h"
 #include "platform/process.h"
 #include "platform/text.h"
@@ -50,7 +49,7 @@ const char* variableIn(const std::string& environment, std::string_view name) {
 bool servesHere(std::uint64_t process) {
     struct stat status {};
     return ::stat(("/proc/" + std::to_string(process)).c_str(), &status) == 0 && status.st_uid == ::geteuid() &&
-           isRunning(findProcess(process)) && processNamespace(process) == processNamespace(thisProcess().id) &&
+           isRunning(findProcess(process)) &&
            runtimeFolder(variableIn(procFile(process, "environ"), "XDG_RUNTIME_DIR")) ==
                runtimeFolder(std::getenv("XDG_RUNTIME_DIR"));
 }

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "effects/effect_list.h"
-#include "host/pixel_format.h"
+#include "effects/outline/outline.h"
 #include "tests/gpu/fake_gpu_host.h"
 
 namespace lumiset::testing {
@@ -21,7 +20,7 @@ protected:
         m_host = std::make_unique<test::ValueHost>(outlineHost(m_gpu.get()));
         m_source = m_gpu->texture("source", 60, 40, kFormatArgb8);
         m_destination = m_gpu->texture("destination", 60, 40, kFormatArgb8);
-        m_outline = makeOutline();
+        m_outline = new COutline;
     }
     ~FramePathTest() override {
         m_outline->Release();
@@ -59,7 +58,7 @@ protected:
     std::unique_ptr<test::ValueHost> m_host;
     GPUTexture m_source;
     GPUTexture m_destination;
-    IVideoGPUEffect* m_outline;
+    COutline* m_outline;
 };
 
 TEST_F(FramePathTest, DrawsOutlineInItsPasses) {

@@ -94,7 +94,7 @@ inline VideoFormat formatOf(const Picture& picture, bool alpha) {
     VideoFormat format;
     format.width = picture.width;
     format.height = picture.height;
-    format.color.alpha = alpha ? AlphaKind::kStraight : AlphaKind::kNone;
+    format.hasAlpha = alpha;
     format.bitDepth = picture.depth == Depth::kFloat ? 16 : 8;
     return format;
 }

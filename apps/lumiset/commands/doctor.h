@@ -23,4 +23,7 @@ struct Finding {
 /// plug-ins are there and whether they are of this version.
 void addFrei0rFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue);
 
+/// The same of the OpenFX bundle: whether its plug-ins can be used.
+void addOpenFxFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue);
+
 }  // namespace lumiset::app

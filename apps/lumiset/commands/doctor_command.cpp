@@ -10,11 +10,9 @@
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
-#include <system_error>
 
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/commands/doctor.h"
-#include "apps/lumiset/messages.h"
 #include "apps/lumiset/user_options.h"
 #include "hostkit/frame_buffer.h"
 #include "hostkit/gl/gl_host.h"
@@ -112,13 +110,8 @@ Finding optionsFinding(IEffectLibrary& library) {
 /// Effects that crashed in OpenGL stay off it.
 Finding crashesFinding() {
     std::set<std::string> effects;
-    try {
-        for (const platform::CrashReport& report : platform::crashReports()) {
-            effects.insert(printable(report.effect));
-        }
-    } catch (const std::system_error& error) {
-        return {"Crashes", fmt::format("cannot be read: {}", error.what()),
-                "All effects stay off OpenGL until \"lumiset gpu reset\" removes the reports."};
+    for (const platform::CrashReport& report : platform::crashReports()) {
+        effects.insert(report.effect);
     }
     if (effects.empty()) {
         return {"Crashes", "none is reported"};
@@ -179,6 +172,7 @@ std::vector<Finding> examine(Program& program) {
     if (loaded) {
         findings.push_back(crashesFinding());
         addFrei0rFolders(findings, program.catalogue());
+        addOpenFxFolders(findings, program.catalogue());
     }
     addTools(findings);
     return findings;
@@ -213,8 +207,8 @@ void addDoctorCommand(CLI::App& app, Program& program) {
     CLI::App& command =
         addCommand(app, "doctor", "Tells what of an installation is there",
                    "Tells what of an installation is there, and what to do about what is not.\n\n"
-                   "Looks for the module, its monitor, OpenGL, the folders of frei0r plug-ins and the programs that "
-                   "use them.\nThe exit status is 0 when effects can be rendered.\n");
+                   "Looks for the module, its monitor, OpenGL, the folders of frei0r and OpenFX plug-ins and the "
+                   "programs that use the former.\nThe exit status is 0 when effects can be rendered.\n");
     const auto json = std::make_shared<bool>(false);
     command.add_flag("--json", *json, "as JSON");
     program.onChosen(command, [json, &program] {

@@ -1,7 +1,6 @@
 #include "apps/lumiset/presets/preset_conversion.h"
 
 #include <fmt/format.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -23,10 +22,6 @@ using hostkit::PresetFileError;
 /// As much as a preset file may have.
 constexpr std::size_t kMaxBytes = 1U << 20U;
 
-std::string extensionOf(const EffectDescription& effect) {
-    return std::string(".lumv") + static_cast<char>('a' + effect.index);
-}
-
 std::string extensionOf(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
@@ -38,7 +33,7 @@ bool isJson(const EffectCatalogue& catalogue, const std::string& path) {
     const std::string extension = extensionOf(path);
     const auto& effects = catalogue.effects();
     if (extension != ".json" && std::none_of(effects.begin(), effects.end(), [&](const EffectDescription& effect) {
-            return extensionOf(effect) == extension;
+            return hostkit::presetExtension(effect) == extension;
         })) {
         throw UsageError(fmt::format("\"{}\" is neither a preset file (.lumva to .lumvj) nor JSON (.json).", path));
     }
@@ -57,6 +52,15 @@ std::string readText(const std::string& path) {
         throw PresetFileError(fmt::format("The file \"{}\" is larger than a megabyte.", path));
     }
     return text;
+}
+
+void writeText(const std::string& path, const std::string& text) {
+    std::ofstream stream(path, std::ios::binary);
+    stream << text;
+    stream.close();
+    if (!stream) {
+        throw PresetFileError(fmt::format("The file \"{}\" cannot be written.", path));
+    }
 }
 
 NamedPreset readPreset(IEffectLibrary& library, const EffectCatalogue& catalogue, const std::string& path) {
@@ -103,37 +107,14 @@ std::string renamed(std::string text, const std::string& name) {
     return text.replace(begin, end - begin, quote + value + quote);
 }
 
-/// A folder of this user's own, gone with the object.
-class ScratchFolder {
-public:
-    ScratchFolder() : m_path((std::filesystem::temp_directory_path() / "lumiset-XXXXXX").string()) {
-        if (::mkdtemp(m_path.data()) == nullptr) {
-            throw PresetFileError("There is no place for temporary files.");
-        }
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    ~ScratchFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    [[nodiscard]] std::string file() const { return m_path + "/preset"; }
-
-private:
-    std::string m_path;
-};
-
-/// The module writes to files alone, and names a preset by its file; this one has a name of its own.
-std::string presetFileText(IEffectLibrary& library, const NamedPreset& preset) {
-    const ScratchFolder scratch;
-    hostkit::savePresetFile(library, scratch.file(), preset.parameters);
-    std::string text = renamed(readText(scratch.file()), preset.name);
-    std::ofstream(scratch.file(), std::ios::binary) << text;
+/// The module names a preset by its file; this one has a name of its own.
+void writePresetFile(IEffectLibrary& library, const std::string& path, const NamedPreset& preset) {
+    hostkit::savePresetFile(library, path, preset.parameters);
+    writeText(path, renamed(readText(path), preset.name));
     hostkit::ParameterStore again(preset.parameters.effect());
-    if (hostkit::loadPresetFile(library, scratch.file(), again) != preset.name) {
+    if (hostkit::loadPresetFile(library, path, again) != preset.name) {
         throw PresetFileError("It does not read back.");
     }
-    return text;
 }
 
 }  // namespace
@@ -143,21 +124,29 @@ void convertPreset(IEffectLibrary& library, const EffectCatalogue& catalogue, co
     const bool toJson = isJson(catalogue, to);
     const NamedPreset preset = readPreset(library, catalogue, from);
     const EffectDescription& effect = preset.parameters.effect();
-    if (!toJson && extensionOf(to) != extensionOf(effect)) {
+    if (!toJson && extensionOf(to) != hostkit::presetExtension(effect)) {
         throw UsageError(fmt::format("Preset files of \"{}\" have the extension {}; \"{}\" is another effect's.",
-                                     effect.name, extensionOf(effect), to));
+                                     effect.name, hostkit::presetExtension(effect), to));
     }
-    std::string text;
+    std::string json;
+    if (toJson) {
+        try {
+            json = presetToJson(preset);
+        } catch (const PresetJsonError& error) {
+            throw PresetFileError(fmt::format("{}: {}", from, error.what()));
+        }
+    }
+    media::PendingFile pending(to);
     try {
-        text = toJson ? presetToJson(preset) : presetFileText(library, preset);
-    } catch (const PresetJsonError& error) {
-        throw PresetFileError(fmt::format("{}: {}", from, error.what()));
+        if (toJson) {
+            writeText(pending.path(), json);
+        } else {
+            writePresetFile(library, pending.path(), preset);
+        }
     } catch (const PresetFileError&) {  // told of the name that it has for now
         throw PresetFileError(fmt::format("The file \"{}\" cannot be written.", to));
     }
-    media::PendingFile file(to);
-    file.write(text);
-    file.commit();
+    pending.commit();
 }
 
 }  // namespace lumiset::app
