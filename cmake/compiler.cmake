@@ -30,6 +30,18 @@ if(LUMISET_SANITIZE)
   target_link_options(lumiset_options INTERFACE -fsanitize=${LUMISET_SANITIZE})
 endif()
 
+find_package(hwy REQUIRED)
+add_library(lumiset_vectors INTERFACE)
+target_link_libraries(lumiset_vectors INTERFACE hwy::hwy)
+# Vector code is built for AVX-512, AVX2 and SSE4.1; older processors take the portable 128-bit vectors, which
+# the compiler turns into SSE2. Highway avoids these for compilers before GCC 12.3 because of one wrong
+# high-half multiplication, which nothing here uses. Every file that includes Highway must see the same set.
+set(disabled_targets HWY_SSSE3)
+if(LUMISET_SANITIZE)
+  set(disabled_targets "(HWY_SSSE3|HWY_AVX3|HWY_AVX3_DL)")  # two widths show what many do
+endif()
+target_compile_definitions(lumiset_vectors INTERFACE HWY_DISABLED_TARGETS=${disabled_targets} HWY_BROKEN_EMU128=0)
+
 # lumiset_library(NAME SOURCES... ) declares a static library of the project. What it builds on is linked
 # with target_link_libraries(NAME PUBLIC ...).
 function(lumiset_library name)

@@ -4,6 +4,7 @@
 # with one ProgramText k<Name><Vert|Frag> each. -DPIECES=folder and -DHEADER=path/as/included.h: where the pieces are,
 # when not in pieces/ beside the file, and what the header is included as, when not effects/shaders/shader_texts.h.
 cmake_minimum_required(VERSION 3.25)
+include(${CMAKE_CURRENT_LIST_DIR}/names.cmake)
 if(NOT HEADER)
   set(HEADER effects/shaders/shader_texts.h)
 endif()
@@ -48,15 +49,8 @@ foreach(file IN LISTS files)
   get_filename_component(name "${file}" NAME)
   file(WRITE "${OUTPUT}/composed/${name}" "${text}")
   # pass.vert becomes kPassVert
-  string(REPLACE "." "_" words "${name}")
-  string(REPLACE "_" ";" words "${words}")
-  set(id k)
-  foreach(word IN LISTS words)
-    string(SUBSTRING "${word}" 0 1 initial)
-    string(SUBSTRING "${word}" 1 -1 rest)
-    string(TOUPPER "${initial}" initial)
-    string(APPEND id "${initial}${rest}")
-  endforeach()
+  pascal_case(id "${name}")
+  string(PREPEND id k)
   string(LENGTH "${text}" length)
   string(APPEND header "extern const ProgramText ${id};\n")
   string(APPEND source "constexpr char ${id}Text[] = R\"glsl(${text})glsl\";\n"

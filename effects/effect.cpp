@@ -55,18 +55,6 @@ Result Effect::QueryInterface(const Guid& iid, void** out) noexcept {
     return kResultOk;
 }
 
-std::uint32_t Effect::AddRef() noexcept {
-    return m_references.add();
-}
-
-std::uint32_t Effect::Release() noexcept {
-    const std::uint32_t remaining = m_references.release();
-    if (remaining == 0) {
-        delete this;
-    }
-    return remaining;
-}
-
 const char* Effect::GetEffectName() noexcept {
     return m_info.name;
 }
@@ -188,10 +176,6 @@ bool Effect::RenderFrameGPU(IEffectHost* host, const GPUFrameDesc* source, void*
     const ParamReader params(m_info, host);
     GPUFrame frame(*this, *source, *destination, m_info.needsTopDown);
     return frame.ok() && RenderGPU(params, frameFacts(info, frame.width(), frame.height()), frame);
-}
-
-bool Effect::RenderGPU(const ParamReader& /*params*/, const FrameFacts& /*facts*/, GPUFrame& /*frame*/) noexcept {
-    return false;
 }
 
 }  // namespace lumiset

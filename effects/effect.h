@@ -28,17 +28,15 @@ struct RenderContext : FrameFacts {
     MemoryAllocator& allocator;
 };
 
-/// An effect class: its `EffectInfo` answers the host's questions, its `Render` and `RenderGPU` make the picture.
+/// An effect: its `EffectInfo` answers the host's questions, its `Render` and `RenderGPU` make the picture.
 /// Lifetime, interfaces, checks and wrapping of a frame stand here once for all effects.
-class Effect : public GPUEffectHelper, public IParamToolTip {
+class Effect : public Counted<GPUEffectHelper, IParamToolTip> {
 public:
     explicit Effect(const EffectInfo& info) : m_info(info) {}
     Effect(const Effect&) = delete;
     Effect& operator=(const Effect&) = delete;
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override;
-    std::uint32_t LUMISET_CALL Release() noexcept override;
 
     const char* LUMISET_CALL GetEffectName() noexcept override;
     std::uint32_t LUMISET_CALL GetEffectFlags() noexcept override;
@@ -63,15 +61,39 @@ protected:
 
     /// Renders in OpenGL: `frame.create`, passes, `frame.finish`; the result is `frame.ok()`. An effect without
     /// such a renderer has no `EffectInfo::mainProgram`, and hosts are told so.
-    virtual bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept;
+    virtual bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept = 0;
 
 private:
     /// Renders with the rows in the order that the effect needs and leaves them in the destination's order.
     bool renderInRowOrder(const ParamReader& params, const RenderContext& context, const Frame& source,
                           Frame& destination) noexcept;
 
+    void lastReleased() noexcept override { delete this; }
+
     const EffectInfo& m_info;
-    ReferenceCount m_references;
 };
+
+/// An effect without members: its tables, and its renderers as functions.
+template <const EffectInfo& kInfo,
+          bool (*kRender)(const ParamReader&, const RenderContext&, const Frame& source, Frame& destination) noexcept,
+          bool (*kRenderGPU)(const ParamReader&, const FrameFacts&, GPUFrame&) noexcept>
+class EffectOf final : public Effect {
+public:
+    EffectOf() : Effect(kInfo) {}
+
+protected:
+    bool Render(const ParamReader& params, const RenderContext& context, const Frame& source,
+                Frame& destination) noexcept override {
+        return kRender(params, context, source, destination);
+    }
+    bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept override {
+        return kRenderGPU(params, facts, frame);
+    }
+};
+
+/// The OpenGL renderer of an effect that has none.
+inline bool renderNothingInGPU(const ParamReader&, const FrameFacts&, GPUFrame&) noexcept {
+    return false;
+}
 
 }  // namespace lumiset

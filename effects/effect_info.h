@@ -3,6 +3,7 @@
 // An effect, declared as data: rows of parameters and of presets. One implementation (effect.h) answers the
 // host's questions from these rows, and `static_assert(valid(info))` checks them when they are compiled.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -50,6 +51,8 @@ struct EffectInfo {
     std::uint32_t flags;
     std::span<const ParamRow> params;
     PresetRows presets;
+    /// The one name, if any, that several presets bear by intent.
+    std::string_view sharedPresetName = {};
     /// The picture knows up from down: frames stored bottom-up are turned over before and after rendering.
     bool needsTopDown = false;
     /// The program by which a host learns whether the effect can render in OpenGL; null without such a renderer.
@@ -153,40 +156,111 @@ struct PresetTable {
 template <std::size_t Slots, class... Rows>
 PresetTable(const PresetRow<Slots>&, const Rows&...) -> PresetTable<Slots, 1 + sizeof...(Rows)>;
 
-/// True when the rows are whole: labels fit their fields and stand, ranges hold, groups open and close in
-/// turn, and lists have items.
-constexpr bool valid(const EffectInfo& info) {
-    const auto fits = [](const char* text, std::size_t size) {
-        const std::string_view view(text);
-        return !view.empty() && view.size() < size;
-    };
-    bool open = false;
-    for (const ParamRow& row : info.params) {
-        bool good = fits(row.label, kParamLabelSize);
-        switch (row.type) {
-            case kParamGroup:
-                good = good && row.closesGroup == open;
-                open = !row.closesGroup;
-                break;
-            case kParamChoice:
-                good = good && !row.items.empty() && row.items.size() <= kMaxChoiceItems &&
-                       row.defaultValue.words[0] < row.items.size();
-                for (const char* item : row.items) {
-                    good = good && fits(item, kChoiceLabelSize);
-                }
-                break;
-            case kParamSlider:
-                good = good && row.minimum < row.maximum && row.defaultValue.slider >= 0.0F &&
-                       row.defaultValue.slider <= 1.0F;
-                break;
-            default:
-                break;
+namespace detail {
+
+constexpr bool isUnit(float value) {
+    return value >= 0.0F && value <= 1.0F;
+}
+
+constexpr bool fits(std::string_view text, std::size_t size) {
+    return !text.empty() && text.size() < size;
+}
+
+/// A value as the host's panel could set it. Any word is a colour: its highest byte is cut off.
+constexpr bool validValue(const ParamRow& row, const ParamValue& value) {
+    switch (row.type) {
+        case kParamSlider:
+            return isUnit(value.slider);
+        case kParamPoint:
+            return isUnit(value.point.x) && isUnit(value.point.y);
+        case kParamBoolean:
+            return value.words[0] <= 1;
+        case kParamChoice:
+            return value.words[0] < row.items.size();
+        default:
+            return true;
+    }
+}
+
+constexpr bool validParam(const ParamRow& row) {
+    if (!fits(row.label, kParamLabelSize)) {
+        return false;
+    }
+    if (row.type == kParamGroup) {
+        return true;
+    }
+    bool good = !std::string_view(row.toolTip).empty() && validValue(row, row.defaultValue);
+    if (row.type == kParamSlider) {
+        good = good && row.minimum < row.maximum;
+    } else if (row.type == kParamChoice) {
+        good = good && row.items.size() <= kMaxChoiceItems;
+        for (const char* item : row.items) {
+            good = good && fits(item, kChoiceLabelSize);
         }
-        if (!good) {
+    }
+    return good;
+}
+
+constexpr bool validParams(std::span<const ParamRow> params) {
+    bool open = false;
+    for (const ParamRow& row : params) {
+        if (!validParam(row) || (row.type == kParamGroup && row.closesGroup != open)) {
+            return false;
+        }
+        open = row.type == kParamGroup ? !row.closesGroup : open;
+    }
+    return !open;
+}
+
+constexpr bool validPresetNames(const EffectInfo& info) {
+    const auto& names = info.presets.names;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const std::string_view name = names[i];
+        const auto others = names.first(i);
+        if (name.empty() ||
+            (name != info.sharedPresetName && std::find(others.begin(), others.end(), name) != others.end())) {
             return false;
         }
     }
-    return !open;
+    return !names.empty();
+}
+
+constexpr bool validPresets(const EffectInfo& info) {
+    std::size_t valued = 0;
+    for (const ParamRow& row : info.params) {
+        valued += row.type != kParamGroup ? 1 : 0;
+    }
+    const PresetRows& presets = info.presets;
+    const bool numberedByParam = presets.slots == info.params.size();
+    if ((presets.slots != valued && !numberedByParam) ||
+        presets.values.size() != presets.slots * presets.names.size()) {
+        return false;
+    }
+    for (std::size_t preset = 0; preset < presets.names.size(); ++preset) {
+        std::size_t slot = preset * presets.slots;
+        for (const ParamRow& row : info.params) {
+            const bool isGroup = row.type == kParamGroup;
+            if (!isGroup && !validValue(row, presets.values[slot])) {
+                return false;
+            }
+            slot += !isGroup || numberedByParam ? 1 : 0;
+        }
+    }
+    return true;
+}
+
+}  // namespace detail
+
+/// True when an effect's tables are whole:
+/// - its name, labels, list items and preset names stand and fit the fields that hosts have for them, and every
+///   parameter with a value has a tool tip;
+/// - groups open and close in turn, sliders show a range, and lists have items;
+/// - defaults and preset values are such as the panel could set: sliders and points in 0..1, booleans 0 or 1, choices
+///   an item of their list, each made by the function for its parameter's type (or the table does not compile);
+/// - presets have a value for each parameter that has one, or for each row, and names of their own.
+constexpr bool valid(const EffectInfo& info) {
+    return !std::string_view(info.name).empty() && detail::validParams(info.params) && detail::validPresetNames(info) &&
+           detail::validPresets(info);
 }
 
 }  // namespace lumiset

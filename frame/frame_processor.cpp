@@ -70,28 +70,7 @@ bool canConvert422(const VideoFrameDesc* yuv, const VideoFrameDesc* bgra) {
 }  // namespace
 
 Result LUMISET_CALL FrameProcessor::QueryInterface(const Guid& iid, void** out) noexcept {
-    if (out == nullptr) {
-        return kResultFail;
-    }
-    if (iid != IUnknown::kId && iid != IFrameProcessor::kId) {
-        *out = nullptr;
-        return kResultNoInterface;
-    }
-    *out = static_cast<IFrameProcessor*>(this);
-    AddRef();
-    return kResultOk;
-}
-
-std::uint32_t LUMISET_CALL FrameProcessor::AddRef() noexcept {
-    return m_references.fetch_add(1, std::memory_order_relaxed) + 1;
-}
-
-std::uint32_t LUMISET_CALL FrameProcessor::Release() noexcept {
-    const std::uint32_t remaining = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (remaining == 0) {
-        DeleteThis();
-    }
-    return remaining;
+    return queryOneInterface<IFrameProcessor>(this, iid, out, kResultFail);
 }
 
 void LUMISET_CALL FrameProcessor::DeleteThis() noexcept {

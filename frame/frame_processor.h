@@ -1,22 +1,19 @@
 #pragma once
 
-#include <atomic>
-
 #include "host/frame_processor.h"
+#include "host/reference_count.h"
 
 namespace lumiset {
 
 /// The host's image helper. Every operation checks its records (data, positive sizes, a stride that holds the row,
 /// bytes per pixel that fit the format, floats at multiples of four bytes) and then calls one frame operation.
-class FrameProcessor final : public IFrameProcessor {
+class FrameProcessor final : public Counted<IFrameProcessor> {
 public:
     FrameProcessor() = default;
     FrameProcessor(const FrameProcessor&) = delete;
     FrameProcessor& operator=(const FrameProcessor&) = delete;
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override;
-    std::uint32_t LUMISET_CALL Release() noexcept override;
     bool LUMISET_CALL CopyImage(const VideoFrameDesc* src, const VideoFrameDesc* dst) noexcept override;
     bool LUMISET_CALL ResizeImage(const VideoFrameDesc* src, const VideoFrameDesc* dst,
                                   std::uint32_t mode) noexcept override;
@@ -47,8 +44,7 @@ public:
 
 private:
     ~FrameProcessor() = default;
-
-    std::atomic<std::uint32_t> m_references{1};
+    void lastReleased() noexcept override { DeleteThis(); }
 };
 
 /// A new object with one reference, or null when memory is exhausted.

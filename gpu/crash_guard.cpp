@@ -2,26 +2,19 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <string>
-#include <thread>
+#include <vector>
 
+#include "gpu/monitor_link.h"
 #include "platform/crash_reports.h"
 #include "platform/guid.h"
-#include "platform/monitor_pipe.h"
 #include "platform/monitor_process.h"
 
 namespace lumiset {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-/// Enough for a monitor that was just started to make its pipe.
-constexpr std::chrono::milliseconds kStartTime{100};
-/// The longest that a frame waits for a busy pipe.
-constexpr std::chrono::seconds kBusyTime{10};
 constexpr std::size_t kLongestFolder = 1024;
 
 /// For functions that answer with a boolean: a failure of any kind is false.
@@ -52,45 +45,6 @@ std::string messageText(const char* host, const char* library, const char* effec
     return text + std::to_string(state);
 }
 
-/// What is left of the time for a busy pipe, counted from the first attempt that found it so.
-class BusyTime {
-public:
-    std::chrono::milliseconds left() {
-        const Clock::time_point now = Clock::now();
-        if (m_end == Clock::time_point()) {
-            m_end = now + kBusyTime;
-        }
-        return std::chrono::ceil<std::chrono::milliseconds>(std::max(m_end - now, Clock::duration::zero()));
-    }
-
-private:
-    Clock::time_point m_end;
-};
-
-bool send(const std::string& text) {
-    bool started = false;
-    BusyTime busyTime;
-    for (;;) {
-        const platform::PipeAttempt attempt = platform::sendToMonitor(text);
-        if (attempt == platform::PipeAttempt::kUnreachable) {
-            // Where no monitor is installed there is nothing to look for; walking the list of processes in every
-            // frame would cost more than all the rest.
-            if (started || !platform::isProgram(monitorPath()) || IsMonitorRunning() || !StartMonitor()) {
-                return false;
-            }
-            started = true;
-            std::this_thread::sleep_for(kStartTime);
-        } else if (attempt == platform::PipeAttempt::kBusy) {
-            const std::chrono::milliseconds time = busyTime.left();
-            if (time.count() == 0 || !platform::waitForMonitor(time)) {
-                return false;
-            }
-        } else {
-            return attempt == platform::PipeAttempt::kSent;
-        }
-    }
-}
-
 }  // namespace
 
 bool MakeFrameGuid(char* buffer, std::size_t size) noexcept {
@@ -106,7 +60,8 @@ bool MakeFrameGuid(char* buffer, std::size_t size) noexcept {
 
 bool SendMonitorMessage(const char* host, const char* library, const char* effect, const char* guid,
                         int state) noexcept {
-    return succeeds([&] { return send(messageText(host, library, effect, guid, state)); });
+    static MonitorLink s_link;
+    return succeeds([&] { return s_link.send(messageText(host, library, effect, guid, state), state); });
 }
 
 bool IsMonitorRunning() noexcept {
@@ -132,9 +87,10 @@ bool GetMonitorPath(wchar_t* buffer, std::size_t size) noexcept {
 }
 
 bool crashReported(const char* library, const char* effect) noexcept {
-    return succeeds([&] {
+    // Reports that cannot be read may be of any effect.
+    return !succeeds([&] {
         const std::vector<platform::CrashReport> reports = platform::crashReports();
-        return std::any_of(reports.begin(), reports.end(), [&](const platform::CrashReport& report) {
+        return std::none_of(reports.begin(), reports.end(), [&](const platform::CrashReport& report) {
             return report.effectLibrary == library && report.effect == effect;
         });
     });

@@ -7,7 +7,8 @@
 // ends. A frame that starts and never ends becomes a report among the user's settings, and while that stands the effect
 // leaves OpenGL alone.
 //
-// All functions are safe from any thread, keep no state, and fail silently: a frame renders in any case.
+// All functions are safe from any thread and fail silently: a frame renders in any case. Of trouble with the monitor a
+// process remembers only that there was some, so that not every frame runs into it again.
 
 namespace lumiset {
 
@@ -20,7 +21,8 @@ inline constexpr std::size_t kFrameGuidSize = 120;
 bool MakeFrameGuid(char* buffer, std::size_t size) noexcept;
 
 /// Tells the monitor that a frame has come into a state. Null names are sent as empty ones. Starts the monitor, once,
-/// where none runs, and waits for a busy pipe 10 seconds at most. False when the monitor was not told.
+/// where none runs, and waits for a busy pipe 10 seconds at most; neither in the 30 seconds after one that was in vain.
+/// False when the monitor was not told.
 bool SendMonitorMessage(const char* host, const char* library, const char* effect, const char* guid,
                         int state) noexcept;
 
@@ -32,7 +34,7 @@ bool StartMonitor() noexcept;
 /// Where the monitor's executable is to be: beside the module's file. `size` counts characters, with the terminator.
 bool GetMonitorPath(wchar_t* buffer, std::size_t size) noexcept;
 
-/// True while there is a report of a crash in this library's effect.
+/// True while there is a report of a crash in this library's effect, or reports that cannot be read.
 [[nodiscard]] bool crashReported(const char* library, const char* effect) noexcept;
 
 }  // namespace lumiset

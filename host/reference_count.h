@@ -18,6 +18,29 @@ private:
     std::atomic<std::uint32_t> m_count{1};
 };
 
+/// Counts the references of an object that offers the interfaces `Bases`.
+template <class... Bases>
+class Counted : public Bases... {
+public:
+    std::uint32_t LUMISET_CALL AddRef() noexcept override { return m_references.add(); }
+    std::uint32_t LUMISET_CALL Release() noexcept override {
+        const std::uint32_t remaining = m_references.release();
+        if (remaining == 0) {
+            lastReleased();
+        }
+        return remaining;
+    }
+
+protected:
+    ~Counted() = default;
+
+private:
+    /// Deletes the object, where it does not belong to somebody else.
+    virtual void lastReleased() noexcept {}
+
+    ReferenceCount m_references;
+};
+
 /// `QueryInterface` of an object with the one interface `Interface` beside `IUnknown`. `onNull` is the status
 /// for a null `out`.
 template <class Interface>

@@ -1,37 +1,27 @@
 #include "hostkit/frame_buffer.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <new>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
 
+#include "host/sample_conversion.h"
+
 namespace lumiset::hostkit {
 namespace {
 
 constexpr std::int64_t kAlignment = 64;
 
-template <class Sample>
-Sample convertSample(std::uint8_t value) {
-    if constexpr (std::is_same_v<Sample, float>) {
-        return static_cast<float>(value) / 255.0F;
-    } else {
+template <class To, class From>
+To convertSample(From value) {
+    if constexpr (std::is_same_v<From, To>) {
         return value;
-    }
-}
-
-template <class Sample>
-Sample convertSample(float value) {
-    if constexpr (std::is_same_v<Sample, float>) {
-        return value;
+    } else if constexpr (std::is_same_v<To, float>) {
+        return floatFromByte(value);
     } else {
-        // The constant stands first so that NaN becomes 0.
-        const float limited = std::min(std::max(0.0F, value), 1.0F);
-        // The value is not negative: truncating is rounding down, and unlike lround it is a vector instruction.
-        // NOLINTNEXTLINE(bugprone-incorrect-roundings)
-        return static_cast<std::uint8_t>(static_cast<std::int32_t>(limited * 255.0F + 0.5F));
+        return byteFromFloat(value);
     }
 }
 

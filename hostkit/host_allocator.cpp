@@ -36,28 +36,7 @@ PoolAllocator::~PoolAllocator() {
 }
 
 Result PoolAllocator::QueryInterface(const Guid& iid, void** out) noexcept {
-    if (out == nullptr) {
-        return kResultFail;
-    }
-    *out = nullptr;
-    if (iid != IUnknown::kId && iid != IHostAllocator::kId) {
-        return kResultNoInterface;
-    }
-    AddRef();
-    *out = static_cast<IHostAllocator*>(this);
-    return kResultOk;
-}
-
-std::uint32_t PoolAllocator::AddRef() noexcept {
-    return m_references.fetch_add(1, std::memory_order_relaxed) + 1;
-}
-
-std::uint32_t PoolAllocator::Release() noexcept {
-    const std::uint32_t left = m_references.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (left == 0) {
-        delete this;
-    }
-    return left;
+    return queryOneInterface<IHostAllocator>(this, iid, out, kResultFail);
 }
 
 void PoolAllocator::AllocBytes(void** out, std::uint32_t size) noexcept {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/host_interfaces.h"
+#include "host/reference_count.h"
 #include "hostkit/effect_catalogue.h"
 
 namespace lumiset::hostkit {
@@ -49,15 +50,13 @@ private:
 
 /// The host object of one render call: the store's values at one moment. Lives on the caller's stack, longer
 /// than the call; its reference count frees nothing.
-class RenderHost final : public IEffectHost {
+class RenderHost final : public Counted<IEffectHost> {
 public:
     /// `allocator` may be null: then the module takes its scratch memory from its own heap.
     RenderHost(const ParameterStore& parameters, double timeSeconds, IHostAllocator* allocator = nullptr)
         : m_parameters(parameters), m_timeSeconds(timeSeconds), m_allocator(allocator) {}
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return ++m_references; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return --m_references; }
     void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t type) noexcept override;
     void LUMISET_CALL Reserved4() noexcept override {}
     void LUMISET_CALL Reserved5() noexcept override {}
@@ -69,7 +68,6 @@ private:
     const ParameterStore& m_parameters;
     double m_timeSeconds;
     IHostAllocator* m_allocator;
-    std::uint32_t m_references = 1;
 };
 
 }  // namespace lumiset::hostkit

@@ -4,13 +4,15 @@
 #include <new>
 #include <system_error>
 
+#include "host/reference_count.h"
 #include "hostkit/com_ptr.h"
 
 namespace lumiset::hostkit {
 namespace {
 
-/// What the module asks of the host in a preset's call: an effect with the store's values.
-class PresetEffect final : public IPresetEffect {
+/// What the module asks of the host in a preset's call: an effect with the store's values. Lives on the stack of the
+/// call that it is made for.
+class PresetEffect final : public Counted<IPresetEffect> {
 public:
     PresetEffect(IEffectLibrary& library, const ParameterStore& parameters)
         : m_library(library),
@@ -25,9 +27,6 @@ public:
         *out = nullptr;
         return kResultNoInterface;
     }
-    // Lives on the stack of the call that it is made for.
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return ++m_references; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return --m_references; }
     const char* LUMISET_CALL GetEffectName() noexcept override { return m_effect->GetEffectName(); }
     const char* LUMISET_CALL GetLibraryName() noexcept override { return m_library.GetLibraryName(); }
     bool LUMISET_CALL GetParamInfo(std::uint32_t index, ParamInfo* out) noexcept override {
@@ -41,7 +40,6 @@ private:
     IEffectLibrary& m_library;
     const ParameterStore& m_parameters;
     ComPtr<IVideoGPUEffect> m_effect;
-    std::uint32_t m_references = 1;
 };
 
 ComPtr<IPresetSaver> presetSaver(IEffectLibrary& library) {

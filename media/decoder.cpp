@@ -60,7 +60,10 @@ void Decoder::openContainer() {
     const int result = avformat_open_input(&container, m_input.url().c_str(), demuxer, &options);
     av_dict_free(&options);
     const std::string shown = displayName(m_input);
-    if (result == AVERROR_INVALIDDATA || result == AVERROR_EOF) {
+    // The readers of some kinds answer what they like of a bad header.
+    if (result == AVERROR_INVALIDDATA || result == AVERROR_EOF || result == AVERROR(EBUSY) ||
+        result == AVERROR(EINVAL) || result == AVERROR(EPERM) || result == AVERROR_PATCHWELCOME ||
+        result == AVERROR_UNKNOWN) {
         throw MediaError(fmt::format("Cannot read {}: it is no picture or video, or it is damaged.", shown));
     }
     avCheck(result, "Cannot open " + shown);

@@ -7,6 +7,9 @@
 #include <fmt/format.h>
 
 #include "media/convert.h"
+#include "media/picture_color.h"
+#include "media/spares.h"
+#include "media/turn.h"
 
 namespace lumiset::media {
 namespace {
@@ -32,6 +35,8 @@ public:
 
     const VideoFormat& format() const override { return m_format; }
     bool read(Picture& picture) override;
+    bool fetch(RawPicture& raw) override;
+    void convert(RawPicture& raw, Picture& picture) override;
     void restart(double startSeconds) override;
     Origin origin() const override;
 
@@ -49,14 +54,13 @@ private:
     SourceOptions m_options;
     VideoFormat m_format;
     std::unique_ptr<Decoder> m_decoder;
-    std::unique_ptr<FrameReader> m_reader;
+    std::unique_ptr<Spares<FrameReader>> m_readers;
     const AVFrame* m_pending = nullptr;  ///< decoded, not yet handed out
     std::int64_t m_firstPts = 0;         ///< of the file's first picture, in the container's own time
     std::int64_t m_nextPts = 0;          ///< for pictures that have no time of their own
     std::array<std::int32_t, 9> m_displayMatrix{};
     bool m_turned = false;
     bool m_upright = true;
-    Picture m_stored;
 };
 
 void FileSource::open() {
@@ -67,11 +71,12 @@ void FileSource::open() {
         throw MediaError(fmt::format("There is no picture in '{}'.", m_input.name));
     }
     m_firstPts = m_pending->best_effort_timestamp == AV_NOPTS_VALUE ? 0 : m_pending->best_effort_timestamp;
-    if (!m_reader) {
+    if (!m_readers) {
         describe(*m_pending);
-        m_reader = std::make_unique<FrameReader>(m_turned ? m_format.height : m_format.width,
-                                                 m_turned ? m_format.width : m_format.height, m_options.depth,
-                                                 m_options.threads);
+        const int width = m_turned ? m_format.height : m_format.width;
+        const int height = m_turned ? m_format.width : m_format.height;
+        const Depth depth = m_options.depth;
+        m_readers = std::make_unique<Spares<FrameReader>>([=] { return FrameReader(width, height, depth); });
     }
     goToStart();
 }
@@ -116,12 +121,16 @@ void FileSource::describe(const AVFrame& first) {
     const AVFieldOrder order = stream->codecpar->field_order;
     m_format.interlaced = first.interlaced_frame != 0 || isInterlaced(order);
     m_format.topFieldFirst = first.interlaced_frame != 0 ? first.top_field_first != 0 : isTopFirst(order);
-    m_format.hasAlpha = (descriptor.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
     m_format.bitDepth = descriptor.comp[0].depth;
     m_format.chroma = chromaOf(descriptor);
+    const PictureColor color = colorOf(first);
+    m_format.color.alpha = color.alpha;
     if (!m_decoder->isStill()) {
-        const bool rgb = (descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0;
-        m_format.color = {rgb ? AVCOL_SPC_UNSPECIFIED : first.colorspace, first.color_primaries, first.color_trc};
+        m_format.color.matrix = color.matrix == AVCOL_SPC_RGB ? AVCOL_SPC_UNSPECIFIED : first.colorspace;
+        m_format.color.primaries = color.primaries;
+        m_format.color.transfer = color.transfer;
+        m_format.color.range = color.range;
+        m_format.color.chromaPosition = color.chromaPosition;
     }
     if (m_input.sequence) {
         m_format.firstNumber = *m_input.sequence->first;
@@ -199,6 +208,16 @@ void FileSource::goToStart() {
 }
 
 bool FileSource::read(Picture& picture) {
+    RawPicture raw;
+    if (!fetch(raw)) {
+        return false;
+    }
+    convert(raw, picture);
+    return true;
+}
+
+bool FileSource::fetch(RawPicture& raw) {
+    Picture& picture = raw.picture;
     const AVFrame* frame = nextFrame();
     if (frame == nullptr) {
         return false;
@@ -216,20 +235,33 @@ bool FileSource::read(Picture& picture) {
     m_nextPts =
         frame->best_effort_timestamp == AV_NOPTS_VALUE ? pts + std::max<std::int64_t>(1, std::llround(step)) : pts + 1;
 
-    Picture& stored = m_upright ? picture : m_stored;
-    m_reader->read(*frame, stored);
-    if (!m_upright) {
-        turnUpright(stored, m_displayMatrix.data(), picture);
-    }
     picture.pts = pts;
     picture.timeSeconds = seconds;
     const AVFieldOrder order = m_decoder->stream()->codecpar->field_order;
     const AVCodecDescriptor* codec = avcodec_descriptor_get(m_decoder->stream()->codecpar->codec_id);
     // Codecs of single pictures often know nothing of fields; then the container's word counts for all of them.
     const bool byContainer = codec != nullptr && (codec->props & AV_CODEC_PROP_INTRA_ONLY) != 0 && isInterlaced(order);
-    picture.interlaced = !m_turned && (frame->interlaced_frame != 0 || byContainer);
+    const bool interlaced = frame->interlaced_frame != 0 || byContainer;
+    picture.interlaced = !m_turned && interlaced;
     picture.topFieldFirst = frame->interlaced_frame != 0 ? frame->top_field_first != 0 : isTopFirst(order);
+    const std::shared_ptr<AVFrame> kept(allocated(av_frame_clone(frame)), FreeByAddress<av_frame_free>());
+    kept->interlaced_frame = interlaced ? 1 : 0;
+    raw.frame = kept;
     return true;
+}
+
+void FileSource::convert(RawPicture& raw, Picture& picture) {
+    const auto reader = m_readers->borrow();
+    Picture stored;
+    reader->read(*raw.frame, m_upright ? picture : stored);
+    raw.frame.reset();
+    if (!m_upright) {
+        turnUpright(stored, m_displayMatrix.data(), picture);
+    }
+    picture.pts = raw.picture.pts;
+    picture.timeSeconds = raw.picture.timeSeconds;
+    picture.interlaced = raw.picture.interlaced;
+    picture.topFieldFirst = raw.picture.topFieldFirst;
 }
 
 Source::Origin FileSource::origin() const {

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+struct AVFrame;
+
 namespace lumiset::media {
 
 /// What went wrong with a file, as one sentence for the person at the terminal.
@@ -32,11 +34,22 @@ enum class Depth {
 
 enum class Chroma { k420, k422, k444 };  ///< k444 for RGB too
 
-/// How a stream's samples are coded, as the numbers of ITU-T H.273; 2 means that the file does not say.
-struct ColorTags {
+enum class ColorRange { kUnknown, kLimited, kFull };
+enum class AlphaKind { kNone, kStraight, kPremultiplied };
+
+/// How a picture's samples are coded. The numbers are those of ITU-T H.273; 2 means that the file does not say.
+struct PictureColor {
     int matrix = 2;
     int primaries = 2;
     int transfer = 2;
+    ColorRange range = ColorRange::kUnknown;
+    int chromaPosition = -1;  ///< chroma sample location type; -1: the file does not say
+    AlphaKind alpha = AlphaKind::kNone;
+
+    bool hasAlpha() const { return alpha != AlphaKind::kNone; }
+    /// Perceptual quantiser (SMPTE ST 2084) or hybrid log-gamma.
+    bool isHdr() const { return transfer == 16 || transfer == 18; }
+    bool operator==(const PictureColor&) const = default;
 };
 
 struct VideoFormat {
@@ -47,10 +60,9 @@ struct VideoFormat {
     Rational pixelAspect{1, 1};
     bool interlaced = false;
     bool topFieldFirst = true;
-    bool hasAlpha = false;
     int bitDepth = 8;  ///< bits per channel in the file
     Chroma chroma = Chroma::k444;
-    ColorTags color;
+    PictureColor color;
     std::int64_t frameCount = 0;  ///< pictures to come, an estimate for progress; 0 when unknown
     double durationSeconds = 0;   ///< length of what will be read; 0 when unknown
     int firstNumber = 1;          ///< image sequences: number of the first picture
@@ -89,6 +101,32 @@ struct Picture {
     void allocate(int newWidth, int newHeight, Depth newDepth);
 };
 
+/// A row's samples, `std::uint8_t` or `float` by the picture's depth.
+template <class Sample>
+Sample* samples(Picture& picture, int y) {
+    return reinterpret_cast<Sample*>(picture.row(y));
+}
+template <class Sample>
+const Sample* samples(const Picture& picture, int y) {
+    return reinterpret_cast<const Sample*>(picture.row(y));
+}
+
+/// Tells whether every pixel has full alpha.
+bool isOpaque(const Picture& picture);
+
+/// A picture as its source has it: its times and fields in `picture`, its samples either there too or, decoded and no
+/// more, in `frame`.
+struct RawPicture {
+    Picture picture;
+    std::shared_ptr<const AVFrame> frame;
+};
+
+/// A picture as its sink's encoder takes it.
+struct ReadyPicture {
+    std::int64_t pts = 0;
+    std::shared_ptr<AVFrame> frame;
+};
+
 struct SourceOptions {
     Depth depth = Depth::kEightBit;
     double startSeconds = 0;  ///< the first picture is the first at or after this time
@@ -97,7 +135,7 @@ struct SourceOptions {
     int threads = 0;           ///< threads for decoding and conversion; 0: one a core
 };
 
-/// Pictures in order of time. Used from one thread at a time.
+/// Pictures in order of time. Used from one thread at a time, save `convert`.
 class Source {
 public:
     virtual ~Source() = default;
@@ -105,6 +143,11 @@ public:
     /// Reads the next picture into `picture`, whose memory is reused; false after the last one.
     /// Throws MediaError when the file is damaged or ends too early.
     virtual bool read(Picture& picture) = 0;
+    /// The same in two steps, for programs that work on several pictures at once: `fetch` gets the next picture, which
+    /// `convert` makes samples of. Pictures that were fetched may be converted on any threads, at the same time and
+    /// while the next ones are fetched.
+    virtual bool fetch(RawPicture& raw) { return read(raw.picture); }
+    virtual void convert(RawPicture& raw, Picture& picture) { std::swap(raw.picture, picture); }
     /// Starts again with the first picture at or after a time. Throws MediaError for a pipe, and past the end.
     virtual void restart(double startSeconds) = 0;
 
@@ -125,13 +168,17 @@ struct SinkOptions {
     int threads = 0;   ///< threads for conversion and encoding; 0: one a core
 };
 
-/// Takes pictures in order of time. Used from one thread at a time. Nothing stands under the final name before
-/// `finish`; a sink destroyed without it removes what it has written.
+/// Takes pictures in order of time. Used from one thread at a time, save `prepare`. Nothing stands under the final name
+/// before `finish`; a sink destroyed without it removes what it has written.
 class Sink {
 public:
     virtual ~Sink() = default;
     /// Writes a picture of the size given to `openSink`, any depth. Throws MediaError.
     virtual void write(const Picture& picture) = 0;
+    /// The part of writing that can be done on any threads, for several pictures at the same time. False, with nothing
+    /// done, where there is none, as before the first picture: then `write` takes the picture.
+    virtual bool prepare(const Picture& picture, ReadyPicture& ready);
+    virtual void write(const ReadyPicture& ready);
     /// Writes what is still waiting, and gives the file its name. Throws MediaError, also when nothing was written.
     virtual void finish() = 0;
     /// What the user should know though it is no error, a sentence each; complete after the first `write`.
@@ -144,9 +191,9 @@ public:
 std::unique_ptr<Source> openSource(const std::string& input, const SourceOptions& options = {});
 
 /// Opens a file by its extension, an image sequence ("out_%04d.png"; "out_%04d.png:10" begins at 10), or "-" for y4m on
-/// standard output. `format` is the source's; set `hasAlpha` where effects make transparent parts. Pictures keep their
-/// times, the first one becoming time 0. Formats without alpha take the colours over black. Sound and metadata are
-/// copied from `copyFrom` (may be null). Throws MediaError.
+/// standard output. `format` is the source's; set `color.alpha` where effects make transparent parts. Pictures keep
+/// their times, the first one becoming time 0. Formats without alpha take the colours over black. Sound and metadata
+/// are copied from `copyFrom` (may be null). Throws MediaError.
 std::unique_ptr<Sink> openSink(const std::string& output, const VideoFormat& format, const SinkOptions& options = {},
                                const Source* copyFrom = nullptr);
 

@@ -1,29 +1,28 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
+
+#include "platform/pending_file.h"
 
 namespace lumiset::media {
 
-/// A file that stands under a name of its own in the folder of the final one until it is complete. Destroyed before
-/// `commit` it removes itself; what stood under the final name stays untouched until then.
+/// A platform::PendingFile whose failures are MediaErrors that name the file.
 class PendingFile {
 public:
-    /// Throws MediaError when nothing can be written at this place.
     explicit PendingFile(const std::string& finalName);
-    PendingFile(const PendingFile&) = delete;
-    PendingFile& operator=(const PendingFile&) = delete;
-    ~PendingFile();
 
-    /// Where to write; has the final name's extension.
-    const std::string& path() const { return m_path; }
+    [[nodiscard]] const std::string& path() const { return m_file->path(); }
+    void write(std::string_view bytes);
     void commit();
 
 private:
+    template <class Work>
+    void attempt(Work work);
+
     std::string m_finalName;
-    std::string m_target;  ///< the final name with links followed
-    std::string m_path;
-    bool m_direct = false;  ///< pipes and devices are written to as they are
-    bool m_committed = false;
+    std::optional<platform::PendingFile> m_file;
 };
 
 }  // namespace lumiset::media

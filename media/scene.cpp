@@ -1,6 +1,5 @@
 #include "media/scene.h"
 
-#include "media/pixel_loops.h"
 #include "media/scene_parts.h"
 
 namespace lumiset::media {

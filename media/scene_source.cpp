@@ -8,7 +8,6 @@
 
 #include <fmt/format.h>
 
-#include "media/pixel_loops.h"
 #include "media/scene.h"
 
 namespace lumiset::media {
@@ -118,7 +117,7 @@ public:
         m_format.height = name.height;
         m_format.frameRate = name.rate;
         m_format.timeBase = {name.rate.den, name.rate.num};
-        m_format.hasAlpha = name.part != ScenePart::kFull;
+        m_format.color.alpha = name.part == ScenePart::kFull ? AlphaKind::kNone : AlphaKind::kStraight;
         m_format.bitDepth = options.depth == Depth::kFloat ? 16 : 8;
         const double step = m_format.timeBase.value();
         const std::int64_t count = std::llround(name.seconds / step);

@@ -1,12 +1,8 @@
-#include <cerrno>
-#include <cstdio>
 #include <optional>
-#include <system_error>
 
 #include <fmt/format.h>
 
 #include "media/pending_file.h"
-#include "media/pixel_loops.h"
 #include "media/sinks.h"
 #include "media/video_encoder.h"
 
@@ -22,7 +18,7 @@ public:
         : m_output(output), m_sequence(sequence), m_format(format), m_options(options) {
         silenceLibraries();
         m_number = sequence ? sequence->first.value_or(format.firstNumber) : 0;
-        planStill(nameOf(m_number), options, {format, format.hasAlpha, false});
+        planStill(nameOf(m_number), options, {format, format.color.hasAlpha(), false});
         m_file.emplace(nameOf(m_number));  // fails early in a folder that is closed
     }
 
@@ -31,7 +27,7 @@ public:
             throw MediaError(fmt::format("'{}' holds one picture only; for a video write '{}', or a video file.",
                                          m_output, suggestedPattern()));
         }
-        const bool alpha = m_alpha || m_format.hasAlpha || !isOpaque(picture);
+        const bool alpha = m_alpha || m_format.color.hasAlpha() || !isOpaque(picture);
         if (!m_encoder || alpha != m_alpha) {
             finishEncoder();
             m_alpha = alpha;
@@ -43,7 +39,7 @@ public:
                                                        format, av_inv_q(avRational(m_format.frameRate)),
                                                        m_sequence ? m_options.threads : 1, false, m_output);
         }
-        m_encoder->send(picture, m_written++);
+        m_encoder->send(m_encoder->frameOf(picture), m_written++);
         m_encoder->receive([this](AVPacket& packet) { save(packet); });
     }
 
@@ -77,18 +73,7 @@ private:
         if (!m_file) {
             m_file.emplace(nameOf(m_number));
         }
-        const auto size = static_cast<std::size_t>(packet.size);
-        std::FILE* file = std::fopen(m_file->path().c_str(), "wb");
-        const bool written = file != nullptr && std::fwrite(packet.data, 1, size, file) == size;
-        int error = errno;
-        const bool closed = file != nullptr && std::fclose(file) == 0;
-        if (written && !closed) {
-            error = errno;
-        }
-        if (!written || !closed) {
-            throw MediaError(
-                fmt::format("Cannot write '{}': {}.", nameOf(m_number), std::generic_category().message(error)));
-        }
+        m_file->write({reinterpret_cast<const char*>(packet.data), static_cast<std::size_t>(packet.size)});
         // A sequence's pictures stand one by one; a picture by itself takes its place when the run is over.
         if (m_sequence) {
             m_file->commit();

@@ -1,7 +1,7 @@
+#include "media/turn.h"
+
 #include <cstdlib>
 #include <cstring>
-
-#include "media/convert.h"
 
 namespace lumiset::media {
 namespace {

@@ -1,39 +1,31 @@
 #include "media/video_encoder.h"
 
+#include "media/picture_color.h"
+
 namespace lumiset::media {
 namespace {
 
-void tagColors(AVCodecContext& context, const VideoPlan& plan, const VideoFormat& format) {
-    const AVPixFmtDescriptor& descriptor = *av_pix_fmt_desc_get(plan.format);
+// What the pictures' description becomes in this kind of file.
+PictureColor codedColor(const VideoPlan& plan, const VideoFormat& format) {
+    PictureColor color = format.color;
     if (plan.fullRange) {
         // JPEG knows one matrix and the full range only.
-        context.colorspace = AVCOL_SPC_BT470BG;
-        context.color_range = AVCOL_RANGE_JPEG;
-        return;
-    }
-    context.color_primaries = static_cast<AVColorPrimaries>(format.color.primaries);
-    context.color_trc = static_cast<AVColorTransferCharacteristic>(format.color.transfer);
-    if ((descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0) {
-        context.colorspace = AVCOL_SPC_RGB;
-        context.color_range = AVCOL_RANGE_JPEG;
-        return;
+        color.matrix = AVCOL_SPC_BT470BG;
+        color.range = ColorRange::kFull;
+    } else {
+        color.range = ColorRange::kUnknown;
+        color.chromaPosition = -1;
     }
     // A y4m header has no place for the matrix, so readers go by the size.
-    const bool untold = plan.codec->id == AV_CODEC_ID_WRAPPED_AVFRAME;
-    const auto tagged = untold ? AVCOL_SPC_UNSPECIFIED : static_cast<AVColorSpace>(format.color.matrix);
-    context.colorspace = yuvMatrix(tagged, format.width, format.height);
-    context.color_range = AVCOL_RANGE_MPEG;
-    if (context.colorspace == AVCOL_SPC_BT709) {
-        if (context.color_primaries == AVCOL_PRI_UNSPECIFIED) {
-            context.color_primaries = AVCOL_PRI_BT709;
-        }
-        if (context.color_trc == AVCOL_TRC_UNSPECIFIED) {
-            context.color_trc = AVCOL_TRC_BT709;
-        }
+    if (plan.codec->id == AV_CODEC_ID_WRAPPED_AVFRAME) {
+        color.matrix = AVCOL_SPC_UNSPECIFIED;
     }
-    if (descriptor.log2_chroma_w == 1) {
-        context.chroma_sample_location = AVCHROMA_LOC_LEFT;
+    color = settledColor(color, plan.format, format.width, format.height);
+    if (color.matrix == AVCOL_SPC_BT709) {
+        color.primaries = color.primaries == AVCOL_PRI_UNSPECIFIED ? AVCOL_PRI_BT709 : color.primaries;
+        color.transfer = color.transfer == AVCOL_TRC_UNSPECIFIED ? AVCOL_TRC_BT709 : color.transfer;
     }
+    return color;
 }
 
 AvCodecContext openEncoder(const VideoPlan& plan, const VideoFormat& format, AVRational timeBase, int threads,
@@ -63,7 +55,9 @@ AvCodecContext openEncoder(const VideoPlan& plan, const VideoFormat& format, AVR
         context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     }
     context->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
-    tagColors(*context, plan, format);
+    const PictureColor color = codedColor(plan, format);
+    setColor(*context, color);
+    context->chroma_sample_location = chromaLocation(color);
 
     AVDictionary* options = nullptr;
     for (const auto& [name, value] : plan.options) {
@@ -81,40 +75,38 @@ VideoEncoder::VideoEncoder(const VideoPlan& plan, const VideoFormat& format, AVR
                            bool globalHeader, const std::string& shownName)
     : m_failure("Cannot encode '" + shownName + "' as " + plan.codec->name),
       m_context(openEncoder(plan, format, timeBase, threads, globalHeader, m_failure)),
-      m_writer(plan.format, threads),
-      m_frame(allocated(av_frame_alloc())),
+      m_writers([format = plan.format] { return FrameWriter(format); }),
+      m_frames(std::make_shared<SpareFrames>()),
       m_packet(allocated(av_packet_alloc())) {}
 
-void VideoEncoder::send(const Picture& picture, std::int64_t pts) {
-    // Encoders keep frames that they look ahead at; a frame still in use is left to them.
-    if (m_frame->buf[0] == nullptr || av_frame_is_writable(m_frame.get()) == 0) {
-        m_frame.reset(allocated(av_frame_alloc()));
-        m_frame->width = m_context->width;
-        m_frame->height = m_context->height;
-        m_frame->format = m_context->pix_fmt;
-        m_frame->colorspace = m_context->colorspace;
-        m_frame->color_range = m_context->color_range;
-        m_frame->color_primaries = m_context->color_primaries;
-        m_frame->color_trc = m_context->color_trc;
-        m_frame->chroma_location = m_context->chroma_sample_location;
-        m_frame->sample_aspect_ratio = m_context->sample_aspect_ratio;
-        avCheck(av_frame_get_buffer(m_frame.get(), 64), m_failure);
-    }
-    m_frame->interlaced_frame = picture.interlaced ? 1 : 0;
-    m_frame->top_field_first = picture.interlaced && picture.topFieldFirst ? 1 : 0;
-    m_frame->quality = m_context->global_quality;
-    m_frame->pict_type = AV_PICTURE_TYPE_NONE;
-    m_writer.write(picture, *m_frame);
-    sendFrame(pts);
+std::shared_ptr<AVFrame> VideoEncoder::frameOf(const Picture& picture) {
+    const AvFrame like(allocated(av_frame_alloc()));
+    like->width = m_context->width;
+    like->height = m_context->height;
+    like->format = m_context->pix_fmt;
+    like->colorspace = m_context->colorspace;
+    like->color_range = m_context->color_range;
+    like->color_primaries = m_context->color_primaries;
+    like->color_trc = m_context->color_trc;
+    like->chroma_location = m_context->chroma_sample_location;
+    like->sample_aspect_ratio = m_context->sample_aspect_ratio;
+    like->quality = m_context->global_quality;
+    std::shared_ptr<AVFrame> frame = m_frames->take(*like);
+    frame->interlaced_frame = picture.interlaced ? 1 : 0;
+    frame->top_field_first = picture.interlaced && picture.topFieldFirst ? 1 : 0;
+    frame->pict_type = AV_PICTURE_TYPE_NONE;
+    m_writers.borrow()->write(picture, *frame);
+    return frame;
+}
+
+void VideoEncoder::send(std::shared_ptr<AVFrame> frame, std::int64_t pts) {
+    m_latest = std::move(frame);
+    repeat(pts);
 }
 
 void VideoEncoder::repeat(std::int64_t pts) {
-    sendFrame(pts);
-}
-
-void VideoEncoder::sendFrame(std::int64_t pts) {
-    m_frame->pts = pts;
-    avCheck(avcodec_send_frame(m_context.get(), m_frame.get()), m_failure);
+    m_latest->pts = pts;
+    avCheck(avcodec_send_frame(m_context.get(), m_latest.get()), m_failure);
 }
 
 void VideoEncoder::sendEnd() {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "media/convert.h"
+#include "media/spare_frames.h"
+#include "media/spares.h"
 #include "media/video_plan.h"
 
 namespace lumiset::media {
@@ -12,7 +14,10 @@ public:
     VideoEncoder(const VideoPlan& plan, const VideoFormat& format, AVRational timeBase, int threads, bool globalHeader,
                  const std::string& shownName);
 
-    void send(const Picture& picture, std::int64_t pts);
+    /// A picture as a frame of the encoder's. May be called on any threads at the same time.
+    std::shared_ptr<AVFrame> frameOf(const Picture& picture);
+    /// Encodes a frame that was made here.
+    void send(std::shared_ptr<AVFrame> frame, std::int64_t pts);
     /// Sends the picture before once more, at a later time.
     void repeat(std::int64_t pts);
     void sendEnd();
@@ -28,12 +33,13 @@ public:
 
 private:
     bool receiveOne();
-    void sendFrame(std::int64_t pts);
+    AvFrame emptyFrame();
 
     std::string m_failure;
     AvCodecContext m_context;
-    FrameWriter m_writer;
-    AvFrame m_frame;
+    Spares<FrameWriter> m_writers;
+    std::shared_ptr<SpareFrames> m_frames;
+    std::shared_ptr<AVFrame> m_latest;
     AvPacket m_packet;
 };
 

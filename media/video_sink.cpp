@@ -1,3 +1,4 @@
+#include <atomic>
 #include <cmath>
 #include <optional>
 
@@ -5,7 +6,6 @@
 
 #include "media/audio_copy.h"
 #include "media/pending_file.h"
-#include "media/pixel_loops.h"
 #include "media/sinks.h"
 #include "media/video_encoder.h"
 
@@ -18,6 +18,8 @@ public:
     ~VideoSink() override { avio_closep(&m_output->pb); }
 
     void write(const Picture& picture) override;
+    bool prepare(const Picture& picture, ReadyPicture& ready) override;
+    void write(const ReadyPicture& ready) override;
     void finish() override;
     std::vector<std::string> notes() const override { return m_notes; }
 
@@ -35,6 +37,7 @@ private:
     std::optional<PendingFile> m_file;
     AvOutput m_output;
     std::unique_ptr<VideoEncoder> m_encoder;
+    std::atomic<bool> m_begun = false;  ///< the encoder is there to prepare pictures for
     std::unique_ptr<AudioCopy> m_audio;
     AVStream* m_stream = nullptr;
     VideoPlan m_plan;
@@ -64,14 +67,14 @@ VideoSink::VideoSink(const std::string& output, const VideoFormat& format, const
     avCheck(avformat_alloc_output_context2(&context, container, nullptr, url.c_str()), failure());
     m_output.reset(context);
     // Fails early where the container, the codec or the folder will not do; alpha and depth do not decide about that.
-    planVideo(*container, output, options, {format, format.hasAlpha, false});
+    planVideo(*container, output, options, {format, format.color.hasAlpha(), false});
     const int opened = avio_open2(&context->pb, url.c_str(), AVIO_FLAG_WRITE, nullptr, nullptr);
     avCheck(opened, failure());
 }
 
 void VideoSink::begin(const Picture& first) {
     const bool deep = first.depth == Depth::kFloat && m_format.bitDepth > 8;
-    const bool alpha = m_format.hasAlpha || !isOpaque(first);
+    const bool alpha = m_format.color.hasAlpha() || !isOpaque(first);
     m_plan = planVideo(*m_output->oformat, m_shownName, m_options, {m_format, alpha, deep});
     if (!m_plan.note.empty()) {
         m_notes.push_back(m_plan.note);
@@ -107,8 +110,21 @@ void VideoSink::begin(const Picture& first) {
 void VideoSink::write(const Picture& picture) {
     if (!m_encoder) {
         begin(picture);
+        m_begun.store(true, std::memory_order_release);
     }
-    std::int64_t pts = picture.pts - m_firstPts;
+    write({picture.pts, m_encoder->frameOf(picture)});
+}
+
+bool VideoSink::prepare(const Picture& picture, ReadyPicture& ready) {
+    if (!m_begun.load(std::memory_order_acquire)) {
+        return false;
+    }
+    ready = {picture.pts, m_encoder->frameOf(picture)};
+    return true;
+}
+
+void VideoSink::write(const ReadyPicture& ready) {
+    std::int64_t pts = ready.pts - m_firstPts;
     if (m_plan.constantRate) {
         pts = std::llround(static_cast<double>(pts) * m_format.timeBase.value() * m_format.frameRate.value());
         if (pts < m_nextPts) {
@@ -122,7 +138,7 @@ void VideoSink::write(const Picture& picture) {
     }
     pts = std::max(pts, m_nextPts);
     m_nextPts = pts + 1;
-    m_encoder->send(picture, pts);
+    m_encoder->send(ready.frame, pts);
     writeReadyPackets();
 }
 

@@ -6,11 +6,9 @@
 namespace lumiset {
 
 /// The effect library that the module hands out. It has no state beside its reference count.
-class CLumisetEffects5 final : public IEffectLibrary {
+class CLumisetEffects5 final : public Counted<IEffectLibrary> {
 public:
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override;
-    std::uint32_t LUMISET_CALL Release() noexcept override;
 
     const char* LUMISET_CALL GetLibraryName() noexcept override;
     IVideoGPUEffect* LUMISET_CALL CreateEffect(std::uint32_t index) noexcept override;
@@ -20,7 +18,7 @@ public:
     IPresetSaver* LUMISET_CALL CreatePresetSaver() noexcept override;
 
 private:
-    ReferenceCount m_references;
+    void lastReleased() noexcept override { delete this; }
 };
 
 }  // namespace lumiset

@@ -17,14 +17,6 @@ Result HostServices::QueryInterface(const Guid& iid, void** out) noexcept {
     return queryOneInterface<IHostServices>(this, iid, out, kResultNoInterface);
 }
 
-std::uint32_t HostServices::AddRef() noexcept {
-    return m_references.add();
-}
-
-std::uint32_t HostServices::Release() noexcept {
-    return m_references.release();
-}
-
 HostServices::HostServices() noexcept {
     const std::array<bool, kOptionCount> stored = readOptions();
     for (std::size_t option = 0; option < kOptionCount; ++option) {

@@ -11,7 +11,7 @@
 namespace lumiset {
 
 /// The process-wide options. One object, alive until the process ends, whatever its reference count says.
-class HostServices final : public IHostServices {
+class HostServices final : public Counted<IHostServices> {
 public:
     static HostServices& instance() noexcept;
 
@@ -19,8 +19,6 @@ public:
     [[nodiscard]] std::uint32_t query(std::uint32_t a, std::uint32_t b, std::uint32_t c) const noexcept;
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override;
-    std::uint32_t LUMISET_CALL Release() noexcept override;
 
     bool LUMISET_CALL GetForcedCpu() noexcept override;
     bool LUMISET_CALL SetForcedCpu(bool value) noexcept override;
@@ -37,7 +35,6 @@ private:
 
     std::array<std::atomic<bool>, kOptionCount> m_values{};
     std::mutex m_setting;
-    ReferenceCount m_references;
 };
 
 }  // namespace lumiset

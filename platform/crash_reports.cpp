@@ -30,8 +30,19 @@ std::string lastName(std::string& text) {
 
 }  // namespace
 
+bool storeCrashReports(const std::vector<CrashReport>& reports) {
+    const std::size_t standing = readSettings(kSection).size();
+    Settings settings;
+    for (const CrashReport& report : reports) {
+        if (standing + settings.size() < kMostCrashReports) {
+            settings.emplace_back(report.guid, asUtf8(report.host + ';' + report.effectLibrary + ';' + report.effect));
+        }
+    }
+    return settings.empty() || writeSettings(kSection, settings);
+}
+
 bool storeCrashReport(const CrashReport& report) {
-    return writeSetting(kSection, report.guid, asUtf8(report.host + ';' + report.effectLibrary + ';' + report.effect));
+    return storeCrashReports({report});
 }
 
 std::vector<CrashReport> crashReports() {
@@ -49,6 +60,14 @@ std::vector<CrashReport> crashReports() {
 
 bool removeCrashReport(const std::string& guid) {
     return removeSetting(kSection, guid);
+}
+
+bool removeCrashReports() {
+    return removeSettings(kSection);
+}
+
+std::string crashReportsProblem() {
+    return storingProblem(kSection);
 }
 
 }  // namespace lumiset::platform

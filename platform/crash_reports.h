@@ -15,13 +15,24 @@ struct CrashReport {
     std::string effect;
 };
 
-/// False when it could not be stored.
+/// No more are kept: one for an effect is enough to keep it off OpenGL.
+inline constexpr std::size_t kMostCrashReports = 256;
+
+/// False when they could not be stored. Beyond the most that are kept they count as stored.
+bool storeCrashReports(const std::vector<CrashReport>& reports);
 bool storeCrashReport(const CrashReport& report);
 
-/// All that stand. A value that somebody shortened counts from its end: the last name is the effect's.
+/// All that stand. A value that somebody shortened counts from its end: the last name is the effect's. Throws
+/// std::system_error where there are some that cannot be read.
 std::vector<CrashReport> crashReports();
 
 /// True when there is no such report afterwards.
 bool removeCrashReport(const std::string& guid);
+
+/// True when there is none afterwards. They need not be readable.
+bool removeCrashReports();
+
+/// Why reports cannot be stored or removed, for people. Empty when they can.
+std::string crashReportsProblem();
 
 }  // namespace lumiset::platform

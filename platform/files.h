@@ -10,8 +10,8 @@ namespace lumiset::platform {
 /// The bytes of a regular file; nothing when it cannot be read, is something else, or has more than `limit` bytes.
 std::optional<std::string> readFile(const std::wstring& path, std::size_t limit);
 
-/// Puts a file of these bytes under the path, whole or not at all: it is written beside it under another name and
-/// renamed. On false nothing has changed. A file that may not be written to is not replaced either.
+/// Puts a file of these bytes under the path, whole or not at all, as `PendingFile` does. On false nothing has changed.
+/// A file that may not be written to is not replaced either, nor is anything but a file.
 bool replaceFile(const std::wstring& path, std::string_view bytes);
 
 }  // namespace lumiset::platform

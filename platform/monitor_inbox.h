@@ -1,17 +1,18 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "platform/process.h"
 
 // The monitor's end of the pipe.
 
 namespace lumiset::platform {
 
 struct MonitorMessage {
-    std::uint64_t sender;  ///< its process's number
+    Process sender;
     std::string text;
 };
 
@@ -23,9 +24,11 @@ public:
     /// Takes the pipe away, so that hosts see at once that nobody listens.
     virtual ~MonitorInbox() = default;
 
-    /// Waits that long for messages and appends all that are there. False when there is no more to come: the process is
-    /// to end, or hosts cannot reach this pipe any more.
-    virtual bool receive(std::chrono::milliseconds time, std::vector<MonitorMessage>& messages) = 0;
+    /// Waits that long for messages, or until one of the processes has ended, and appends all messages that are there.
+    /// Of a process that had ended before the call all have come by then. False when there is no more to come: the
+    /// process is to end, or hosts cannot reach this pipe any more.
+    virtual bool receive(std::chrono::milliseconds time, const std::vector<Process>& watched,
+                         std::vector<MonitorMessage>& messages) = 0;
 };
 
 /// Null when another process listens for this user already, or the pipe cannot be made.

@@ -16,6 +16,9 @@ struct Process {
 /// The process that has this number now.
 Process findProcess(std::uint64_t id);
 
+/// The one that this code runs in.
+Process thisProcess();
+
 /// False once it has ended.
 bool isRunning(const Process& process);
 

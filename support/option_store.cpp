@@ -24,7 +24,7 @@ std::array<bool, kOptionCount> readOptions() noexcept {
             }
         }
     } catch (const std::exception&) {
-        return {};  // memory is exhausted: as if nothing were stored
+        return {};  // memory is exhausted, or the file cannot be read: as if nothing were stored
     }
     return values;
 }

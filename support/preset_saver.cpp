@@ -187,18 +187,6 @@ Result CPresetSaver::QueryInterface(const Guid& iid, void** out) noexcept {
     return queryOneInterface<IPresetSaver>(this, iid, out, kResultFail);
 }
 
-std::uint32_t CPresetSaver::AddRef() noexcept {
-    return m_references.add();
-}
-
-std::uint32_t CPresetSaver::Release() noexcept {
-    const std::uint32_t remaining = m_references.release();
-    if (remaining == 0) {
-        DeleteThis();
-    }
-    return remaining;
-}
-
 void CPresetSaver::DeleteThis() noexcept {
     delete this;
 }

@@ -6,11 +6,9 @@
 namespace lumiset {
 
 /// Preset files with their dialogs and messages.
-class CPresetSaver final : public IPresetSaver {
+class CPresetSaver final : public Counted<IPresetSaver> {
 public:
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override;
-    std::uint32_t LUMISET_CALL Release() noexcept override;
 
     bool LUMISET_CALL LoadPreset(void* owner, IPresetEffect* effect, std::uint32_t index, const wchar_t* path,
                                  PresetOutcome* outcome) noexcept override;
@@ -19,7 +17,7 @@ public:
     void LUMISET_CALL DeleteThis() noexcept override;
 
 private:
-    ReferenceCount m_references;
+    void lastReleased() noexcept override { DeleteThis(); }
 };
 
 }  // namespace lumiset

@@ -7,6 +7,9 @@ namespace {
 
 /// Far more than a pipe holds.
 constexpr std::size_t kMostEndedFirst = 256;
+constexpr std::size_t kMostLeft = 256;
+/// Far more than hosts have threads.
+constexpr std::size_t kMostFrames = 4096;
 
 /// 8-4-4-4-12 digits, as hosts write them.
 bool isGuid(std::string_view text) {
@@ -30,15 +33,19 @@ std::optional<FrameMessage> parseFrameMessage(std::string_view text) {
         text = text.substr(0, separator);
     }
     const auto [library, effect, guid, state] = fields;
+    if (state == "3" && guid.empty()) {
+        return FrameMessage{{}, FrameState::kHostLeaves};
+    }
     if (!isGuid(guid) || (state != "1" && state != "2")) {
         return std::nullopt;
     }
     return FrameMessage{{std::string(guid), std::string(text), std::string(library), std::string(effect)},
-                        state == "2"};
+                        state == "1" ? FrameState::kStarts : FrameState::kEnded};
 }
 
 void FrameLedger::start(const platform::CrashReport& report, const platform::Process& sender) {
-    if (std::erase(m_endedFirst, report.guid) == 0) {
+    const bool left = std::find(m_left.begin(), m_left.end(), sender) != m_left.end();
+    if (std::erase(m_endedFirst, report.guid) == 0 && !left && m_frames.size() < kMostFrames) {
         m_frames.insert_or_assign(report.guid, Frame{sender, report});
     }
 }
@@ -50,6 +57,14 @@ void FrameLedger::end(const std::string& guid) {
         if (m_endedFirst.size() > kMostEndedFirst) {
             m_endedFirst.pop_front();
         }
+    }
+}
+
+void FrameLedger::leave(const platform::Process& process) {
+    take(process);
+    m_left.push_back(process);
+    if (m_left.size() > kMostLeft) {
+        m_left.pop_front();
     }
 }
 

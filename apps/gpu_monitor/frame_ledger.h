@@ -12,22 +12,30 @@
 
 namespace lumiset::monitor {
 
+enum class FrameState {
+    kStarts,
+    kEnded,
+    kHostLeaves,  ///< the host ends on purpose, whatever frames are under way
+};
+
 /// What a host says of a frame.
 struct FrameMessage {
     platform::CrashReport report;  ///< what there is to report should it never end
-    bool ended = false;
+    FrameState state = FrameState::kStarts;
 };
 
 /// Reads "host;library;effect;GUID;state". A host may have any name, so the fields are counted from the end. Nothing
-/// for a text of another form.
+/// for a text of another form. The state 1 is a frame's start, 2 its end and 3, without a GUID, the host's.
 std::optional<FrameMessage> parseFrameMessage(std::string_view text);
 
 /// The frames that have started and not ended, by the processes that render them. Where the pipe has several places for
-/// hosts, a frame's end may be read before its start.
+/// hosts, a frame's end may be read before its start. Keeps a bounded number of each, for whoever sends what it likes.
 class FrameLedger {
 public:
     void start(const platform::CrashReport& report, const platform::Process& sender);
     void end(const std::string& guid);
+    /// Forgets the frames of a process, and those that it starts from now on.
+    void leave(const platform::Process& process);
 
     [[nodiscard]] bool empty() const { return m_frames.empty(); }
     /// Those with a frame under way, each once.
@@ -42,6 +50,7 @@ private:
     };
     std::map<std::string, Frame> m_frames;  ///< by GUID
     std::deque<std::string> m_endedFirst;   ///< the latest GUIDs of frames whose start has not been read
+    std::deque<platform::Process> m_left;
 };
 
 }  // namespace lumiset::monitor

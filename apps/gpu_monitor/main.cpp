@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <system_error>
 
 #include "apps/gpu_monitor/frame_ledger.h"
 #include "platform/monitor_inbox.h"
@@ -13,10 +14,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How often processes with a frame under way are looked for, at most.
+/// How often processes with a frame under way are looked for, at most, while messages come.
 constexpr std::chrono::milliseconds kLookTime{250};
-/// How long nothing may happen before it is seen whether hosts still find the pipe.
-constexpr std::chrono::milliseconds kQuietTime{2000};
+/// When reports that could not be stored, on a full disk for one, are tried again.
+constexpr std::chrono::seconds kStoreTime{10};
+constexpr std::size_t kMostUnwritten = platform::kMostCrashReports;
 constexpr std::chrono::minutes kIdleTime{10};
 
 class Monitor {
@@ -24,45 +26,76 @@ public:
     explicit Monitor(platform::MonitorInbox& inbox) : m_inbox(inbox) {}
 
     void run() {
-        while (receive(isIdle() ? kQuietTime : kLookTime)) {
+        while (receive()) {
             const Clock::time_point now = Clock::now();
-            if (now - m_lastLook >= kLookTime) {
+            if (m_messages.empty() || now - m_lastLook >= kLookTime) {
                 m_lastLook = now;
                 look();
             }
-            if (isIdle() && now - m_lastHeard > kIdleTime) {
+            if (!m_unwritten.empty() && now >= m_nextStore) {
+                m_nextStore = now + kStoreTime;
+                store();
+            }
+            if (m_ledger.empty() && m_unwritten.empty() && now - m_lastHeard > kIdleTime) {
                 return;
             }
         }
+        store();
     }
 
 private:
-    [[nodiscard]] bool isIdle() const { return m_ledger.empty() && m_unwritten.empty(); }
+    /// How long nothing is to be done unless something happens.
+    [[nodiscard]] std::chrono::milliseconds quietTime() const {
+        return !m_gone.empty() ? kLookTime.zero() : m_unwritten.empty() ? kIdleTime : kStoreTime;
+    }
 
-    bool receive(std::chrono::milliseconds time) {
+    bool receive() {
         m_messages.clear();
-        const bool more = m_inbox.receive(time, m_messages);
+        const bool more = m_inbox.receive(quietTime(), m_ledger.processes(), m_messages);
         for (const platform::MonitorMessage& message : m_messages) {
             m_lastHeard = Clock::now();
-            const auto frame = parseFrameMessage(message.text);
-            if (frame && frame->ended) {
-                m_ledger.end(frame->report.guid);
-            } else if (frame) {
-                m_ledger.start(frame->report, platform::findProcess(message.sender));
+            if (const auto frame = parseFrameMessage(message.text)) {
+                note(*frame, message.sender);
             }
         }
         return more;
     }
 
+    void note(const FrameMessage& frame, const platform::Process& sender) {
+        switch (frame.state) {
+            case FrameState::kStarts:
+                m_ledger.start(frame.report, sender);
+                break;
+            case FrameState::kEnded:
+                m_ledger.end(frame.report.guid);
+                break;
+            case FrameState::kHostLeaves:
+                m_ledger.leave(sender);
+                break;
+        }
+    }
+
     /// A process that was gone at the last look has sent nothing since, so all that it had sent has come by now.
     void look() {
         for (const platform::Process& process : m_gone) {
-            std::ranges::move(m_ledger.take(process), std::back_inserter(m_unwritten));
+            for (platform::CrashReport& report : m_ledger.take(process)) {
+                if (m_unwritten.size() < kMostUnwritten) {
+                    m_unwritten.push_back(std::move(report));
+                }
+            }
+            m_nextStore = {};
         }
         m_gone = m_ledger.processes();
         std::erase_if(m_gone, platform::isRunning);
-        // What cannot be stored now, on a full disk for one, is tried again.
-        std::erase_if(m_unwritten, platform::storeCrashReport);
+    }
+
+    void store() {
+        try {
+            if (platform::storeCrashReports(m_unwritten)) {
+                m_unwritten.clear();
+            }
+        } catch (const std::system_error&) {  // those that stand cannot be read
+        }
     }
 
     platform::MonitorInbox& m_inbox;
@@ -71,6 +104,7 @@ private:
     std::vector<platform::CrashReport> m_unwritten;
     std::vector<platform::MonitorMessage> m_messages;
     Clock::time_point m_lastLook;
+    Clock::time_point m_nextStore;
     Clock::time_point m_lastHeard = Clock::now();
 };
 

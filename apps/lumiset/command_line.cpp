@@ -76,6 +76,7 @@ void describeCommandLine(CLI::App& app, Program& program) {
     addOptionsCommand(app, program);
     addGPUCommands(app, program);
     addDoctorCommand(app, program);
+    addValidateCommand(app, program);
     addCompletionCommands(app, program);
     addManCommand(app, program);
     app.footer(help::kProgramFooter);  // Set last, since commands take it over when they are added.

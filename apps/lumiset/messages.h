@@ -7,6 +7,9 @@ namespace lumiset::app {
 /// Writes to standard error. Nobody can be told where that is closed or full, so the work goes on.
 void tell(const std::string& text) noexcept;
 
+/// The text as a terminal may show it: control characters, which could be meant for the terminal itself, become "?".
+std::string printable(std::string text);
+
 /// Holds the places of standard input, output and error where the caller has closed them: the next files to be opened
 /// would get their numbers, and messages would be written into them. Using such a place fails as before.
 void holdStandardStreams() noexcept;

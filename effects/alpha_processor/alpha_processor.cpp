@@ -1,12 +1,14 @@
 // Reshapes the alpha channel: shrinks or grows what is opaque by an ellipse, softens it by a triangular blur, inverts
 // it, multiplies the colours by it, or shows it as a grey picture.
 
-#include "effects/alpha_processor/alpha_processor.h"
-
 #include <algorithm>
+#include <new>
 
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "frame/frame_operations.h"
+#include "gpu/base_effect_helper.h"
 
 namespace lumiset {
 namespace {
@@ -45,7 +47,8 @@ enum Program : std::size_t {
     kDilateRing,
     kErode,
     kErodeRing,
-    kCompose
+    kCompose,
+    kProgramCount
 };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
@@ -58,6 +61,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     kErodeRingProgram,
     {shaders::kPassVert, shaders::kAlphaProcessorComposeFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Alpha Processor",
@@ -122,9 +126,15 @@ Sizes sizesOf(const Settings& settings, const FrameFacts& facts) {
     return sizes;
 }
 
-}  // namespace
+class CAlphaProcessor final : public CBaseEffectHelper, public Effect {
+public:
+    CAlphaProcessor() : Effect(kInfo) {}
 
-CAlphaProcessor::CAlphaProcessor() : Effect(kInfo) {}
+protected:
+    bool Render(const ParamReader& params, const RenderContext& context, const Frame& source,
+                Frame& destination) noexcept override;
+    bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept override;
+};
 
 bool CAlphaProcessor::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
                              Frame& destination) noexcept {
@@ -194,6 +204,12 @@ bool CAlphaProcessor::RenderGPU(const ParamReader& params, const FrameFacts& fac
         program.SetInt("testMask", settings.testMask ? 1 : 0);
     });
     return CBaseEffectHelper::FinishFrame(frame, *other);
+}
+
+}  // namespace
+
+IVideoGPUEffect* makeAlphaProcessor() noexcept {
+    return new (std::nothrow) CAlphaProcessor;
 }
 
 }  // namespace lumiset

@@ -3,13 +3,14 @@
 // window (background_tiles.h); the window reaches so far beyond the frame that the blur finds the pattern there too, so
 // the softened picture drifts as one piece. The drift is a pure function of the time, and finer than a pixel.
 
-#include "effects/background_generator/background_generator.h"
-
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 #include "effects/background_generator/grade.h"
 #include "effects/background_generator/tiles.h"
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "frame/frame_operations.h"
 
@@ -73,7 +74,7 @@ constexpr PresetTable kPresets(
     row("Soft Blue Wash", 0.1F, 0.6F, 0xFF6000, 0.82F, 0.12F, 0.42F, 0.0F, 1.0F, 0.5F, 0.08F, 1.0F, 0.5F, 0.5F),
     row("Warm Glow", 0.1F, 0.6F, 0x0070FF, 0.78F, 0.35F, 0.5F, 0.2F, 1.0F, 0.375F, 0.08F, 1.0F, 0.5F, 0.5F));
 
-enum Program : std::size_t { kCopy, kCrossFadePattern, kTile, kReduce, kSoften, kGrade };
+enum Program : std::size_t { kCopy, kCrossFadePattern, kTile, kReduce, kSoften, kGrade, kProgramCount };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kResizeRegionFrag},
@@ -83,6 +84,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kBackgroundSoftenFrag},
     {shaders::kPassVert, shaders::kBackgroundGradeFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Background Generator",
@@ -212,12 +214,7 @@ GPUTexture soften(GPUFrame& frame, const GPUTexture& window, const ReducedBlur& 
     return first;
 }
 
-}  // namespace
-
-CBackgroundGenerator::CBackgroundGenerator() : Effect(kInfo) {}
-
-bool CBackgroundGenerator::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
-                                  Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const BackgroundGrade grade = readGrade(params);
     const Geometry geometry = findGeometry(params, context);
     if (geometry.isIdentity()) {
@@ -251,7 +248,7 @@ bool CBackgroundGenerator::Render(const ParamReader& params, const RenderContext
     return true;
 }
 
-bool CBackgroundGenerator::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const BackgroundGrade grade = readGrade(params);
     const Geometry geometry = findGeometry(params, facts);
     const std::int32_t windowWidth = geometry.columns.windowLength();
@@ -300,6 +297,14 @@ bool CBackgroundGenerator::RenderGPU(const ParamReader& params, const FrameFacts
         setVectors("floorLevel", &LevelCurve::floor);
     });
     return frame.finish(result);
+}
+
+using CBackgroundGenerator = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeBackgroundGenerator() noexcept {
+    return new (std::nothrow) CBackgroundGenerator;
 }
 
 }  // namespace lumiset

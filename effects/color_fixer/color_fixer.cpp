@@ -1,9 +1,11 @@
 // A one-pass colour correction. A sampled colour that ought to be neutral sets a gain for each channel, the luma
 // share sets the saturation, and two curves give the shoulders of film, the brightness and the output range.
 
-#include "effects/color_fixer/color_fixer.h"
+#include <new>
 
 #include "effects/color_fixer/grade.h"
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 
 namespace lumiset {
@@ -54,14 +56,17 @@ constexpr PresetTable kPresets(                                          //
     row("Warm", 0xE6C8A5, 1.0F, 0.5F, 0.5F, 0.15F, 1.0F, 0.0F),          //
     row("Warm Up", 0xE1D2BE, 1.0F, 0.5F, 0.5F, 0.0F, 1.0F, 0.0F));
 
-constexpr GPUProgramSource kPrograms[] = {{shaders::kPassVert, shaders::kColorFixerFrag}};
+enum Program : std::size_t { kGrade, kProgramCount };
+
+constexpr auto kPrograms = std::to_array<GPUProgramSource>({{shaders::kPassVert, shaders::kColorFixerFrag}});
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Color Fixer Pro",
     .flags = kFlagsEveryEffect,
     .params = kParams,
     .presets = kPresets,
-    .mainProgram = &kPrograms[0],
+    .mainProgram = &kPrograms[kGrade],
 };
 static_assert(valid(kInfo));
 
@@ -77,23 +82,18 @@ ColorFixerSettings readSettings(const ParamReader& params) {
     };
 }
 
-}  // namespace
-
-CImprovedColorbalance::CImprovedColorbalance() : Effect(kInfo) {}
-
-bool CImprovedColorbalance::Render(const ParamReader& params, const RenderContext& /*context*/, const Frame& source,
-                                   Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& /*context*/, const Frame& source,
+            Frame& destination) noexcept {
     gradeFrame(source, destination, readSettings(params));
     return true;
 }
 
-bool CImprovedColorbalance::RenderGPU(const ParamReader& params, const FrameFacts& /*facts*/,
-                                      GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& /*facts*/, GPUFrame& frame) noexcept {
     const ColorFixerSettings settings = readSettings(params);
     if (!frame.create(1, kPrograms)) {
         return false;
     }
-    frame.pass(0, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
+    frame.pass(kGrade, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
         constexpr double kLeastLevel = 0.00001 * 255.0;
         const std::array<double, 3> gains = neutralGains(settings, kLeastLevel);
         const float grayScale = -settings.saturation * 0.498F;
@@ -108,6 +108,14 @@ bool CImprovedColorbalance::RenderGPU(const ParamReader& params, const FrameFact
         program.SetFloat("fBlackLimit", settings.bottom);
     });
     return frame.finish(frame.temporary(0));
+}
+
+using CImprovedColorbalance = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeColorFixerPro() noexcept {
+    return new (std::nothrow) CImprovedColorbalance;
 }
 
 }  // namespace lumiset

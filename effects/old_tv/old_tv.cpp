@@ -3,14 +3,15 @@
 // with a soft edge on a black or transparent surround. What varies with time is a pure function of parameters
 // and render time (old_tv_plan.h), so any frame can be rendered alone.
 
-#include "effects/old_tv/old_tv.h"
-
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <optional>
 #include <span>
 #include <utility>
 
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "effects/old_tv/passes.h"
 #include "effects/old_tv/plan.h"
@@ -137,6 +138,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kSetAlphaFrag},
     {shaders::kPassVert, shaders::kOverColorFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Old TV",
@@ -147,7 +149,6 @@ constexpr EffectInfo kInfo{
     .mainProgram = &kPrograms[kColor],
 };
 static_assert(valid(kInfo));
-static_assert(kPresets.kSlots == kParamCount);
 
 OldTVSettings readSettings(const ParamReader& params) {
     const float ghosting = params.slider(kGhosting);
@@ -271,12 +272,7 @@ void applyBand(Frame& frame, const BrightBand& band) {
     }
 }
 
-}  // namespace
-
-COldTV::COldTV() : Effect(kInfo) {}
-
-bool COldTV::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
-                    Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const OldTVSettings settings = readSettings(params);
     const Events events = findEvents(settings, context);
     const bool tears = events.tear.has_value();
@@ -324,7 +320,7 @@ bool COldTV::Render(const ParamReader& params, const RenderContext& context, con
     return frames.current == &destination || FrameCopy(*frames.current, destination);
 }
 
-bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const OldTVSettings settings = readSettings(params);
     const Events events = findEvents(settings, facts);
     if (!frame.create(4, kPrograms)) {
@@ -378,6 +374,14 @@ bool COldTV::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFr
                     [&](ShaderProgram& program) { program.SetFloat4("Color", 0.0F, 0.0F, 0.0F, settings.opacity); });
     }
     return frame.finish(passes.picture());
+}
+
+using COldTV = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeOldTv() noexcept {
+    return new (std::nothrow) COldTV;
 }
 
 }  // namespace lumiset

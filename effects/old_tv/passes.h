@@ -21,7 +21,8 @@ public:
         kTube,
         kBoxAlpha,
         kSetAlpha,
-        kSurround
+        kSurround,
+        kProgramCount
     };
 
     using PicturePasses::PicturePasses;

@@ -7,10 +7,11 @@
 // the soft edge for the pixel's shape once more; large ellipses are grown in several passes and may differ from
 // the true ellipse by about a pixel along their edge.
 
-#include "effects/outline/outline.h"
-
 #include <algorithm>
+#include <new>
 
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "frame/frame_operations.h"
 
@@ -43,7 +44,7 @@ constexpr PresetTable kPresets(                                  //
     row("Solid Black", 1.0F, 0.0F, 0x000000, 1.0F),              //
     row("Subtle Edge Definition", 0.0F, 0.59F, 0x000000, 0.575F));
 
-enum Program : std::size_t { kExtract, kBlurVertical, kBlurHorizontal, kCompose, kEllipse, kRing };
+enum Program : std::size_t { kExtract, kBlurVertical, kBlurHorizontal, kCompose, kEllipse, kRing, kProgramCount };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kOutlineExtractFrag},
@@ -53,6 +54,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     kDilateEllipseProgram,
     kDilateRingProgram,
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Outline",
@@ -110,12 +112,7 @@ constexpr std::uint32_t swapRedAndBlue(std::uint32_t color) {
     return (color & 0x0000FF00U) | ((color & 0xFFU) << 16U) | ((color >> 16U) & 0xFFU);
 }
 
-}  // namespace
-
-COutline::COutline() : Effect(kInfo) {}
-
-bool COutline::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
-                      Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const Settings settings = readSettings(params);
     const Sizes sizes = sizesOf(settings, context);
 
@@ -141,7 +138,7 @@ bool COutline::Render(const ParamReader& params, const RenderContext& context, c
     return true;
 }
 
-bool COutline::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const Settings settings = readSettings(params);
     const Sizes sizes = sizesOf(settings, facts);
     if (!frame.create(2, kPrograms)) {
@@ -161,6 +158,14 @@ bool COutline::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPU
         program.SetFloat("opacity", settings.opacity);
     });
     return frame.finish(grown);
+}
+
+using COutline = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeOutline() noexcept {
+    return new (std::nothrow) COutline;
 }
 
 }  // namespace lumiset

@@ -1,11 +1,12 @@
 // Fits a 4:3 picture to a wider frame without widening faces: the middle keeps more of its proportions than the
 // sides, which take up the stretch. A crop zooms in and leaves less to stretch.
 
-#include "effects/progressive_stretch/progressive_stretch.h"
-
 #include <cmath>
+#include <new>
 #include <span>
 
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "effects/progressive_stretch/stretch_curve.h"
 #include "effects/progressive_stretch/stretch_rows.h"
@@ -35,12 +36,13 @@ constexpr PresetTable kPresets(              //
     row("Partial Crop", 0.185F, 0.56F),      //
     row("Uniform Stretch", 1.0F, 0.0F));
 
-enum Program : std::size_t { kResize, kMoveColumns };
+enum Program : std::size_t { kResize, kMoveColumns, kProgramCount };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kResizeRegionFrag},
     {shaders::kPassVert, shaders::kProgressiveStretchFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Progressive Stretch",
@@ -51,12 +53,7 @@ constexpr EffectInfo kInfo{
 };
 static_assert(valid(kInfo));
 
-}  // namespace
-
-CProgressiveStretch::CProgressiveStretch() : Effect(kInfo) {}
-
-bool CProgressiveStretch::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
-                                 Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const std::int32_t width = context.width;
     const StretchRegion region = stretchRegion(width, context.height, params.slider(kCrop));
     if (width < 2 || region.width < 1 || region.height < 1) {
@@ -80,7 +77,7 @@ bool CProgressiveStretch::Render(const ParamReader& params, const RenderContext&
     return stretchRows({source, destination, region, resized, stretched}, context.allocator);
 }
 
-bool CProgressiveStretch::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const float crop = params.slider(kCrop);
     const StretchRegion region = stretchRegion(facts.width, facts.height, crop);
     if (!frame.create(2, kPrograms)) {
@@ -103,6 +100,14 @@ bool CProgressiveStretch::RenderGPU(const ParamReader& params, const FrameFacts&
         program.SetFloat("fCrop", crop);
     });
     return frame.finish(frame.temporary(1));
+}
+
+using CProgressiveStretch = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeProgressiveStretch() noexcept {
+    return new (std::nothrow) CProgressiveStretch;
 }
 
 }  // namespace lumiset

@@ -6,11 +6,12 @@
 // the slopes are so gentle that rounding keeps them. So the OpenGL renderer runs at most that many passes for 8-bit
 // frames. For float frames many passes are one wide separable filter of binomial weights.
 
-#include "effects/selective_color/selective_color.h"
-
 #include <algorithm>
 #include <cmath>
+#include <new>
 
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "effects/selective_color/key.h"
 #include "frame/filters/repeated_gauss.h"
@@ -70,7 +71,7 @@ constexpr PresetTable kPresets(  //
     row("Reset to None", 0x3F451EB8, 0.0F, 0x000000, 0.0F, 0.0F, 0.0F, false),
     row("Sunset", 0xE7C7B0, 0.0F, 0x1A64FF, 0.25F, 0.3951F, 1.0F, false));
 
-enum Program : std::size_t { kKey, kSoftenOnce, kSoftenWidely, kDrain, kMaskView, kBothMasksView };
+enum Program : std::size_t { kKey, kSoftenOnce, kSoftenWidely, kDrain, kMaskView, kBothMasksView, kProgramCount };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kSelectiveColorKeyFrag},
@@ -80,6 +81,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kSelectiveColorMaskFrag},
     {shaders::kPassVert, shaders::kSelectiveColorMasksFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Selective Color",
@@ -184,12 +186,7 @@ bool drain(const Frame& source, Frame& mask, float strength, MemoryAllocator& al
     return true;
 }
 
-}  // namespace
-
-CSelectColor::CSelectColor() : Effect(kInfo) {}
-
-bool CSelectColor::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
-                          Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const Choices choices = readChoices(params);
     const std::int32_t passes = softenPasses(params.slider(kSoften), context);
     Frame first;
@@ -215,7 +212,7 @@ bool CSelectColor::Render(const ParamReader& params, const RenderContext& contex
     return drain(source, choices.useFirst ? first : second, params.slider(kStrength), context.allocator, destination);
 }
 
-bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     constexpr std::int32_t kMostBytePasses = 160;   // what later passes of bytes change is not seen
     constexpr std::int32_t kMostSinglePasses = 16;  // more are done at once
     constexpr double kReach = 5.0;                  // standard deviations of a wide filter
@@ -300,6 +297,14 @@ bool CSelectColor::RenderGPU(const ParamReader& params, const FrameFacts& facts,
         });
     }
     return frame.finish(*other);
+}
+
+using CSelectColor = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeSelectiveColor() noexcept {
+    return new (std::nothrow) CSelectColor;
 }
 
 }  // namespace lumiset

@@ -1,9 +1,11 @@
 // Blurs the picture outside a shape that is pinned to four corners, or inside it: the mask of corner_mask.h decides
 // between the source and its triangular blur. Transparency stays as it is.
 
-#include "effects/selective_focus/selective_focus.h"
+#include <new>
 
 #include "effects/corner_mask/corner_mask_gpu.h"
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -60,7 +62,7 @@ constexpr PresetTable kPresets(
     row("Witness Protection", {0.2326F, 0.1163F}, {0.7674F, 0.1163F}, {0.2326F, 0.8605F}, {0.75F, 0.75F}, 1.0F, 0.48F, false, 1.0F, true));
 // clang-format on
 
-enum Program : std::size_t { kCopy, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
+enum Program : std::size_t { kCopy, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix, kProgramCount };
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kPlainCopyFrag},
@@ -70,12 +72,14 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     kBlurHorizontalProgram,
     {shaders::kPassVert, shaders::kMixByMaskFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Selective Focus",
     .flags = kFlagsEveryEffect,
     .params = kParams,
     .presets = kPresets,
+    .sharedPresetName = "Portrait",
     .needsTopDown = true,
     .mainProgram = &kPrograms[kMix],
 };
@@ -107,12 +111,7 @@ BlurSize blurSize(float blur, const FrameFacts& facts) {
     return {aspect.ToStoredX(extent), aspect.ToStoredY(facts.fieldMode ? extent * 0.5F : extent)};
 }
 
-}  // namespace
-
-CSelectiveFocus::CSelectiveFocus() : Effect(kInfo) {}
-
-bool CSelectiveFocus::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
-                             Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const Settings settings = readSettings(params);
     const BlurSize size = blurSize(settings.blur, context);
     if (!settings.testMask && !size.visible()) {
@@ -134,7 +133,7 @@ bool CSelectiveFocus::Render(const ParamReader& params, const RenderContext& con
     return true;
 }
 
-bool CSelectiveFocus::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const Settings settings = readSettings(params);
     const BlurSize size = blurSize(settings.blur, facts);
     MemoryAllocator heap;
@@ -159,6 +158,14 @@ bool CSelectiveFocus::RenderGPU(const ParamReader& params, const FrameFacts& fac
     }
     frame.pass(kMix, {sharp, outside, mask}, other);
     return frame.finish(other);
+}
+
+using CSelectiveFocus = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeSelectiveFocus() noexcept {
+    return new (std::nothrow) CSelectiveFocus;
 }
 
 }  // namespace lumiset

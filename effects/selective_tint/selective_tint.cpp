@@ -3,9 +3,11 @@
 // is the gradient from one to the other. A tint follows the picture's brightness: black stays black, the middle tones
 // take the tint's colour, and highlights are drawn towards white as far as the colour is bright.
 
-#include "effects/selective_tint/selective_tint.h"
+#include <new>
 
 #include "effects/corner_mask/corner_mask_gpu.h"
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/selective_tint/tint_mix.h"
 #include "frame/frame_operations.h"
 
@@ -89,7 +91,16 @@ constexpr PresetTable kPresets(
     row("Tractor Beam", {0.3721F, 0.0F}, {0.6163F, 0.0F}, {0.3721F, 1.0F}, {0.7093F, 1.0F}, 0.0F, 0.15F, false, {0xFF8000, 1.0F, 0.0F}, {0xC08000, 0.2351F, 1.0F}));
 // clang-format on
 
-enum Program : std::size_t { kCopy, kTint, kFillValue, kResizeRegion, kBlurVertical, kBlurHorizontal, kMix };
+enum Program : std::size_t {
+    kCopy,
+    kTint,
+    kFillValue,
+    kResizeRegion,
+    kBlurVertical,
+    kBlurHorizontal,
+    kMix,
+    kProgramCount
+};
 
 constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kPlainCopyFrag},
@@ -100,6 +111,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     kBlurHorizontalProgram,
     {shaders::kPassVert, shaders::kSelectiveTintMixFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Selective Tint",
@@ -145,12 +157,7 @@ void tintPass(GPUFrame& frame, const TintRegion& region, const GPUTexture& to) {
     });
 }
 
-}  // namespace
-
-CMaskedGradientTint::CMaskedGradientTint() : Effect(kInfo) {}
-
-bool CMaskedGradientTint::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
-                                 Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const Settings settings = readSettings(params);
     if (settings.showsSource()) {
         return FrameCopy(source, destination);
@@ -163,7 +170,7 @@ bool CMaskedGradientTint::Render(const ParamReader& params, const RenderContext&
     return true;
 }
 
-bool CMaskedGradientTint::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const Settings settings = readSettings(params);
     MemoryAllocator heap;
     CornerOutline outline(heap);
@@ -189,6 +196,14 @@ bool CMaskedGradientTint::RenderGPU(const ParamReader& params, const FrameFacts&
         program.SetFloat3("Color", 1.0F, 1.0F, 1.0F);
     });
     return frame.finish(other);
+}
+
+using CMaskedGradientTint = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeSelectiveTint() noexcept {
+    return new (std::nothrow) CMaskedGradientTint;
 }
 
 }  // namespace lumiset

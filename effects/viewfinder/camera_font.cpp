@@ -27,18 +27,6 @@ Result CCameraFont::QueryInterface(const Guid& iid, void** out) noexcept {
     return queryOneInterface<IUnknown>(this, iid, out, kResultNoInterface);
 }
 
-std::uint32_t CCameraFont::AddRef() noexcept {
-    return m_references.add();
-}
-
-std::uint32_t CCameraFont::Release() noexcept {
-    const std::uint32_t remaining = m_references.release();
-    if (remaining == 0) {
-        delete this;
-    }
-    return remaining;
-}
-
 void CCameraFont::cell(Artwork artwork, std::int32_t index, Frame& view) const {
     const CellSize size = scaledCell(artwork, m_size);
     view.WrapSubRect(m_pictures[static_cast<std::size_t>(artwork)], index * size.width, 0, size.width, size.height,

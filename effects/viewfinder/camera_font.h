@@ -10,7 +10,7 @@
 namespace lumiset {
 
 /// Scaled once and never changed, so that any number of threads may draw from it while they hold a reference.
-class CCameraFont final : public IUnknown {
+class CCameraFont final : public Counted<IUnknown> {
 public:
     /// A font with one reference; null when there is no memory, or for the height 0. The pictures are decoded when
     /// the first font is made, and kept.
@@ -20,8 +20,6 @@ public:
     CCameraFont& operator=(const CCameraFont&) = delete;
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override;
-    std::uint32_t LUMISET_CALL Release() noexcept override;
 
     [[nodiscard]] const FontSize& size() const { return m_size; }
 
@@ -31,11 +29,11 @@ public:
 private:
     explicit CCameraFont(const FontSize& size) : m_size(size) {}
     ~CCameraFont() = default;
+    void lastReleased() noexcept override { delete this; }
 
     [[nodiscard]] bool scale(Artwork artwork) noexcept;
 
     const FontSize m_size;
-    ReferenceCount m_references;
     std::array<Frame, kArtworkCount> m_pictures;
 };
 

@@ -12,7 +12,7 @@ namespace lumiset {
 class ViewfinderPasses : public PicturePasses {
 public:
     /// Places of the programs.
-    enum Program : std::size_t { kColor, kGrey, kPixels, kSharpenPicture, kFill, kStrokes, kOverlay };
+    enum Program : std::size_t { kColor, kGrey, kPixels, kSharpenPicture, kFill, kStrokes, kOverlay, kProgramCount };
 
     using PicturePasses::PicturePasses;
 

@@ -4,12 +4,15 @@
 // draws them from pictures that are scaled to the frame (camera_font.h); OpenGL, into which a module cannot load a
 // picture, evaluates the strokes that the pictures were drawn from.
 
-#include "effects/viewfinder/viewfinder.h"
-
 #include <cmath>
+#include <mutex>
+#include <new>
 #include <utility>
 
+#include "effects/effect.h"
+#include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
+#include "effects/viewfinder/camera_font.h"
 #include "effects/viewfinder/overlay.h"
 #include "effects/viewfinder/passes.h"
 #include "frame/frame_operations.h"
@@ -99,6 +102,7 @@ constexpr auto kPrograms = std::to_array<GPUProgramSource>({
     {shaders::kPassVert, shaders::kViewfinderStrokesFrag},
     {shaders::kPassVert, shaders::kViewfinderOverlayFrag},
 });
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Viewfinder",
@@ -109,7 +113,6 @@ constexpr EffectInfo kInfo{
     .mainProgram = &kPrograms[kOverlay],
 };
 static_assert(valid(kInfo));
-static_assert(kPresets.kSlots == kParamCount);
 
 /// Settings of the colour adjustment that leave the picture as it is.
 constexpr float kNeutral = 0.5F;
@@ -179,9 +182,24 @@ void pixelate(Frame& frame, const CellSize& grid, MemoryAllocator& allocator) {
     }
 }
 
-}  // namespace
+class CViewfinder final : public Effect {
+public:
+    CViewfinder() : Effect(kInfo) {}
 
-CViewfinder::CViewfinder() : Effect(kInfo) {}
+protected:
+    bool Render(const ParamReader& params, const RenderContext& context, const Frame& source,
+                Frame& destination) noexcept override;
+    bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept override;
+
+private:
+    ~CViewfinder() override;
+
+    /// A font of that size with a reference for the caller; null when there is none.
+    CCameraFont* fontOf(const FontSize& size) noexcept;
+
+    std::mutex m_lock;  // held to look at the font or to replace it, never while a font is made or drawn
+    CCameraFont* m_font = nullptr;
+};
 
 CViewfinder::~CViewfinder() {
     if (m_font != nullptr) {
@@ -268,6 +286,12 @@ bool CViewfinder::RenderGPU(const ParamReader& params, const FrameFacts& facts, 
         passes.drawOverlay(plan);
     }
     return frame.finish(passes.picture());
+}
+
+}  // namespace
+
+IVideoGPUEffect* makeViewfinder() noexcept {
+    return new (std::nothrow) CViewfinder;
 }
 
 }  // namespace lumiset

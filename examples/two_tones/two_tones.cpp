@@ -4,8 +4,9 @@
 #include "examples/two_tones/two_tones.h"
 
 #include <array>
+#include <new>
 
-#include "effects/effect_info.h"
+#include "effects/effect.h"
 #include "effects/shaders/shader_texts.h"
 #include "examples/two_tones/shader_texts.h"
 #include "frame/layout.h"
@@ -34,14 +35,17 @@ constexpr PresetTable kPresets(                       //
     row("Old Photograph", 0x10243C, 0xC8E6FF, 0.9F),  //
     row("Blueprint", 0x80300C, 0xFFF8F0, 1.0F));
 
-constexpr GPUProgramSource kPrograms[] = {{shaders::kPassVert, shaders::kTwoTonesFrag}};
+enum Program : std::size_t { kPaint, kProgramCount };
+
+constexpr auto kPrograms = std::to_array<GPUProgramSource>({{shaders::kPassVert, shaders::kTwoTonesFrag}});
+static_assert(kPrograms.size() == kProgramCount);
 
 constexpr EffectInfo kInfo{
     .name = "Two Tones",
     .flags = kFlagsEveryEffect,
     .params = kParams,
     .presets = kPresets,
-    .mainProgram = &kPrograms[0],
+    .mainProgram = &kPrograms[kPaint],
 };
 static_assert(valid(kInfo));
 
@@ -84,12 +88,8 @@ void paintRow(const typename L::Sample* source, typename L::Sample* destination,
     }
 }
 
-}  // namespace
-
-CTwoTones::CTwoTones() : Effect(kInfo) {}
-
-bool CTwoTones::Render(const ParamReader& params, const RenderContext& /*context*/, const Frame& source,
-                       Frame& destination) noexcept {
+bool render(const ParamReader& params, const RenderContext& /*context*/, const Frame& source,
+            Frame& destination) noexcept {
     const Settings settings = readSettings(params);
     return visitLayout(source.Format(), [&](auto layout) {
         using Sample = typename decltype(layout)::Sample;
@@ -104,17 +104,26 @@ bool CTwoTones::Render(const ParamReader& params, const RenderContext& /*context
 
 // ---- In OpenGL
 // One pass from the source to a temporary texture, and from there to the destination in its channel and row order.
-bool CTwoTones::RenderGPU(const ParamReader& params, const FrameFacts& /*facts*/, GPUFrame& frame) noexcept {
+bool renderGPU(const ParamReader& params, const FrameFacts& /*facts*/, GPUFrame& frame) noexcept {
     const Settings settings = readSettings(params);
     if (!frame.create(1, kPrograms)) {
         return false;
     }
-    frame.pass(0, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
+    frame.pass(kPaint, frame.source(), frame.temporary(0), [&](ShaderProgram& program) {
         program.SetFloat3("shadows", settings.shadows[0], settings.shadows[1], settings.shadows[2]);
         program.SetFloat3("highlights", settings.highlights[0], settings.highlights[1], settings.highlights[2]);
         program.SetFloat("amount", settings.amount);
     });
     return frame.finish(frame.temporary(0));
+}
+
+// ---- The effect
+using CTwoTones = EffectOf<kInfo, render, renderGPU>;
+
+}  // namespace
+
+IVideoGPUEffect* makeTwoTones() noexcept {
+    return new (std::nothrow) CTwoTones;
 }
 
 }  // namespace lumiset

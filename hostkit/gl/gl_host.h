@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "host/gpu_host.h"
+#include "host/reference_count.h"
 #include "hostkit/gl/gl_api.h"
 #include "hostkit/gl/gl_context.h"
 #include "hostkit/gl/gl_program.h"
@@ -20,7 +20,7 @@ namespace lumiset::hostkit {
 /// A real OpenGL host: a context, and the two objects that effects render through. Programs are kept by their texts
 /// and textures by their sizes from frame to frame. Everything is used on one thread, the one that made it until
 /// `leaveThread`, then the one that calls `takeThread`.
-class GLHost final : public IHostGL, public GPUResources {
+class GLHost final : public Counted<IHostGL, GPUResources> {
 public:
     using Report = std::function<void(const std::string&)>;
 
@@ -64,8 +64,6 @@ public:
     [[nodiscard]] int liveObjects() const { return m_liveObjects; }
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return ++m_references; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return --m_references; }
 
     const ARBTable* LUMISET_CALL GetARBTable() noexcept override { return &m_table; }
     void LUMISET_CALL GetIntegerv(std::uint32_t name, std::int32_t* values, std::uint32_t count) noexcept override;
@@ -108,7 +106,6 @@ private:
     std::vector<std::unique_ptr<GLTexture>> m_free;  ///< the longest unused first
     std::map<std::pair<std::string, std::string>, std::unique_ptr<GLProgram>> m_programs;
     int m_liveObjects = 0;
-    std::atomic<std::uint32_t> m_references{1};
 };
 
 }  // namespace lumiset::hostkit

@@ -1,19 +1,19 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/gpu_host.h"
+#include "host/reference_count.h"
 #include "hostkit/gl/gl_api.h"
 
 namespace lumiset::hostkit {
 
 /// A linked program. Its context must be current when it is made, used and destroyed. Owned by the `GLHost`; its
 /// reference count frees nothing.
-class GLProgram final : public IHostProgram {
+class GLProgram final : public Counted<IHostProgram> {
 public:
     /// Throws `GLError` with the compiler's or linker's log.
     GLProgram(const GLApi& gl, std::string_view vertexText, std::string_view fragmentText);
@@ -22,8 +22,6 @@ public:
     GLProgram& operator=(const GLProgram&) = delete;
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return ++m_references; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return --m_references; }
     void LUMISET_CALL Use() noexcept override { m_gl.UseProgram(m_name); }
     bool LUMISET_CALL SetInt(const char* name, std::int32_t value) noexcept override;
     bool LUMISET_CALL SetFloat(const char* name, float x) noexcept override;
@@ -48,7 +46,6 @@ private:
     const GLApi& m_gl;
     GLuint m_name = 0;
     std::vector<Uniform> m_uniforms;
-    std::atomic<std::uint32_t> m_references{1};
 };
 
 }  // namespace lumiset::hostkit

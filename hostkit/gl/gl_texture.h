@@ -1,16 +1,16 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "host/gpu_host.h"
+#include "host/reference_count.h"
 #include "hostkit/gl/gl_api.h"
 
 namespace lumiset::hostkit {
 
 /// A texture, RGBA with 8-bit or float samples, and the framebuffer that draws to it. Its context must be current
 /// when it is made and when it goes. Owned by the `GLHost`; its reference count frees nothing.
-class GLTexture final : public IHostTexture {
+class GLTexture final : public Counted<IHostTexture> {
 public:
     /// Throws `GLError`, for instance for a size that the driver does not support.
     GLTexture(const GLApi& gl, std::int32_t width, std::int32_t height, bool isFloat);
@@ -26,8 +26,6 @@ public:
     [[nodiscard]] GLuint framebuffer() const { return m_framebuffer; }
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL AddRef() noexcept override { return ++m_references; }
-    std::uint32_t LUMISET_CALL Release() noexcept override { return --m_references; }
     void LUMISET_CALL Reserved3() noexcept override {}
     void LUMISET_CALL Reserved4() noexcept override {}
     void LUMISET_CALL Reserved5() noexcept override {}
@@ -45,7 +43,6 @@ private:
     bool m_isFloat;
     GLuint m_name = 0;
     GLuint m_framebuffer = 0;
-    std::atomic<std::uint32_t> m_references{1};
 };
 
 }  // namespace lumiset::hostkit

@@ -7,9 +7,12 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <climits>
@@ -17,23 +20,29 @@
 #include <utility>
 
 #include "platform/posix/descriptor.h"
+#include "platform/posix/monitor_message.h"
+#include "platform/posix/process_namespace.h"
 #include "platform/posix/runtime_folder.h"
 
 namespace lumiset::platform {
 namespace {
 
+/// How often it is looked for what the system does not tell of: how processes are, and the pipe's place.
+constexpr std::chrono::milliseconds kLookTime{250};
+constexpr std::chrono::milliseconds kPlaceTime{2000};
+
 constexpr int kLeavingSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
 volatile sig_atomic_t g_leaving = 0;
 
-std::optional<MonitorMessage> messageIn(const std::string& bytes) {
-    MonitorMessage message{};
-    const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), message.sender);
-    if (error != std::errc() || *end != ' ') {
+std::optional<std::uint64_t> takeNumber(std::string_view& text) {
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end == text.data() + text.size() || *end != ' ') {
         return std::nullopt;
     }
-    message.text.assign(end + 1, bytes.data() + bytes.size());
-    return message;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()) + 1);
+    return number;
 }
 
 class Fifo final : public MonitorInbox {
@@ -49,6 +58,8 @@ public:
             ::sigaddset(&signals, signal);
         }
         ::pthread_sigmask(SIG_BLOCK, &signals, &m_waitingMask);
+        // The name's last link going, and the name becoming another.
+        ::inotify_add_watch(m_folderNews.get(), m_path.c_str(), IN_ATTRIB | IN_MOVE_SELF | IN_DELETE_SELF);
         for (const int signal : kLeavingSignals) {
             ::sigdelset(&m_waitingMask, signal);
         }
@@ -67,21 +78,36 @@ public:
                here.st_dev == there.st_dev && here.st_ino == there.st_ino;
     }
 
-    bool receive(std::chrono::milliseconds time, std::vector<MonitorMessage>& messages) override {
+    bool receive(std::chrono::milliseconds time, const std::vector<Process>& watched,
+                 std::vector<MonitorMessage>& messages) override {
+        std::vector<Descriptor> processes;
+        std::vector<struct pollfd> waiting{{m_pipe.get(), POLLIN, 0}, {m_folderNews.get(), POLLIN, 0}};
+        for (const Process& process : watched) {
+            processes.emplace_back(static_cast<int>(::syscall(SYS_pidfd_open, static_cast<pid_t>(process.id), 0)));
+            waiting.push_back({processes.back().get(), POLLIN, 0});
+            if (!isRunning(process)) {
+                time = time.zero();  // its number may be another's by now
+            } else if (!processes.back()) {
+                time = std::min(time, kLookTime);  // an old system, or no descriptor to be had
+            }
+        }
+        if (!m_folderNews) {
+            time = std::min(time, kPlaceTime);
+        }
         const auto nanoseconds = std::chrono::nanoseconds(time % std::chrono::seconds(1)).count();
         const struct timespec timeout {
             static_cast<time_t>(time / std::chrono::seconds(1)), static_cast<long>(nanoseconds)
         };
-        struct pollfd readable {
-            m_pipe.get(), POLLIN, 0
-        };
-        const int ready = ::ppoll(&readable, 1, &timeout, &m_waitingMask);
+        const int ready = ::ppoll(waiting.data(), waiting.size(), &timeout, &m_waitingMask);
         if (g_leaving != 0 || (ready < 0 && errno != EINTR)) {
             return false;
         }
-        if (ready > 0) {
-            readAll(messages);
+        readAll(messages);
+        if (!messages.empty()) {
             return true;
+        }
+        char news[4096];
+        while (m_folderNews && ::read(m_folderNews.get(), news, sizeof news) > 0) {
         }
         return isInPlace();
     }
@@ -89,11 +115,13 @@ public:
 private:
     void readAll(std::vector<MonitorMessage>& messages) {
         char block[65536];
-        for (ssize_t count = 0; (count = ::read(m_pipe.get(), block, sizeof block)) > 0;) {
+        ssize_t count = 0;
+        // As much as the largest pipe holds, whoever goes on writing.
+        for (int i = 0; i < 16 && (count = ::read(m_pipe.get(), block, sizeof block)) > 0; ++i) {
             m_bytes.append(block, static_cast<std::size_t>(count));
             std::size_t begin = 0;
             for (std::size_t end = 0; (end = m_bytes.find('\0', begin)) != std::string::npos; begin = end + 1) {
-                if (std::optional<MonitorMessage> message = messageIn(m_bytes.substr(begin, end - begin))) {
+                if (auto message = messageIn(std::string_view(m_bytes).substr(begin, end - begin), m_namespace)) {
                     messages.push_back(std::move(*message));
                 }
             }
@@ -106,17 +134,30 @@ private:
 
     Descriptor m_pipe;
     std::string m_path;
+    Descriptor m_folderNews{::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)};
+    const std::uint64_t m_namespace = processNamespace(thisProcess().id);
     std::string m_bytes;  ///< of a message that has not come to its end
     sigset_t m_waitingMask{};
 };
 
 }  // namespace
 
+std::optional<MonitorMessage> messageIn(std::string_view bytes, std::uint64_t ourNamespace) {
+    const std::optional<std::uint64_t> id = takeNumber(bytes);
+    const std::optional<std::uint64_t> born = id ? takeNumber(bytes) : std::nullopt;
+    const std::optional<std::uint64_t> theirs = born ? takeNumber(bytes) : std::nullopt;
+    if (!theirs || *theirs != ourNamespace) {
+        return std::nullopt;
+    }
+    return MonitorMessage{{*id, *born}, std::string(bytes)};
+}
+
 std::unique_ptr<MonitorInbox> openMonitorInbox() {
     const std::string path = monitorPipePath();
     const std::string folder = path.substr(0, path.rfind('/'));
     ::mkdir(folder.c_str(), 0700);  // there already, but for the one under /tmp
-    if (!isPrivateFolder(folder)) {
+    // Without a view of the processes every host would look as if it had crashed.
+    if (!isPrivateFolder(folder) || thisProcess().born == 0) {
         return nullptr;
     }
     // The one that was there may be taken away before the lock is held.

@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "platform/posix/file_bytes.h"
+#include "platform/posix/process_namespace.h"
 #include "platform/posix/runtime_folder.h"
 #include "platform/process.h"
 #include "platform/text.h"
@@ -49,7 +50,7 @@ const char* variableIn(const std::string& environment, std::string_view name) {
 bool servesHere(std::uint64_t process) {
     struct stat status {};
     return ::stat(("/proc/" + std::to_string(process)).c_str(), &status) == 0 && status.st_uid == ::geteuid() &&
-           isRunning(findProcess(process)) &&
+           isRunning(findProcess(process)) && processNamespace(process) == processNamespace(thisProcess().id) &&
            runtimeFolder(variableIn(procFile(process, "environ"), "XDG_RUNTIME_DIR")) ==
                runtimeFolder(std::getenv("XDG_RUNTIME_DIR"));
 }

@@ -1,11 +1,15 @@
 #include "platform/process.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
 
 #include "platform/posix/file_bytes.h"
+#include "platform/posix/process_namespace.h"
 
 namespace lumiset::platform {
 namespace {
@@ -35,6 +39,15 @@ std::optional<std::uint64_t> birthOf(std::uint64_t id) {
 
 Process findProcess(std::uint64_t id) {
     return {id, birthOf(id).value_or(0)};
+}
+
+Process thisProcess() {
+    return findProcess(static_cast<std::uint64_t>(::getpid()));
+}
+
+std::uint64_t processNamespace(std::uint64_t id) {
+    struct stat status {};
+    return ::stat(("/proc/" + std::to_string(id) + "/ns/pid").c_str(), &status) == 0 ? status.st_ino : 0;
 }
 
 bool isRunning(const Process& process) {

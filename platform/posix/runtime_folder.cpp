@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 namespace lumiset::platform {
@@ -18,6 +19,11 @@ bool isPrivateFolder(const std::string& path) {
     struct stat status {};
     return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() &&
            (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+bool isPipeFolderGood(const std::string& folder) {
+    struct stat status {};
+    return isPrivateFolder(folder) || (::lstat(folder.c_str(), &status) != 0 && errno == ENOENT);
 }
 
 std::string monitorPipePath() {

@@ -14,4 +14,8 @@ bool isPrivateFolder(const std::string& path);
 /// The path of the pipe to the monitor.
 std::string monitorPipePath();
 
+/// False where somebody else made the folder for this user's pipes, or put a link in its place, before this user did. A
+/// folder that is missing is good.
+bool isPipeFolderGood(const std::string& folder);
+
 }  // namespace lumiset::platform

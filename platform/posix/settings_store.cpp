@@ -13,10 +13,13 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
+#include <map>
+#include <set>
 #include <string_view>
+#include <system_error>
 #include <thread>
 
+#include "platform/pending_file.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/file_bytes.h"
 
@@ -126,62 +129,98 @@ std::vector<Line> linesOf(std::string_view bytes) {
     return lines;
 }
 
-/// Waits for the section's lock, but not for ever: another process may have been stopped while it held it.
-bool lock(const Descriptor& file) {
+[[noreturn]] void fail(int error) {
+    throw std::system_error(error, std::generic_category());
+}
+
+/// Waits for the lock, but not for ever: another process may have been stopped while it held it.
+Descriptor lockOf(const std::string& path) {
+    std::error_code ignored;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+    Descriptor file(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+    if (!file) {
+        fail(errno);
+    }
     for (int attempt = 0; attempt < 400; ++attempt) {
         if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
-            return true;
+            return file;
         }
         if (errno != EWOULDBLOCK && errno != EINTR) {
-            return false;
+            fail(errno);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    return false;
+    fail(ETIMEDOUT);
 }
 
-/// Replaces the setting's line, or takes it away where `value` is null.
-bool rewrite(const std::string& section, const std::string& name, const std::string* value) {
+/// All of a section's file; nothing where there is none.
+std::optional<std::string> contentsOf(const std::string& path) {
+    std::optional<std::string> bytes = path.empty() ? std::nullopt : readBytes(path, kLargestFile);
+    if (!bytes && !path.empty() && errno != ENOENT && errno != ENOTDIR) {
+        fail(errno);
+    }
+    return bytes;
+}
+
+/// By name; without a value a setting is taken away.
+using Changes = std::map<std::string, std::optional<std::string>>;
+
+bool hasNul(const std::string& text) {
+    return text.find('\0') != std::string::npos;
+}
+
+/// Throws std::system_error, with nothing changed.
+void rewrite(const std::string& section, Changes changes) {
     const std::string path = fileOf(section);
-    if (path.empty() || name.empty() || name.find('\0') != std::string::npos ||
-        (value != nullptr && value->find('\0') != std::string::npos)) {
-        return false;
+    const bool storable = std::ranges::none_of(changes, [](const auto& change) {
+        return change.first.empty() || hasNul(change.first) || (change.second && hasNul(*change.second));
+    });
+    if (path.empty() || !storable) {
+        fail(EINVAL);
     }
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
-    const Descriptor lockFile(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
-    if (!lockFile || !lock(lockFile)) {
-        return false;
-    }
-    const std::optional<std::string> old = readBytes(path, kLargestFile);
-    if (!old && std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found) {
-        return false;  // it is there and cannot be read: what it holds would be lost
-    }
-    const std::string written = value != nullptr ? escaped(name, true) + '=' + escaped(*value, false) + '\n' : "";
+    const Descriptor lock = lockOf(path);
+    const std::optional<std::string> old = contentsOf(path);
+    const auto line = [](const std::string& name, const std::optional<std::string>& value) {
+        return value ? escaped(name, true) + '=' + escaped(*value, false) + '\n' : std::string();
+    };
     std::string bytes;
-    bool done = false;
+    std::set<std::string> done;
     const std::string text = old ? *old : '[' + section + "]\n";
-    for (const Line& line : linesOf(text)) {
-        if (!line.setting || line.setting->first != name) {
-            bytes.append(line.text).append("\n");
-        } else if (!done) {
-            bytes += written;
-            done = true;
+    for (const Line& each : linesOf(text)) {
+        const auto change = each.setting ? changes.find(each.setting->first) : changes.end();
+        if (change == changes.end()) {
+            bytes.append(each.text).append("\n");
+        } else if (done.insert(change->first).second) {
+            bytes += line(change->first, change->second);
         }
     }
-    if (!done && value == nullptr) {
-        return true;
+    for (const auto& [name, value] : changes) {
+        if (!done.contains(name)) {
+            bytes += line(name, value);
+        }
     }
-    return replaceBytes(path, done ? bytes : bytes + written);
+    if (bytes.size() > kLargestFile) {
+        fail(EFBIG);  // nobody could read it any more
+    }
+    if (old || !changes.empty()) {
+        replaceBytes(path, bytes);
+    }
+}
+
+bool isRewritten(const std::string& section, Changes changes) {
+    try {
+        rewrite(section, std::move(changes));
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 }  // namespace
 
-std::vector<std::pair<std::string, std::string>> readSettings(const std::string& section) {
-    std::vector<std::pair<std::string, std::string>> settings;
-    const std::string path = fileOf(section);
-    const std::optional<std::string> bytes = path.empty() ? std::nullopt : readBytes(path, kLargestFile);
-    if (bytes) {
+Settings readSettings(const std::string& section) {
+    Settings settings;
+    if (const std::optional<std::string> bytes = contentsOf(fileOf(section))) {
         for (Line& line : linesOf(*bytes)) {
             if (line.setting) {
                 settings.push_back(std::move(*line.setting));
@@ -202,11 +241,39 @@ std::optional<std::string> readSetting(const std::string& section, const std::st
 }
 
 bool writeSetting(const std::string& section, const std::string& name, const std::string& value) {
-    return rewrite(section, name, &value);
+    return isRewritten(section, {{name, value}});
+}
+
+bool writeSettings(const std::string& section, const Settings& settings) {
+    return isRewritten(section, Changes(settings.begin(), settings.end()));
 }
 
 bool removeSetting(const std::string& section, const std::string& name) {
-    return rewrite(section, name, nullptr);
+    return isRewritten(section, {{name, std::nullopt}});
+}
+
+bool removeSettings(const std::string& section) {
+    const std::string path = fileOf(section);
+    if (path.empty()) {
+        return false;
+    }
+    try {
+        const Descriptor lock = lockOf(path);
+        return ::unlink(path.c_str()) == 0 || errno == ENOENT;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
+std::string storingProblem(const std::string& section) {
+    try {
+        rewrite(section, {});
+        // Where there is no file yet, whether there can be one.
+        const PendingFile probe(fileOf(section));
+        return {};
+    } catch (const std::system_error& error) {
+        return fileOf(section) + ": " + error.what();
+    }
 }
 
 }  // namespace lumiset::platform

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 
 #include "platform/win32/handle.h"
@@ -14,6 +15,8 @@ namespace lumiset::platform {
 namespace {
 
 constexpr DWORD kInstances = 8;
+/// How often it is looked for processes that cannot be waited for.
+constexpr std::chrono::milliseconds kLookTime{250};
 constexpr DWORD kLongestMessage = 8192;
 
 /// One instance of the pipe. Its event is signalled when there is something to do.
@@ -54,7 +57,7 @@ public:
         ULONG sender = 0;
         if (GetOverlappedResult(m_pipe.get(), &m_overlapped, &count, FALSE) != 0 &&
             GetNamedPipeClientProcessId(m_pipe.get(), &sender) != 0) {
-            messages.push_back({sender, std::string(m_buffer.data(), count)});
+            messages.push_back({findProcess(sender), std::string(m_buffer.data(), count)});
         }
         next();
     }
@@ -92,15 +95,32 @@ public:
         return true;
     }
 
-    bool receive(std::chrono::milliseconds time, std::vector<MonitorMessage>& messages) override {
+    bool receive(std::chrono::milliseconds time, const std::vector<Process>& watched,
+                 std::vector<MonitorMessage>& messages) override {
+        std::vector<HANDLE> waiting(m_events.begin(), m_events.end());
+        std::vector<Handle> processes;
+        for (const Process& process : watched) {
+            processes.emplace_back(OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(process.id)));
+            if (!isRunning(process)) {
+                time = time.zero();  // its number may be another's by now
+            } else if (!processes.back() || waiting.size() == MAXIMUM_WAIT_OBJECTS) {
+                time = std::min(time, kLookTime);
+            } else {
+                waiting.push_back(processes.back().get());
+            }
+        }
         auto timeout = static_cast<DWORD>(time.count());
+        auto count = static_cast<DWORD>(waiting.size());
         for (;;) {
-            const DWORD found = WaitForMultipleObjects(kInstances, m_events.data(), FALSE, timeout);
-            if (found >= WAIT_OBJECT_0 + kInstances) {
+            const DWORD found = WaitForMultipleObjects(count, waiting.data(), FALSE, timeout);
+            if (found >= WAIT_OBJECT_0 + count) {
                 return found == WAIT_TIMEOUT;
             }
-            m_instances[found - WAIT_OBJECT_0]->serve(messages);
+            if (found - WAIT_OBJECT_0 < kInstances) {
+                m_instances[found - WAIT_OBJECT_0]->serve(messages);
+            }
             timeout = 0;  // and whatever else there is by now
+            count = kInstances;
         }
     }
 

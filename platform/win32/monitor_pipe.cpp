@@ -9,7 +9,7 @@
 
 namespace lumiset::platform {
 
-PipeAttempt sendToMonitor(std::string_view message) {
+PipeAttempt sendToMonitor(std::string_view message, PipeRoom /*room*/) {
     // Whoever made the pipe learns nothing of this user from the connection that it could use in the user's name.
     constexpr DWORD kFlags = SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS;
     const Handle pipe(CreateFileW(kMonitorPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, kFlags, nullptr));
@@ -20,6 +20,16 @@ PipeAttempt sendToMonitor(std::string_view message) {
     const auto size = static_cast<DWORD>(message.size());
     return WriteFile(pipe.get(), message.data(), size, &count, nullptr) != 0 && count == size ? PipeAttempt::kSent
                                                                                               : PipeAttempt::kFailed;
+}
+
+std::string pipeRefusal() {
+    return {};  // never
+}
+
+void prepareFarewell() {}
+
+void bidFarewell() noexcept {
+    sendToMonitor(";;;;3", PipeRoom::kAll);
 }
 
 bool waitForMonitor(std::chrono::milliseconds time) {

@@ -33,6 +33,10 @@ Process findProcess(std::uint64_t id) {
     return {id, birthOf(id).value_or(0)};
 }
 
+Process thisProcess() {
+    return findProcess(GetCurrentProcessId());
+}
+
 bool isRunning(const Process& process) {
     return birthOf(process.id) == process.born;
 }

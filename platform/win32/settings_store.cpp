@@ -9,10 +9,12 @@
 namespace lumiset::platform {
 namespace {
 
+const std::string kRoot = "Software\\Vantrel\\";
+
 class Key {
 public:
     Key(const std::string& section, REGSAM access, bool create) {
-        const std::optional<std::wstring> path = fromUtf8("Software\\Vantrel\\" + section);
+        const std::optional<std::wstring> path = fromUtf8(kRoot + section);
         if (!path || section.empty()) {
             return;
         }
@@ -70,8 +72,8 @@ std::optional<std::string> readSetting(const std::string& section, const std::st
     return key && wideName ? valueOf(key, *wideName) : std::nullopt;
 }
 
-std::vector<std::pair<std::string, std::string>> readSettings(const std::string& section) {
-    std::vector<std::pair<std::string, std::string>> settings;
+Settings readSettings(const std::string& section) {
+    Settings settings;
     const Key key(section, KEY_QUERY_VALUE, false);
     if (!key) {
         return settings;
@@ -106,6 +108,14 @@ bool writeSetting(const std::string& section, const std::string& name, const std
                           static_cast<DWORD>((wideValue->size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
 }
 
+bool writeSettings(const std::string& section, const Settings& settings) {
+    bool written = true;
+    for (const auto& [name, value] : settings) {
+        written = writeSetting(section, name, value) && written;
+    }
+    return written;
+}
+
 bool removeSetting(const std::string& section, const std::string& name) {
     const std::optional<std::wstring> wideName = fromUtf8(name);
     if (!wideName || wideName->empty()) {
@@ -117,6 +127,20 @@ bool removeSetting(const std::string& section, const std::string& name) {
     }
     const LSTATUS status = RegDeleteValueW(key.get(), wideName->c_str());
     return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
+}
+
+bool removeSettings(const std::string& section) {
+    const std::optional<std::wstring> path = fromUtf8(kRoot + section);
+    if (!path || section.empty()) {
+        return false;
+    }
+    const LSTATUS status = RegDeleteTreeW(HKEY_CURRENT_USER, path->c_str());
+    return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
+}
+
+std::string storingProblem(const std::string& section) {
+    return Key(section, KEY_SET_VALUE, true) ? std::string()
+                                             : "HKEY_CURRENT_USER\\" + kRoot + section + " cannot be written to";
 }
 
 }  // namespace lumiset::platform

@@ -80,7 +80,7 @@ DepthRow depthRow(const EffectTester& tester) {
 /// Calls `check(tester, host, description)` for every preset of every effect of this build.
 template <class Check>
 void forEveryPreset(Check check) {
-    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+    for (std::uint32_t index = 0; index < effectCount(); ++index) {
         const EffectTester tester(index);
         for (std::uint32_t preset = 0; preset < tester.presetCount(); ++preset) {
             ValueHost host = tester.presetHost(preset);
@@ -240,7 +240,7 @@ TEST(EveryPreset, RendersTheSameFromManyThreadsInAnyOrder) {
 TEST(EveryEffect, MakesHostileParameterValuesSafe) {
     constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     constexpr float infinity = std::numeric_limits<float>::infinity();
-    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+    for (std::uint32_t index = 0; index < effectCount(); ++index) {
         const EffectTester tester(index);
         for (const float value : {nan, infinity, -infinity, -5.0F, 7.0F}) {
             ValueHost host;
@@ -260,7 +260,7 @@ TEST(EveryEffect, MakesHostileParameterValuesSafe) {
 }
 
 TEST(EveryEffect, RefusesFramesThatItCannotRenderAndLeavesTheDestination) {
-    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+    for (std::uint32_t index = 0; index < effectCount(); ++index) {
         const EffectTester tester(index);
         ValueHost host;
         Picture source = testCard(16, 8, {.format = kFormatBgraFloat});

@@ -8,7 +8,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "effects/alpha_processor/alpha_processor.h"
+#include "effects/effect_list.h"
+#include "gpu/base_effect_helper.h"
 #include "tests/frame/filter_support.h"
 
 namespace lumiset {
@@ -131,11 +132,10 @@ TEST(KeyMask, PutsFloatGreysIntoTheWedgeLikeBytes) {
 }
 
 TEST(AlphaProcessor, HasAnotherBaseBeforeTheEffect) {
-    CAlphaProcessor* effect = new CAlphaProcessor;
-    CBaseEffectHelper* first = effect;
-    IVideoGPUEffect* handedOut = effect;
-    EXPECT_EQ(static_cast<void*>(first), static_cast<void*>(effect));
-    EXPECT_NE(static_cast<void*>(handedOut), static_cast<void*>(effect));
+    IVideoGPUEffect* handedOut = makeAlphaProcessor();
+    void* object = dynamic_cast<void*>(handedOut);
+    EXPECT_EQ(dynamic_cast<CBaseEffectHelper*>(handedOut), object);
+    EXPECT_NE(static_cast<void*>(handedOut), object);
     EXPECT_EQ(handedOut->Release(), 0U);
 }
 

@@ -18,7 +18,7 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 /// Runs the check for every effect and its plug-in.
 template <class Check>
 void forEachPlugin(const Check& check) {
-    ASSERT_EQ(reference().catalogue.effects().size(), 10U);
+    ASSERT_FALSE(reference().catalogue.effects().empty());
     for (const EffectDescription& effect : reference().catalogue.effects()) {
         SCOPED_TRACE(effect.name);
         check(effect, PluginFile(pluginPath(pluginName(effect.name))));

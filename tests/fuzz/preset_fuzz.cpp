@@ -1,42 +1,20 @@
 // Whatever bytes a preset file holds: loading it ends, writes no more than it may, and hands out what the file says;
 // and what was read is written so that it reads back the same.
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "platform/text.h"
 #include "support/preset_file.h"
 #include "support/preset_saver.h"
+#include "tests/fuzz/memory_file.h"
 #include "tests/presets/preset_effect.h"
 
 namespace lumiset {
 namespace {
 
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-/// A file in memory, under a path as every other.
-class MemoryFile {
-public:
-    MemoryFile() : m_descriptor(::memfd_create("preset", 0)) { require(m_descriptor >= 0); }
-
-    void write(const std::string& bytes) const {
-        require(::ftruncate(m_descriptor, 0) == 0 && ::lseek(m_descriptor, 0, SEEK_SET) == 0 &&
-                ::write(m_descriptor, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
-    }
-    [[nodiscard]] std::wstring path() const { return L"/proc/self/fd/" + std::to_wstring(m_descriptor); }
-
-private:
-    int m_descriptor;
-};
+using fuzz::require;
 
 /// An effect with a parameter of every type.
 testing::PresetEffectStub everyType() {
@@ -52,15 +30,16 @@ bool isFilledWith(const unsigned char* bytes, std::size_t size, unsigned char by
 }
 
 void checkLoad(const std::string& text, const std::optional<Preset>& preset) {
-    static const MemoryFile s_file;
+    static const fuzz::MemoryFile s_file;
     static testing::PresetEffectStub s_effect = everyType();
     constexpr unsigned char kUntouched = 0xA5;
 
     s_file.write(text);
+    const std::wstring path = platform::fromUtf8(s_file.path()).value();
     PresetOutcome outcome;
     std::memset(&outcome, kUntouched, sizeof outcome);
     CPresetSaver saver;
-    const bool loaded = saver.LoadPreset(nullptr, &s_effect, 2, s_file.path().c_str(), &outcome);
+    const bool loaded = saver.LoadPreset(nullptr, &s_effect, 2, path.c_str(), &outcome);
     if (!loaded) {
         require(outcome.status == (preset ? kPresetMismatched : kPresetUnreadable));
         require(isFilledWith(reinterpret_cast<const unsigned char*>(&outcome) + sizeof outcome.status,

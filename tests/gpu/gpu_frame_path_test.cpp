@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "effects/outline/outline.h"
+#include "effects/effect_list.h"
+#include "host/pixel_format.h"
 #include "tests/gpu/fake_gpu_host.h"
 
 namespace lumiset::testing {
@@ -20,7 +21,7 @@ protected:
         m_host = std::make_unique<test::ValueHost>(outlineHost(m_gpu.get()));
         m_source = m_gpu->texture("source", 60, 40, kFormatArgb8);
         m_destination = m_gpu->texture("destination", 60, 40, kFormatArgb8);
-        m_outline = new COutline;
+        m_outline = makeOutline();
     }
     ~FramePathTest() override {
         m_outline->Release();
@@ -58,7 +59,7 @@ protected:
     std::unique_ptr<test::ValueHost> m_host;
     GPUTexture m_source;
     GPUTexture m_destination;
-    COutline* m_outline;
+    IVideoGPUEffect* m_outline;
 };
 
 TEST_F(FramePathTest, DrawsOutlineInItsPasses) {

@@ -4,12 +4,8 @@
 #include <memory>
 #include <sstream>
 
-#include "effects/background_generator/background_generator.h"
-#include "effects/color_fixer/color_fixer.h"
-#include "effects/old_tv/old_tv.h"
-#include "effects/selective_color/selective_color.h"
-#include "effects/selective_focus/selective_focus.h"
-#include "effects/selective_tint/selective_tint.h"
+#include "effects/effect_list.h"
+#include "host/pixel_format.h"
 #include "tests/gpu/fake_gpu_host.h"
 
 namespace lumiset::testing {
@@ -19,15 +15,10 @@ using Uniforms = std::vector<std::string>;
 using Values = std::map<std::uint32_t, ParamValue>;
 
 struct Row {
-    Effect* (*make)();
+    IVideoGPUEffect* (*make)() noexcept;
     Values values;
     Uniforms uniforms;  ///< with their values, or the names alone where these vary
 };
-
-template <class EffectClass>
-Effect* make() {
-    return new EffectClass;
-}
 
 /// The uniforms that each pass sets.
 std::vector<Uniforms> passes() {
@@ -51,26 +42,24 @@ TEST(Uniforms, HaveTheirNamesAndValuesInOnePass) {
     const ParamValue full{.slider = 1.0F};
     const ParamValue on{.words = {1, 0}};
     const Row rows[] = {
-        {make<COldTV>, {}, {"SwapChannels 1", "matrixRow0"}},
-        {make<COldTV>, {}, {"SwapChannelsSrc0 0", "size", "fTreshold"}},
-        {make<CBackgroundGenerator>, {}, {"fShift"}},
-        {make<CBackgroundGenerator>, {{13, full}}, {"fCrossFade"}},
-        {make<CBackgroundGenerator>, {}, {"fMul 1", "SwapChannelsSrc0 0", "fSaturation"}},
-        {make<CSelectiveFocus>,
-         {},
-         {"SwapChannelsSrc0 0", "SwapChannelsSrc1 0", "SwapChannelsSrc2 0", "SwapChannels 0"}},
-        {make<CMaskedGradientTint>,
+        {makeOldTv, {}, {"SwapChannels 1", "matrixRow0"}},
+        {makeOldTv, {}, {"SwapChannelsSrc0 0", "size", "fTreshold"}},
+        {makeBackgroundGenerator, {}, {"fShift"}},
+        {makeBackgroundGenerator, {{13, full}}, {"fCrossFade"}},
+        {makeBackgroundGenerator, {}, {"fMul 1", "SwapChannelsSrc0 0", "fSaturation"}},
+        {makeSelectiveFocus, {}, {"SwapChannelsSrc0 0", "SwapChannelsSrc1 0", "SwapChannelsSrc2 0", "SwapChannels 0"}},
+        {makeSelectiveTint,
          {{11, full}},
          {"colorGrad", "fMaskStrength 0", "fMaskCuttof", "fBlend 1", "fFadeRange", "fMaskVal1", "SwapChannels 1"}},
-        {make<CMaskedGradientTint>, {{11, full}}, {"Color 1 1 1", "iBlendMode 0", "nInvert 0", "SwapChannels 0"}},
-        {make<CMaskedGradientTint>, {{7, on}}, {"Color 1 1 1", "nInvert 1"}},
-        {make<CSelectColor>,
+        {makeSelectiveTint, {{11, full}}, {"Color 1 1 1", "iBlendMode 0", "nInvert 0", "SwapChannels 0"}},
+        {makeSelectiveTint, {{7, on}}, {"Color 1 1 1", "nInvert 1"}},
+        {makeSelectiveColor,
          {},
          {"fKeyY", "fKeyCb", "fKeyCr", "fKeyGL", "fAcceptAngleTg", "fAcceptAngleCtg", "fNoiseLevel", "fValue",
           "fAngleRC", "fValueRC"}},
-        {make<CSelectColor>, {{10, on}}, {"color1 0.690196 0.337255 0.27451", "color2 0.490196 0.760784 0.996078"}},
-        {make<CSelectColor>, {{6, {.slider = 0.0F}}, {10, on}}, {"color 0.690196 0.337255 0.27451"}},
-        {make<CImprovedColorbalance>,
+        {makeSelectiveColor, {{10, on}}, {"color1 0.690196 0.337255 0.27451", "color2 0.490196 0.760784 0.996078"}},
+        {makeSelectiveColor, {{6, {.slider = 0.0F}}, {10, on}}, {"color 0.690196 0.337255 0.27451"}},
+        {makeColorFixerPro,
          {},
          {"colorMult", "fGrayScale", "fColorScale", "fContrast 0.5", "fWarp 0", "fOffset 0.5", "fWhiteLimit 0",
           "fBlackLimit 0", "SwapChannelsSrc 1"}},
@@ -83,7 +72,7 @@ TEST(Uniforms, HaveTheirNamesAndValuesInOnePass) {
         host.values = row.values;
         const GPUTexture source = gpu.texture("source", 60, 40, kFormatArgb8);
         GPUTexture destination = gpu.texture("destination", 60, 40, kFormatArgb8);
-        Effect* effect = row.make();
+        IVideoGPUEffect* effect = row.make();
         SCOPED_TRACE(effect->GetEffectName() + (": " + row.uniforms.front()));
         EXPECT_TRUE(effect->ProcessFrameGPU(0, &host, &gpu, &source, nullptr, &destination, nullptr));
         const std::vector<Uniforms> drawn = passes();

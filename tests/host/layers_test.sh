@@ -28,7 +28,7 @@ allow hostkit hostkit host
 allow adapters/frei0r adapters/frei0r hostkit host
 allow adapters/openfx adapters/openfx hostkit host
 allow apps/gpu_monitor apps/gpu_monitor platform
-allow media media hostkit host
+allow media media hostkit host platform
 allow apps/lumiset apps/lumiset adapters/frei0r adapters/openfx media hostkit host platform
 allow examples/minimal_host host
 allow examples/two_tones examples/two_tones effects gpu frame host platform

@@ -15,7 +15,8 @@ files_in() { (cd "$1" && find . -type f | sort); }
 
 # works PREFIX: the programs and plug-ins below it work, and use nothing but what is there.
 works() {
-    local prefix=$1 report pictures
+    local prefix=$1 count report pictures
+    count=$("$prefix/bin/lumiset" list | wc -l)
     "$prefix/bin/lumiset" list | grep -q '^Old TV ' || fail "$prefix: lumiset list"
     "$prefix/bin/lumiset" render -q scene:160x90:0.04 "$root/a.png" --effect Outline
     [ "$(head -c 4 "$root/a.png")" = $'\x89PNG' ] || fail "$prefix: no picture"
@@ -23,8 +24,8 @@ works() {
     report=$(FREI0R_PATH="$prefix/lib/frei0r-1" OFX_PLUGIN_PATH="$prefix/OFX/Plugins" "$prefix/bin/lumiset" doctor)
     for line in "Program         $prefix/bin/lumiset," "Module          $prefix/lib/lumiset/libvantrel_lumiset5.so" \
         "Monitor         $prefix/lib/lumiset/GPUMonitor," \
-        "frei0r          $prefix/lib/frei0r-1: 10 of 10 plug-ins" \
-        "OpenFX          $prefix/OFX/Plugins/Lumiset.ofx.bundle: 10 of 10 plug-ins"; do
+        "frei0r          $prefix/lib/frei0r-1: $count of $count plug-ins" \
+        "OpenFX          $prefix/OFX/Plugins/Lumiset.ofx.bundle: $count of $count plug-ins"; do
         grep -qF "$line" <<<"$report" || fail "doctor does not say: $line" "$report"
     done
 

@@ -12,8 +12,10 @@ for file in share/man/man1/lumiset.1 share/bash-completion/completions/lumiset s
     share/fish/vendor_completions.d/lumiset.fish; do
     [ -s "$first/$file" ] || fail "$file is missing or empty"
 done
-[ "$(find "$first/OFX/Plugins/Lumiset.ofx.bundle/Contents/Resources" -name 'org.lumiset.*.png' -o -name '*.lumv?' | wc -l)" = 120 ] ||
-    fail "The bundle's icons and presets are not complete."
+for effect in Outline "Old TV"; do
+    [ -n "$(find "$first/OFX/Plugins/Lumiset.ofx.bundle/Contents/Resources/Presets/$effect" -name '*.lumv?')" ] ||
+        fail "The bundle has no presets of $effect"
+done
 if grep -rlF -e "$build" -e "$first" "$first"; then
     fail "These files name the folder that they were built or installed in."
 fi
@@ -43,7 +45,8 @@ done
 rm "$second/lib/lumiset/GPUMonitor" "$second/lib/frei0r-1/lumiset_outline.so"
 report=$(FREI0R_PATH="$second/lib/frei0r-1" "$second/bin/lumiset" doctor)
 grep -q 'Monitor  *not beside the module' <<<"$report" || fail "doctor finds a monitor" "$report"
-grep -q '9 of 10 plug-ins; missing: lumiset_outline$' <<<"$report" || fail "doctor finds all plug-ins" "$report"
+count=$(wc -l <"$root/effects")
+grep -q "$((count - 1)) of $count plug-ins; missing: lumiset_outline$" <<<"$report" || fail "doctor finds all plug-ins" "$report"
 rm "$second/lib/lumiset/libvantrel_lumiset5.so" "$second"/OFX/Plugins/*/Contents/*/libvantrel_lumiset5.so
 if "$second/bin/lumiset" doctor >"$root/log"; then
     fail "doctor is content without a module" "$(cat "$root/log")"

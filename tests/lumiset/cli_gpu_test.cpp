@@ -159,6 +159,29 @@ TEST(GPUCommands, SayWhyAnEffectStaysOffOpenGLAndLetItTryAgain) {
     }
 }
 
+TEST(GPUCommands, StayOffOpenGLWhileTheReportsCannotBeRead) {
+    const OwnSettings settings;
+    ASSERT_TRUE(
+        platform::storeCrashReport({"\x1B[31m", "Cutter\x1B]0;\xC2\x9Bname\x07", "Another library", "Outline"}));
+    const RunResult listed = runLumiset({"gpu", "reports"});
+    EXPECT_EQ(listed.out.find_first_of("\x1B\x07\x9B"), std::string::npos) << listed.out;
+    EXPECT_NE(listed.out.find("Cutter?]0;?name?"), std::string::npos) << listed.out;
+
+    const std::string file = settings.folder / "vantrel/Common/Monitoring/Reports.ini";
+    std::ofstream(file, std::ios::app) << std::string(5U << 20U, ';');
+    const RunResult unreadable = runLumiset({"gpu", "reports"});
+    EXPECT_EQ(unreadable.status, 1);
+    EXPECT_NE(unreadable.err.find("cannot be read"), std::string::npos) << unreadable.err;
+    if (runLumiset({"gpu", "info"}).status == 0) {
+        const TemporaryFolder folder;
+        RunResult run;
+        render(folder, {"--gpu"}, run);
+        EXPECT_NE(run.err.find("the reports of crashes cannot be read"), std::string::npos) << run.err;
+    }
+    EXPECT_EQ(runLumiset({"gpu", "reset"}).status, 0);
+    EXPECT_EQ(runLumiset({"gpu", "reports"}).out, "No crash in OpenGL is reported.\n");
+}
+
 TEST(GPUCommands, WriteNoMessageIntoTheFileWhereStandardErrorIsClosed) {
     if (runLumiset({"gpu", "info"}).status != 0) {
         GTEST_SKIP() << "No OpenGL here, nothing is tested.";
@@ -178,11 +201,18 @@ TEST(GPUCommands, LeaveNoReportWhenTheyAreInterrupted) {
     }
     const OwnSettings settings;
     const TemporaryFolder folder;
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 0; i < 6; ++i) {
         const RunResult run = runLumiset(
             {"render", "scene:640x360:600:30", folder / "out.mkv", "--gpu", "-e", "Outline", "-p", "Red Glow"},
-            "/dev/null", [&](pid_t process) { interrupt(process, SIGINT, 70 * i); });
+            "/dev/null", [&](pid_t process) {
+                interrupt(process, SIGINT, 70 * i);
+                if (i % 2 == 1) {  // a second time, in the middle of a frame
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                    ::kill(process, SIGINT);
+                }
+            });
         EXPECT_EQ(run.status, 128 + SIGINT) << run.err;
+        EXPECT_EQ(folder.entries(), 0) << i;
     }
     for (int i = 0; i < 4; ++i) {
         runLumiset({"compare", "scene:1280x720", folder / "sheet.png", "-e", "Old TV"}, "/dev/null",

@@ -186,7 +186,9 @@ TEST_F(PresetCommands, ListAndSetOptionsForTheNextRun) {
     ::setenv("XDG_CONFIG_HOME", "/dev/null", 1);
     const RunResult failed = runLumiset({"options", "Crop Overscan", "no"});
     EXPECT_EQ(failed.status, 1);
-    EXPECT_EQ(failed.err, "lumiset: The option \"Crop Overscan\" cannot be stored.\n");
+    EXPECT_EQ(
+        failed.err,
+        "lumiset: The option \"Crop Overscan\" cannot be stored: /dev/null/vantrel/Common.ini: Not a directory.\n");
 }
 
 TEST_F(PresetCommands, ForcedCpuKeepsEffectsOffOpenGL) {

@@ -45,7 +45,7 @@ std::string writeSquare(const TemporaryFolder& folder) {
     media::VideoFormat format;
     format.width = 80;
     format.height = 60;
-    format.hasAlpha = true;
+    format.color.alpha = media::AlphaKind::kStraight;
     Picture picture;
     picture.allocate(80, 60, media::Depth::kEightBit);
     for (int y = 0; y < 60; ++y) {
@@ -255,6 +255,24 @@ TEST(Render, StopsCleanlyWhenInterrupted) {
         EXPECT_NE(run.err.find("Interrupted"), std::string::npos) << run.err;
         EXPECT_EQ(folder.entries(), 1);
         EXPECT_EQ(contentsOf(output), "old");
+    }
+}
+
+TEST(Render, LeavesNothingWhenItIsInterruptedTwice) {
+    for (int i = 0; i < 6; ++i) {
+        const TemporaryFolder folder;
+        const RunResult run =
+            runLumiset(outlineCommand("scene:640x480:3600", folder / "out.mkv"), "/dev/null", [&](pid_t process) {
+                for (int wait = 0; wait < 1000 && folder.entries() < 1; ++wait) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(30 * i));
+                ::kill(process, SIGINT);
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                ::kill(process, SIGINT);
+            });
+        EXPECT_EQ(run.status, 128 + SIGINT) << run.err;
+        EXPECT_EQ(folder.entries(), 0);
     }
 }
 

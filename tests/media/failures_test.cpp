@@ -42,6 +42,12 @@ TEST_F(MediaFailures, OfReadingAreOneClearSentence) {
     writeText("text.txt", std::string(5000, 'x'));
     writeText("empty.mp4", "");
     std::filesystem::create_directory(path("folder.png"));
+    writeText("flat.y4m", "YUV4MPEG2 W0 H0\nFRAME\n");
+    writeText("long.y4m", "YUV4MPEG2 " + std::string(900, 'W'));
+    for (const char* name : {"flat.y4m", "long.y4m"}) {
+        const std::string text = sentence([&] { readAll(path(name)); });
+        EXPECT_NE(text.find("it is no picture or video, or it is damaged"), std::string::npos) << text;
+    }
     for (const char* name : {"text.png", "text.txt", "empty.mp4", "folder.png", "none.mov", "none_%03d.png"}) {
         SCOPED_TRACE(name);
         expectClear(sentence([&] { readAll(path(name)); }), name);

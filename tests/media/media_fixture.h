@@ -94,7 +94,7 @@ inline VideoFormat formatOf(const Picture& picture, bool alpha) {
     VideoFormat format;
     format.width = picture.width;
     format.height = picture.height;
-    format.hasAlpha = alpha;
+    format.color.alpha = alpha ? AlphaKind::kStraight : AlphaKind::kNone;
     format.bitDepth = picture.depth == Depth::kFloat ? 16 : 8;
     return format;
 }

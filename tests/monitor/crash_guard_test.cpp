@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "gpu/monitor_link.h"
 #include "platform/monitor_pipe.h"
 #include "platform/monitor_process.h"
 
@@ -59,7 +60,8 @@ bool startProgram(const std::wstring& path) {
     fake.calls.emplace_back("start");
     return fake.starts;
 }
-PipeAttempt sendToMonitor(std::string_view message) {
+PipeAttempt sendToMonitor(std::string_view message, PipeRoom room) {
+    EXPECT_EQ(room == PipeRoom::kHalf, message.ends_with(";1"));
     fake.calls.emplace_back("send");
     fake.message = message;
     const PipeAttempt attempt = fake.attempts.front();
@@ -67,6 +69,10 @@ PipeAttempt sendToMonitor(std::string_view message) {
         fake.attempts.erase(fake.attempts.begin());
     }
     return attempt;
+}
+std::string pipeRefusal() {
+    fake.calls.emplace_back("refusal");
+    return "Refused.";
 }
 bool waitForMonitor(std::chrono::milliseconds time) {
     if (fake.calls.back() != "wait") {
@@ -81,8 +87,10 @@ bool waitForMonitor(std::chrono::milliseconds time) {
 
 namespace {
 
+using Clock = MonitorLink::Clock;
+
 bool send() {
-    return SendMonitorMessage("Host", "Library", "Effect", "1-2", kFrameStarts);
+    return MonitorLink().send("Host;Library;Effect;1-2;1", kFrameStarts);
 }
 
 TEST(CrashGuard, StartsTheMonitorOnceForAMessageAndNeverASecond) {
@@ -125,6 +133,51 @@ TEST(CrashGuard, WaitsTenSecondsInAllForAPipeThatIsBusyTimeAndAgain) {
     EXPECT_EQ(fake.waited[0], std::chrono::seconds(10));
     EXPECT_LE(fake.waited[1], std::chrono::milliseconds(4900));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+}
+
+TEST(CrashGuard, LeavesAMonitorThatGivesTroubleAloneForHalfAMinute) {
+    constexpr auto kSent = PipeAttempt::kSent;
+    constexpr auto kBusy = PipeAttempt::kBusy;
+    constexpr auto kUnreachable = PipeAttempt::kUnreachable;
+    const struct {
+        const char* what;
+        FakePlatform trouble;
+        Calls afterwards;  ///< when the half minute is over
+    } rows[] = {
+        {"it cannot be started", {.attempts = {kUnreachable}, .starts = false}, {"send", "list", "start"}},
+        {"it does not come up", {.attempts = {kUnreachable}}, {"send", "list", "start", "send"}},
+        {"it does not listen", {.attempts = {kUnreachable}, .listed = true}, {"send", "list"}},
+        {"it hangs", {.attempts = {kBusy}, .waits = false}, {"send"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        MonitorLink link;
+        const auto begin = Clock::now();
+        const auto callsAt = [&](std::chrono::seconds time) {
+            fake.calls.clear();
+            EXPECT_FALSE(link.send(";1", kFrameStarts, begin + time));
+            return fake.calls;
+        };
+        fake = row.trouble;
+        callsAt(std::chrono::seconds(0));
+        for (const int time : {0, 5, 29}) {
+            EXPECT_EQ(callsAt(std::chrono::seconds(time)), Calls{"send"});
+        }
+        EXPECT_EQ(callsAt(std::chrono::seconds(41)), row.afterwards);
+        fake.attempts = {kSent};
+        EXPECT_TRUE(link.send(";1", kFrameStarts, begin + std::chrono::seconds(42))) << "it may listen at any time";
+    }
+}
+
+TEST(CrashGuard, SaysOnceThatThePipeIsInOtherHands) {
+    MonitorLink link;
+    fake = {.attempts = {PipeAttempt::kRefused}};
+    ::testing::internal::CaptureStderr();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_FALSE(link.send(";1", kFrameStarts));
+    }
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Lumiset: Refused.\n");
+    EXPECT_EQ(fake.calls, (Calls{"send", "refusal", "send", "send"}));
 }
 
 TEST(CrashGuard, GivesTheMonitorTimeToComeUp) {

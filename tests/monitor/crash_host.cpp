@@ -1,6 +1,6 @@
 // A host with a driver that can be made to fail: renders outlines through a module in OpenGL and may not come to the
 // end.
-//   crash_host MODULE finish|refuse|kill|fault FRAMES [HOST-NAME]
+//   crash_host MODULE finish|refuse|kill|fault|stop FRAMES [HOST-NAME]
 //   crash_host hang       does nothing for a minute
 //   crash_host            notes its start in the file "starts" beside it: a monitor that ends at once
 
@@ -26,6 +26,12 @@ void prepareEnd(const std::string& end, FakeGPUHost& gpu) {
         fakeGL().onCall = [](const std::string& call) {
             if (call.rfind("CreateTexture", 0) == 0) {
                 killThisProcess();
+            }
+        };
+    } else if (end == "stop") {
+        fakeGL().onCall = [](const std::string& call) {
+            if (call.rfind("CreateTexture", 0) == 0) {
+                std::this_thread::sleep_for(std::chrono::minutes(1));
             }
         };
     } else if (end == "fault") {

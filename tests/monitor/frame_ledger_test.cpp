@@ -37,12 +37,12 @@ TEST(FrameMessages, AreReadFromTheirEnd) {
             EXPECT_EQ(read->report.effectLibrary, row.effectLibrary);
             EXPECT_EQ(read->report.effect, row.effect);
             EXPECT_EQ(read->report.guid, guid);
-            EXPECT_EQ(read->ended, *state == '2');
+            EXPECT_EQ(read->state, *state == '2' ? FrameState::kEnded : FrameState::kStarts);
         }
     }
-    for (const std::string& text :
-         {std::string(), guid, "Library;Effect;" + guid + ";1", "H;L;E;" + guid + ";3", "H;L;E;" + guid + ";",
-          "H;L;E;" + guid + "0;1", std::string("H;L;E;;1"), "H;L;E;" + guid + ";1 ", std::string("H;L;E;../../x;1")}) {
+    for (const std::string& text : {std::string(), guid, "Library;Effect;" + guid + ";1", "H;L;E;" + guid + ";3",
+                                    "H;L;E;" + guid + ";", "H;L;E;" + guid + "0;1", std::string("H;L;E;;1"),
+                                    "H;L;E;" + guid + ";1 ", std::string("H;L;E;../../x;1"), "H;L;E;" + guid + ";3"}) {
         EXPECT_FALSE(parseFrameMessage(text)) << text;
     }
 }
@@ -66,6 +66,30 @@ TEST(FrameLedger, KeepsFramesThatHaveNotEndedByTheirProcess) {
     ledger.end(guidOf(4));
     ledger.start(reportOf(4), another);
     EXPECT_TRUE(ledger.empty()) << "read in the wrong order";
+}
+
+TEST(FrameLedger, ForgetsTheFramesOfAHostThatLeaves) {
+    const auto leaves = parseFrameMessage(";;;;3");
+    ASSERT_TRUE(leaves);
+    EXPECT_EQ(leaves->state, FrameState::kHostLeaves);
+    const platform::Process one{7, 100};
+    const platform::Process another{8, 100};
+    FrameLedger ledger;
+    ledger.start(reportOf(1), one);
+    ledger.start(reportOf(2), another);
+    ledger.leave(one);
+    ledger.start(reportOf(3), one);  // by a thread that did not know
+    EXPECT_EQ(ledger.processes(), std::vector<platform::Process>{another});
+}
+
+TEST(FrameLedger, StaysSmallWhateverItIsTold) {
+    const platform::Process sender{7, 100};
+    FrameLedger ledger;
+    for (int frame = 0; frame < 20000; ++frame) {
+        ledger.start(reportOf(frame), sender);
+        ledger.end(std::to_string(frame));
+    }
+    EXPECT_LE(ledger.take(sender).size(), 4096U);
 }
 
 }  // namespace

@@ -11,6 +11,8 @@
 
 #include "platform/monitor_pipe.h"
 #include "platform/monitor_process.h"
+#include "platform/posix/monitor_message.h"
+#include "platform/posix/runtime_folder.h"
 #include "tests/monitor/crash_fixture.h"
 
 namespace lumiset::testing {
@@ -54,13 +56,59 @@ TEST_F(PipeTest, HoldsAFrameUpOnlyUntilTheMonitorReadsAgain) {
     EXPECT_FALSE(endsWell(host));
 }
 
-TEST_F(PipeTest, HoldsAFrameUpForTenSecondsAtMost) {
+TEST_F(PipeTest, HoldsOneFrameUpForTenSecondsAndHasRoomForTheEndsOfThoseBefore) {
     stopMonitor();
-    fill(m_pipe);
     const auto begin = Clock::now();
-    EXPECT_TRUE(runHost(module, "finish", 1));
+    EXPECT_TRUE(runHost(module, "finish", 1500)) << "more than the pipe has room for";
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(9900));
-    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(12)) << "the frame's end is not told either";
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(15)) << "the later frames do not wait again";
+    ::kill(m_monitor, SIGCONT);
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_TRUE(platform::crashReports().empty()) << "the host has ended well";
+}
+
+TEST_F(PipeTest, LetsTheMonitorSleepWhileNothingHappens) {
+    // A host that stands still in the middle of a frame.
+    const Child host = startHost(module, "stop", 1);
+    for (int i = 0; i < 300 && monitors().empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ASSERT_EQ(monitors().size(), 1U);
+    const auto timesAwake = [] {
+        std::ifstream status("/proc/" + std::to_string(monitors()[0]) + "/status");
+        std::string word;
+        while (status >> word && word != "voluntary_ctxt_switches:") {
+        }
+        status >> word;
+        return word;
+    };
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    const std::string before = timesAwake();
+    std::this_thread::sleep_for(std::chrono::seconds(3));
+    EXPECT_EQ(timesAwake(), before);
+    kill(host);
+    EXPECT_EQ(reportsOnceThereAre(1).size(), 1U) << "and wakes when the host ends";
+}
+
+TEST_F(PipeTest, IsOfNoUseInAFolderThatIsALinkOrOpenToOthers) {
+    const std::filesystem::path runtime = folder / "runtime";
+    EXPECT_TRUE(platform::isPipeFolderGood(runtime.string()));
+    EXPECT_TRUE(platform::isPipeFolderGood((folder / "none").string()));
+    std::filesystem::create_directory_symlink(runtime, folder / "link");
+    EXPECT_FALSE(platform::isPipeFolderGood((folder / "link").string()));
+    std::filesystem::permissions(runtime, std::filesystem::perms(0777));
+    EXPECT_FALSE(platform::isPipeFolderGood(runtime.string()));
+}
+
+TEST(PipeMessages, AreReadFromProcessesThatCanBeSeenAlone) {
+    const auto message = platform::messageIn("12 345 678 a b;1", 678);
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->sender, (platform::Process{12, 345}));
+    EXPECT_EQ(message->text, "a b;1");
+    for (const char* bytes : {"12 345 679 a", "12 345 678", "12 345 a", "12 a", "a", "", " 12 345 678 a",
+                              "12  345 678 a", "-12 345 678 a", "99999999999999999999 1 678 a"}) {
+        EXPECT_FALSE(platform::messageIn(bytes, 678)) << bytes;
+    }
 }
 
 TEST_F(PipeTest, IsTheUsersOwnAndGoesWithTheMonitor) {
@@ -131,7 +179,7 @@ TEST_F(PipeTest, DoesNotEndAHostWhenItBreaks) {
     int broken = 0;
     const auto end = Clock::now() + std::chrono::seconds(2);
     while (broken < 20 && Clock::now() < end) {
-        broken += platform::sendToMonitor("text") == platform::PipeAttempt::kFailed ? 1 : 0;
+        broken += platform::sendToMonitor("text", platform::PipeRoom::kAll) == platform::PipeAttempt::kFailed ? 1 : 0;
     }
     done = true;
     reader.join();

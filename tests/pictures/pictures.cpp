@@ -139,9 +139,9 @@ void runOperation(ResultFile& results, IFrameProcessor& processor, const Operati
 }
 
 void renderAll(ResultFile& results) {
-    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+    for (std::uint32_t index = 0; index < effectCount(); ++index) {
         const EffectTester tester(index);
-        for (std::uint32_t preset = 0; tester.exists() && preset < tester.presetCount(); ++preset) {
+        for (std::uint32_t preset = 0; preset < tester.presetCount(); ++preset) {
             renderPreset(results, tester, preset);
         }
     }

@@ -105,11 +105,8 @@ TEST_F(PresetSaver, BringsEveryFloatBackToTheBit) {
 }
 
 TEST_F(PresetSaver, BringsEveryPresetOfEveryEffectBack) {
-    for (std::uint32_t index = 0; index < kEffectCount; ++index) {
+    for (std::uint32_t index = 0; index < effectCount(); ++index) {
         const EffectTester tester(index);
-        if (!tester.exists()) {
-            continue;
-        }
         effect.effectName = tester.effect().GetEffectName();
         for (std::uint32_t preset = 0; preset < tester.presetCount(); ++preset) {
             ValueHost values = tester.presetHost(preset);

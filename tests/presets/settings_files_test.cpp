@@ -47,10 +47,24 @@ TEST_F(SettingsFiles, LeaveWhatAPersonWroteIntoTheFile) {
 TEST_F(SettingsFiles, SayWhenNothingCanBeStored) {
     writeFile(folder / "vantrel", "a file where the folder should be");
     EXPECT_FALSE(writeOption(kForcedCpu, true));
+    EXPECT_NE(platform::storingProblem("Common").find("vantrel/Common.ini: Not a directory"), std::string::npos);
     EXPECT_EQ(readOptions(), (std::array<bool, kOptionCount>{}));
     std::filesystem::remove(folder / "vantrel");
     std::filesystem::create_directories(folder / "vantrel" / "Common.ini");
     EXPECT_FALSE(writeOption(kForcedCpu, true));
+}
+
+TEST_F(SettingsFiles, AreNeverSoLargeThatNobodyCanReadThem) {
+    const std::filesystem::path file = folder / "vantrel" / "Common.ini";
+    EXPECT_FALSE(platform::writeSettings("Common", {{"long", std::string(5U << 20U, 'v')}, {"short", "v"}}));
+    EXPECT_TRUE(platform::readSettings("Common").empty());
+    EXPECT_EQ(platform::storingProblem("Common"), "");
+    writeFile(file, std::string((4U << 20U) + 1, ';'));
+    EXPECT_THROW(platform::readSettings("Common"), std::system_error);
+    EXPECT_FALSE(writeOption(kForcedCpu, true));
+    EXPECT_TRUE(platform::storingProblem("Common").ends_with("/vantrel/Common.ini: File too large"));
+    EXPECT_TRUE(platform::removeSettings("Common"));
+    EXPECT_TRUE(writeOption(kForcedCpu, true));
 }
 
 TEST_F(SettingsFiles, KeepTheOldFileWhenTheDiskIsFull) {

@@ -95,7 +95,14 @@ private:
     Held<IVideoGPUEffect> m_effect;
 };
 
-inline constexpr std::uint32_t kEffectCount = 10;
+/// How many effects the module has: they are numbered without gaps.
+inline std::uint32_t effectCount() {
+    std::uint32_t count = 0;
+    while (EffectTester(count).exists()) {
+        ++count;
+    }
+    return count;
+}
 
 /// A whole frame at a time; set the flags and fields that a test needs.
 inline FrameRenderInfo frameInfo(double timeSeconds = 0.0) {

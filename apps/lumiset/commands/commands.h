@@ -17,6 +17,7 @@ void addPresetCommands(CLI::App& app, Program& program);
 void addOptionsCommand(CLI::App& app, Program& program);
 void addGPUCommands(CLI::App& app, Program& program);
 void addDoctorCommand(CLI::App& app, Program& program);
+void addValidateCommand(CLI::App& app, Program& program);
 void addCompletionCommands(CLI::App& app, Program& program);
 void addManCommand(CLI::App& app, Program& program);
 

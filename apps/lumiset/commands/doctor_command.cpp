@@ -10,9 +10,11 @@
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
+#include <system_error>
 
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/commands/doctor.h"
+#include "apps/lumiset/messages.h"
 #include "apps/lumiset/user_options.h"
 #include "hostkit/frame_buffer.h"
 #include "hostkit/gl/gl_host.h"
@@ -110,8 +112,13 @@ Finding optionsFinding(IEffectLibrary& library) {
 /// Effects that crashed in OpenGL stay off it.
 Finding crashesFinding() {
     std::set<std::string> effects;
-    for (const platform::CrashReport& report : platform::crashReports()) {
-        effects.insert(report.effect);
+    try {
+        for (const platform::CrashReport& report : platform::crashReports()) {
+            effects.insert(printable(report.effect));
+        }
+    } catch (const std::system_error& error) {
+        return {"Crashes", fmt::format("cannot be read: {}", error.what()),
+                "All effects stay off OpenGL until \"lumiset gpu reset\" removes the reports."};
     }
     if (effects.empty()) {
         return {"Crashes", "none is reported"};

@@ -1,8 +1,10 @@
 #include <fmt/format.h>
 
 #include <stdexcept>
+#include <system_error>
 
 #include "apps/lumiset/commands/commands.h"
+#include "apps/lumiset/messages.h"
 #include "hostkit/gl/gl_host.h"
 #include "platform/crash_reports.h"
 
@@ -31,28 +33,40 @@ std::string gpuInfoText() {
     return text;
 }
 
+/// Throws `std::runtime_error` for reports that cannot be read.
 std::string reportsText() {
-    const std::vector<platform::CrashReport> reports = platform::crashReports();
+    std::vector<platform::CrashReport> reports;
+    try {
+        reports = platform::crashReports();
+    } catch (const std::system_error& error) {
+        throw std::runtime_error(
+            std::string("The reports of crashes cannot be read, so all effects stay off OpenGL: ") + error.what() +
+            ". \"lumiset gpu reset\" removes them.");
+    }
     if (reports.empty()) {
         return "No crash in OpenGL is reported.\n";
     }
     std::string text = fmt::format("{:<36}  {:<22}{:<22}{}\n", "Report", "Effect", "Library", "Host");
     for (const platform::CrashReport& report : reports) {
-        text += fmt::format("{:<36}  {:<22}{:<22}{}\n", report.guid, report.effect, report.effectLibrary, report.host);
+        text += fmt::format("{:<36}  {:<22}{:<22}{}\n", printable(report.guid), printable(report.effect),
+                            printable(report.effectLibrary), printable(report.host));
     }
     return text;
 }
 
-/// Throws `std::runtime_error` for a report that stays.
+/// Throws `std::runtime_error` for reports that stay.
 std::string resetText() {
-    const std::vector<platform::CrashReport> reports = platform::crashReports();
-    for (const platform::CrashReport& report : reports) {
-        if (!platform::removeCrashReport(report.guid)) {
-            throw std::runtime_error("The report " + report.guid + " cannot be removed.");
-        }
+    std::string text = "All reports removed; they could not be read.\n";
+    try {
+        const std::size_t count = platform::crashReports().size();
+        text = count == 0 ? "No crash in OpenGL was reported.\n"
+                          : fmt::format("{} report{} removed.\n", count, count == 1 ? "" : "s");
+    } catch (const std::system_error&) {  // told by the text
     }
-    return reports.empty() ? "No crash in OpenGL was reported.\n"
-                           : fmt::format("{} report{} removed.\n", reports.size(), reports.size() == 1 ? "" : "s");
+    if (!platform::removeCrashReports()) {
+        throw std::runtime_error("The reports cannot be removed: " + platform::crashReportsProblem() + '.');
+    }
+    return text;
 }
 
 }  // namespace

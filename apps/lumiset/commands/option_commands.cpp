@@ -8,6 +8,7 @@
 #include "apps/lumiset/usage_error.h"
 #include "apps/lumiset/user_options.h"
 #include "hostkit/names.h"
+#include "platform/settings_store.h"
 
 namespace lumiset::app {
 namespace {
@@ -43,7 +44,9 @@ void setOption(IEffectLibrary& library, const std::string& name, const std::stri
     }
     const auto services = servicesOf(library);
     if (!(services.get()->*option.set)(yes)) {
-        throw std::runtime_error(std::string("The option \"") + option.name + "\" cannot be stored.");
+        const std::string reason = platform::storingProblem("Common");
+        throw std::runtime_error(
+            fmt::format("The option \"{}\" cannot be stored{}{}.", option.name, reason.empty() ? "" : ": ", reason));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "apps/lumiset/presets/preset_conversion.h"
 
 #include <fmt/format.h>
+#include <stdlib.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -54,15 +55,6 @@ std::string readText(const std::string& path) {
     return text;
 }
 
-void writeText(const std::string& path, const std::string& text) {
-    std::ofstream stream(path, std::ios::binary);
-    stream << text;
-    stream.close();
-    if (!stream) {
-        throw PresetFileError(fmt::format("The file \"{}\" cannot be written.", path));
-    }
-}
-
 NamedPreset readPreset(IEffectLibrary& library, const EffectCatalogue& catalogue, const std::string& path) {
     if (isJson(catalogue, path)) {
         try {
@@ -107,14 +99,37 @@ std::string renamed(std::string text, const std::string& name) {
     return text.replace(begin, end - begin, quote + value + quote);
 }
 
-/// The module names a preset by its file; this one has a name of its own.
-void writePresetFile(IEffectLibrary& library, const std::string& path, const NamedPreset& preset) {
-    hostkit::savePresetFile(library, path, preset.parameters);
-    writeText(path, renamed(readText(path), preset.name));
+/// A folder of this user's own, gone with the object.
+class ScratchFolder {
+public:
+    ScratchFolder() : m_path((std::filesystem::temp_directory_path() / "lumiset-XXXXXX").string()) {
+        if (::mkdtemp(m_path.data()) == nullptr) {
+            throw PresetFileError("There is no place for temporary files.");
+        }
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ~ScratchFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    [[nodiscard]] std::string file() const { return m_path + "/preset"; }
+
+private:
+    std::string m_path;
+};
+
+/// The module writes to files alone, and names a preset by its file; this one has a name of its own.
+std::string presetFileText(IEffectLibrary& library, const NamedPreset& preset) {
+    const ScratchFolder scratch;
+    hostkit::savePresetFile(library, scratch.file(), preset.parameters);
+    std::string text = renamed(readText(scratch.file()), preset.name);
+    std::ofstream(scratch.file(), std::ios::binary) << text;
     hostkit::ParameterStore again(preset.parameters.effect());
-    if (hostkit::loadPresetFile(library, path, again) != preset.name) {
+    if (hostkit::loadPresetFile(library, scratch.file(), again) != preset.name) {
         throw PresetFileError("It does not read back.");
     }
+    return text;
 }
 
 }  // namespace
@@ -128,25 +143,17 @@ void convertPreset(IEffectLibrary& library, const EffectCatalogue& catalogue, co
         throw UsageError(fmt::format("Preset files of \"{}\" have the extension {}; \"{}\" is another effect's.",
                                      effect.name, hostkit::presetExtension(effect), to));
     }
-    std::string json;
-    if (toJson) {
-        try {
-            json = presetToJson(preset);
-        } catch (const PresetJsonError& error) {
-            throw PresetFileError(fmt::format("{}: {}", from, error.what()));
-        }
-    }
-    media::PendingFile pending(to);
+    std::string text;
     try {
-        if (toJson) {
-            writeText(pending.path(), json);
-        } else {
-            writePresetFile(library, pending.path(), preset);
-        }
+        text = toJson ? presetToJson(preset) : presetFileText(library, preset);
+    } catch (const PresetJsonError& error) {
+        throw PresetFileError(fmt::format("{}: {}", from, error.what()));
     } catch (const PresetFileError&) {  // told of the name that it has for now
         throw PresetFileError(fmt::format("The file \"{}\" cannot be written.", to));
     }
-    pending.commit();
+    media::PendingFile file(to);
+    file.write(text);
+    file.commit();
 }
 
 }  // namespace lumiset::app

@@ -8,6 +8,8 @@
 #include <cstdlib>
 
 #include "apps/lumiset/messages.h"
+#include "platform/monitor_pipe.h"
+#include "platform/pending_file.h"
 
 namespace lumiset::app {
 namespace {
@@ -17,6 +19,8 @@ static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may touch
 
 extern "C" void noteSignal(int number) {
     if (g_signal.exchange(number) != 0) {
+        platform::bidFarewell();
+        platform::PendingFile::removeAll();
         ::_exit(128 + number);
     }
 }
@@ -24,6 +28,7 @@ extern "C" void noteSignal(int number) {
 }  // namespace
 
 void watchForInterruption() {
+    platform::prepareFarewell();
     struct sigaction action {};
     action.sa_handler = &noteSignal;
     ::sigemptyset(&action.sa_mask);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <shared_mutex>
 #include <thread>
 
 #include "apps/lumiset/messages.h"
@@ -20,6 +21,15 @@ namespace lumiset::app {
 namespace {
 
 struct Job {
+    media::RawPicture raw;
+    media::ReadyPicture ready;
+    media::Picture result;  ///< where the sink does not take it ready
+    bool isReady = false;
+};
+
+/// What a worker needs for one picture after another.
+struct Worker {
+    hostkit::Renderer renderer;
     media::Picture source;
     media::Picture result;
 };
@@ -65,7 +75,9 @@ public:
     Output(const RenderRequest& request, const media::Source& source)
         : m_request(request), m_progress(request.quiet, source.format().frameCount) {
         media::VideoFormat format = source.format();
-        format.hasAlpha = format.hasAlpha || request.alpha;
+        if (request.alpha) {
+            format.color.alpha = media::AlphaKind::kStraight;
+        }
         media::SinkOptions options;
         options.codec = request.codec;
         options.quality = request.quality;
@@ -73,8 +85,19 @@ public:
         m_sink = media::openSink(request.output, format, options, &source);
     }
 
-    void write(const media::Picture& picture) {
-        m_sink->write(picture);
+    /// On any thread: makes a picture ready to be written where the sink can.
+    bool prepare(const media::Picture& picture, media::ReadyPicture& ready) {
+        const std::shared_lock use(m_use);
+        return m_sink->prepare(picture, ready);
+    }
+
+    void write(Job& job) {
+        if (job.isReady) {
+            m_sink->write(job.ready);
+            job.ready = {};
+        } else {
+            m_sink->write(job.result);
+        }
         ++m_frames;
     }
 
@@ -82,6 +105,7 @@ public:
     void tick() {
         if (const int signal = interruptingSignal(); signal != 0) {
             m_progress.clear();
+            m_use.lock();  // for ever: who prepares another picture waits for the end of the program
             m_sink.reset();
             endInterrupted(signal, m_request.output);
         }
@@ -109,6 +133,7 @@ private:
     const RenderRequest& m_request;
     Progress m_progress;
     std::unique_ptr<media::Sink> m_sink;
+    std::shared_mutex m_use;  ///< shared by those who prepare pictures for the sink
     std::int64_t m_frames = 0;
 };
 
@@ -120,28 +145,35 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     const media::VideoFormat& format = source->format();
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
     const std::unique_ptr<hostkit::GPUFrames> gpu = request.gpu ? openGPU(library) : nullptr;
-    const int threads = gpu != nullptr ? 1 : renderThreads(request);
-    std::vector<hostkit::Renderer> renderers;
-    renderers.reserve(static_cast<std::size_t>(threads));
+    const int threads = renderThreads(request);
+    std::vector<Worker> workers;
+    workers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i) {
-        renderers.emplace_back(chain, workFormat(request), allocator.get());
-    }
-    if (gpu != nullptr) {
-        gpu->serve(renderers.front());
+        workers.push_back({hostkit::Renderer(chain, workFormat(request), allocator.get()), {}, {}});
+        if (gpu != nullptr) {
+            gpu->serve(workers.back().renderer);
+        }
     }
     Output output(request, *source);
     PipelineSteps<Job> steps;
-    steps.read = [&](Job& job) { return source->read(job.source); };
-    steps.work = [&](Job& job, int worker) {
-        job.result.allocate(job.source.width, job.source.height, job.source.depth);
-        job.result.pts = job.source.pts;
-        job.result.timeSeconds = job.source.timeSeconds;
-        job.result.interlaced = job.source.interlaced;
-        job.result.topFieldFirst = job.source.topFieldFirst;
-        renderers[static_cast<std::size_t>(worker)].render(frameOf(job.source), frameOf(job.result),
-                                                           contextOf(job.source, format));
+    steps.read = [&](Job& job) { return source->fetch(job.raw); };
+    steps.work = [&](Job& job, int number) {
+        Worker& worker = workers[static_cast<std::size_t>(number)];
+        media::Picture& from = worker.source;
+        media::Picture& to = worker.result;
+        source->convert(job.raw, from);
+        to.allocate(from.width, from.height, from.depth);
+        to.pts = from.pts;
+        to.timeSeconds = from.timeSeconds;
+        to.interlaced = from.interlaced;
+        to.topFieldFirst = from.topFieldFirst;
+        worker.renderer.render(frameOf(from), frameOf(to), contextOf(from, format));
+        job.isReady = output.prepare(to, job.ready);
+        if (!job.isReady) {
+            std::swap(job.result, to);
+        }
     };
-    steps.write = [&](Job& job) { output.write(job.result); };
+    steps.write = [&](Job& job) { output.write(job); };
     steps.tick = [&] {
         if (gpu != nullptr && interruptingSignal() != 0) {
             gpu->stop();

@@ -1,0 +1,170 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "apps/lumiset/commands/commands.h"
+#include "apps/lumiset/usage_error.h"
+#include "apps/lumiset/validate/check.h"
+#include "hostkit/names.h"
+#include "platform/child_process.h"
+
+namespace lumiset::app {
+namespace {
+
+using validate::Check;
+using validate::Subject;
+
+constexpr std::chrono::seconds kLimit{300};
+
+struct Request {
+    Subject subject;
+    std::vector<std::string> names;
+    bool json = false;
+    bool inThisProcess = false;
+};
+
+struct Verdict {
+    const Check* check;
+    std::string finding;  ///< empty: the sentence holds
+};
+
+std::vector<const Check*> allChecks() {
+    std::vector<const Check*> all;
+    for (const auto& group :
+         {validate::libraryChecks(), validate::frameChecks(), validate::hostChecks(), validate::presetChecks()}) {
+        for (const Check& check : group) {
+            all.push_back(&check);
+        }
+    }
+    return all;
+}
+
+/// All, or those that were asked for. Throws `UsageError`.
+std::vector<const Check*> chosenChecks(const std::vector<std::string>& names) {
+    const std::vector<const Check*> all = allChecks();
+    if (names.empty()) {
+        return all;
+    }
+    std::vector<std::string> known;
+    for (const Check* check : all) {
+        known.emplace_back(check->name);
+    }
+    std::vector<const Check*> chosen;
+    for (const std::string& name : names) {
+        const auto found = std::find(known.begin(), known.end(), name);
+        if (found == known.end()) {
+            throw UsageError("There is no check \"" + name + "\"." + hostkit::didYouMean(name, known));
+        }
+        chosen.push_back(all[static_cast<std::size_t>(found - known.begin())]);
+    }
+    return chosen;
+}
+
+std::string findingInThisProcess(const Check& check, const Subject& subject) {
+    try {
+        check.run(subject);
+        return {};
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+/// Runs the check in a process of its own, which a broken module may end.
+std::string findingOf(const Check& check, const Subject& subject) {
+    const platform::ChildEnd end =
+        platform::runThisProgram({"validate", subject.module.string(), "--check", check.name, "--seed",
+                                  std::to_string(subject.seed), "--in-this-process"},
+                                 kLimit);
+    if (end.timedOut) {
+        return fmt::format("It does not end within {} seconds.", kLimit.count());
+    }
+    if (!end.crash.empty()) {
+        return "It ends the program: " + end.crash + '.';
+    }
+    if (end.status == kDone) {
+        return {};
+    }
+    return end.output.empty() ? fmt::format("It ends the program with status {}.", end.status) : end.output;
+}
+
+std::string jsonOf(const Request& request, const std::vector<Verdict>& verdicts) {
+    nlohmann::ordered_json json{{"module", request.subject.module.string()},
+                                {"seed", request.subject.seed},
+                                {"holds", std::all_of(verdicts.begin(), verdicts.end(),
+                                                      [](const Verdict& each) { return each.finding.empty(); })},
+                                {"checks", nlohmann::ordered_json::array()}};
+    for (const Verdict& each : verdicts) {
+        json["checks"].push_back({{"name", each.check->name},
+                                  {"sentence", each.check->sentence},
+                                  {"holds", each.finding.empty()},
+                                  {"finding", each.finding}});
+    }
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+}
+
+int validateModule(Request request) {
+    const std::vector<const Check*> checks = chosenChecks(request.names);
+    if (request.inThisProcess) {
+        const std::string finding = findingInThisProcess(*checks.front(), request.subject);
+        printText(finding);
+        return finding.empty() ? kDone : kFailed;
+    }
+    request.subject.module = std::filesystem::absolute(request.subject.module);
+    std::vector<Verdict> verdicts;
+    std::size_t broken = 0;
+    for (const Check* check : checks) {
+        verdicts.push_back({check, findingOf(*check, request.subject)});
+        const std::string& finding = verdicts.back().finding;
+        broken += finding.empty() ? 0U : 1U;
+        if (!request.json) {
+            printText(
+                fmt::format("{}  {:<11}{}\n", finding.empty() ? "holds " : "BROKEN", check->name, check->sentence));
+            if (!finding.empty()) {
+                printText(fmt::format("{:<19}! {}\n", "", finding));
+            }
+        }
+    }
+    if (request.json) {
+        printText(jsonOf(request, verdicts));
+    } else if (broken == 0) {
+        printText(fmt::format("\nAll {} checks hold.\n", checks.size()));
+    } else {
+        printText(fmt::format("\n{} of {} checks are broken; \"--seed {}\" shows them again.\n", broken, checks.size(),
+                              request.subject.seed));
+    }
+    return broken == 0 ? kDone : kFailed;
+}
+
+std::string introduction() {
+    std::string text =
+        "Holds any module of effects against what hosts rely on.\n\n"
+        "Each check runs in a process of its own, so a crash is a finding like any other. The exit status is 0 when "
+        "all "
+        "hold and 1 when one is broken. The checks:\n\n";
+    for (const Check* check : allChecks()) {
+        text += fmt::format("{}: {}\n", check->name, check->sentence);
+    }
+    return text;
+}
+
+}  // namespace
+
+void addValidateCommand(CLI::App& app, Program& program) {
+    CLI::App& command =
+        addCommand(app, "validate", "Holds a module of effects against what hosts rely on", introduction());
+    const auto request = std::make_shared<Request>();
+    command.add_option("MODULE", request->subject.module, "the module's file")->required()->check(CLI::ExistingFile);
+    command.add_option("--check", request->names, "only this check; may be given several times")
+        ->option_text("NAME")
+        ->allow_extra_args(false);
+    command.add_option("--seed", request->subject.seed, "what frames and damage are drawn from (1)")->option_text("N");
+    command.add_flag("--json", request->json, "as JSON");
+    command.add_flag("--in-this-process", request->inThisProcess)->group("");
+    program.onChosen(command, [request] { return validateModule(*request); });
+}
+
+}  // namespace lumiset::app

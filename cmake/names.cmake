@@ -1,0 +1,12 @@
+# pascal_case(VARIABLE a_few words): AFewWords; words end at "_", "." and spaces.
+function(pascal_case variable)
+  string(REGEX REPLACE "[_. ]" ";" words "${ARGN}")
+  set(result "")
+  foreach(word IN LISTS words)
+    string(SUBSTRING "${word}" 0 1 initial)
+    string(SUBSTRING "${word}" 1 -1 rest)
+    string(TOUPPER "${initial}" initial)
+    string(APPEND result "${initial}${rest}")
+  endforeach()
+  set(${variable} "${result}" PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace lumiset::platform {
+
+/// How a program ended.
+struct ChildEnd {
+    int status = -1;     ///< exit status, where it ended by itself
+    std::string crash;   ///< what ended it otherwise, as "Segmentation fault"; empty for an end by itself
+    std::string output;  ///< what it wrote to standard output
+    bool timedOut = false;
+};
+
+/// Runs the program that calls this once more, with these arguments; what it writes to standard error is seen. It is
+/// ended after `limit`. Throws `std::runtime_error` when it cannot be started.
+ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit);
+
+}  // namespace lumiset::platform
