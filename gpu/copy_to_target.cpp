@@ -29,7 +29,7 @@ float share(std::int32_t part, std::int32_t whole) {
 }  // namespace
 
 bool GPUHelper::PrepareCopy() noexcept {
-    return m_copyProgram.IsValid() || CreateProgram(kVertex, kFragment, m_copyProgram);
+    return m_copyProgram.IsValid() || (CreateProgram(kVertex, kFragment, m_copyProgram) && m_copyProgram.IsValid());
 }
 
 bool GPUHelper::FinishFrame(const GPUTexture& source, const GPUTexture& destination) noexcept {

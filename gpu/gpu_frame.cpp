@@ -40,13 +40,17 @@ bool GPUFrame::create(std::size_t temporaries, std::span<const GPUProgramSource>
     m_ok = m_ok && temporaries <= kMaxTemporaries && programs.size() <= kMaxPrograms;
     const std::int32_t format = PlainFormat(m_source.format);
     while (m_ok && m_temporaryCount < temporaries) {
-        m_ok = m_gpu.CreateTexture(m_temporaries[m_temporaryCount], temporaryWidth, temporaryHeight, format, 0, 0);
+        GPUTexture& texture = m_temporaries[m_temporaryCount];
+        m_ok = m_gpu.CreateTexture(texture, temporaryWidth, temporaryHeight, format, 0, 0);
         m_temporaryCount += m_ok ? 1 : 0;
+        m_ok = m_ok && texture.handle != nullptr;
     }
     while (m_ok && m_programCount < programs.size()) {
         const GPUProgramSource& source = programs[m_programCount];
-        m_ok = m_gpu.CreateProgram(source.vertex, source.fragment, m_programs[m_programCount]);
+        ShaderProgram& program = m_programs[m_programCount];
+        m_ok = m_gpu.CreateProgram(source.vertex, source.fragment, program);
         m_programCount += m_ok ? 1 : 0;
+        m_ok = m_ok && program.IsReady();
     }
     m_ok = m_ok && m_gpu.PrepareCopy();
     if (m_ok) {

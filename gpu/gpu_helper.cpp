@@ -181,10 +181,10 @@ bool GPUHelper::DrawQuad2(const GPUTexture& texture0, const GPUTexture& texture1
                           const QuadRect* rect) noexcept {
     using MultiTexCoord2f = void(LUMISET_CALL*)(std::uint32_t, float, float);
     const auto multiTexCoord = reinterpret_cast<MultiTexCoord2f>(entries[arbEntry("glMultiTexCoord2fARB")]);
-    if (multiTexCoord == nullptr) {
-        return false;
-    }
     ApplyStages(&texture0, &texture1, nullptr);
+    if (multiTexCoord == nullptr) {
+        return drawStrip(flipY, rect, m_core.TexCoord2f);  // which are the first unit's
+    }
     return drawStrip(flipY, rect, [&](float s, float t) { multiTexCoord(GLCore::kTexture0, s, t); });
 }
 

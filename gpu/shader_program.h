@@ -24,6 +24,10 @@ public:
     void Detach() noexcept;
 
     [[nodiscard]] bool IsValid() const noexcept { return m_program != nullptr && m_program->IsValid(); }
+    /// Valid, and a regular program's uniforms are known: there was memory to list them.
+    [[nodiscard]] bool IsReady() const noexcept {
+        return IsValid() && (!m_regular || (m_uniforms != nullptr && m_uniformSet != nullptr));
+    }
     [[nodiscard]] bool IsRegular() const noexcept { return m_regular; }
 
     /// Makes it the program that draws, for a render target of that size, and forgets the stages and uniforms

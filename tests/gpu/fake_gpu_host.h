@@ -39,6 +39,9 @@ private:
     std::string m_name;
 };
 
+/// So many of the next arrays that may be refused are; see failures_test.cpp.
+inline int arraysToRefuse = 0;
+
 class FakeProgram final : public IHostProgram {
 public:
     FakeProgram(std::string name, const std::vector<std::string>& uniforms)
@@ -60,7 +63,9 @@ public:
         fakeGL().note("Set", name, static_cast<FakeTexture*>(texture)->name());
         return true;
     }
+    bool exhaustsMemory = false;  ///< its uniforms cannot be listed
     std::uint32_t LUMISET_CALL GetUniforms(UniformRecord* records) noexcept override {
+        arraysToRefuse += exhaustsMemory ? 1 : 0;
         for (std::size_t i = 0; records != nullptr && i < m_uniforms.size(); ++i) {
             m_uniforms[i].copy(records[i].name, sizeof records[i].name - 1);
         }
@@ -97,7 +102,12 @@ public:
         fakeGL().lookedUp.clear();
     }
 
+    /// How a creation fails: by its answer, by handing out nothing in spite of it, or, of a program, because there is
+    /// no memory to list its uniforms.
+    enum class Refusal { kFalse, kNothingMade, kNoMemory };
+
     int failAt = kNever;  ///< creation, counted from 0, that fails
+    Refusal refusal = Refusal::kFalse;
     int creations = 0;
     int live = 0;                        ///< textures and programs that are out
     int references = 0;                  ///< that the module holds
@@ -119,6 +129,9 @@ public:
     }
     std::uint32_t LUMISET_CALL AddRef() noexcept override { return static_cast<std::uint32_t>(++references); }
     std::uint32_t LUMISET_CALL Release() noexcept override { return static_cast<std::uint32_t>(--references); }
+
+    /// Takes an extension's function out of the table.
+    void withoutEntry(std::size_t place) { m_table.entries[place] = nullptr; }
 
     const ARBTable* LUMISET_CALL GetARBTable() noexcept override { return &m_table; }
     void LUMISET_CALL GetIntegerv(std::uint32_t name, std::int32_t* values, std::uint32_t) noexcept override {
@@ -147,8 +160,8 @@ public:
     bool LUMISET_CALL CreateTexture(IHostGL*, GPUTexture* out, std::uint32_t, std::int32_t width, std::int32_t height,
                                     std::int32_t format, std::uint32_t, std::uint32_t,
                                     std::uint32_t) noexcept override {
-        if (creations++ == failAt) {
-            return false;
+        if (creations++ == failAt && refusal != Refusal::kNoMemory) {
+            return refusal != Refusal::kFalse;
         }
         *out = texture(std::string("T").append(std::to_string(m_textureCount++)), width, height, format);
         ++live;
@@ -166,14 +179,16 @@ public:
                       fragmentKind + geometryKey + geometryKind,
                   0U);
         EXPECT_EQ(std::string(vertexText).size(), vertexSize);
-        if (creations++ == failAt) {
+        const bool fails = creations++ == failAt;
+        if (fails && refusal != Refusal::kNoMemory) {
             *out = nullptr;
-            return false;
+            return refusal != Refusal::kFalse;
         }
         fragments.emplace_back(fragmentText, fragmentSize);
         m_programs.push_back(
             std::make_unique<FakeProgram>(std::string("P").append(std::to_string(m_programs.size())),
                                           uniforms.empty() ? declaredUniforms(fragments.back()) : uniforms));
+        m_programs.back()->exhaustsMemory = fails;
         *out = m_programs.back().get();
         ++live;
         return true;
