@@ -1,6 +1,6 @@
 // A backdrop to put titles on, made of the clip itself: the picture is magnified, repeated without visible seams, sent
 // drifting in a direction, softened and graded. The tiles are a pattern without an end that is looked at through a
-// window (background_tiles.h); the window reaches so far beyond the frame that the blur finds the pattern there too, so
+// window (tiles.h); the window reaches so far beyond the frame that the blur finds the pattern there too, so
 // the softened picture drifts as one piece. The drift is a pure function of the time, and finer than a pixel.
 
 #include <algorithm>
@@ -12,6 +12,7 @@
 #include "effects/effect.h"
 #include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
+#include "effects/unit_color.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -97,16 +98,14 @@ constexpr EffectInfo kInfo{
 static_assert(valid(kInfo));
 
 BackgroundGrade readGrade(const ParamReader& params) {
-    const std::uint32_t color = params.color(kColor);
+    const std::array<float, 3> color = unitColor(params.color(kColor));
     const float tint = 4.0F * params.slider(kTint) - 2.0F;
-    const auto offset = [&](std::uint32_t shift) {
-        return (static_cast<float>((color >> shift) & 0xFFU) / 255.0F - 0.5F) * tint;
-    };
+    const auto offset = [&](std::size_t channel) { return (color[channel] - 0.5F) * tint; };
     return {.clarity = params.slider(kClarity),
             .opacity = params.slider(kOpacity),
             .saturation = 2.0F * params.slider(kSaturation) - 1.0F,
             .brightness = 2.0F * params.slider(kBrightness) - 1.0F,
-            .tints = {offset(0), offset(8), offset(16)}};
+            .tints = {offset(0), offset(1), offset(2)}};
 }
 
 /// The blur's lengths in stored pixels, as `FrameBlur` takes them: both 0, or both 1 or more.

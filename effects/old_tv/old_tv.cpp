@@ -1,7 +1,7 @@
 // A worn-out television set. In order: colour adjustment, a ghost of the picture, static, scan lines, tears
 // where the horizontal sync is lost, a picture that rolls through, a travelling bright band, and a rounded tube
 // with a soft edge on a black or transparent surround. What varies with time is a pure function of parameters
-// and render time (old_tv_plan.h), so any frame can be rendered alone.
+// and render time (plan.h), so any frame can be rendered alone.
 
 #include <algorithm>
 #include <cmath>
@@ -97,31 +97,22 @@ constexpr auto row(const char* name, float noise, float chroma, std::uint32_t ti
                   sliderValue(curvature), sliderValue(softenEdge), sliderValue(opacity), none);
 }
 
+// clang-format off
 constexpr PresetTable kPresets(
-    row("Broken Antenna", 0.5501F, 0.5526F, 0x570DB3, 0.5001F, 0.5F, 0.6501F, 0.5501F, 0.9351F, 1.0F, 0.2001F, 0.3F,
-        0.6501F, 0.4501F, 0.0501F, true, 0.5251F, 0.2501F, 0.0F, 0.0F, 0.0F),
-    row("Call the Repairman", 0.1001F, 0.0F, 0xFF8000, 0.5001F, 1.0F, 0.5001F, 0.5001F, 0.2001F, 0.3173F, 0.4801F,
-        0.2501F, 0.8001F, 0.8001F, 0.0001F, true, 0.5001F, 0.0001F, 0.2001F, 0.2001F, 1.0F),
-    row("Console TV", 0.1001F, 0.4251F, 0xFF8000, 0.5001F, 0.5751F, 0.5001F, 0.5001F, 0.2101F, 0.4154F, 0.3551F,
-        0.2001F, 0.0501F, 0.5001F, 0.0001F, true, 0.5001F, 0.0001F, 0.3001F, 0.5001F, 0.0F),
-    row("Grandpa's TV", 0.0F, 0.5001F, 0xFF8000, 0.5751F, 0.0F, 0.5001F, 0.5501F, 0.0301F, 0.2415F, 0.4001F, 0.1501F,
-        0.1001F, 0.4501F, 0.6701F, true, 0.5001F, 0.0F, 0.7451F, 1.0F, 0.0F),
-    row("Greenscreen", 0.0F, 0.5001F, 0x40FF00, 0.7501F, 0.0F, 0.5001F, 0.5001F, 0.0001F, 0.4829F, 0.6501F, 0.0001F,
-        0.0001F, 0.5001F, 0.0001F, false, 0.5001F, 0.0001F, 0.2001F, 0.3001F, 0.0F),
-    row("Messed Up", 0.2F, 0.565F, 0x0D3EAF, 0.355F, 0.5F, 0.55F, 0.58F, 0.275F, 0.5F, 0.4F, 0.3F, 0.85F, 0.75F, 0.5F,
-        true, 0.5F, 0.5F, 0.9F, 0.2F, 1.0F),
-    row("Reset to None", 0.0F, 0.5F, 0x000000, 0.5F, 0.5F, 0.5001F, 0.5001F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F, 0.5001F,
-        0.5F, true, 0.5F, 0.0F, 0.0F, 0.0F, 0.0F),
-    row("Shoot the Screen", 0.0F, 0.6001F, 0xFF8000, 0.5001F, 0.5751F, 0.5001F, 0.5001F, 0.0301F, 0.323F, 0.4001F,
-        0.0001F, 0.0001F, 0.5001F, 0.0001F, true, 0.5251F, 0.6001F, 0.1501F, 0.3001F, 0.0F),
-    row("Snow", 1.0F, 0.5F, 0xFFFFFF, 0.5001F, 0.5F, 0.5001F, 0.5001F, 0.0001F, 0.4003F, 0.4F, 0.0F, 0.0F, 0.5001F,
-        0.0F, true, 0.6251F, 1.0F, 0.2501F, 0.4001F, 0.0F),
-    row("Transmission from Mars", 0.3001F, 0.5F, 0x570DB3, 0.7301F, 0.5F, 0.55F, 0.5751F, 0.2701F, 0.5F, 0.4F, 0.3F,
-        0.85F, 0.4501F, 0.0501F, true, 0.5501F, 0.5F, 0.7001F, 0.88F, 0.0F),
-    row("Tube Time", 0.0F, 0.5001F, 0x570DB3, 0.5001F, 0.5F, 0.5001F, 0.5501F, 0.0001F, 0.6553F, 0.4001F, 0.0001F,
-        0.0001F, 0.5001F, 0.0001F, true, 0.5001F, 0.0F, 0.3501F, 0.2501F, 0.0F),
-    row("Twilight Zone", 0.22F, 0.3401F, 0x570DB3, 0.5F, 0.01F, 0.4201F, 0.725F, 0.0001F, 0.3453F, 0.37F, 0.0001F,
-        0.0001F, 0.5001F, 0.0001F, true, 0.5001F, 0.0F, 0.3501F, 0.2501F, 1.0F));
+    //                            Noise    Chroma   Tint      (mix)    Satur.   Bright.  Contrast  Ghosting  Resolut.  Intens.  Severity  Freq.    Speed    Period   Blank  Rate     Overlap  Curv.    Soften   Opacity
+    row("Broken Antenna",         0.5501F, 0.5526F, 0x570DB3, 0.5001F, 0.5F,    0.6501F, 0.5501F,  0.9351F,  1.0F,     0.2001F, 0.3F,     0.6501F, 0.4501F, 0.0501F, true,  0.5251F, 0.2501F, 0.0F,    0.0F,    0.0F),
+    row("Call the Repairman",     0.1001F, 0.0F,    0xFF8000, 0.5001F, 1.0F,    0.5001F, 0.5001F,  0.2001F,  0.3173F,  0.4801F, 0.2501F,  0.8001F, 0.8001F, 0.0001F, true,  0.5001F, 0.0001F, 0.2001F, 0.2001F, 1.0F),
+    row("Console TV",             0.1001F, 0.4251F, 0xFF8000, 0.5001F, 0.5751F, 0.5001F, 0.5001F,  0.2101F,  0.4154F,  0.3551F, 0.2001F,  0.0501F, 0.5001F, 0.0001F, true,  0.5001F, 0.0001F, 0.3001F, 0.5001F, 0.0F),
+    row("Grandpa's TV",           0.0F,    0.5001F, 0xFF8000, 0.5751F, 0.0F,    0.5001F, 0.5501F,  0.0301F,  0.2415F,  0.4001F, 0.1501F,  0.1001F, 0.4501F, 0.6701F, true,  0.5001F, 0.0F,    0.7451F, 1.0F,    0.0F),
+    row("Greenscreen",            0.0F,    0.5001F, 0x40FF00, 0.7501F, 0.0F,    0.5001F, 0.5001F,  0.0001F,  0.4829F,  0.6501F, 0.0001F,  0.0001F, 0.5001F, 0.0001F, false, 0.5001F, 0.0001F, 0.2001F, 0.3001F, 0.0F),
+    row("Messed Up",              0.2F,    0.565F,  0x0D3EAF, 0.355F,  0.5F,    0.55F,   0.58F,    0.275F,   0.5F,     0.4F,    0.3F,     0.85F,   0.75F,   0.5F,    true,  0.5F,    0.5F,    0.9F,    0.2F,    1.0F),
+    row("Reset to None",          0.0F,    0.5F,    0x000000, 0.5F,    0.5F,    0.5001F, 0.5001F,  0.0F,     1.0F,     0.0F,    0.0F,     0.0F,    0.5001F, 0.5F,    true,  0.5F,    0.0F,    0.0F,    0.0F,    0.0F),
+    row("Shoot the Screen",       0.0F,    0.6001F, 0xFF8000, 0.5001F, 0.5751F, 0.5001F, 0.5001F,  0.0301F,  0.323F,   0.4001F, 0.0001F,  0.0001F, 0.5001F, 0.0001F, true,  0.5251F, 0.6001F, 0.1501F, 0.3001F, 0.0F),
+    row("Snow",                   1.0F,    0.5F,    0xFFFFFF, 0.5001F, 0.5F,    0.5001F, 0.5001F,  0.0001F,  0.4003F,  0.4F,    0.0F,     0.0F,    0.5001F, 0.0F,    true,  0.6251F, 1.0F,    0.2501F, 0.4001F, 0.0F),
+    row("Transmission from Mars", 0.3001F, 0.5F,    0x570DB3, 0.7301F, 0.5F,    0.55F,   0.5751F,  0.2701F,  0.5F,     0.4F,    0.3F,     0.85F,   0.4501F, 0.0501F, true,  0.5501F, 0.5F,    0.7001F, 0.88F,   0.0F),
+    row("Tube Time",              0.0F,    0.5001F, 0x570DB3, 0.5001F, 0.5F,    0.5001F, 0.5501F,  0.0001F,  0.6553F,  0.4001F, 0.0001F,  0.0001F, 0.5001F, 0.0001F, true,  0.5001F, 0.0F,    0.3501F, 0.2501F, 0.0F),
+    row("Twilight Zone",          0.22F,   0.3401F, 0x570DB3, 0.5F,    0.01F,   0.4201F, 0.725F,   0.0001F,  0.3453F,  0.37F,   0.0001F,  0.0001F, 0.5001F, 0.0001F, true,  0.5001F, 0.0F,    0.3501F, 0.2501F, 1.0F));
+// clang-format on
 
 using enum OldTVPasses::Program;
 

@@ -13,6 +13,7 @@
 #include "effects/effect.h"
 #include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
+#include "effects/unit_color.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -151,10 +152,8 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
     frame.blur(kBlurVertical, kBlurHorizontal, sizes.gpuBlurWidth, sizes.gpuBlurHeight, grown, frame.destination(),
                shape);
     frame.pass(kCompose, {frame.source(), shape}, grown, [&](ShaderProgram& program) {
-        const auto part = [&](std::uint32_t shift) {
-            return static_cast<float>((settings.color >> shift) & 0xFFU) / 255.0F;
-        };
-        program.SetFloat3("colors", part(0), part(8), part(16));
+        const auto [red, green, blue] = unitColor(settings.color);
+        program.SetFloat3("colors", red, green, blue);
         program.SetFloat("opacity", settings.opacity);
     });
     return frame.finish(grown);

@@ -14,6 +14,7 @@
 #include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "effects/selective_color/key.h"
+#include "effects/unit_color.h"
 #include "frame/filters/repeated_gauss.h"
 #include "frame/frame_operations.h"
 #include "frame/layout.h"
@@ -275,8 +276,8 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
         soften(kSoftenOnce, setWholeLevels);
     }
     const auto setColor = [](ShaderProgram& program, const char* name, std::uint32_t color) {
-        const auto part = [&](std::uint32_t shift) { return static_cast<float>((color >> shift) & 0xFFU) / 255.0F; };
-        program.SetFloat3(name, part(0), part(8), part(16));
+        const auto [red, green, blue] = unitColor(color);
+        program.SetFloat3(name, red, green, blue);
     };
     const float border = hasMaskBorder(facts) ? static_cast<float>(kMaskBorder) : 0.0F;
     if (params.boolean(kShowMasks)) {

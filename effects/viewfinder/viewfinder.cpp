@@ -1,6 +1,6 @@
 // A clip as the finder of a video camera shows it: tinted or black and white, sharpened or coarse, with the marks of
 // the camera over it. In order: colours, resolution, sharpening, lines (safe area, focus box), marks (record light,
-// battery, counter). Where the marks stand is worked out once for both renderers (viewfinder_plan.h). The processor
+// battery, counter). Where the marks stand is worked out once for both renderers (plan.h). The processor
 // draws them from pictures that are scaled to the frame (camera_font.h); OpenGL, into which a module cannot load a
 // picture, evaluates the strokes that the pictures were drawn from.
 
@@ -76,20 +76,21 @@ constexpr auto row(const char* name, std::uint32_t tintColor, float tint, bool b
                   booleanValue(outline), none, none, sliderValue(hour), sliderValue(minute), sliderValue(second), none);
 }
 
+// clang-format off
 constexpr PresetTable kPresets(
-    row("1980s", 0xFFFF80, 0.575F, true, false, 1.0F, true, true, true, false, true, true, 0.0F, 0.0F, 0.0F),
-    row("1970s", 0x80FF80, 0.6402F, true, true, 1.0F, false, false, true, true, false, true, 0.0F, 0.0F, 0.0F),
-    row("1990s", 0x9F20DA, 0.3789F, false, true, 0.95F, true, true, true, true, true, false, 0.0F, 0.0F, 0.0F),
-    row("2000s", 0xB81EB8, 0.5F, false, false, 1.0F, true, true, true, true, true, true, 0.0F, 0.0F, 0.0F),
-    row("Cheap Camera", 0x451EB8, 0.5F, true, true, 0.375F, true, true, true, true, true, false, 0.0F, 0.0F, 0.0F),
-    row("Night Vision", 0x00FF00, 1.0F, true, true, 0.2601F, false, false, false, false, false, false, 0.0F, 0.0F,
-        0.0F),
-    row("Pixelate", 0x451EB8, 0.5001F, false, false, 0.0F, false, false, false, false, false, false, 0.0F, 0.0F, 0.0F),
-    row("Pixelvision", 0xFFFF80, 0.5F, true, false, 0.32F, false, false, false, true, false, false, 0.0F, 0.0F, 0.0F),
-    row("Reset to None", 0x451EB8, 0.5001F, false, false, 1.0F, false, false, false, false, false, false, 0.0F, 0.0F,
-        0.0F),
-    row("Simple", 0xFFFF80, 0.5F, false, false, 1.0F, true, true, false, false, false, false, 0.0F, 0.0F, 0.0F),
-    row("Weapon Site", 0x451EB8, 0.5F, true, true, 0.685F, false, false, false, true, false, false, 0.0F, 0.0F, 0.0F));
+    //                   Tint      (mix)    B/W    Sharpen  Resolut.  Record  Battery  Safe Area  Focus Box  Counter  Outline  Hour  Minute  Second
+    row("1980s",         0xFFFF80, 0.575F,  true,  false,   1.0F,     true,   true,    true,      false,     true,    true,    0.0F, 0.0F,   0.0F),
+    row("1970s",         0x80FF80, 0.6402F, true,  true,    1.0F,     false,  false,   true,      true,      false,   true,    0.0F, 0.0F,   0.0F),
+    row("1990s",         0x9F20DA, 0.3789F, false, true,    0.95F,    true,   true,    true,      true,      true,    false,   0.0F, 0.0F,   0.0F),
+    row("2000s",         0xB81EB8, 0.5F,    false, false,   1.0F,     true,   true,    true,      true,      true,    true,    0.0F, 0.0F,   0.0F),
+    row("Cheap Camera",  0x451EB8, 0.5F,    true,  true,    0.375F,   true,   true,    true,      true,      true,    false,   0.0F, 0.0F,   0.0F),
+    row("Night Vision",  0x00FF00, 1.0F,    true,  true,    0.2601F,  false,  false,   false,     false,     false,   false,   0.0F, 0.0F,   0.0F),
+    row("Pixelate",      0x451EB8, 0.5001F, false, false,   0.0F,     false,  false,   false,     false,     false,   false,   0.0F, 0.0F,   0.0F),
+    row("Pixelvision",   0xFFFF80, 0.5F,    true,  false,   0.32F,    false,  false,   false,     true,      false,   false,   0.0F, 0.0F,   0.0F),
+    row("Reset to None", 0x451EB8, 0.5001F, false, false,   1.0F,     false,  false,   false,     false,     false,   false,   0.0F, 0.0F,   0.0F),
+    row("Simple",        0xFFFF80, 0.5F,    false, false,   1.0F,     true,   true,    false,     false,     false,   false,   0.0F, 0.0F,   0.0F),
+    row("Weapon Site",   0x451EB8, 0.5F,    true,  true,    0.685F,   false,  false,   false,     true,      false,   false,   0.0F, 0.0F,   0.0F));
+// clang-format on
 
 using enum ViewfinderPasses::Program;
 

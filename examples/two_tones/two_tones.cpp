@@ -8,6 +8,7 @@
 
 #include "effects/effect.h"
 #include "effects/shaders/shader_texts.h"
+#include "effects/unit_color.h"
 #include "examples/two_tones/shader_texts.h"
 #include "frame/layout.h"
 #include "gpu/gpu_frame.h"
@@ -57,13 +58,8 @@ struct Settings {
     float amount;
 };
 
-std::array<float, 3> levels(std::uint32_t color) {
-    const auto level = [color](std::uint32_t shift) { return static_cast<float>(color >> shift & 255U) / 255.0F; };
-    return {level(0), level(8), level(16)};
-}
-
 Settings readSettings(const ParamReader& params) {
-    return {levels(params.color(kShadows)), levels(params.color(kHighlights)), params.slider(kAmount)};
+    return {unitColor(params.color(kShadows)), unitColor(params.color(kHighlights)), params.slider(kAmount)};
 }
 
 // ---- On the processor
