@@ -62,6 +62,8 @@ TEST_F(PipeTest, HoldsOneFrameUpForTenSecondsAndHasRoomForTheEndsOfThoseBefore) 
     EXPECT_TRUE(runHost(module, "finish", 1500)) << "more than the pipe has room for";
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(9900));
     EXPECT_LT(Clock::now() - begin, std::chrono::seconds(15)) << "the later frames do not wait again";
+    EXPECT_EQ(platform::sendToMonitor("text", platform::PipeRoom::kHalf), platform::PipeAttempt::kBusy);
+    EXPECT_EQ(platform::sendToMonitor("text", platform::PipeRoom::kAll), platform::PipeAttempt::kSent);
     ::kill(m_monitor, SIGCONT);
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_TRUE(platform::crashReports().empty()) << "the host has ended well";
