@@ -13,6 +13,7 @@
 #include "effects/effect.h"
 #include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
+#include "effects/picture_passes.h"
 #include "effects/selective_color/key.h"
 #include "effects/unit_color.h"
 #include "frame/filters/repeated_gauss.h"
@@ -213,76 +214,56 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     return drain(source, choices.useFirst ? first : second, params.slider(kStrength), context.allocator, destination);
 }
 
-bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
-    constexpr std::int32_t kMostBytePasses = 160;   // what later passes of bytes change is not seen
-    constexpr std::int32_t kMostSinglePasses = 16;  // more are done at once
-    constexpr double kReach = 5.0;                  // standard deviations of a wide filter
-    const Choices choices = readChoices(params);
-    const bool isFloat = isFloatFormat(frame.source().format);
-    const std::int32_t passes = softenPasses(params.slider(kSoften), facts);
-    const float strength = params.slider(kStrength);
-    if (!frame.create(2, kPrograms)) {
-        return false;
-    }
-    // One colour alone is both.
-    const Choice first = choices.useFirst ? choices.first : choices.second;
-    const Choice second = choices.useSecond ? choices.second : choices.first;
-    const auto setWholeLevels = [&](ShaderProgram& program) { program.SetInt("wholeLevels", isFloat ? 0 : 1); };
+/// The steps in OpenGL: the masks of both colours, in red and green, go from one temporary to the other. One colour
+/// alone is both.
+class MaskPasses : public PicturePasses {
+public:
+    using PicturePasses::PicturePasses;
 
-    GPUTexture* mask = &frame.temporary(0);
-    GPUTexture* other = &frame.temporary(1);
-    frame.pass(kKey, frame.source(), *mask, [&](ShaderProgram& program) {
-        const ColorKey a = colorKey(first.tint, first.range, !isFloat);
-        const ColorKey b = colorKey(second.tint, second.range, !isFloat);
-        const auto slope = [](const ColorKey& key) {
-            return key.keepsWholeWedge ? 0.0F : 255.0F / (key.radius - key.level);
-        };
-        program.SetFloat2("fKeyY", a.keyY, b.keyY);
-        program.SetFloat2("fKeyCb", a.cosine / 128.0F, b.cosine / 128.0F);
-        program.SetFloat2("fKeyCr", a.sine / 128.0F, b.sine / 128.0F);
-        program.SetFloat2("fKeyGL", a.radius, b.radius);
-        program.SetFloat2("fAcceptAngleTg", a.tangent / 16.0F, b.tangent / 16.0F);
-        program.SetFloat2("fAcceptAngleCtg", a.cotangent / 16.0F, b.cotangent / 16.0F);
-        program.SetFloat("fNoiseLevel", kKeyNoise);
-        program.SetFloat2("fValue", a.level, b.level);
-        program.SetFloat("fAngleRC", kKeyLargestDetour);
-        program.SetFloat2("fValueRC", slope(a), slope(b));
-        setWholeLevels(program);
-    });
-    const auto soften = [&](std::size_t program, const auto& setUniforms) {
-        frame.pass(program, *mask, *other, setUniforms);
-        std::swap(mask, other);
-    };
-    std::int32_t left = isFloat ? passes : std::min(passes, kMostBytePasses);
-    // Halves of what is left: at the border, whose ring stays as it is, one wide filter is only nearly right, and what
-    // it misses is mended by those that follow.
-    while (isFloat && left > kMostSinglePasses) {
-        const std::int32_t atOnce = (left + 1) / 2;
-        left -= atOnce;
-        // Weights C(2n, n + d) / 4^n of the samples at distance d.
-        const double n = atOnce;
-        const double centre = std::exp(std::lgamma(2.0 * n + 1.0) - 2.0 * std::lgamma(n + 1.0) - n * std::log(4.0));
-        const auto taps = static_cast<std::int32_t>(std::min(std::ceil(kReach * std::sqrt(n / 2.0)), n));
-        for (const float along : {0.0F, 1.0F}) {
-            soften(kSoftenWidely, [&](ShaderProgram& program) {
-                program.SetFloat2("axis", along, 1.0F - along);
-                program.SetFloat("passes", static_cast<float>(atOnce));
-                program.SetFloat("centreWeight", static_cast<float>(centre));
-                program.SetInt("taps", taps);
-            });
+    void findKeys(const Choice& first, const Choice& second) {
+        m_frame.pass(kKey, m_frame.source(), *m_current, [&](ShaderProgram& program) {
+            const ColorKey a = colorKey(first.tint, first.range, !m_isFloat);
+            const ColorKey b = colorKey(second.tint, second.range, !m_isFloat);
+            const auto slope = [](const ColorKey& key) {
+                return key.keepsWholeWedge ? 0.0F : 255.0F / (key.radius - key.level);
+            };
+            program.SetFloat2("fKeyY", a.keyY, b.keyY);
+            program.SetFloat2("fKeyCb", a.cosine / 128.0F, b.cosine / 128.0F);
+            program.SetFloat2("fKeyCr", a.sine / 128.0F, b.sine / 128.0F);
+            program.SetFloat2("fKeyGL", a.radius, b.radius);
+            program.SetFloat2("fAcceptAngleTg", a.tangent / 16.0F, b.tangent / 16.0F);
+            program.SetFloat2("fAcceptAngleCtg", a.cotangent / 16.0F, b.cotangent / 16.0F);
+            program.SetFloat("fNoiseLevel", kKeyNoise);
+            program.SetFloat2("fValue", a.level, b.level);
+            program.SetFloat("fAngleRC", kKeyLargestDetour);
+            program.SetFloat2("fValueRC", slope(a), slope(b));
+            setWholeLevels(program);
+        });
+    }
+
+    void soften(std::int32_t passes) {
+        constexpr std::int32_t kMostBytePasses = 160;   // what later passes of bytes change is not seen
+        constexpr std::int32_t kMostSinglePasses = 16;  // more are done at once
+        std::int32_t left = m_isFloat ? passes : std::min(passes, kMostBytePasses);
+        // Halves of what is left: at the border, whose ring stays as it is, one wide filter is only nearly right, and
+        // what it misses is mended by those that follow.
+        while (m_isFloat && left > kMostSinglePasses) {
+            const std::int32_t atOnce = (left + 1) / 2;
+            left -= atOnce;
+            softenAtOnce(atOnce);
+        }
+        for (; left > 0; --left) {
+            draw(kSoftenOnce, [this](ShaderProgram& program) { setWholeLevels(program); });
         }
     }
-    for (; left > 0; --left) {
-        soften(kSoftenOnce, setWholeLevels);
-    }
-    const auto setColor = [](ShaderProgram& program, const char* name, std::uint32_t color) {
-        const auto [red, green, blue] = unitColor(color);
-        program.SetFloat3(name, red, green, blue);
-    };
-    const float border = hasMaskBorder(facts) ? static_cast<float>(kMaskBorder) : 0.0F;
-    if (params.boolean(kShowMasks)) {
-        const bool both = choices.useFirst && choices.useSecond;
-        frame.pass(both ? kBothMasksView : kMaskView, *mask, *other, [&](ShaderProgram& program) {
+
+    /// What the masks leave free, in the colours.
+    void show(const Choice& first, const Choice& second, bool both, float border) {
+        const auto setColor = [](ShaderProgram& program, const char* name, std::uint32_t color) {
+            const auto [red, green, blue] = unitColor(color);
+            program.SetFloat3(name, red, green, blue);
+        };
+        draw(both ? kBothMasksView : kMaskView, [&](ShaderProgram& program) {
             program.SetFloat("border", border);
             if (both) {
                 setColor(program, "color1", first.tint);
@@ -291,13 +272,56 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
                 setColor(program, "color", first.tint);
             }
         });
-    } else {
-        frame.pass(kDrain, {frame.source(), *mask}, *other, [&](ShaderProgram& program) {
-            program.SetFloat("border", border);
-            program.SetFloat("strength", isFloat ? strength : std::floor(strength * 255.0F) / 255.0F);
-        });
     }
-    return frame.finish(*other);
+
+    /// The source, grey where the masks cover it.
+    void drainSource(float strength, float border) {
+        m_frame.pass(kDrain, {m_frame.source(), *m_current}, *m_other, [&](ShaderProgram& program) {
+            program.SetFloat("border", border);
+            program.SetFloat("strength", m_isFloat ? strength : std::floor(strength * 255.0F) / 255.0F);
+        });
+        swap();
+    }
+
+private:
+    /// So many passes as one separable filter of the weights C(2n, n + d) / 4^n of the samples at distance d.
+    void softenAtOnce(std::int32_t passes) {
+        constexpr double kReach = 5.0;  // standard deviations of the filter
+        const double n = passes;
+        const double centre = std::exp(std::lgamma(2.0 * n + 1.0) - 2.0 * std::lgamma(n + 1.0) - n * std::log(4.0));
+        const auto taps = static_cast<std::int32_t>(std::min(std::ceil(kReach * std::sqrt(n / 2.0)), n));
+        for (const float along : {0.0F, 1.0F}) {
+            draw(kSoftenWidely, [&](ShaderProgram& program) {
+                program.SetFloat2("axis", along, 1.0F - along);
+                program.SetFloat("passes", static_cast<float>(passes));
+                program.SetFloat("centreWeight", static_cast<float>(centre));
+                program.SetInt("taps", taps);
+            });
+        }
+    }
+
+    void setWholeLevels(ShaderProgram& program) const { program.SetInt("wholeLevels", m_isFloat ? 0 : 1); }
+
+    const bool m_isFloat = isFloatFormat(m_frame.source().format);
+};
+
+bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
+    const Choices choices = readChoices(params);
+    if (!frame.create(2, kPrograms)) {
+        return false;
+    }
+    const Choice first = choices.useFirst ? choices.first : choices.second;
+    const Choice second = choices.useSecond ? choices.second : choices.first;
+    const float border = hasMaskBorder(facts) ? static_cast<float>(kMaskBorder) : 0.0F;
+    MaskPasses masks(frame);
+    masks.findKeys(first, second);
+    masks.soften(softenPasses(params.slider(kSoften), facts));
+    if (params.boolean(kShowMasks)) {
+        masks.show(first, second, choices.useFirst && choices.useSecond, border);
+    } else {
+        masks.drainSource(params.slider(kStrength), border);
+    }
+    return frame.finish(masks.picture());
 }
 
 using CSelectColor = EffectOf<kInfo, render, renderGPU>;
