@@ -70,25 +70,28 @@ Scene::Scene(int width, int height, ScenePart part)
       m_still(std::make_unique<SceneCanvas>(width, height)),
       m_work(std::make_unique<SceneCanvas>(width, height)) {
     SceneCanvas& still = *m_still;
-    SceneCanvas landscape(width, height);
-    SceneCanvas portrait(width, height);
-    SceneCanvas front(width, height);
-    drawPortrait(portrait);
-    drawTitle(front);
-    if (part != ScenePart::kCutOut) {
-        drawLandscape(landscape);
-        drawTestStrip(front);
-        drawSky(still);
-        putOver(landscape, still);
+    const Landscape landscape(still);
+    m_moving = std::make_unique<MovingFigures>(still, landscape);
+    {
+        SceneCanvas ground(width, height);
+        if (part != ScenePart::kCutOut) {
+            putGround(ground, landscape);
+            drawSky(still, landscape);
+            putOver(ground, still);
+        }
+        m_aboveClouds = alphaOf(ground);
     }
-    putOver(portrait, still);
+    SceneCanvas front(width, height);
+    putTitle(front);
+    if (part != ScenePart::kCutOut) {
+        drawTestStrip(front);
+    }
+    putPortrait(still);
     if (part == ScenePart::kWindow) {
         cutWindow(still);
     }
     putOver(front, still);
-
-    m_aboveClouds = alphaOf(landscape);
-    putOver(portrait, front);
+    putPortrait(front);
     m_aboveBalloons = alphaOf(front);
     for (int y = 0; y < height; y++) {
         for (int x = 0; x < width; x++) {
@@ -106,9 +109,9 @@ void Scene::render(double seconds, Depth depth, Picture& picture) {
     SceneCanvas& canvas = *m_work;
     canvas.copyFrom(*m_still);
     if (m_part != ScenePart::kCutOut) {
-        drawClouds(canvas, seconds, m_aboveClouds.data());
+        m_moving->drawClouds(canvas, seconds, m_aboveClouds.data());
     }
-    drawBalloons(canvas, seconds, m_aboveBalloons.data());
+    m_moving->drawBalloons(canvas, seconds, m_aboveBalloons.data());
     if (m_part != ScenePart::kCutOut) {
         drawClock(canvas, seconds);
     }

@@ -7,6 +7,7 @@
 
 namespace lumiset::media {
 
+class MovingFigures;
 class SceneCanvas;
 
 enum class ScenePart {
@@ -15,7 +16,7 @@ enum class ScenePart {
     kCutOut,  ///< the figures in front and the title alone, nothing behind them
 };
 
-/// A drawn moving picture for showing video effects: a landscape in a window whose soft edge leaves a transparent
+/// A painted moving picture for showing video effects: a landscape in a window whose soft edge leaves a transparent
 /// margin, a portrait, balloons that drift in front and out over the margin, a title, a strip of fine lines and
 /// colours. The same time gives the same picture. Built once for a size; what stands still is drawn only then.
 class Scene {
@@ -29,6 +30,7 @@ private:
     ScenePart m_part;
     std::unique_ptr<SceneCanvas> m_still;  ///< everything that does not move
     std::unique_ptr<SceneCanvas> m_work;
+    std::unique_ptr<MovingFigures> m_moving;
     std::vector<float> m_aboveClouds;    ///< how much of each pixel hides the clouds
     std::vector<float> m_aboveBalloons;  ///< and the balloons
 };

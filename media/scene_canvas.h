@@ -1,15 +1,16 @@
 #pragma once
 
-// Drawing by signed distances: a shape is a function that tells colour and coverage at a point, evaluated once a pixel.
-// Points are in units of the design's height, the origin in the middle of the frame, y down; the design is 16:9 and
-// fits into any frame.
+// The scene's frame: layers are put over it, and what is as fine as its pixels is drawn by signed distances, a function
+// that tells colour and coverage at a point. Points are in units of the design's height, the origin in the middle of
+// the frame, y down; the design is 16:9 and fits into any frame.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
-#include <numbers>
 #include <vector>
+
+#include "media/layer.h"
 
 namespace lumiset::media {
 
@@ -60,17 +61,14 @@ struct Paint {
 struct Box {
     float left, top, right, bottom;
 };
+/// The same in pixels from the frame's top left corner.
+struct PixelBox {
+    float left, top, right, bottom;
+};
 
 /// Signed distances, negative inside.
 inline float circle(Vec p, Vec center, float radius) {
     return length(p - center) - radius;
-}
-/// Close to the distance near the edge, which is where it counts.
-inline float ellipse(Vec p, Vec center, Vec radii) {
-    const Vec q = {(p.x - center.x) / radii.x, (p.y - center.y) / radii.y};
-    const Vec gradient = {q.x / radii.x, q.y / radii.y};
-    const float k = length(q);
-    return k * (k - 1) / std::max(length(gradient), 1e-6F);
 }
 inline float segment(Vec p, Vec a, Vec b, float radius) {
     const Vec pa = p - a;
@@ -82,39 +80,6 @@ inline float roundedBox(Vec p, Vec center, Vec half, float radius) {
     const Vec q = {std::abs(p.x - center.x) - half.x + radius, std::abs(p.y - center.y) - half.y + radius};
     const Vec outside = {std::max(q.x, 0.0F), std::max(q.y, 0.0F)};
     return length(outside) + std::min(std::max(q.x, q.y), 0.0F) - radius;
-}
-/// Union of two shapes whose joint is rounded over `k`.
-inline float smoothUnion(float a, float b, float k) {
-    const float h = std::max(k - std::abs(a - b), 0.0F) / k;
-    return std::min(a, b) - h * h * k * 0.25F;
-}
-
-/// Random values 0..1 of a lattice, the same everywhere and always.
-inline float latticeNoise(int x, int y) {
-    std::uint32_t h = static_cast<std::uint32_t>(x) * 374761393U + static_cast<std::uint32_t>(y) * 668265263U;
-    h = (h ^ (h >> 13)) * 1274126177U;
-    return static_cast<float>((h ^ (h >> 16)) & 0xFFFFFFU) / 16777215.0F;
-}
-/// The same, smooth between the lattice's points.
-inline float smoothNoise(Vec p) {
-    const float fx = std::floor(p.x);
-    const float fy = std::floor(p.y);
-    const int x = static_cast<int>(fx);
-    const int y = static_cast<int>(fy);
-    const float u = smooth(0, 1, p.x - fx);
-    const float v = smooth(0, 1, p.y - fy);
-    const float top = std::lerp(latticeNoise(x, y), latticeNoise(x + 1, y), u);
-    const float bottom = std::lerp(latticeNoise(x, y + 1), latticeNoise(x + 1, y + 1), u);
-    return std::lerp(top, bottom, v);
-}
-inline float fractalNoise(Vec p, int octaves) {
-    float sum = 0;
-    float weight = 0.5F;
-    for (int i = 0; i < octaves; i++, weight *= 0.5F) {
-        sum += weight * smoothNoise(p);
-        p = {p.x * 2.03F + 17.0F, p.y * 2.03F + 5.0F};
-    }
-    return sum / (1 - weight * 2);
 }
 
 /// A frame of premultiplied R, G, B, A.
@@ -149,14 +114,10 @@ public:
         return coverage(distanceToMiddle - drawn) * (halfWidth / drawn);
     }
 
-    /// Paints `shape(point) -> Paint` over the pixels of a box.
+    /// Paints `shape(point) -> Paint` over the pixels of a box, behind what covers each pixel by `cover`; null means
+    /// nothing.
     template <class Shape>
-    void draw(Box box, const Shape& shape) {
-        drawBehind(box, nullptr, shape);
-    }
-    /// The same behind what covers each pixel by `cover`; null means nothing.
-    template <class Shape>
-    void drawBehind(Box box, const float* cover, const Shape& shape) {
+    void draw(Box box, const Shape& shape, const float* cover = nullptr) {
         const int left = toPixel(box.left, m_width, -1);
         const int right = toPixel(box.right, m_width, 2);
         const int bottom = toPixel(box.bottom, m_height, 2);
@@ -172,6 +133,41 @@ public:
                     p[2] += (paint.color.b - p[2]) * alpha;
                     p[3] += (1 - p[3]) * alpha;
                 }
+            }
+        }
+    }
+    /// Draws `sample(x, y)`, premultiplied R, G, B, A at a place in pixels, over the pixels of a box.
+    template <class Sample>
+    void drawPixels(PixelBox box, const Sample& sample, const float* cover = nullptr) {
+        const auto inside = [](float at, int size) {
+            return static_cast<int>(std::clamp(at, 0.0F, static_cast<float>(size)));
+        };
+        const int right = inside(box.right + 1, m_width);
+        const int bottom = inside(box.bottom + 1, m_height);
+        for (int y = inside(box.top, m_height); y < bottom; y++) {
+            for (int x = inside(box.left, m_width); x < right; x++) {
+                const std::array<float, 4> over = sample(static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F);
+                const float shown = cover != nullptr ? 1 - cover[index(x, y)] : 1;
+                float* p = row(y) + 4 * x;
+                for (int c = 0; c < 4; c++) {
+                    p[c] = over[static_cast<std::size_t>(c)] * shown + p[c] * (1 - over[3] * shown);
+                }
+            }
+        }
+    }
+    /// Puts a layer over the pixels, its top left corner at a pixel.
+    void put(const Layer& layer, int left, int top) {
+        const int bottom = std::min(top + layer.height, m_height);
+        const int right = std::min(left + layer.width, m_width);
+        for (int y = std::max(top, 0); y < bottom; y++) {
+            for (int x = std::max(left, 0); x < right; x++) {
+                const std::uint8_t* from = layer.pixel(x - left, y - top);
+                float* to = row(y) + 4 * x;
+                const float alpha = static_cast<float>(from[3]) / 255;
+                for (int c = 0; c < 3; c++) {
+                    to[c] += (static_cast<float>(from[c]) / 255 - to[c]) * alpha;
+                }
+                to[3] += (1 - to[3]) * alpha;
             }
         }
     }

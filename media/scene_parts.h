@@ -1,30 +1,49 @@
 #pragma once
 
-#include <string_view>
+#include <vector>
 
+#include "media/layer.h"
 #include "media/scene_canvas.h"
 
 namespace lumiset::media {
 
+/// The landscape's own measure: as high as the frame. A wider frame than 16:9 sees it continued by its mirror image, a
+/// taller one the part of it around the house.
+struct Landscape {
+    explicit Landscape(const SceneCanvas& canvas);
+
+    float unit;    ///< pixels in the height of the design
+    float middle;  ///< where the design's middle lies, in pixels from the frame's left edge
+    Layer ground;  ///< all that stands before the sky, down to the frame's lower edge
+};
+
 /// Sky with its sun, filling the frame.
-void drawSky(SceneCanvas& canvas);
+void drawSky(SceneCanvas& canvas, const Landscape& landscape);
 /// Mountains, meadow, house and tree.
-void drawLandscape(SceneCanvas& canvas);
-void drawClouds(SceneCanvas& canvas, double seconds, const float* cover);
+void putGround(SceneCanvas& canvas, const Landscape& landscape);
 
-/// A woman's head and shoulders.
-void drawPortrait(SceneCanvas& canvas);
-void drawBalloons(SceneCanvas& canvas, double seconds, const float* cover);
+/// What drifts, at the sizes that it has in a frame.
+class MovingFigures {
+public:
+    MovingFigures(const SceneCanvas& canvas, const Landscape& landscape);
+    void drawClouds(SceneCanvas& canvas, double seconds, const float* cover) const;
+    void drawBalloons(SceneCanvas& canvas, double seconds, const float* cover) const;
 
+private:
+    float m_unit;    // of the landscape
+    float m_middle;  // likewise
+    std::vector<Layer> m_clouds;
+    std::vector<Layer> m_balloons;
+};
+
+/// A woman's head and shoulders, at the frame's lower edge.
+void putPortrait(SceneCanvas& canvas);
 /// The title, with its shadow, and the line below it.
-void drawTitle(SceneCanvas& canvas);
+void putTitle(SceneCanvas& canvas);
+
 /// Colour bars, a grey ramp and gratings as fine as the pixels, on a panel.
 void drawTestStrip(SceneCanvas& canvas);
 /// Seconds, and a hand that turns once a second, at the strip's end.
 void drawClock(SceneCanvas& canvas, double seconds);
-
-/// Text in strokes (stroke_text.h). `origin` is the first letter's top left.
-void drawText(SceneCanvas& canvas, std::string_view text, Vec origin, float height, float strokeWidth, Color color,
-              float alpha, float softness);
 
 }  // namespace lumiset::media

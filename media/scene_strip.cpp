@@ -1,6 +1,8 @@
 #include <cmath>
 #include <cstdio>
+#include <numbers>
 
+#include "media/lettering.h"
 #include "media/scene_parts.h"
 
 namespace lumiset::media {
@@ -78,7 +80,17 @@ void drawClock(SceneCanvas& canvas, double seconds) {
     });
     char text[32];
     std::snprintf(text, sizeof text, "%05.2f", std::fmod(seconds, 100.0));
-    drawText(canvas, text, {center.x - 0.161F, center.y - 0.013F}, 0.026F, 0.0035F, {0.45F, 0.95F, 0.55F}, 1, 0);
+    const float unit = canvas.unit();
+    const float place = (canvas.half().x + center.x - 0.048F) * unit - textWidth(text, 0.026F * unit);
+    const TextImage letters = drawText(text, 0.026F * unit, place - std::floor(place));
+    const float top = std::round((canvas.half().y + center.y - 0.013F) * unit) + static_cast<float>(letters.top);
+    const float left = std::floor(place) + static_cast<float>(letters.left);
+    const auto width = static_cast<float>(letters.width);
+    const auto height = static_cast<float>(letters.height);
+    canvas.drawPixels({left, top, left + width - 1, top + height - 1}, [&](float x, float y) {
+        const float alpha = letters.at(static_cast<int>(x - left), static_cast<int>(y - top));
+        return std::array<float, 4>{0.45F * alpha, 0.95F * alpha, 0.55F * alpha, alpha};
+    });
 }
 
 }  // namespace lumiset::media

@@ -108,7 +108,7 @@ TEST(Gallery, ShowsChosenSettingsOverACheckerboard) {
             darkGrey += grey && pixel[0] == 110 ? 1 : 0;
         }
     }
-    EXPECT_GT(green, 500);
+    EXPECT_GT(green, 300);
     EXPECT_GT(lightGrey, 1000);
     EXPECT_GT(darkGrey, 1000);
 }

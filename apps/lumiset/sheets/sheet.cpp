@@ -5,7 +5,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "media/stroke_text.h"
+#include "media/lettering.h"
 
 namespace lumiset::app {
 namespace {
@@ -68,19 +68,16 @@ void drawLine(media::Picture& sheet, std::string text, float left, float top, fl
     if (centred) {
         left += (room - media::textWidth(text, height)) / 2;
     }
-    const float pen = std::max(height * 0.13F, 1.1F) / 2;
-    for (const media::TextLetter& letter : media::layOutText(text, {left, top}, height)) {
-        const int right = std::min(sheet.width - 1, static_cast<int>(letter.box.right + pen + 1));
-        const int bottom = std::min(sheet.height - 1, static_cast<int>(letter.box.bottom + pen + 1));
-        for (int y = std::max(0, static_cast<int>(letter.box.top - pen - 1)); y <= bottom; ++y) {
-            for (int x = std::max(0, static_cast<int>(letter.box.left - pen - 1)); x <= right; ++x) {
-                const media::Vec middle = {static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F};
-                const float covered = media::clamp01(pen + 0.5F - letter.distanceTo(middle));
-                std::uint8_t* pixel = sheet.row(y) + 4 * x;
-                for (std::size_t c = 0; c < 3; ++c) {
-                    const auto under = static_cast<float>(pixel[c]);
-                    pixel[c] = static_cast<std::uint8_t>(under + (ink[c] - under) * covered + 0.5F);
-                }
+    const media::TextImage letters = media::drawText(text, height, left - std::floor(left));
+    const int x0 = static_cast<int>(std::floor(left)) + letters.left;
+    const int y0 = static_cast<int>(std::lround(top)) + letters.top;
+    for (int y = std::max(0, y0); y < std::min(sheet.height, y0 + letters.height); ++y) {
+        for (int x = std::max(0, x0); x < std::min(sheet.width, x0 + letters.width); ++x) {
+            const float covered = letters.at(x - x0, y - y0);
+            std::uint8_t* pixel = sheet.row(y) + 4 * x;
+            for (std::size_t c = 0; c < 3; ++c) {
+                const auto under = static_cast<float>(pixel[c]);
+                pixel[c] = static_cast<std::uint8_t>(under + (ink[c] - under) * covered + 0.5F);
             }
         }
     }
