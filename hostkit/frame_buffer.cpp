@@ -53,12 +53,12 @@ RowConversion rowConversion(std::uint32_t from, std::uint32_t to) {
                              : rowConversion<std::uint8_t, std::uint8_t>(reverse);
 }
 
-std::uint8_t* pictureRow(const VideoFrameDesc& frame, std::int32_t y) {
+}  // namespace
+
+std::uint8_t* rowOf(const VideoFrameDesc& frame, std::int32_t y) {
     const std::int32_t stored = frame.flipped != 0 ? frame.height - 1 - y : y;
     return static_cast<std::uint8_t*>(frame.data) + static_cast<std::ptrdiff_t>(frame.stride) * stored;
 }
-
-}  // namespace
 
 void FrameBuffer::Free::operator()(std::uint8_t* block) const {
     ::operator delete[](block, std::align_val_t{kAlignment});
@@ -85,11 +85,11 @@ FrameBuffer::FrameBuffer(std::int32_t width, std::int32_t height, PixelFormat fo
 }
 
 std::uint8_t* FrameBuffer::row(std::int32_t y) {
-    return pictureRow(m_desc, y);
+    return rowOf(m_desc, y);
 }
 
 const std::uint8_t* FrameBuffer::row(std::int32_t y) const {
-    return pictureRow(m_desc, y);
+    return rowOf(m_desc, y);
 }
 
 bool FrameBuffer::fits(std::int32_t width, std::int32_t height, PixelFormat format) const {
@@ -104,8 +104,8 @@ void convertFrame(const VideoFrameDesc& source, const VideoFrameDesc& destinatio
     const bool same = source.format == destination.format;
     const std::size_t rowBytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(source.bytesPerPixel);
     for (std::int32_t y = 0; y < height; ++y) {
-        const std::uint8_t* from = pictureRow(source, y);
-        std::uint8_t* to = pictureRow(destination, y);
+        const std::uint8_t* from = rowOf(source, y);
+        std::uint8_t* to = rowOf(destination, y);
         if (same) {
             std::memcpy(to, from, rowBytes);
         } else {
@@ -121,7 +121,7 @@ VideoFrameDesc fieldOf(const VideoFrameDesc& frame, bool bottom) {
     if (field.height > 0) {
         // The field's first stored row: its top row, or with stored rows from the bottom up its last one.
         const std::int32_t firstRow = bottom ? 1 : 0;
-        field.data = pictureRow(frame, frame.flipped != 0 ? firstRow + 2 * (field.height - 1) : firstRow);
+        field.data = rowOf(frame, frame.flipped != 0 ? firstRow + 2 * (field.height - 1) : firstRow);
     }
     return field;
 }

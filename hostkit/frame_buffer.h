@@ -44,6 +44,9 @@ private:
     VideoFrameDesc m_desc{};
 };
 
+/// First byte of a row of a picture, row 0 the top one whatever the storage.
+[[nodiscard]] std::uint8_t* rowOf(const VideoFrameDesc& frame, std::int32_t y);
+
 /// Copies the common top-left part of one picture to another, between any two of the four host formats and
 /// any two row orders. 8-bit v becomes v / 255; float v becomes floor(255 v + 0.5) limited to 0..255, NaN 0.
 /// Float to float keeps values outside 0..1.

@@ -65,10 +65,14 @@ void ParameterStore::set(const ParameterDescription& parameter, const ParamValue
 
 void ParameterStore::addKey(std::string_view name, double timeSeconds, std::string_view value) {
     const ParameterDescription& parameter = m_effect->parameter(name);
+    addKey(parameter, timeSeconds, parseValue(parameter, value));
+}
+
+void ParameterStore::addKey(const ParameterDescription& parameter, double timeSeconds, const ParamValue& value) {
     if (!std::isfinite(timeSeconds) || timeSeconds < 0.0) {
         throw ParameterError("A keyframe of " + parameter.label + " needs a time of 0 seconds or later.");
     }
-    const Key key{timeSeconds, parseValue(parameter, value)};
+    const Key key{timeSeconds, value};
     std::vector<Key>& keys = m_tracks[trackIndex(parameter)].keys;
     const auto place = std::lower_bound(keys.begin(), keys.end(), timeSeconds,
                                         [](const Key& each, double time) { return each.timeSeconds < time; });

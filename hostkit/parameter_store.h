@@ -28,6 +28,7 @@ public:
     /// after the last key their values hold. Throws `ParameterError` for a time that is negative or not
     /// finite too.
     void addKey(std::string_view name, double timeSeconds, std::string_view value);
+    void addKey(const ParameterDescription& parameter, double timeSeconds, const ParamValue& value);
 
     [[nodiscard]] const EffectDescription& effect() const { return *m_effect; }
     [[nodiscard]] ParamValue valueAt(const ParameterDescription& parameter, double timeSeconds) const;

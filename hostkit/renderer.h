@@ -9,14 +9,22 @@
 #include "host/video_effect.h"
 #include "hostkit/com_ptr.h"
 #include "hostkit/frame_buffer.h"
+#include "hostkit/mix.h"
 #include "hostkit/parameter_store.h"
 
 namespace lumiset::hostkit {
 
 /// One effect in a chain. The object may be shared by any number of renderers.
 struct EffectStage {
+    /// What mixes the picture behind some stages with the picture in front of them.
+    struct GroupMix {
+        std::size_t stages = 1;  ///< how many, this one the last
+        Mix mix;
+    };
+
     ComPtr<IVideoGPUEffect> effect;
     ParameterStore parameters;
+    std::vector<GroupMix> mixes{};  ///< done behind this stage, in turn
 };
 
 /// Of an interlaced frame the field that comes first; or the one field that a frame is, of half the picture's rows.
@@ -62,13 +70,17 @@ private:
                      const FrameContext& context) const;
     void processFrame(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
                       const FrameRenderInfo& info) const;
-    const VideoFrameDesc& scratch(int which, const VideoFrameDesc& like);
+    /// An unused frame of the source's size and the chain's format.
+    [[nodiscard]] std::size_t takeScratch(const VideoFrameDesc& like);
+    /// The last stage that reads the frame in front of this one.
+    [[nodiscard]] std::size_t lastReader(std::size_t stage) const;
 
     const std::vector<EffectStage>& m_chain;
     PixelFormat m_format;
     IHostAllocator* m_allocator;
     StageRenderer m_firstChoice;
-    FrameBuffer m_scratch[2];
+    std::vector<FrameBuffer> m_scratch;
+    std::vector<std::size_t> m_freeAfter;  ///< for each of `m_scratch` the stage that needs it last
 };
 
 }  // namespace lumiset::hostkit

@@ -73,6 +73,7 @@ void describeCommandLine(CLI::App& app, Program& program) {
     addCompareCommand(app, program);
     addExportCommands(app, program);
     addPresetCommands(app, program);
+    addLookCommands(app, program);
     addOptionsCommand(app, program);
     addGPUCommands(app, program);
     addDoctorCommand(app, program);

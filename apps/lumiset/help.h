@@ -35,8 +35,9 @@ How values are written, as "lumiset show EFFECT" lists them:
   switch   "Battery=off"         on/off, true/false, yes/no, 1/0
   list     "Blend Mode=Screen"   the item or its number from 0
 Case does not matter. A label that occurs twice is told apart by its group box, "Image/Tint=20", or by its number,
-"#2=20". With --key the value moves in straight lines from key to key; times count from the start of the file, also
-behind --start.
+"#2=20"; behind --look the effect's name comes first, "Old TV/Noise=20", or "Old TV#2/Noise=20" for the second of them.
+With --key the value moves in straight lines from key to key; times count from the start of the file, also
+behind --start, and "Width@50%=20" stands in its middle.
 
 Examples:
   A preset on a picture with transparent parts:
@@ -47,10 +48,24 @@ Examples:
     lumiset render title.mov out.mov --effect Outline --key Width@0=0 --key Width@2=60
   Two effects, the second works on the picture of the first:
     lumiset render scene:1280x720:5 out.mp4 --effect Outline --set "Color=#FFD040" --effect Outline --set Width=20
+  A look, with a value of one of its effects changed, and an effect behind it:
+    lumiset render clip.mp4 out.mp4 --look "Home Video 1986" --set "Old TV/Noise=20" --effect Viewfinder
+  An effect where a grey picture is white, and there half of it:
+    lumiset render clip.mp4 out.mp4 --effect "Color Fixer Pro" --preset Sepia --mask sky.png --strength 50
   In OpenGL ("lumiset gpu info" tells what there is):
     lumiset render title.mov out.mov --gpu --effect Outline
   From and to another program:
     ffmpeg -i in.avi -f yuv4mpegpipe - | lumiset render - - --effect Outline | ffplay -)";
+
+inline constexpr const char* kLookSave =
+    R"(Writes effects with their settings to a look, a file that "render --look" and every other program here takes.
+
+FILE has the extension .lumilook; a name alone, "My Glow", is kept in ~/.local/share/lumiset/looks, where
+"lumiset look list" finds it.
+
+  lumiset look save "My Glow" --effect Outline --preset "Red Glow" --set Width=10 --about "A thin red glow."
+  lumiset look save tape.lumilook --look "Home Video 1986" --set "Old TV/Noise=20" --author "A. Person"
+)";
 
 inline constexpr const char* kExport =
     R"(Prints what gives an effect the same settings in another program, by way of its frei0r plug-in.

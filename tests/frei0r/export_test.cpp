@@ -72,13 +72,13 @@ TEST_F(ExportedCommand, RendersSettingsAndPresetFiles) {
 TEST(ExportedLines, LeaveOutWhatIsAtItsDefaultAndQuoteTheRest) {
     const hostkit::EffectDescription& effect = reference().catalogue.effect("Selective Tint");
     hostkit::ParameterStore values(effect);
-    EXPECT_EQ(ffmpegCommand(settingsOf(values), "-a.mov", "b.MP4"),
+    EXPECT_EQ(ffmpegCommand({settingsOf(values)}, "-a.mov", "b.MP4"),
               "ffmpeg -i ./-a.mov -vf frei0r=filter_name=lumiset_selective_tint -pix_fmt yuv420p b.MP4");
     values.set("Top Left", "10,20");
     values.set("Test Mask", "on");
     values.set("Outer Tint/Color", "#0080C0");
     // melt takes a colon in a name for something else.
-    EXPECT_EQ(meltCommand(settingsOf(values), "in.mp4", "o'b.mp4"),
+    EXPECT_EQ(meltCommand({settingsOf(values)}, "in.mp4", "o'b.mp4"),
               "melt in.mp4 -filter frei0r.lumiset_selective_tint 'Top Left X=0.1' 'Test Mask=1' '14=#0080c0' "
               "-consumer 'avformat:o'\\''b.mp4'");
 }

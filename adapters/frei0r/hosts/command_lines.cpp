@@ -54,24 +54,31 @@ std::string ffmpegParameters(const Settings& settings) {
 
 }  // namespace
 
-std::string ffmpegCommand(const Settings& settings, const std::string& input, const std::string& output) {
-    std::string filter = "frei0r=filter_name=" + pluginName(settings.effect->name);
-    const std::string parameters = ffmpegParameters(settings);
-    if (!parameters.empty()) {
-        filter += ":filter_params=" + parameters;
+std::string ffmpegCommand(const std::vector<Settings>& chain, const std::string& input, const std::string& output) {
+    std::string filters;
+    for (const Settings& settings : chain) {
+        filters +=
+            (filters.empty() ? "frei0r=filter_name=" : ",frei0r=filter_name=") + pluginName(settings.effect->name);
+        const std::string parameters = ffmpegParameters(settings);
+        if (!parameters.empty()) {
+            filters += ":filter_params=" + parameters;
+        }
     }
-    return "ffmpeg -i " + word(fileName(input)) + " -vf " + word(filter) +
+    return "ffmpeg -i " + word(fileName(input)) + " -vf " + word(filters) +
            (isHalvedVideo(output) ? " -pix_fmt yuv420p " : " ") + word(fileName(output));
 }
 
-std::string meltCommand(const Settings& settings, const std::string& input, const std::string& output) {
-    std::string command = "melt " + word(fileName(input)) + " -filter frei0r." + pluginName(settings.effect->name);
-    for (std::size_t i = 0; i < settings.parameters.size(); ++i) {
-        if (settings.differs(i)) {
-            // A colon in a name means something else to melt, so such a parameter goes by its number.
-            const std::string& name = settings.parameters[i].name;
-            const bool numbered = name.find(':') != std::string::npos;
-            command += ' ' + word((numbered ? std::to_string(i) : name) + '=' + settings.text(i));
+std::string meltCommand(const std::vector<Settings>& chain, const std::string& input, const std::string& output) {
+    std::string command = "melt " + word(fileName(input));
+    for (const Settings& settings : chain) {
+        command += " -filter frei0r." + pluginName(settings.effect->name);
+        for (std::size_t i = 0; i < settings.parameters.size(); ++i) {
+            if (settings.differs(i)) {
+                // A colon in a name means something else to melt, so such a parameter goes by its number.
+                const std::string& name = settings.parameters[i].name;
+                const bool numbered = name.find(':') != std::string::npos;
+                command += ' ' + word((numbered ? std::to_string(i) : name) + '=' + settings.text(i));
+            }
         }
     }
     return command + " -consumer " + word("avformat:" + output);

@@ -14,6 +14,8 @@ void addGalleryCommand(CLI::App& app, Program& program);
 void addCompareCommand(CLI::App& app, Program& program);
 void addExportCommands(CLI::App& app, Program& program);
 void addPresetCommands(CLI::App& app, Program& program);
+void addLookCommands(CLI::App& app, Program& program);
+void addLookGalleryCommand(CLI::App& look, Program& program);
 void addOptionsCommand(CLI::App& app, Program& program);
 void addGPUCommands(CLI::App& app, Program& program);
 void addDoctorCommand(CLI::App& app, Program& program);

@@ -150,7 +150,8 @@ struct CompareOptions {
 
 int compare(const CompareOptions& options, Program& program) {
     const EffectRequest request = options.effects.request();
-    const std::vector<hostkit::EffectStage> chain = buildChain(program.effectLibrary(), program.catalogue(), {request});
+    const std::vector<hostkit::EffectStage> chain =
+        buildChain(program.effectLibrary(), program.catalogue(), {request}, options.input);
     Moment moment = readMoment(options.input,
                                options.time.empty() ? std::nullopt : std::optional(parseTime(options.time, "--time")));
     // In the middle of a frame in OpenGL a sudden end would look like a crash of the driver's.

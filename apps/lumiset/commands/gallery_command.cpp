@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "apps/lumiset/commands/commands.h"
+#include "apps/lumiset/messages.h"
 #include "apps/lumiset/render/effect_options.h"
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
@@ -16,6 +17,7 @@
 #include "apps/lumiset/sheets/sheet.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/host_allocator.h"
+#include "hostkit/look_files.h"
 
 namespace lumiset::app {
 namespace {
@@ -24,14 +26,15 @@ constexpr const char* kIntroduction =
     R"(Draws a sheet with every preset of EFFECT on one picture of INPUT, the picture as it is first.
 
 INPUT is whatever "lumiset render" reads: an image, a sequence, a video, "-" or "scene". With --effect in place of
-EFFECT the sheet shows those settings instead, one picture for each --effect.
+EFFECT the sheet shows those settings instead, one picture for each --effect; --look likewise, and --looks all looks.
 )";
 
 constexpr const char* kFooter = R"(
 Examples:
   lumiset gallery "Old TV" clip.mp4 old_tv.png
   lumiset gallery Outline title.mov glow.png --time 1:20 --columns 3 --tile 480
-  lumiset gallery scene some.png -e Outline -p "Red Glow" -e Outline -p "Red Glow" --set Width=10 -e "Old TV" -p Snow)";
+  lumiset gallery scene some.png -e Outline -p "Red Glow" -e Outline -p "Red Glow" --set Width=10 -e "Old TV" -p Snow
+  lumiset gallery --looks clip.mp4 looks.png)";
 
 /// One picture of the sheet beside the source.
 struct Tile {
@@ -69,12 +72,27 @@ Gallery everyPreset(Program& program, const std::string& name) {
     return gallery;
 }
 
-std::string labelOf(const hostkit::EffectDescription& effect, const EffectRequest& request) {
-    std::string label = effect.name;
-    if (!request.preset.empty()) {
-        label += ": " + effect.preset(request.preset).uniqueName;
-    } else if (!request.presetFile.empty()) {
-        label += ": " + request.presetFile.substr(request.presetFile.rfind('/') + 1);
+bool movesWithTime(const std::vector<hostkit::EffectStage>& chain) {
+    return std::any_of(chain.begin(), chain.end(), [](const hostkit::EffectStage& stage) {
+        const auto& parameters = stage.parameters.effect().parameters;
+        return dependsOnTime(stage.parameters.effect()) ||
+               std::any_of(parameters.begin(), parameters.end(),
+                           [&](const auto& parameter) { return stage.parameters.hasKeys(parameter); });
+    });
+}
+
+std::string labelOf(const hostkit::EffectCatalogue& catalogue, const EffectRequest& request) {
+    std::string label;
+    if (!request.look.empty()) {
+        label = hostkit::findLook(catalogue, request.look).name;
+    } else {
+        const hostkit::EffectDescription& effect = catalogue.effect(request.name);
+        label = effect.name;
+        if (!request.preset.empty()) {
+            label += ": " + effect.preset(request.preset).uniqueName;
+        } else if (!request.presetFile.empty()) {
+            label += ": " + request.presetFile.substr(request.presetFile.rfind('/') + 1);
+        }
     }
     for (const EffectRequest::Setting& setting : request.settings) {
         label += ", " + setting.label + "=" + setting.value;
@@ -82,23 +100,42 @@ std::string labelOf(const hostkit::EffectDescription& effect, const EffectReques
     return label;
 }
 
-Gallery chosenSettings(Program& program, const std::vector<EffectRequest>& requests) {
+Gallery chosenSettings(Program& program, const std::vector<EffectRequest>& requests, const std::string& input) {
     Gallery gallery{requests.size() == 1 ? "One effect" : "Effects", false, {}};
     for (const EffectRequest& request : requests) {
-        const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
-        gallery.movesWithTime = gallery.movesWithTime || dependsOnTime(effect);
-        gallery.tiles.push_back(
-            {labelOf(effect, request), buildChain(program.effectLibrary(), program.catalogue(), {request})});
+        gallery.tiles.push_back({labelOf(program.catalogue(), request),
+                                 buildChain(program.effectLibrary(), program.catalogue(), {request}, input)});
+        gallery.movesWithTime = gallery.movesWithTime || movesWithTime(gallery.tiles.back().chain);
     }
+    return gallery;
+}
+
+Gallery everyLook(Program& program, const std::string& input) {
+    std::vector<std::string> faults;
+    std::vector<EffectRequest> requests;
+    for (const hostkit::KnownLook& each : hostkit::knownLooks(program.catalogue(), faults)) {
+        requests.push_back({{}, each.file.empty() ? each.look.name : each.file.string()});
+    }
+    for (const std::string& fault : faults) {
+        tell("lumiset: " + fault + '\n');
+    }
+    Gallery gallery = chosenSettings(program, requests, input);
+    gallery.title = "Looks";
     return gallery;
 }
 
 class GalleryOptions {
 public:
-    explicit GalleryOptions(CLI::App& command) : m_effects(command, EffectOptions::kAlternatives) {
-        command.add_option("EFFECT", m_words[0], "name of the effect, without --effect")->required();
-        command.add_option("INPUT", m_words[1], "what to read")->required();
-        command.add_option("OUTPUT", m_words[2], "the sheet to write, sheet.png");
+    explicit GalleryOptions(CLI::App& command, bool ofLooks) : m_looks(ofLooks) {
+        if (!ofLooks) {
+            m_effects.emplace(command, EffectOptions::kAlternatives);
+            command.add_option("EFFECT", m_words[0], "name of the effect, without --effect, --look and --looks")
+                ->required();
+            command.add_flag("--looks", m_looks, "show every look that \"lumiset look list\" has");
+        }
+        command.add_option("INPUT", m_words[ofLooks ? 0 : 1], "what to read")->required();
+        CLI::Option* output = command.add_option("OUTPUT", m_words[ofLooks ? 1 : 2], "the sheet to write, sheet.png");
+        output->required(ofLooks);
         command
             .add_option("--time,-t", m_time, "which picture, in seconds or h:m:s [2.2, or halfway in shorter clips]")
             ->option_text("TIME");
@@ -120,7 +157,8 @@ public:
 private:
     void render(const Gallery& gallery, const std::string& input, const std::string& output) const;
 
-    EffectOptions m_effects;
+    std::optional<EffectOptions> m_effects;
+    bool m_looks = false;
     std::string m_words[3];
     std::string m_time;
     int m_columns = 0;
@@ -131,15 +169,20 @@ private:
 };
 
 int GalleryOptions::run(Program& program) const {
-    const std::vector<EffectRequest> requests = m_effects.requests();
-    if (requests.empty() == m_words[2].empty()) {
-        throw UsageError(requests.empty() ? "gallery needs EFFECT, INPUT and OUTPUT."
-                                          : "gallery takes INPUT and OUTPUT alone where --effect is given.");
+    const std::vector<EffectRequest> requests = m_effects ? m_effects->requests() : std::vector<EffectRequest>();
+    if (m_looks && !requests.empty()) {
+        throw UsageError("--looks shows all looks; --effect and --look are not for it.");
     }
-    if (requests.empty()) {
+    const bool everyOne = requests.empty() && !m_looks;
+    if (everyOne == m_words[2].empty()) {
+        throw UsageError(everyOne ? "gallery needs EFFECT, INPUT and OUTPUT."
+                                  : "gallery takes INPUT and OUTPUT alone where --effect, --look or --looks is given.");
+    }
+    if (everyOne) {
         render(everyPreset(program, m_words[0]), m_words[1], m_words[2]);
     } else {
-        render(chosenSettings(program, requests), m_words[0], m_words[1]);
+        render(m_looks ? everyLook(program, m_words[0]) : chosenSettings(program, requests, m_words[0]), m_words[0],
+               m_words[1]);
     }
     return kDone;
 }
@@ -214,7 +257,13 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
 void addGalleryCommand(CLI::App& app, Program& program) {
     CLI::App& command = addCommand(app, "gallery", "Draws a sheet of an effect's presets", kIntroduction);
     command.footer(kFooter);
-    const auto options = std::make_shared<GalleryOptions>(command);
+    const auto options = std::make_shared<GalleryOptions>(command, false);
+    program.onChosen(command, [options, &program] { return options->run(program); });
+}
+
+void addLookGalleryCommand(CLI::App& look, Program& program) {
+    CLI::App& command = addCommand(look, "gallery", "Draws a sheet of every look");
+    const auto options = std::make_shared<GalleryOptions>(command, true);
     program.onChosen(command, [options, &program] { return options->run(program); });
 }
 

@@ -14,8 +14,8 @@ namespace lumiset::app {
 namespace {
 
 int savePreset(Program& program, const std::string& file, const EffectRequest& request) {
-    const hostkit::EffectDescription& effect = program.catalogue().effect(request.name);
-    hostkit::savePresetFile(program.effectLibrary(), file, readParameters(program.effectLibrary(), effect, request));
+    hostkit::savePresetFile(program.effectLibrary(), file,
+                            readParameters(program.effectLibrary(), program.catalogue(), request));
     return kDone;
 }
 

@@ -29,7 +29,7 @@ RenderRequest::Rate parseRate(const std::string& text) {
 
 class RenderOptions {
 public:
-    explicit RenderOptions(CLI::App& app) : m_effects(app, EffectOptions::kAnimatedChain) {
+    explicit RenderOptions(CLI::App& app) : m_effects(app, EffectOptions::kMaskedChain) {
         app.add_option("INPUT", m_request.input, "what to read")->required();
         app.add_option("OUTPUT", m_request.output, "what to write")->required();
         app.add_option("--depth", m_depth, "samples that the effects work in: 8 or float [8]")
@@ -98,7 +98,7 @@ void addRenderCommand(CLI::App& app, Program& program) {
     program.onChosen(command, [options, &program] {
         const RenderRequest request = options->request();
         render(request, program.effectLibrary(),
-               buildChain(program.effectLibrary(), program.catalogue(), request.effects));
+               buildChain(program.effectLibrary(), program.catalogue(), request.effects, request.input));
         return kDone;
     });
 }

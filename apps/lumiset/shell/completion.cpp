@@ -12,6 +12,7 @@
 #include "apps/lumiset/shell/completion_scripts.h"
 #include "apps/lumiset/shell/shell_line.h"
 #include "apps/lumiset/user_options.h"
+#include "hostkit/look_files.h"
 #include "hostkit/names.h"
 #include "hostkit/parameter_text.h"
 
@@ -73,7 +74,9 @@ private:
     void addOptions();
     void addCommands();
     void addValues(const CLI::Option& option, std::string_view word);
+    void addLooks();
     void addParameters(const EffectDescription& effect, char mark);
+    void addLookParameters(char mark);
     void addParameterValues(const ParameterDescription& parameter, const std::string& label);
 
     const CLI::App* m_command;
@@ -82,6 +85,7 @@ private:
     std::size_t m_positionals = 0;
     bool m_optionsEnded = false;  // by "--"
     std::string m_effect;
+    std::string m_look;
     Completion m_completion;
     std::string m_before;  // stands before each candidate: "--effect="
 };
@@ -99,6 +103,10 @@ const CLI::Option* Place::positional() const {
 void Place::take(const CLI::Option& option, const std::string& value) {
     if (option.check_lname("effect") || option.get_name(true) == "EFFECT") {
         m_effect = value;
+        m_look.clear();
+    } else if (option.check_lname("look")) {
+        m_look = value;
+        m_effect.clear();
     } else if (option.check_lname("module")) {
         m_program.modulePath = value;
     }
@@ -160,6 +168,28 @@ void Place::addParameters(const EffectDescription& effect, char mark) {
     }
 }
 
+void Place::addLooks() {
+    std::vector<std::string> faults;
+    for (const hostkit::KnownLook& each : hostkit::knownLooks(m_program.catalogue(), faults)) {
+        add(each.look.name, each.look.about);
+    }
+    m_completion.kind = m_completion.candidates.empty() ? Completion::kFiles : m_completion.kind;
+}
+
+void Place::addLookParameters(char mark) {
+    try {
+        const hostkit::Look look = hostkit::findLook(m_program.catalogue(), m_look);
+        const std::string before = m_before;
+        for (const hostkit::LookEffect& each : look.effects) {
+            m_before = before + each.effect + '/';
+            addParameters(m_program.catalogue().effect(each.effect), mark);
+        }
+        m_before = before;
+    } catch (const hostkit::LookError&) {
+        return;  // what is not there has nothing to offer
+    }
+}
+
 void Place::addParameterValues(const ParameterDescription& parameter, const std::string& label) {
     m_before += label + '=';
     if (parameter.type == kParamBoolean) {
@@ -180,6 +210,8 @@ void Place::addValues(const CLI::Option& option, std::string_view word) {
         for (const EffectDescription& each : m_program.catalogue().effects()) {
             add(each.name);
         }
+    } else if (name == "--look" || name == "LOOK") {
+        addLooks();
     } else if (name == "--preset") {
         const EffectDescription* known = effect();
         for (std::size_t i = 0; known != nullptr && i < known->presets.size(); ++i) {
@@ -188,7 +220,9 @@ void Place::addValues(const CLI::Option& option, std::string_view word) {
     } else if (name == "--set" || name == "--key") {
         const EffectDescription* known = effect();
         const std::size_t equals = word.find('=');
-        if (known != nullptr && equals == std::string_view::npos) {
+        if (!m_look.empty() && equals == std::string_view::npos) {
+            addLookParameters(name == "--set" ? '=' : '@');
+        } else if (known != nullptr && equals == std::string_view::npos) {
             addParameters(*known, name == "--set" ? '=' : '@');
         } else if (known != nullptr) {
             const std::string label(word.substr(0, equals));

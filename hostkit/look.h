@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "hostkit/renderer.h"
+
+namespace lumiset::hostkit {
+
+/// A look cannot be read, used or written; the text is one or more whole sentences.
+class LookError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// When a key of a look stands.
+struct LookTime {
+    double at = 0.0;      ///< in seconds from the clip's start, or in percent of the clip
+    bool isPart = false;  ///< the latter
+
+    [[nodiscard]] double seconds(double clipSeconds) const { return isPart ? at / 100.0 * clipSeconds : at; }
+};
+
+/// What a look sets of one parameter.
+struct LookParameter {
+    struct Key {
+        LookTime time;
+        ParamValue value{};
+    };
+    std::uint32_t index = 0;  ///< as in `ParameterDescription`
+    ParamValue value{};       ///< where there are no keys
+    std::vector<Key> keys{};
+};
+
+/// One effect of a look.
+struct LookEffect {
+    std::string effect;                       ///< name in the catalogue
+    std::string preset{};                     ///< unique name of the one that it starts from; empty: the defaults
+    std::vector<LookParameter> parameters{};  ///< on top of that, each index once
+    double strength = 100.0;                  ///< in percent
+
+    /// What it sets of a parameter, added where there is nothing yet.
+    LookParameter& of(const ParameterDescription& parameter);
+};
+
+/// What to do with a clip: effects in turn, with everything that they are set to. This is the only description of it;
+/// every program of ours makes one.
+struct Look {
+    std::string name{};       ///< one line
+    std::string about{};      ///< a sentence
+    std::string author{};     ///< one line
+    double strength = 100.0;  ///< of all of it, in percent
+    std::vector<LookEffect> effects{};
+};
+
+/// A look on a clip, shown only where a mask wants it.
+struct MaskedLook {
+    Look look;
+    std::shared_ptr<const Mask> mask{};  ///< null: everywhere
+};
+
+/// True where a look cannot be rendered without the clip's length.
+[[nodiscard]] bool hasKeysInParts(const Look& look);
+
+/// The values of one effect of a look in a clip of that length. `effect` must outlive them. Throws `ParameterError`.
+[[nodiscard]] ParameterStore valuesOf(const EffectDescription& effect, const LookEffect& wanted, double clipSeconds);
+
+/// Looks in turn, ready to render. `catalogue` must outlive the chain. Throws `ParameterError` for what the effects do
+/// not have.
+[[nodiscard]] std::vector<EffectStage> buildChain(IEffectLibrary& library, const EffectCatalogue& catalogue,
+                                                  const std::vector<MaskedLook>& looks, double clipSeconds);
+
+}  // namespace lumiset::hostkit
