@@ -1,19 +1,24 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "bench/bench_case.h"
 #include "bench/frames.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/module.h"
 #include "hostkit/parameter_store.h"
+#include "hostkit/renderer.h"
 
 namespace lumiset::bench {
 namespace {
 
 using hostkit::ComPtr;
+
+constexpr double kTimeSeconds = 1.3;
 
 /// What the effects need as long as they are measured.
 struct Stage {
@@ -29,7 +34,6 @@ struct Subject {
     hostkit::ParameterStore parameters;
 
     bool render(const Frame& from, const Frame& to) const {
-        constexpr double kTimeSeconds = 1.3;
         VideoFrameDesc source;
         VideoFrameDesc destination;
         from.ToDesc(&source);
@@ -43,12 +47,47 @@ struct Subject {
     }
 };
 
+/// All effects with their first presets, one after the other as a look has them, and the same each on its own: what the
+/// chain takes beyond their sum is what the host kit does between effects.
+void addChains(Cases& cases, const std::shared_ptr<Stage>& stage) {
+    const auto chain = std::make_shared<std::vector<hostkit::EffectStage>>();
+    const auto subjects = std::make_shared<std::vector<Subject>>();
+    for (const hostkit::EffectDescription& effect : stage->catalogue.effects()) {
+        const auto object = ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index));
+        hostkit::ParameterStore parameters(effect);
+        parameters.apply(effect.presets.front().name.starts_with("Reset") ? effect.presets.back()
+                                                                          : effect.presets.front());
+        chain->push_back({object, parameters});
+        subjects->push_back({stage, object, parameters});
+    }
+    Frames& f = frames();
+    const auto addFormat = [&](const char* name, PixelFormat format, Base base, const Pool& from, const Pool& to) {
+        const auto renderer = std::make_shared<hostkit::Renderer>(*chain, format, stage->allocator.get());
+        cases.push_back({fmt::format("All effects in a chain, {}", name), base,
+                         [stage, chain, renderer, &from, &to](std::size_t n) {
+                             VideoFrameDesc source;
+                             VideoFrameDesc destination;
+                             from[n].ToDesc(&source);
+                             to[n].ToDesc(&destination);
+                             renderer->render(source, destination, {kTimeSeconds, 0.04, 1.0});
+                             return true;
+                         }});
+        cases.push_back({fmt::format("All effects, each alone, {}", name), base, [subjects, &from, &to](std::size_t n) {
+                             return std::all_of(subjects->begin(), subjects->end(),
+                                                [&](const Subject& each) { return each.render(from[n], to[n]); });
+                         }});
+    };
+    addFormat("8", kFormatBgra8, Base::kFrame8, f.picture8, f.out8);
+    addFormat("float", kFormatBgraFloat, Base::kFrameFloat, f.pictureF, f.outF);
+}
+
 }  // namespace
 
 void addEffects(Cases& cases) {
     Frames& f = frames();
     const auto stage = std::make_shared<Stage>();
     stage->allocator = hostkit::PoolAllocator::create();
+    addChains(cases, stage);
     for (const hostkit::EffectDescription& effect : stage->catalogue.effects()) {
         const auto add = [&](const std::string& name, const hostkit::ParameterStore& parameters) {
             const auto subject = std::make_shared<Subject>(
