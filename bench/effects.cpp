@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -38,6 +37,9 @@ struct Subject {
         VideoFrameDesc destination;
         from.ToDesc(&source);
         to.ToDesc(&destination);
+        return render(source, destination);
+    }
+    bool render(const VideoFrameDesc& source, const VideoFrameDesc& destination) const {
         FrameRenderInfo info{};
         info.timeSeconds = kTimeSeconds;
         info.field = FrameRenderInfo::kWholeFrame;
@@ -47,8 +49,8 @@ struct Subject {
     }
 };
 
-/// All effects with their first presets, one after the other as a look has them, and the same each on its own: what the
-/// chain takes beyond their sum is what the host kit does between effects.
+/// All effects with their first presets, one after the other as a look has them; and the same by hand, each effect on
+/// the picture that it has there in a frame of its own. What the chain takes beyond that is the host kit's.
 void addChains(Cases& cases, const std::shared_ptr<Stage>& stage) {
     const auto chain = std::make_shared<std::vector<hostkit::EffectStage>>();
     const auto subjects = std::make_shared<std::vector<Subject>>();
@@ -72,9 +74,20 @@ void addChains(Cases& cases, const std::shared_ptr<Stage>& stage) {
                              renderer->render(source, destination, {kTimeSeconds, 0.04, 1.0});
                              return true;
                          }});
-        cases.push_back({fmt::format("All effects, each alone, {}", name), base, [subjects, &from, &to](std::size_t n) {
-                             return std::all_of(subjects->begin(), subjects->end(),
-                                                [&](const Subject& each) { return each.render(from[n], to[n]); });
+        const auto pictures = std::make_shared<std::vector<hostkit::FrameBuffer>>();
+        for (std::size_t i = 0; i <= chain->size(); ++i) {
+            pictures->emplace_back(from[0].Width(), from[0].Height(), format);
+        }
+        VideoFrameDesc first;
+        from[0].ToDesc(&first);
+        hostkit::convertFrame(first, pictures->front().desc());
+        cases.push_back({fmt::format("All effects, each alone, {}", name), base, [subjects, pictures](std::size_t) {
+                             for (std::size_t i = 0; i < subjects->size(); ++i) {
+                                 if (!(*subjects)[i].render((*pictures)[i].desc(), (*pictures)[i + 1].desc())) {
+                                     return false;
+                                 }
+                             }
+                             return true;
                          }});
     };
     addFormat("8", kFormatBgra8, Base::kFrame8, f.picture8, f.out8);

@@ -20,4 +20,7 @@ install(FILES ${CMAKE_CURRENT_LIST_DIR}/LumisetConfig.cmake ${CMAKE_BINARY_DIR}/
 
 # Made from the tables by the build: manual page, completions, descriptions for editors.
 install(DIRECTORY ${CMAKE_BINARY_DIR}/share/ DESTINATION share)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/lumilook.schema.json DESTINATION share/lumiset)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION share/doc/lumiset RENAME copyright)
+# The terms of the font that the program carries along.
+install(FILES /usr/share/doc/fonts-dejavu-core/copyright DESTINATION share/doc/lumiset RENAME copyright.DejaVu)

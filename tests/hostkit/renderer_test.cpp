@@ -58,6 +58,41 @@ TEST(Renderer, AppliesAChainInTurnInTheFormatAskedFor) {
     EXPECT_EQ(doubling.references, 1U);
 }
 
+TEST(Renderer, MixesGroupsOfStagesWithThePictureBeforeThem) {
+    test::FakeEffect adding;
+    adding.render = [](IEffectHost* host, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                       const FrameRenderInfo&) {
+        ParamValue value{};
+        host->GetParamValue(11, &value, kParamSlider);
+        for (int i = 0; i < 4; ++i) {
+            const bool isAlpha = i == static_cast<int>(AlphaIndex(source.format));
+            const int added = isAlpha ? 0 : static_cast<int>(100.0F * value.slider + 0.5F);
+            storedRow(destination, 0)[i] = static_cast<std::uint8_t>(storedRow(source, 0)[i] + added);
+        }
+        return true;
+    };
+    const EffectDescription description = describeEffect(adding, 0);
+    std::vector<EffectStage> chain;
+    for (const char* added : {"8", "16", "32", "64", "6"}) {
+        chain.push_back(stageOf(adding, description));
+        chain.back().parameters.set("#11", added);
+    }
+    // The second alone by half, the second to the fourth by a quarter, and of everything three quarters.
+    chain[1].mixes = {{1, {0.5F, nullptr}}};
+    chain[3].mixes = {{3, {0.25F, nullptr}}};
+    chain[4].mixes = {{5, {0.75F, nullptr}}};
+    Renderer renderer(chain, kFormatArgb8);
+    for (const PixelFormat format : {kFormatArgb8, kFormatBgra8}) {
+        FrameBuffer source(1, 1, format);
+        FrameBuffer destination(1, 1, format);
+        std::memset(source.row(0), 20, 4);
+        source.row(0)[AlphaIndex(format)] = 255;
+        renderer.render(source.desc(), destination.desc(), {});
+        EXPECT_EQ(destination.row(0)[1], 20 + (8 + (16 / 2 + 32 + 64) / 4 + 6) * 3 / 4) << "format " << format;
+        EXPECT_EQ(source.row(0)[1], 20);
+    }
+}
+
 TEST(Renderer, RendersEachFieldAtItsTimeAndWeavesThemAgain) {
     test::FakeEffect effect;
     effect.render = [](IEffectHost* host, const VideoFrameDesc& source, const VideoFrameDesc& destination,
