@@ -43,6 +43,12 @@ hostkit::ComPtr<IHostAllocator> Bundle::scratch() const {
     return m_scratch;
 }
 
+void Bundle::removeInstance(bool keepScratch) const {
+    if (--m_instances == 0 && !keepScratch) {
+        freeScratch();
+    }
+}
+
 void Bundle::freeScratch() const {
     hostkit::ComPtr<IHostAllocator> old;
     const std::lock_guard lock(m_mutex);

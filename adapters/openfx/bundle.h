@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -38,11 +39,16 @@ public:
     /// Gives it back to the system; renders that are under way keep theirs until they end.
     void freeScratch() const;
 
+    /// Instances there are. With the last of them goes the scratch memory, unless `keepScratch`.
+    void addInstance() const { ++m_instances; }
+    void removeInstance(bool keepScratch) const;
+
 private:
     Bundle();
 
     hostkit::Module m_module;
     std::vector<std::unique_ptr<const Effect>> m_effects;
+    mutable std::atomic<int> m_instances{0};
     mutable std::mutex m_mutex;
     mutable hostkit::ComPtr<IHostAllocator> m_scratch;
 };

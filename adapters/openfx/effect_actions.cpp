@@ -30,12 +30,18 @@ void createInstance(const std::shared_ptr<const HostInfo>& host, std::size_t plu
         throw HostError("The host does not keep what belongs to an effect.");
     }
     static_cast<void>(instance.release());
+    Bundle::get()->addInstance();
 }
 
 void destroyInstance(const HostInfo& host, EffectHandle effect) {
     const Properties properties = propertiesOf(host, effect);
-    const std::unique_ptr<Instance> instance(static_cast<Instance*>(properties.getPointer(prop::kInstanceData)));
+    auto* instance = static_cast<Instance*>(properties.getPointer(prop::kInstanceData));
     properties.set(prop::kInstanceData, static_cast<void*>(nullptr));
+    if (instance != nullptr) {
+        delete instance;
+        // MLT has an instance for each frame.
+        Bundle::get()->removeInstance(host.tellsNoChanges());
+    }
 }
 
 Status renderGuarded(const Instance& instance, const Properties& inArgs) {
