@@ -35,6 +35,10 @@ public:
     AVStream* stream() const { return m_stream; }
     /// True for a picture file, or a sequence of them.
     bool isStill() const;
+    /// The file that the first picture is in.
+    std::string firstFile() const {
+        return m_input.sequence ? m_input.sequence->fileName(*m_input.sequence->first) : m_input.name;
+    }
 
 private:
     void openContainer();

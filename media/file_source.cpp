@@ -3,12 +3,15 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 
 #include <fmt/format.h>
 
 #include "media/convert.h"
 #include "media/picture_color.h"
 #include "media/spares.h"
+#include "media/still_details.h"
 #include "media/turn.h"
 
 namespace lumiset::media {
@@ -44,6 +47,7 @@ private:
     void open();
     void describe(const AVFrame& first);
     void describeLength();
+    void collectSideData(const AVFrame& first);
     void findDisplayMatrix(const AVFrame& first);
     void goToStart();
     const AVFrame* nextFrame();
@@ -101,6 +105,26 @@ void FileSource::findDisplayMatrix(const AVFrame& first) {
     }
 }
 
+// Some codecs tell with the pictures what others leave to the container.
+void FileSource::collectSideData(const AVFrame& first) {
+    constexpr std::pair<AVPacketSideDataType, AVFrameSideDataType> kKinds[] = {
+        {AV_PKT_DATA_MASTERING_DISPLAY_METADATA, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA},
+        {AV_PKT_DATA_CONTENT_LIGHT_LEVEL, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL},
+        {AV_PKT_DATA_ICC_PROFILE, AV_FRAME_DATA_ICC_PROFILE},
+    };
+    for (const auto& [inStream, inFrame] : kKinds) {
+        std::size_t size = 0;
+        const std::uint8_t* bytes = av_stream_get_side_data(m_decoder->stream(), inStream, &size);
+        if (const AVFrameSideData* side = av_frame_get_side_data(&first, inFrame)) {
+            bytes = side->data;
+            size = side->size;
+        }
+        if (bytes != nullptr) {
+            m_format.sideData.push_back({inStream, {bytes, bytes + size}});
+        }
+    }
+}
+
 void FileSource::describe(const AVFrame& first) {
     AVFormatContext* container = m_decoder->container();
     AVStream* stream = m_decoder->stream();
@@ -122,6 +146,10 @@ void FileSource::describe(const AVFrame& first) {
     m_format.interlaced = first.interlaced_frame != 0 || isInterlaced(order);
     m_format.topFieldFirst = first.interlaced_frame != 0 ? first.top_field_first != 0 : isTopFirst(order);
     m_format.bitDepth = descriptor.comp[0].depth;
+    if (m_options.keepDepth && m_format.bitDepth > 8) {
+        m_options.depth = Depth::kFloat;
+    }
+    m_format.depth = m_options.depth;
     m_format.chroma = chromaOf(descriptor);
     const PictureColor color = colorOf(first);
     m_format.color.alpha = color.alpha;
@@ -129,8 +157,15 @@ void FileSource::describe(const AVFrame& first) {
         m_format.color.matrix = color.matrix == AVCOL_SPC_RGB ? AVCOL_SPC_UNSPECIFIED : first.colorspace;
         m_format.color.primaries = color.primaries;
         m_format.color.transfer = color.transfer;
-        m_format.color.range = color.range;
-        m_format.color.chromaPosition = color.chromaPosition;
+        if (color.matrix != AVCOL_SPC_RGB) {
+            m_format.color.range = color.range;
+            m_format.color.chromaPosition = color.chromaPosition;
+        }
+    }
+    collectSideData(first);
+    if (m_decoder->isStill() && !m_input.isPipe()) {
+        std::ifstream file(m_decoder->firstFile(), std::ios::binary);
+        m_format.details = readStillDetails({std::istreambuf_iterator<char>(file), {}});
     }
     if (m_input.sequence) {
         m_format.firstNumber = *m_input.sequence->first;

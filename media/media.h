@@ -52,6 +52,18 @@ struct PictureColor {
     bool operator==(const PictureColor&) const = default;
 };
 
+/// What a file tells about its pictures as a whole, mastering display and light levels for example.
+struct SideData {
+    int type;  ///< a packet side data type of the FFmpeg libraries
+    std::vector<std::uint8_t> bytes;
+};
+
+/// What a picture file tells beside its samples.
+struct StillDetails {
+    std::vector<std::uint8_t> exif;  ///< a TIFF structure
+    double dotsPerInch = 0;          ///< 0: the file does not say
+};
+
 struct VideoFormat {
     int width = 0;
     int height = 0;
@@ -60,7 +72,10 @@ struct VideoFormat {
     Rational pixelAspect{1, 1};
     bool interlaced = false;
     bool topFieldFirst = true;
-    int bitDepth = 8;  ///< bits per channel in the file
+    int bitDepth = 8;                ///< bits per channel in the file
+    Depth depth = Depth::kEightBit;  ///< of the pictures that are read
+    std::vector<SideData> sideData;
+    StillDetails details;  ///< of picture files
     Chroma chroma = Chroma::k444;
     PictureColor color;
     std::int64_t frameCount = 0;  ///< pictures to come, an estimate for progress; 0 when unknown
@@ -129,6 +144,7 @@ struct ReadyPicture {
 
 struct SourceOptions {
     Depth depth = Depth::kEightBit;
+    bool keepDepth = false;   ///< float pictures where the file has more than 8 bits, whatever `depth` says
     double startSeconds = 0;  ///< the first picture is the first at or after this time
     double durationSeconds = std::numeric_limits<double>::infinity();
     Rational frameRate{0, 1};  ///< for image sequences; 0: 25 pictures a second

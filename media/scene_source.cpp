@@ -118,6 +118,7 @@ public:
         m_format.frameRate = name.rate;
         m_format.timeBase = {name.rate.den, name.rate.num};
         m_format.color.alpha = name.part == ScenePart::kFull ? AlphaKind::kNone : AlphaKind::kStraight;
+        m_format.depth = options.depth;
         m_format.bitDepth = options.depth == Depth::kFloat ? 16 : 8;
         const double step = m_format.timeBase.value();
         const std::int64_t count = std::llround(name.seconds / step);

@@ -4,6 +4,7 @@
 
 #include "media/pending_file.h"
 #include "media/sinks.h"
+#include "media/still_details.h"
 #include "media/video_encoder.h"
 
 namespace lumiset::media {
@@ -35,8 +36,12 @@ public:
             VideoFormat format = m_format;
             format.color = {};  // pictures are taken for sRGB; tags would have viewers change them
             format.interlaced = false;
-            m_encoder = std::make_unique<VideoEncoder>(planStill(nameOf(m_number), m_options, {format, alpha, deep}),
-                                                       format, av_inv_q(avRational(m_format.frameRate)),
+            const VideoPlan plan = planStill(nameOf(m_number), m_options, {format, alpha, deep});
+            if (m_written == 0) {
+                m_notes = plan.notes;
+                tellHdr();
+            }
+            m_encoder = std::make_unique<VideoEncoder>(plan, format, av_inv_q(avRational(m_format.frameRate)),
                                                        m_sequence ? m_options.threads : 1, false, m_output);
         }
         m_encoder->send(m_encoder->frameOf(picture), m_written++);
@@ -52,6 +57,8 @@ public:
             m_file->commit();
         }
     }
+
+    std::vector<std::string> notes() const override { return m_notes; }
 
 private:
     std::string nameOf(int number) const { return m_sequence ? m_sequence->fileName(number) : m_output; }
@@ -73,7 +80,15 @@ private:
         if (!m_file) {
             m_file.emplace(nameOf(m_number));
         }
-        m_file->write({reinterpret_cast<const char*>(packet.data), static_cast<std::size_t>(packet.size)});
+        std::vector<std::uint8_t> bytes(packet.data, packet.data + packet.size);
+        const std::vector<std::uint8_t> profile = colorProfile();
+        const StillDetails& details = m_format.details;
+        const bool kept = addStillDetails(bytes, details, profile);
+        if (!kept && m_saved == 0) {
+            tellLosses(details, profile);
+        }
+        m_saved++;
+        m_file->write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
         // A sequence's pictures stand one by one; a picture by itself takes its place when the run is over.
         if (m_sequence) {
             m_file->commit();
@@ -82,12 +97,44 @@ private:
         }
     }
 
+    std::vector<std::uint8_t> colorProfile() const {
+        for (const SideData& side : m_format.sideData) {
+            if (side.type == AV_PKT_DATA_ICC_PROFILE) {
+                return side.bytes;
+            }
+        }
+        return {};
+    }
+
+    void tellHdr() {
+        if (m_format.color.isHdr()) {
+            m_notes.push_back(
+                fmt::format("The pictures are HDR ({}): their code values are kept as they stand, but '{}' "
+                            "has no place to tell what they mean.",
+                            m_format.color.transfer == AVCOL_TRC_SMPTE2084 ? "PQ" : "HLG", m_output));
+        }
+    }
+
+    void tellLosses(const StillDetails& details, const std::vector<std::uint8_t>& profile) {
+        const std::string extension = lowerExtension(m_output);
+        const auto tell = [&](bool lost, const char* what) {
+            if (lost) {
+                m_notes.push_back(fmt::format("The input's {} is not written to a file like '{}'.", what, m_output));
+            }
+        };
+        tell(!profile.empty(), "colour profile (ICC)");
+        tell(!details.exif.empty(), "Exif data");
+        tell(details.dotsPerInch > 0 && !extension.starts_with("tif"), "resolution");
+    }
+
     std::string m_output;
     std::optional<SequenceName> m_sequence;
     VideoFormat m_format;
     SinkOptions m_options;
     int m_number = 0;  ///< of the next file
     std::int64_t m_written = 0;
+    std::int64_t m_saved = 0;
+    std::vector<std::string> m_notes;
     bool m_alpha = false;
     std::unique_ptr<VideoEncoder> m_encoder;
     std::optional<PendingFile> m_file;

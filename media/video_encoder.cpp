@@ -12,7 +12,7 @@ PictureColor codedColor(const VideoPlan& plan, const VideoFormat& format) {
         // JPEG knows one matrix and the full range only.
         color.matrix = AVCOL_SPC_BT470BG;
         color.range = ColorRange::kFull;
-    } else {
+    } else if (!plan.keepsRange) {
         color.range = ColorRange::kUnknown;
         color.chromaPosition = -1;
     }

@@ -1,6 +1,7 @@
 #include "media/video_plan.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <fmt/format.h>
 
@@ -28,15 +29,16 @@ VideoPlan planH264(const SinkOptions& options, const PictureKind& kind) {
     plan.codec = encoder("libx264");
     plan.options = {{"preset", "fast"}, {"crf", rateFactor(options, 18)}};
     plan.codesFields = true;
+    plan.keepsRange = true;
     // Halved chroma needs pairs of rows, in either field.
     const int rows = kind.format.interlaced ? 4 : 2;
     if (kind.format.width % 2 == 0 && kind.format.height % rows == 0) {
         plan.format = kind.deep ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_YUV420P;
     } else {
         plan.format = kind.deep ? AV_PIX_FMT_YUV444P10LE : AV_PIX_FMT_YUV444P;
-        plan.note = fmt::format(
+        plan.notes.push_back(fmt::format(
             "{}x{} is no even size, so H.264 is written with full chroma (4:4:4), which some players cannot show.",
-            kind.format.width, kind.format.height);
+            kind.format.width, kind.format.height));
     }
     return plan;
 }
@@ -85,8 +87,9 @@ VideoPlan planVp9(const SinkOptions& options, const PictureKind& kind) {
     plan.options = {{"b", "0"},           {"crf", rateFactor(options, 20)},
                     {"deadline", "good"}, {"cpu-used", "4"},
                     {"row-mt", "1"},      {"tile-columns", "2"}};
+    plan.keepsRange = true;
     if (kind.format.interlaced) {
-        plan.note = "VP9 has no place for fields, so players take the interlaced pictures for whole ones.";
+        plan.notes.emplace_back("VP9 has no place for fields, so players take the interlaced pictures for whole ones.");
     }
     plan.format = kind.alpha ? AV_PIX_FMT_YUVA420P : kind.deep ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_YUV420P;
     if (kind.alpha) {
@@ -99,6 +102,7 @@ VideoPlan planVp9(const SinkOptions& options, const PictureKind& kind) {
 VideoPlan planY4m(const SinkOptions&, const PictureKind& kind) {
     VideoPlan plan;
     plan.codec = encoder("wrapped_avframe");
+    plan.keepsRange = true;
     plan.constantRate = true;
     const int depth = !kind.deep ? 0 : kind.format.bitDepth <= 10 ? 1 : kind.format.bitDepth <= 12 ? 2 : 3;
     static constexpr AVPixelFormat kFormats[3][4] = {
@@ -122,11 +126,13 @@ VideoPlan planOther(const AVCodec* codec, const SinkOptions& options, const Pict
     plan.format = codec->pix_fmts == nullptr
                       ? AV_PIX_FMT_YUV420P
                       : avcodec_find_best_pix_fmt_of_list(codec->pix_fmts, wanted, kind.alpha ? 1 : 0, nullptr);
-    for (const AVPixelFormat* f = codec->pix_fmts; !kind.alpha && f != nullptr && *f != AV_PIX_FMT_NONE; f++) {
-        if (*f == AV_PIX_FMT_YUV420P) {
-            plan.format = *f;  // what every player of a lossy codec can show
+    // What every player of a lossy codec can show.
+    for (const AVPixelFormat usual : {AV_PIX_FMT_YUV420P, kind.deep ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_NONE}) {
+        for (const AVPixelFormat* f = codec->pix_fmts; !kind.alpha && f != nullptr && *f != AV_PIX_FMT_NONE; f++) {
+            plan.format = *f == usual ? usual : plan.format;
         }
     }
+    plan.keepsRange = codec->id == AV_CODEC_ID_HEVC || codec->id == AV_CODEC_ID_AV1;
     return plan;
 }
 
@@ -156,10 +162,19 @@ std::string usualCodec(const AVOutputFormat& container, const PictureKind& kind)
                               : "";
 }
 
-}  // namespace
+// Tells of precision that the file cannot hold.
+VideoPlan withDepthNote(VideoPlan plan, const PictureKind& kind) {
+    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(plan.format);
+    const int bits = descriptor == nullptr ? 0 : descriptor->comp[0].depth;
+    if (kind.deep && bits > 0 && bits < std::min(kind.format.bitDepth, 16)) {
+        plan.notes.push_back(fmt::format("The input's {} bits a sample are reduced to {}, as {} is written here.",
+                                         kind.format.bitDepth, bits, plan.codec->name));
+    }
+    return plan;
+}
 
-VideoPlan planVideo(const AVOutputFormat& container, const std::string& fileName, const SinkOptions& options,
-                    const PictureKind& kind) {
+VideoPlan chooseVideo(const AVOutputFormat& container, const std::string& fileName, const SinkOptions& options,
+                      const PictureKind& kind) {
     if (std::string(container.name) == "yuv4mpegpipe") {
         return planY4m(options, kind);
     }
@@ -185,7 +200,7 @@ VideoPlan planVideo(const AVOutputFormat& container, const std::string& fileName
     return planOther(codec, options, kind);
 }
 
-VideoPlan planStill(const std::string& fileName, const SinkOptions& options, const PictureKind& kind) {
+VideoPlan chooseStill(const std::string& fileName, const SinkOptions& options, const PictureKind& kind) {
     const std::string extension = lowerExtension(fileName);
     VideoPlan plan;
     if (extension == "png") {
@@ -218,6 +233,24 @@ VideoPlan planStill(const std::string& fileName, const SinkOptions& options, con
             throw MediaError(fmt::format("Pictures like '{}' cannot be written here.", fileName));
         }
         plan = planOther(codec, options, kind);
+    }
+    return plan;
+}
+
+}  // namespace
+
+VideoPlan planVideo(const AVOutputFormat& container, const std::string& fileName, const SinkOptions& options,
+                    const PictureKind& kind) {
+    return withDepthNote(chooseVideo(container, fileName, options, kind), kind);
+}
+
+VideoPlan planStill(const std::string& fileName, const SinkOptions& options, const PictureKind& kind) {
+    VideoPlan plan = withDepthNote(chooseStill(fileName, options, kind), kind);
+    const double perInch = std::min(kind.format.details.dotsPerInch, 65535.0);
+    if (perInch >= 1 && plan.codec->id == AV_CODEC_ID_PNG) {
+        plan.options.emplace_back("dpm", std::to_string(std::lround(std::min(perInch / 0.0254, 65535.0))));
+    } else if (perInch >= 1 && plan.codec->id == AV_CODEC_ID_TIFF) {
+        plan.options.emplace_back("dpi", std::to_string(std::lround(perInch)));
     }
     return plan;
 }

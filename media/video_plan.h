@@ -15,8 +15,9 @@ struct VideoPlan {
     bool codesFields = false;   ///< interlaced pictures are coded as such
     bool constantRate = false;  ///< every picture lasts as long as the next
     bool fullRange = false;     ///< YUV as in JPEG
+    bool keepsRange = false;    ///< the stream can tell its range and the place of its chroma
     std::vector<std::pair<const char*, std::string>> options;
-    std::string note;
+    std::vector<std::string> notes;
 };
 
 /// What is known before the codec is chosen.

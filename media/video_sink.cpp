@@ -1,12 +1,13 @@
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <optional>
 
 #include <fmt/format.h>
 
-#include "media/audio_copy.h"
 #include "media/pending_file.h"
 #include "media/sinks.h"
+#include "media/track_copy.h"
 #include "media/video_encoder.h"
 
 namespace lumiset::media {
@@ -25,6 +26,7 @@ public:
 
 private:
     void begin(const Picture& first);
+    void addSideData();
     void writeReadyPackets();
     void writePacket(AVPacket& packet);
     std::string failure() const { return "Cannot write " + m_shownName; }
@@ -38,7 +40,7 @@ private:
     AvOutput m_output;
     std::unique_ptr<VideoEncoder> m_encoder;
     std::atomic<bool> m_begun = false;  ///< the encoder is there to prepare pictures for
-    std::unique_ptr<AudioCopy> m_audio;
+    std::unique_ptr<TrackCopy> m_tracks;
     AVStream* m_stream = nullptr;
     VideoPlan m_plan;
     std::int64_t m_firstPts = 0;
@@ -76,8 +78,10 @@ void VideoSink::begin(const Picture& first) {
     const bool deep = first.depth == Depth::kFloat && m_format.bitDepth > 8;
     const bool alpha = m_format.color.hasAlpha() || !isOpaque(first);
     m_plan = planVideo(*m_output->oformat, m_shownName, m_options, {m_format, alpha, deep});
-    if (!m_plan.note.empty()) {
-        m_notes.push_back(m_plan.note);
+    m_notes.insert(m_notes.end(), m_plan.notes.begin(), m_plan.notes.end());
+    if (m_format.color.isHdr()) {
+        m_notes.push_back(fmt::format("The pictures are HDR ({}): effects work on the code values as they stand.",
+                                      m_format.color.transfer == 16 ? "PQ" : "HLG"));
     }
     const AVRational timeBase =
         m_plan.constantRate ? av_inv_q(avRational(m_format.frameRate)) : avRational(m_format.timeBase);
@@ -90,10 +94,11 @@ void VideoSink::begin(const Picture& first) {
     m_stream->time_base = timeBase;
     m_stream->avg_frame_rate = avRational(m_format.frameRate);
     m_stream->sample_aspect_ratio = avRational(m_format.pixelAspect);
+    addSideData();
     m_firstPts = first.pts;
     if (!m_origin.path.empty()) {
         const double base = m_origin.firstPictureSeconds + static_cast<double>(m_firstPts) * m_format.timeBase.value();
-        m_audio = std::make_unique<AudioCopy>(m_origin, base, m_output.get(), m_notes);
+        m_tracks = std::make_unique<TrackCopy>(m_origin, base, m_output.get(), m_notes);
     }
 
     AVDictionary* options = nullptr;
@@ -105,6 +110,28 @@ void VideoSink::begin(const Picture& first) {
     const int result = avformat_write_header(m_output.get(), &options);
     av_dict_free(&options);
     avCheck(result, failure());
+}
+
+void VideoSink::addSideData() {
+    const std::string container = m_output->oformat->name;
+    const bool matroska = container == "matroska" || container == "webm";
+    const bool quickTime = container == "mp4" || container == "mov";
+    for (const SideData& side : m_format.sideData) {
+        if ((matroska || quickTime) && side.type != AV_PKT_DATA_ICC_PROFILE) {
+            std::uint8_t* bytes =
+                av_stream_new_side_data(m_stream, static_cast<AVPacketSideDataType>(side.type), side.bytes.size());
+            std::copy(side.bytes.begin(), side.bytes.end(), allocated(bytes));
+        } else {
+            const char* name = av_packet_side_data_name(static_cast<AVPacketSideDataType>(side.type));
+            m_notes.push_back(
+                fmt::format("The input's {} is left out, as this kind of file has no place for it.", name));
+        }
+    }
+    const bool untold = container == "yuv4mpegpipe" && m_format.color.transfer > AVCOL_TRC_UNSPECIFIED &&
+                        m_format.color.transfer != AVCOL_TRC_SMPTE170M;
+    if (untold) {
+        m_notes.emplace_back("The input's colour tags are left out, as y4m has no place for them.");
+    }
 }
 
 void VideoSink::write(const Picture& picture) {
@@ -152,8 +179,8 @@ void VideoSink::writePacket(AVPacket& packet) {
         packet.duration =
             std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(avRational(m_format.frameRate)), timeBase));
     }
-    if (m_audio) {
-        m_audio->copyUntil(static_cast<double>(packet.dts) * av_q2d(timeBase));
+    if (m_tracks) {
+        m_tracks->copyUntil(static_cast<double>(packet.dts) * av_q2d(timeBase));
     }
     av_packet_rescale_ts(&packet, timeBase, m_stream->time_base);
     packet.stream_index = m_stream->index;
@@ -166,8 +193,8 @@ void VideoSink::finish() {
     }
     m_encoder->sendEnd();
     writeReadyPackets();
-    if (m_audio) {
-        m_audio->finish();
+    if (m_tracks) {
+        m_tracks->finish();
     }
     avCheck(av_write_trailer(m_output.get()), failure());
     // A full disk may tell only now.

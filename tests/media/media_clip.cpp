@@ -171,4 +171,66 @@ void remuxTurned(const std::string& from, const std::string& to) {
     avio_closep(&output->pb);
 }
 
+void writeFullClip(const std::string& path) {
+    const std::string plain = path + ".plain.mkv";
+    writePictures(plain, formatOf(flatPicture(32, 32, 0, 0, 0), false),
+                  std::vector<Picture>(50, flatPicture(32, 32, 9, 9, 9)));
+    const AvInput input = openInput(plain);
+    const AvOutput output = openOutput(path);
+    AVStream* video = avformat_new_stream(output.get(), nullptr);
+    require(avcodec_parameters_copy(video->codecpar, input->streams[0]->codecpar));
+    av_dict_set(&video->metadata, "timecode", "01:00:00:00", 0);
+    video->avg_frame_rate = {25, 1};
+    AVStream* subtitles = avformat_new_stream(output.get(), nullptr);
+    subtitles->codecpar->codec_type = AVMEDIA_TYPE_SUBTITLE;
+    subtitles->codecpar->codec_id = AV_CODEC_ID_SUBRIP;
+    AVStream* attachment = avformat_new_stream(output.get(), nullptr);
+    attachment->codecpar->codec_type = AVMEDIA_TYPE_ATTACHMENT;
+    attachment->codecpar->codec_id = AV_CODEC_ID_TEXT;
+    attachment->codecpar->extradata = static_cast<std::uint8_t*>(av_mallocz(4 + AV_INPUT_BUFFER_PADDING_SIZE));
+    attachment->codecpar->extradata_size = 4;
+    av_dict_set(&attachment->metadata, "filename", "note.txt", 0);
+    av_dict_set(&attachment->metadata, "mimetype", "text/plain", 0);
+    for (const std::int64_t second : {0, 1}) {
+        auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
+        chapter->id = second + 1;
+        chapter->time_base = {1, 1};
+        chapter->start = second;
+        chapter->end = second + 1;
+        int count = static_cast<int>(output->nb_chapters);
+        av_dynarray_add(&output->chapters, &count, chapter);
+        output->nb_chapters = static_cast<unsigned>(count);
+    }
+    require(avformat_write_header(output.get(), nullptr));
+    const AvPacket text(av_packet_alloc());
+    require(av_new_packet(text.get(), 5));
+    std::copy_n("Hello", 5, text->data);
+    text->pts = text->dts = av_rescale_q(1, {1, 1}, subtitles->time_base);
+    text->duration = text->pts;
+    text->stream_index = 1;
+    require(av_interleaved_write_frame(output.get(), text.get()));
+    copyVideo(*input, *output);
+    require(av_write_trailer(output.get()));
+    avio_closep(&output->pb);
+    std::filesystem::remove(plain);
+}
+
+Contents contentsOf(const std::string& path) {
+    const AvInput input = openInput(path);
+    Contents contents;
+    for (unsigned i = 0; i < input->nb_chapters; i++) {
+        const AVChapter& chapter = *input->chapters[i];
+        contents.chapters.push_back(static_cast<double>(chapter.start) * av_q2d(chapter.time_base));
+    }
+    for (unsigned i = 0; i < input->nb_streams; i++) {
+        const AVMediaType type = input->streams[i]->codecpar->codec_type;
+        contents.attachments += type == AVMEDIA_TYPE_ATTACHMENT ? 1 : 0;
+        contents.subtitles += type == AVMEDIA_TYPE_SUBTITLE ? 1 : 0;
+        if (const AVDictionaryEntry* entry = av_dict_get(input->streams[i]->metadata, "timecode", nullptr, 0)) {
+            contents.timecode = entry->value;
+        }
+    }
+    return contents;
+}
+
 }  // namespace lumiset::media

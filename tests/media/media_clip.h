@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace lumiset::media {
 
@@ -12,5 +13,18 @@ double firstLoudSecond(const std::string& path);
 double soundLength(const std::string& path);
 /// Copies the video into another file, with a display matrix that turns it clockwise by 90 degrees.
 void remuxTurned(const std::string& from, const std::string& to);
+
+/// Two seconds at 25 pictures a second with a subtitle, an attachment, a time code from 01:00:00:00 on and two
+/// chapters, the second from second 1 on.
+void writeFullClip(const std::string& path);
+
+/// What a file has beside its video.
+struct Contents {
+    std::vector<double> chapters;  ///< where they begin, in seconds
+    std::string timecode;
+    int attachments = 0;
+    int subtitles = 0;
+};
+Contents contentsOf(const std::string& path);
 
 }  // namespace lumiset::media

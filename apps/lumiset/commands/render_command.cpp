@@ -32,7 +32,8 @@ public:
     explicit RenderOptions(CLI::App& app) : m_effects(app, EffectOptions::kMaskedChain) {
         app.add_option("INPUT", m_request.input, "what to read")->required();
         app.add_option("OUTPUT", m_request.output, "what to write")->required();
-        app.add_option("--depth", m_depth, "samples that the effects work in: 8 or float [8]")
+        app.add_option("--depth", m_depth,
+                       "samples that the effects work in: 8 or float [float where the input has more than 8 bits]")
             ->check(CLI::IsMember({"8", "float"}))
             ->option_text("DEPTH");
         app.add_option("--layout", m_layout, "sample order that the effects work in: bgra or argb [bgra]")
@@ -62,7 +63,9 @@ public:
     [[nodiscard]] RenderRequest request() const {
         RenderRequest request = m_request;
         request.effects = m_effects.requests();
-        request.floatDepth = m_depth == "float";
+        if (!m_depth.empty()) {
+            request.depth = m_depth == "float" ? media::Depth::kFloat : media::Depth::kEightBit;
+        }
         request.argb = m_layout == "argb";
         if (!m_start.empty()) {
             request.startSeconds = parseTime(m_start, "--start");
@@ -82,7 +85,7 @@ public:
 private:
     EffectOptions m_effects;
     RenderRequest m_request;
-    std::string m_depth = "8";
+    std::string m_depth;
     std::string m_layout = "bgra";
     std::string m_start;
     std::string m_duration;

@@ -34,8 +34,8 @@ struct Worker {
     media::Picture result;
 };
 
-PixelFormat workFormat(const RenderRequest& request) {
-    if (request.floatDepth) {
+PixelFormat workFormat(const RenderRequest& request, media::Depth depth) {
+    if (depth == media::Depth::kFloat) {
         return request.argb ? kFormatArgbFloat : kFormatBgraFloat;
     }
     return request.argb ? kFormatArgb8 : kFormatBgra8;
@@ -43,7 +43,8 @@ PixelFormat workFormat(const RenderRequest& request) {
 
 media::SourceOptions sourceOptions(const RenderRequest& request) {
     media::SourceOptions options;
-    options.depth = request.floatDepth ? media::Depth::kFloat : media::Depth::kEightBit;
+    options.depth = request.depth.value_or(media::Depth::kEightBit);
+    options.keepDepth = !request.depth.has_value();
     options.startSeconds = request.startSeconds;
     options.durationSeconds = request.durationSeconds;
     options.frameRate = {request.frameRate.num, request.frameRate.den};
@@ -149,7 +150,7 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     std::vector<Worker> workers;
     workers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i) {
-        workers.push_back({hostkit::Renderer(chain, workFormat(request), allocator.get()), {}, {}});
+        workers.push_back({hostkit::Renderer(chain, workFormat(request, format.depth), allocator.get()), {}, {}});
         if (gpu != nullptr) {
             gpu->serve(workers.back().renderer);
         }

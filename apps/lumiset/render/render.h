@@ -1,10 +1,12 @@
 #pragma once
 
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/lumiset/render/effect_options.h"
+#include "media/media.h"
 
 namespace lumiset::app {
 
@@ -12,7 +14,7 @@ struct RenderRequest {
     std::string input;
     std::string output;
     std::vector<EffectRequest> effects;
-    bool floatDepth = false;
+    std::optional<media::Depth> depth;  ///< of the samples that effects work in; none: the input's
     bool argb = false;
     int threads = 0;  ///< 0: one a core
     double startSeconds = 0.0;

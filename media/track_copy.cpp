@@ -1,5 +1,6 @@
-#include "media/audio_copy.h"
+#include "media/track_copy.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -15,6 +16,13 @@ void write(AVFormatContext* output, AVPacket& packet, AVStream& stream, AVRation
     packet.stream_index = stream.index;
     packet.pos = -1;
     avCheck(av_interleaved_write_frame(output, &packet), "Cannot write the sound");
+}
+
+// Notes that would be the same are told once.
+void tell(std::vector<std::string>& notes, const std::string& note) {
+    if (std::find(notes.begin(), notes.end(), note) == notes.end()) {
+        notes.push_back(note);
+    }
 }
 
 // Decodes packets and encodes them as another codec. Gaps in the source become silence.
@@ -156,7 +164,7 @@ private:
 }  // namespace
 
 // One stream of sound on its way.
-class AudioCopy::Track {
+class TrackCopy::Track {
 public:
     Track(const AVStream& source, AVFormatContext* output) : index(source.index), m_timeBase(source.time_base) {
         const AVCodecID id = source.codecpar->codec_id;
@@ -202,17 +210,16 @@ private:
     AVStream* m_stream = nullptr;
 };
 
-AudioCopy::AudioCopy(const Source::Origin& origin, double baseSeconds, AVFormatContext* output,
+TrackCopy::TrackCopy(const Source::Origin& origin, double baseSeconds, AVFormatContext* output,
                      std::vector<std::string>& notes)
     : m_output(output), m_packet(allocated(av_packet_alloc())), m_base(baseSeconds) {
     AVFormatContext* input = nullptr;
     avCheck(avformat_open_input(&input, origin.path.c_str(), nullptr, nullptr), "Cannot read the sound");
     m_input.reset(input);
     avCheck(avformat_find_stream_info(input, nullptr), "Cannot read the sound");
-    av_dict_copy(&output->metadata, input->metadata, 0);
-    // These speak of the file as it was.
-    for (const char* key : {"encoder", "major_brand", "minor_version", "compatible_brands", "duration"}) {
-        av_dict_set(&output->metadata, key, nullptr, 0);
+    const int video = av_find_best_stream(input, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (video >= 0) {
+        copyMetadata(*input->streams[video], origin.startSeconds);
     }
 
     // Before the first picture there is nothing to hear, save where the container can say so: there encoders' lead-in
@@ -221,21 +228,15 @@ AudioCopy::AudioCopy(const Source::Origin& origin, double baseSeconds, AVFormatC
     m_from = leadIn ? -std::numeric_limits<double>::infinity() : -1e-4;
     m_until = origin.firstPictureSeconds + origin.endSeconds - baseSeconds;
     for (unsigned i = 0; i < input->nb_streams; i++) {
-        const AVStream& stream = *input->streams[i];
-        if (stream.codecpar->codec_type != AVMEDIA_TYPE_AUDIO) {
+        const std::size_t tracks = m_tracks.size();
+        if (static_cast<int>(i) != video) {
+            addStream(*input->streams[i], notes);
+        }
+        if (m_tracks.size() == tracks) {
             input->streams[i]->discard = AVDISCARD_ALL;
-        } else if (output->oformat->audio_codec == AV_CODEC_ID_NONE) {
-            notes.emplace_back("The sound is left out, as this kind of file holds none.");
-            break;
-        } else {
-            m_tracks.push_back(std::make_unique<Track>(stream, output));
-            if (m_tracks.back()->transcoder) {
-                notes.push_back(fmt::format("The sound is encoded anew as {}, as this kind of file cannot hold {}.",
-                                            avcodec_get_name(output->oformat->audio_codec),
-                                            avcodec_get_name(stream.codecpar->codec_id)));
-            }
         }
     }
+    copyChapters(notes);
     m_ended = m_tracks.empty();
     if (origin.startSeconds > 1 && !m_ended) {
         // Packets before the start are dropped anyway; this only saves reading them.
@@ -243,9 +244,109 @@ AudioCopy::AudioCopy(const Source::Origin& origin, double baseSeconds, AVFormatC
     }
 }
 
-AudioCopy::~AudioCopy() = default;
+void TrackCopy::addStream(const AVStream& stream, std::vector<std::string>& notes) {
+    const AVCodecParameters& codec = *stream.codecpar;
+    const char* name = avcodec_get_name(codec.codec_id);
+    const bool holds = avformat_query_codec(m_output->oformat, codec.codec_id, FF_COMPLIANCE_NORMAL) == 1;
+    switch (codec.codec_type) {
+        case AVMEDIA_TYPE_AUDIO:
+            if (m_output->oformat->audio_codec == AV_CODEC_ID_NONE) {
+                tell(notes, "The sound is left out, as this kind of file holds none.");
+                return;
+            }
+            m_tracks.push_back(std::make_unique<Track>(stream, m_output));
+            if (m_tracks.back()->transcoder) {
+                tell(notes, fmt::format("The sound is encoded anew as {}, as this kind of file cannot hold {}.",
+                                        avcodec_get_name(m_output->oformat->audio_codec), name));
+            }
+            return;
+        case AVMEDIA_TYPE_SUBTITLE:
+            if (holds) {
+                m_tracks.push_back(std::make_unique<Track>(stream, m_output));
+            } else {
+                tell(notes,
+                     fmt::format("The subtitles ({}) are left out, as this kind of file cannot hold them.", name));
+            }
+            return;
+        case AVMEDIA_TYPE_ATTACHMENT:
+            if (std::string(m_output->oformat->name) == "matroska") {
+                AVStream* copy = allocated(avformat_new_stream(m_output, nullptr));
+                avCheck(avcodec_parameters_copy(copy->codecpar, &codec), "Cannot describe an attachment");
+                av_dict_copy(&copy->metadata, stream.metadata, 0);
+            } else {
+                tell(notes, "The attachments are left out, as this kind of file holds none.");
+            }
+            return;
+        case AVMEDIA_TYPE_VIDEO:
+            tell(notes, (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0
+                            ? "The cover picture is left out."
+                            : "Only the first video track is rendered; the others are left out.");
+            return;
+        default:
+            // A track of time code is written anew from the metadata.
+            if (codec.codec_tag != MKTAG('t', 'm', 'c', 'd')) {
+                tell(notes, "A track of data is left out.");
+            }
+    }
+}
 
-AudioCopy::Track* AudioCopy::trackOf(const AVPacket& packet) const {
+void TrackCopy::copyMetadata(const AVStream& video, double startSeconds) {
+    av_dict_copy(&m_output->metadata, m_input->metadata, 0);
+    // These speak of the file as it was.
+    for (const char* key : {"encoder", "major_brand", "minor_version", "compatible_brands", "duration", "timecode"}) {
+        av_dict_set(&m_output->metadata, key, nullptr, 0);
+    }
+    AVDictionary** metadata = &m_output->streams[0]->metadata;
+    for (const char* key : {"language", "title", "reel_name", "creation_time"}) {
+        if (const AVDictionaryEntry* entry = av_dict_get(video.metadata, key, nullptr, 0)) {
+            av_dict_set(metadata, key, entry->value, 0);
+        }
+    }
+    const AVDictionaryEntry* timecode = av_dict_get(video.metadata, "timecode", nullptr, 0);
+    if (timecode == nullptr) {
+        timecode = av_dict_get(m_input->metadata, "timecode", nullptr, 0);
+    }
+    AVTimecode first;
+    const AVRational rate = video.avg_frame_rate;
+    if (timecode != nullptr && rate.num > 0 &&
+        av_timecode_init_from_string(&first, rate, timecode->value, nullptr) >= 0) {
+        char text[AV_TIMECODE_STR_SIZE];
+        av_timecode_make_string(&first, text, static_cast<int>(std::llround(startSeconds * av_q2d(rate))));
+        av_dict_set(metadata, "timecode", text, 0);
+    }
+}
+
+void TrackCopy::copyChapters(std::vector<std::string>& notes) {
+    if (m_input->nb_chapters == 0) {
+        return;
+    }
+    const std::string container = m_output->oformat->name;
+    if (container != "mp4" && container != "mov" && container != "matroska" && container != "webm") {
+        tell(notes, "The chapters are left out, as this kind of file holds none.");
+        return;
+    }
+    for (unsigned i = 0; i < m_input->nb_chapters; i++) {
+        const AVChapter& from = *m_input->chapters[i];
+        const double begin = static_cast<double>(from.start) * av_q2d(from.time_base) - m_base;
+        const double end = std::min(static_cast<double>(from.end) * av_q2d(from.time_base) - m_base, m_until);
+        if (end <= 0 || begin >= m_until) {
+            continue;
+        }
+        auto* chapter = static_cast<AVChapter*>(allocated(av_mallocz(sizeof(AVChapter))));
+        int count = static_cast<int>(m_output->nb_chapters);
+        av_dynarray_add(&m_output->chapters, &count, chapter);
+        m_output->nb_chapters = static_cast<unsigned>(count);
+        chapter->id = from.id;
+        chapter->time_base = {1, 1000};
+        chapter->start = std::llround(std::max(begin, 0.0) * 1000);
+        chapter->end = std::llround(end * 1000);
+        av_dict_copy(&chapter->metadata, from.metadata, 0);
+    }
+}
+
+TrackCopy::~TrackCopy() = default;
+
+TrackCopy::Track* TrackCopy::trackOf(const AVPacket& packet) const {
     for (const auto& track : m_tracks) {
         if (track->index == packet.stream_index) {
             return track.get();
@@ -254,13 +355,13 @@ AudioCopy::Track* AudioCopy::trackOf(const AVPacket& packet) const {
     return nullptr;
 }
 
-double AudioCopy::secondsOf(const AVPacket& packet) const {
+double TrackCopy::secondsOf(const AVPacket& packet) const {
     const AVStream& stream = *m_input->streams[packet.stream_index];
     return static_cast<double>(packet.pts) * av_q2d(stream.time_base) - m_base;
 }
 
 // Reads on to the next packet that belongs into the output.
-bool AudioCopy::fetch() {
+bool TrackCopy::fetch() {
     while (!m_waiting && !m_ended) {
         av_packet_unref(m_packet.get());
         if (av_read_frame(m_input.get(), m_packet.get()) < 0) {
@@ -275,14 +376,14 @@ bool AudioCopy::fetch() {
     return m_waiting;
 }
 
-void AudioCopy::copyUntil(double seconds) {
+void TrackCopy::copyUntil(double seconds) {
     while (fetch() && secondsOf(*m_packet) <= seconds) {
         m_waiting = false;
         trackOf(*m_packet)->add(m_packet.get(), m_base, m_output);
     }
 }
 
-void AudioCopy::finish() {
+void TrackCopy::finish() {
     copyUntil(std::numeric_limits<double>::infinity());
     for (const auto& track : m_tracks) {
         track->add(nullptr, m_base, m_output);

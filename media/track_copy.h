@@ -6,15 +6,17 @@
 
 namespace lumiset::media {
 
-/// Carries the sound of a source file into an output beside the video: packets as they are where the container can hold
-/// their codec, encoded anew as its usual codec where not.
-class AudioCopy {
+/// Carries what a source file has beside its video into an output: sound, subtitles, chapters, attachments, metadata.
+/// Packets go as they are where the container can hold their codec; sound is encoded anew as its usual codec where not.
+/// A note tells of what cannot be kept.
+class TrackCopy {
 public:
     /// Adds the streams to `output`, whose header is not yet written. `baseSeconds` is the container's own time of the
-    /// output's time 0. Sound outside of the source's start and end is left out.
-    AudioCopy(const Source::Origin& origin, double baseSeconds, AVFormatContext* output,
+    /// output's time 0. What lies outside of the source's start and end is left out. Stream 0 of the output is the
+    /// video.
+    TrackCopy(const Source::Origin& origin, double baseSeconds, AVFormatContext* output,
               std::vector<std::string>& notes);
-    ~AudioCopy();
+    ~TrackCopy();
 
     /// Writes all packets up to a time of the output.
     void copyUntil(double seconds);
@@ -23,6 +25,9 @@ public:
 
 private:
     class Track;
+    void addStream(const AVStream& stream, std::vector<std::string>& notes);
+    void copyMetadata(const AVStream& video, double startSeconds);
+    void copyChapters(std::vector<std::string>& notes);
     bool fetch();
     double secondsOf(const AVPacket& packet) const;
     Track* trackOf(const AVPacket& packet) const;
