@@ -4,12 +4,12 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <system_error>
 
 #include "hostkit/look_json.h"
 #include "hostkit/names.h"
 #include "hostkit/shipped_looks.h"
+#include "platform/pending_file.h"
 
 namespace lumiset::hostkit {
 namespace {
@@ -39,13 +39,6 @@ std::string readText(const fs::path& file) {
         throw LookError(quoted(file) + " is larger than a megabyte.");
     }
     return text;
-}
-
-/// The file that a path leads to by way of links, so that a link stays one when what it leads to is replaced.
-fs::path followed(const fs::path& file) {
-    std::error_code error;
-    const fs::path target = fs::is_symlink(file, error) ? fs::canonical(file, error) : file;
-    return error || target.empty() ? file : target;
 }
 
 std::string lowered(std::string text) {
@@ -95,29 +88,19 @@ Look loadLook(const EffectCatalogue& catalogue, const fs::path& file) {
 void saveLook(const EffectCatalogue& catalogue, const Look& look, const fs::path& file) {
     const std::string text = lookToJson(catalogue, look);
     static_cast<void>(lookFromJson(catalogue, text, {}));
-    const fs::path target = followed(file);
     std::error_code error;
-    const bool replaces = fs::exists(target, error);
+    const bool replaces = fs::exists(file, error);
     const auto mayWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-    if (replaces && (!fs::is_regular_file(target, error) ||
-                     (fs::status(target, error).permissions() & mayWrite) == fs::perms::none)) {
+    if (replaces &&
+        (!fs::is_regular_file(file, error) || (fs::status(file, error).permissions() & mayWrite) == fs::perms::none)) {
         throw LookError(quoted(file) + " may not be written.");
     }
-    fs::path pending = target;
-    pending += '.' + std::to_string(std::random_device()()) + ".tmp";
-    std::ofstream stream(pending, std::ios::binary);
-    stream << text;
-    stream.close();
-    if (stream) {
-        if (replaces) {
-            fs::permissions(pending, fs::status(target, error).permissions(), error);
-        }
-        fs::rename(pending, target, error);
-    }
-    if (!stream || error) {
-        std::error_code ignored;
-        fs::remove(pending, ignored);
-        throw LookError(quoted(file) + " cannot be written.");
+    try {
+        platform::PendingFile pending(file);
+        pending.write(text);
+        pending.commit();
+    } catch (const std::system_error& reason) {
+        throw LookError(quoted(file) + " cannot be written: " + reason.what() + '.');
     }
 }
 

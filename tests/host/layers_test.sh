@@ -24,7 +24,7 @@ allow effects effects gpu frame host platform
 allow support support host platform
 allow module module effects support gpu frame host platform
 allow platform platform host
-allow hostkit hostkit host
+allow hostkit hostkit host platform
 allow adapters/frei0r adapters/frei0r hostkit host
 allow adapters/openfx adapters/openfx hostkit host
 allow apps/gpu_monitor apps/gpu_monitor platform
