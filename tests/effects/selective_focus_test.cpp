@@ -146,6 +146,13 @@ TEST_P(SelectiveFocusTest, KeepsAlphaAndShowsTheSourceWithoutBlur) {
         }
     }
     EXPECT_EQ(render(m_effect.presetHost("Reset to None"), source).bytes(), source.bytes());
+    // Wide pixels: four columns, and a row to the last bit, which still counts.
+    FrameRenderInfo wide = frameInfo();
+    wide.flags = FrameRenderInfo::kHasPixelAspect;
+    wide.pixelAspect = 4.0;
+    Picture oneRow(80, 45, {.format = GetParam()});
+    drawTestCard(oneRow);
+    EXPECT_NE(render(hostWith(0.5F, 0.5F, false, false, 0.5F), oneRow, wide).bytes(), oneRow.bytes());
     // A blur below one pixel.
     EXPECT_EQ(render(hostWith(0.5F, 0.5F, false, false, 0.16F), source).bytes(), source.bytes());
     EXPECT_NE(render(hostWith(0.5F, 0.5F, false, false, 0.7F), source).bytes(), source.bytes());

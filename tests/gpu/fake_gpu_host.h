@@ -109,8 +109,9 @@ public:
     int failAt = kNever;  ///< creation, counted from 0, that fails
     Refusal refusal = Refusal::kFalse;
     int creations = 0;
-    int live = 0;                        ///< textures and programs that are out
-    int references = 0;                  ///< that the module holds
+    int live = 0;        ///< textures and programs that are out
+    int references = 0;  ///< that the module holds
+    std::int32_t maxSamples = 32;
     int refuseTargets = 0;               ///< so many times SetRenderTarget fails
     std::vector<std::string> uniforms;   ///< of every program; those that its text declares where this is empty
     std::vector<std::string> fragments;  ///< texts of the programs made, in order
@@ -136,7 +137,8 @@ public:
     const ARBTable* LUMISET_CALL GetARBTable() noexcept override { return &m_table; }
     void LUMISET_CALL GetIntegerv(std::uint32_t name, std::int32_t* values, std::uint32_t) noexcept override {
         constexpr std::uint32_t kMaxSamples = 0x8D57;
-        *values = name == kMaxSamples ? 32 : static_cast<std::int32_t>(name);  // every other state is its own name
+        *values =
+            name == kMaxSamples ? maxSamples : static_cast<std::int32_t>(name);  // every other state is its own name
     }
     void LUMISET_CALL GetFloatv(std::uint32_t, float* values, std::uint32_t count) noexcept override {
         for (std::uint32_t i = 0; i < count; ++i) {

@@ -115,7 +115,11 @@ TEST_F(GPUHelperTest, HalvesTheSamplesBelowEightAndTriesAgain) {
     EXPECT_TRUE(m_helper.SetRenderTarget(&target, true, 0, 0));
     EXPECT_EQ(taken(), (Calls{"Target out 4", "Target out 4", "Target out 4"}));
     m_host->refuseTargets = 1 << 30;
-    EXPECT_FALSE(m_helper.SetRenderTarget(&target, true, 0, 0));  // and does not try for ever
+    EXPECT_FALSE(m_helper.SetRenderTarget(&target, true, 0, 0));
+    EXPECT_EQ(taken().size(), 1000U) << "and does not try for ever";
+    m_host->maxSamples = 0;
+    EXPECT_FALSE(m_helper.SetRenderTarget(&target, true, 0, 0));
+    EXPECT_EQ(taken(), Calls{"Target out 0"}) << "no other number is left";
     m_host->refuseTargets = 0;
 }
 

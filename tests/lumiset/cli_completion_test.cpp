@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include "apps/lumiset/shell/shell_line.h"
 #include "tests/lumiset/cli_run.h"
 
 namespace lumiset::test {
@@ -86,6 +87,14 @@ TEST(Completion, QuotesForBashWhatReadlineReplaces) {
         const RunResult run = runLumiset({"complete", "bash", "lumiset render a b -e " + typed, kBashBreaks});
         EXPECT_EQ(run.out.substr(run.out.find('\n') + 1), replacement + '\n') << typed;
     }
+}
+
+/// A module may call its presets as it likes.
+TEST(Completion, QuotesWhatTheShellWouldTakeForItsOwn) {
+    const std::string name = "a\\b $c\"'";
+    EXPECT_EQ(app::bashReplacement({}, name), "a\\\\b\\ \\$c\\\"\\'");
+    EXPECT_EQ(app::bashReplacement({.openQuote = '"'}, name), "a\\\\b \\$c\\\"'");
+    EXPECT_EQ(app::bashReplacement({.openQuote = '\''}, name), "a\\b $c\"'\\''");
 }
 
 TEST(Completion, SaysNothingWithoutAModule) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 #include <new>
 
+#include "support/option_store.h"
 #include "support/preset_file.h"
 
 namespace {
@@ -80,6 +82,26 @@ TEST(PresetMemory, IsGivenBackWhereverItRunsOut) {
         EXPECT_EQ(leftBehind(sticky, [&] { (void)presetText(preset); }), 0);
         EXPECT_EQ(leftBehind(sticky, [&] { (void)parsePreset(text); }), 0);
     }
+}
+
+/// A read that fails is a store without options, whatever the memory ran out for.
+TEST(PresetMemory, LeavesOptionsUnsetThatCannotBeRead) {
+    const bool before = readOptions()[kKeyFramesVsPresets];
+    ASSERT_TRUE(writeOption(kKeyFramesVsPresets, true));
+    int failures = 0;
+    for (int failAt = 0; failAt < 1000; ++failAt) {
+        memory = {true, failAt, true, 0, 0};
+        const auto options = readOptions();
+        memory.counts = false;
+        if (memory.calls <= failAt) {
+            EXPECT_TRUE(options[kKeyFramesVsPresets]);
+            break;
+        }
+        EXPECT_EQ(options, (std::array<bool, kOptionCount>{})) << "allocation " << failAt;
+        ++failures;
+    }
+    EXPECT_GT(failures, 3);
+    EXPECT_TRUE(writeOption(kKeyFramesVsPresets, before));
 }
 
 }  // namespace
