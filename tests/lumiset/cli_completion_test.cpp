@@ -93,8 +93,8 @@ TEST(Completion, QuotesForBashWhatReadlineReplaces) {
 TEST(Completion, QuotesWhatTheShellWouldTakeForItsOwn) {
     const std::string name = "a\\b $c\"'";
     EXPECT_EQ(app::bashReplacement({}, name), "a\\\\b\\ \\$c\\\"\\'");
-    EXPECT_EQ(app::bashReplacement({.openQuote = '"'}, name), "a\\\\b \\$c\\\"'");
-    EXPECT_EQ(app::bashReplacement({.openQuote = '\''}, name), "a\\b $c\"'\\''");
+    EXPECT_EQ(app::bashReplacement({"", '"', 0}, name), "a\\\\b \\$c\\\"'");
+    EXPECT_EQ(app::bashReplacement({"", '\'', 0}, name), "a\\b $c\"'\\''");
 }
 
 TEST(Completion, SaysNothingWithoutAModule) {
