@@ -141,7 +141,7 @@ TEST(Rendering, PartsFieldsAsTheHostOrThePersonSays) {
              FieldCase{kUpper, kBoth, kUpper, 1, 48, FieldOrder::kProgressive, 1, false},
              FieldCase{kUpper, kUpper, kUpper, 0, 24, FieldOrder::kTopFieldAlone, 2, false},
          }) {
-        Use use("Viewfinder");
+        Use use("Old TV");  // whose fields differ at any two times
         Layout layout;
         layout.bounds = {0, 3, 64, 3 + each.height};
         use.setLayouts(layout, layout);
