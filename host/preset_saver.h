@@ -2,6 +2,7 @@
 
 // Preset files: an effect's parameter values in a small XML file.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -49,6 +50,11 @@ struct PresetOutcome {
     char name[kPresetNameSize];              ///< the preset's name in UTF-8, NUL-terminated
     PresetEntry entries[kMaxPresetEntries];  ///< by parameter index
 };
+/// The extension of the preset files of the effect with that library index, up to 25: "lumva" is the first one's.
+constexpr std::array<char, 6> presetExtension(std::uint32_t index) noexcept {
+    return {'l', 'u', 'm', 'v', static_cast<char>('a' + index), '\0'};
+}
+
 static_assert(sizeof(PresetEntry) == 12);
 static_assert(sizeof(PresetOutcome) == 1032);
 static_assert(offsetof(PresetOutcome, name) == 8 && offsetof(PresetOutcome, entries) == 264);
@@ -64,7 +70,8 @@ public:
 
     /// Reads a preset of `effect` and hands the values out in `outcome`; setting them is the host's part. A file of up
     /// to 1 MiB is accepted if it names the effect and its library and holds an entry of the right type for each
-    /// parameter; more entries than that do not matter. Sliders and points are handed out as they stand in the file.
+    /// parameter; more entries than that do not matter. Sliders and points are limited to 0..1, of a list that has no
+    /// such item the first one is meant; a file with a number that is not finite is refused.
     virtual bool LUMISET_CALL LoadPreset(void* owner, IPresetEffect* effect, std::uint32_t index, const wchar_t* path,
                                          PresetOutcome* outcome) noexcept = 0;
     /// Writes the values that `effect` has now, under the file's name as the preset's name. On success `outcome` holds

@@ -2,7 +2,9 @@
 
 #include <tinyxml.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <string_view>
 #include <system_error>
@@ -33,6 +35,19 @@ bool readNumber(const TiXmlElement& element, const char* attribute, Number& numb
     const std::string_view text(found);
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size();
+}
+
+/// A number that single precision cannot hold, being too large or too near to 0, is one all the same.
+bool readFloat(const TiXmlElement& element, const char* attribute, float& number) {
+    double wide = 0.0;
+    if (readNumber(element, attribute, number)) {
+        return true;
+    }
+    if (!readNumber(element, attribute, wide)) {
+        return false;
+    }
+    number = static_cast<float>(std::clamp(wide, -2.0, 2.0));
+    return true;
 }
 
 /// A 32-bit word, signed or unsigned.
@@ -74,9 +89,10 @@ bool readEntry(const TiXmlElement& element, PresetEntry& entry) {
     }
     switch (entry.type) {
         case kParamPoint:
-            return readNumber(element, "x", entry.value.point.x) && readNumber(element, "y", entry.value.point.y);
+            return readFloat(element, "x", entry.value.point.x) && readFloat(element, "y", entry.value.point.y) &&
+                   limitValues(entry);
         case kParamSlider:
-            return readNumber(element, "value", entry.value.slider);
+            return readFloat(element, "value", entry.value.slider) && limitValues(entry);
         case kParamChoice:
         case kParamColor:
             return readWord(element, "value", entry.value.words[0]);
@@ -97,6 +113,22 @@ std::string attributeOr(const TiXmlElement& element, const char* attribute) {
 }
 
 }  // namespace
+
+bool limitValues(PresetEntry& entry) {
+    const auto limit = [](float& number) {
+        const bool finite = std::isfinite(number);
+        number = std::clamp(number, 0.0F, 1.0F);
+        return finite;
+    };
+    switch (entry.type) {
+        case kParamPoint:
+            return limit(entry.value.point.x) && limit(entry.value.point.y);
+        case kParamSlider:
+            return limit(entry.value.slider);
+        default:
+            return true;
+    }
+}
 
 std::string presetText(const Preset& preset) {
     TiXmlDocument document;

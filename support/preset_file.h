@@ -20,12 +20,15 @@ struct Preset {
     std::vector<PresetEntry> entries;
 };
 
+/// Brings sliders and points into 0..1. False where one is not finite.
+[[nodiscard]] bool limitValues(PresetEntry& entry);
+
 /// The file's text. Numbers are written the same in every locale, floats by the shortest text that reads back to the
-/// same bits (of not-a-number the sign alone survives).
+/// same bits.
 [[nodiscard]] std::string presetText(const Preset& preset);
 
 /// Nothing for a text that is not a preset: no root element "Preset", no parameters, or a parameter without its
-/// numbers. An attribute for a name that is missing reads as empty.
+/// numbers. Sliders and points are limited to 0..1. An attribute for a name that is missing reads as empty.
 [[nodiscard]] std::optional<Preset> parsePreset(const std::string& text);
 
 }  // namespace lumiset

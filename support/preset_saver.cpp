@@ -29,7 +29,7 @@ platform::DialogAnswer choosePath(void* owner, std::uint32_t index, const wchar_
     if (owner == nullptr || index >= kMaxEffects) {
         return platform::DialogAnswer::kUnavailable;
     }
-    const std::string extension = std::string("lumv") + static_cast<char>('a' + index);
+    const std::string extension = presetExtension(index).data();
     return ask({owner, title, "Preset Files (*." + extension + ")", extension}, path);
 }
 
@@ -37,7 +37,8 @@ bool namesItself(IPresetEffect* effect) {
     return effect != nullptr && effect->GetEffectName() != nullptr && effect->GetLibraryName() != nullptr;
 }
 
-/// The effect's values now; nothing for an effect with more parameters than a preset holds.
+/// The effect's values now; nothing for an effect with more parameters than a preset holds, or with a value that is no
+/// number.
 std::optional<std::vector<PresetEntry>> valuesOf(IPresetEffect& effect) {
     std::vector<PresetEntry> entries;
     for (ParamInfo info{}; effect.GetParamInfo(static_cast<std::uint32_t>(entries.size()), &info); info = {}) {
@@ -49,12 +50,16 @@ std::optional<std::vector<PresetEntry>> valuesOf(IPresetEffect& effect) {
             entry.value = info.defaultValue;
             effect.GetParamValue(static_cast<std::uint32_t>(entries.size()), &entry.value, info.type);
         }
+        if (!limitValues(entry)) {
+            return std::nullopt;
+        }
         entries.push_back(entry);
     }
     return entries;
 }
 
-/// Leaves the entries that `effect` has. False when one is missing or of another type.
+/// Leaves the entries that `effect` has; of a list that has no such item the first one is meant, as everywhere. False
+/// when one is missing or of another type.
 bool fits(IPresetEffect& effect, Preset& preset) {
     if (preset.effectLibrary != effect.GetLibraryName() || preset.effectName != effect.GetEffectName()) {
         return false;
@@ -63,6 +68,9 @@ bool fits(IPresetEffect& effect, Preset& preset) {
     for (ParamInfo info{}; effect.GetParamInfo(count, &info); info = {}) {
         if (count == kMaxPresetEntries || count >= preset.entries.size() || preset.entries[count].type != info.type) {
             return false;
+        }
+        if (info.type == kParamChoice && info.itemCount > 0 && preset.entries[count].value.choice >= info.itemCount) {
+            preset.entries[count].value.choice = 0;
         }
         ++count;
     }

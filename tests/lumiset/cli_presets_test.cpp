@@ -77,8 +77,8 @@ TEST_F(PresetCommands, ConvertPresetFilesToJsonAndBackToTheByte) {
         const std::string preset =
             nlohmann::json::parse(runLumiset({"show", name, "--json"}).out)["presets"][0]["name"];
         EXPECT_EQ(runLumiset({"preset", "save", file, "-e", name, "-p", preset}).status, 0) << name;
-        EXPECT_EQ(runLumiset({"preset", "convert", file, json}).err, "") << name;
-        EXPECT_EQ(runLumiset({"preset", "convert", json, back}).err, "") << name;
+        EXPECT_EQ(runLumiset({"preset", "convert", file, json, "-y"}).err, "") << name;
+        EXPECT_EQ(runLumiset({"preset", "convert", json, back, "-y"}).err, "") << name;
         EXPECT_NE(contentsOf(file), "");
         EXPECT_EQ(contentsOf(back), contentsOf(file)) << name;
     }
@@ -96,16 +96,35 @@ TEST_F(PresetCommands, ConvertWhatNoPanelShows) {
         "\"Opacity\": 33.333334\n  }\n}\n");
     EXPECT_EQ(runLumiset({"preset", "convert", folder / "odd.json", folder / "back.LUMVC"}).err, "");
     EXPECT_EQ(contentsOf(folder / "back.LUMVC"), odd);
+}
 
-    // Beyond a parameter's range: kept from preset file to preset file, but no text for people.
-    const std::string far = presetFile("far", {"1.50", "nan", "0", "0"});
+TEST_F(PresetCommands, AgreeOnValuesBeyondTheirRange) {
+    const std::string far = presetFile("far", {"1.50", "-3", "0", "0.5"});
+    const std::string near = presetFile("far", {"1", "0", "0", "0.5"});
     writeFile(folder / "far.lumvc", "<!-- mine -->" + far.substr(far.find("<Preset")));
-    EXPECT_EQ(runLumiset({"preset", "convert", folder / "far.lumvc", folder / "canonical.lumvc"}).err, "");
-    EXPECT_EQ(contentsOf(folder / "canonical.lumvc"), presetFile("far", {"1.5", "nan", "0", "0"}));
-    const RunResult refused = runLumiset({"preset", "convert", folder / "far.lumvc", folder / "far.json"});
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.err.find("far.lumvc: The value of Width lies beyond"), std::string::npos) << refused.err;
-    EXPECT_FALSE(std::filesystem::exists(folder / "far.json"));
+    EXPECT_EQ(runLumiset({"preset", "check", folder / "far.lumvc"}).status, 0);
+    EXPECT_NE(runLumiset({"preset", "load", folder / "far.lumvc"}).out.find("Width=100\n  Soften=0\n"),
+              std::string::npos);
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "far.lumvc", folder / "near.lumvc"}).err, "");
+    EXPECT_EQ(contentsOf(folder / "near.lumvc"), near);
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "far.lumvc", folder / "far.json"}).err, "");
+    EXPECT_NE(contentsOf(folder / "far.json").find("\"Width\": 100.0"), std::string::npos);
+    const std::string saved = folder / "far.lumvc.saved.lumvc";
+    EXPECT_EQ(runLumiset({"preset", "save", saved, "-e", "Outline", "--preset-file", folder / "far.lumvc"}).err, "");
+    EXPECT_EQ(contentsOf(saved).substr(contentsOf(saved).find("<parameter")), near.substr(near.find("<parameter")));
+
+    writeFile(folder / "nan.lumvc", presetFile("nan", {"0.5", "nan", "0", "0.5"}));
+    const std::vector<std::vector<std::string>> refused = {
+        {"preset", "check", folder / "nan.lumvc"},
+        {"preset", "load", folder / "nan.lumvc"},
+        {"preset", "convert", folder / "nan.lumvc", folder / "nan.json"},
+        {"preset", "save", folder / "out.lumvc", "-e", "Outline", "--preset-file", folder / "nan.lumvc"}};
+    for (const std::vector<std::string>& each : refused) {
+        const RunResult run = runLumiset(each);
+        EXPECT_EQ(run.status, 1) << each[1];
+        EXPECT_NE((run.out + run.err).find("is not a preset."), std::string::npos) << run.out << run.err;
+    }
+    EXPECT_EQ(folder.entries(), 5) << "nothing is left behind";
 }
 
 TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
@@ -152,7 +171,7 @@ TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
     writeFile(folder / "out.lumvc", before);
     for (const Case& each : kCases) {
         writeFile(folder / "in.json", each.json);
-        const RunResult run = runLumiset({"preset", "convert", folder / "in.json", folder / "out.lumvc"});
+        const RunResult run = runLumiset({"preset", "convert", folder / "in.json", folder / "out.lumvc", "-y"});
         EXPECT_EQ(run.status, 1) << each.json.substr(0, 200);
         EXPECT_NE(run.err.find(each.complaint), std::string::npos) << run.err.substr(0, 500);
         EXPECT_EQ(contentsOf(folder / "out.lumvc"), before);
@@ -164,13 +183,13 @@ TEST_F(PresetCommands, RefuseJsonThatIsNoPreset) {
     EXPECT_EQ(runLumiset({"preset", "convert", folder / "missing.json", folder / "out.lumvc"}).status, 1);
     // Without a name in it the preset is called as the file.
     std::filesystem::copy(folder / "in.json", folder / "\xFF.json");
-    EXPECT_NE(runLumiset({"preset", "convert", folder / "\xFF.json", folder / "out.lumvc"}).err.find("UTF-8"),
+    EXPECT_NE(runLumiset({"preset", "convert", folder / "\xFF.json", folder / "out.lumvc", "-y"}).err.find("UTF-8"),
               std::string::npos);
     std::filesystem::remove(folder / "\xFF.json");
     std::filesystem::create_directory(folder / "taken.lumvc");
     EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "taken.lumvc"}).status, 1);
     EXPECT_EQ(folder.entries(), 3) << "nothing is left behind";
-    EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "out.lumvc"}).status, 0);
+    EXPECT_EQ(runLumiset({"preset", "convert", folder / "in.json", folder / "out.lumvc", "-y"}).status, 0);
     EXPECT_EQ(contentsOf(folder / "out.lumvc"), presetFile("in", {"0.5", "0.5", "0", "0.5"})) << "defaults";
 }
 
@@ -195,7 +214,8 @@ TEST_F(PresetCommands, ForcedCpuKeepsEffectsOffOpenGL) {
     if (runLumiset({"gpu", "info"}).status != 0) {
         GTEST_SKIP() << "No OpenGL here, nothing is tested.";
     }
-    const std::vector<std::string> command = {"render", "scene:64x48:0.04", folder / "a.png", "--gpu", "-e", "Outline"};
+    const std::vector<std::string> command = {"render", "scene:64x48:0.04", folder / "a.png", "-y", "--gpu",
+                                              "-e",     "Outline"};
     EXPECT_EQ(runLumiset(command).err.find("processor"), std::string::npos);
     ASSERT_EQ(runLumiset({"options", "Forced CPU", "yes"}).status, 0);
     const RunResult forced = runLumiset(command);

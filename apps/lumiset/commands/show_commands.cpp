@@ -177,8 +177,11 @@ std::string listText(const hostkit::EffectCatalogue& catalogue) {
     }
     std::string text;
     for (const EffectDescription& effect : catalogue.effects()) {
-        text += fmt::format("{:<{}}  {:2} parameters, {:2} presets{}\n", effect.name, width, effect.parameters.size(),
-                            effect.presets.size(), dependsOnTime(effect) ? ", moves with time" : "");
+        const auto plural = [](std::size_t count) { return count == 1 ? "" : "s"; };
+        const std::string parameters =
+            fmt::format("{:2} parameter{},", effect.parameters.size(), plural(effect.parameters.size()));
+        text += fmt::format("{:<{}}  {:<14}  {:2} preset{}{}\n", effect.name, width, parameters, effect.presets.size(),
+                            plural(effect.presets.size()), dependsOnTime(effect) ? ", moves with time" : "");
     }
     return text;
 }

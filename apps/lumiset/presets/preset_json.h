@@ -20,8 +20,7 @@ struct NamedPreset {
 };
 
 /// The preset as people read and edit it: the effect, the name, and the values by label as the effect's panel shows
-/// them. Numbers are the shortest that read back to the same bits. Throws `PresetJsonError` for a value beyond its
-/// parameter's range, and one that is not a number.
+/// them. Numbers are the shortest that read back to the same bits.
 [[nodiscard]] std::string presetToJson(const NamedPreset& preset);
 
 /// Parameters that the text leaves out have their defaults; one without a name is called `otherwise`. Throws
