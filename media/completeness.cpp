@@ -1,9 +1,11 @@
 #include "media/completeness.h"
 
+#include <array>
 #include <bit>
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <string_view>
 
 namespace lumiset::media {
 namespace {
@@ -47,6 +49,44 @@ bool segmentIsCut(const std::string& path) {
     return false;
 }
 
+// The chunks at the top of an AVI file, one after the other, tell their sizes (RIFF, OpenDML). One that was never
+// completed tells none.
+bool riffIsCut(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    std::ifstream file(path, std::ios::binary);
+    for (std::uintmax_t at = 0; !error && at + 8 <= size;) {
+        std::array<unsigned char, 8> head{};
+        file.seekg(static_cast<std::streamoff>(at));
+        file.read(reinterpret_cast<char*>(head.data()), head.size());
+        const std::uintmax_t length = head[4] | head[5] << 8U | head[6] << 16U | std::uintmax_t{head[7]} << 24U;
+        if (!file || std::string_view(reinterpret_cast<char*>(head.data()), 4) != "RIFF" || length == 0) {
+            return false;
+        }
+        at += 8 + length + length % 2;
+        if (at > size + 1) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A transport stream is packets of one size, each behind its sync byte, Blu-ray's with four bytes before it.
+bool packetsAreCut(const std::string& path) {
+    constexpr char kSync = 0x47;
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    std::ifstream file(path, std::ios::binary);
+    std::array<char, 192 + 5> head{};
+    file.read(head.data(), head.size());
+    if (error || !file) {
+        return false;
+    }
+    return head[0] == kSync && head[188] == kSync   ? size % 188 != 0
+           : head[4] == kSync && head[196] == kSync ? size % 192 != 0
+                                                    : false;
+}
+
 }  // namespace
 
 bool endsTooEarly(const AVFormatContext& container, const AVStream& stream, const ReadSoFar& read) {
@@ -54,6 +94,12 @@ bool endsTooEarly(const AVFormatContext& container, const AVStream& stream, cons
     const std::string url = container.url;
     if (demuxer.starts_with("matroska") && url.starts_with("file:")) {
         return segmentIsCut(url.substr(5));
+    }
+    if (demuxer == "avi" && url.starts_with("file:")) {
+        return riffIsCut(url.substr(5));
+    }
+    if (demuxer == "mpegts" && url.starts_with("file:")) {
+        return packetsAreCut(url.substr(5));
     }
     if (demuxer.starts_with("mov")) {
         // The table of samples stands apart from them.

@@ -48,15 +48,22 @@ void Decoder::openContainer() {
     const AVInputFormat* demuxer = nullptr;
     if (m_input.sequence) {
         demuxer = av_find_input_format("image2");
-        av_dict_set(&options, "pattern_type", "sequence", 0);
-        av_dict_set_int(&options, "start_number", *m_input.sequence->first, 0);
-        av_dict_set_int(&options, "start_number_range", 1, 0);
+        av_dict_set(&options, "pattern_type", m_input.sequence->glob ? "glob" : "sequence", 0);
+        if (!m_input.sequence->glob) {
+            av_dict_set_int(&options, "start_number", *m_input.sequence->first, 0);
+            av_dict_set_int(&options, "start_number_range", 1, 0);
+        }
         const Rational rate = m_input.sequenceRate;
         av_dict_set(&options, "framerate", fmt::format("{}/{}", rate.num, rate.den).c_str(), 0);
     } else {
         av_dict_set(&options, "pattern_type", "none", 0);
     }
     AVFormatContext* container = nullptr;
+    if (m_input.isPipe()) {
+        m_standardInput = std::make_unique<StandardInput>();
+        container = allocated(avformat_alloc_context());
+        container->pb = m_standardInput->io();
+    }
     const int result = avformat_open_input(&container, m_input.url().c_str(), demuxer, &options);
     av_dict_free(&options);
     const std::string shown = displayName(m_input);

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "media/av.h"
 #include "media/completeness.h"
 #include "media/input_name.h"
+#include "media/standard_input.h"
 
 namespace lumiset::media {
 
@@ -18,7 +21,12 @@ struct Input {
 
     bool isPipe() const { return name == "-"; }
     /// The name for the libraries, which would otherwise take a colon for the end of a protocol.
-    std::string url() const { return isPipe() ? "pipe:0" : "file:" + (sequence ? sequence->pattern : name); }
+    std::string url() const {
+        if (sequence && sequence->glob) {
+            return std::filesystem::absolute(sequence->pattern).string();  // matched as it stands
+        }
+        return isPipe() ? "pipe:0" : "file:" + (sequence ? sequence->pattern : name);
+    }
 };
 
 /// Decodes the main video stream of a file, frame by frame, and throws MediaError where it is damaged.
@@ -47,6 +55,7 @@ private:
     [[noreturn]] void failDamaged(int error) const;
 
     Input m_input;
+    std::unique_ptr<StandardInput> m_standardInput;
     AvInput m_container;
     AvCodecContext m_codec;
     AVStream* m_stream = nullptr;

@@ -170,6 +170,7 @@ void FileSource::describe(const AVFrame& first) {
     if (m_input.sequence) {
         m_format.firstNumber = *m_input.sequence->first;
     }
+    m_format.still = m_decoder->isStill() && !m_input.sequence;
 
     findDisplayMatrix(first);
     if (m_turned) {
@@ -219,7 +220,7 @@ const AVFrame* FileSource::nextFrame() {
 void FileSource::goToStart() {
     // Rounded up to the stream's ticks, less a hair for times that a person wrote in decimals.
     const auto wanted = static_cast<std::int64_t>(std::ceil(m_options.startSeconds / m_format.timeBase.value() - 1e-3));
-    if (wanted <= 0) {
+    if (wanted <= 0 || m_format.still) {
         return;
     }
     if (!m_input.isPipe() && m_decoder->seek(m_firstPts + wanted)) {

@@ -1,5 +1,7 @@
 #include "media/input_name.h"
 
+#include <glob.h>
+
 #include <cctype>
 #include <charconv>
 #include <filesystem>
@@ -36,14 +38,6 @@ std::optional<Pattern> splitPattern(const std::string& name) {
     return std::nullopt;
 }
 
-// A whole text of at most nine digits.
-std::optional<int> numberOf(std::string_view text) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool plain = !text.empty() && text.size() <= 9 && text[0] != '-';
-    return plain && error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
-}
-
 // The number that a file name holds where the pattern has its %d.
 std::optional<int> numberIn(const std::string& name, const Pattern& pattern) {
     if (name.size() <= pattern.before.size() + pattern.after.size() || !name.starts_with(pattern.before) ||
@@ -52,37 +46,12 @@ std::optional<int> numberIn(const std::string& name, const Pattern& pattern) {
     }
     const std::size_t length = name.size() - pattern.before.size() - pattern.after.size();
     const std::string text = name.substr(pattern.before.size(), length);
-    const std::optional<int> number = numberOf(text);
+    const std::optional<int> number = parseWhole(text);
     return number && fmt::format("{:0{}}", *number, pattern.digits) == text ? number : std::nullopt;
 }
 
-}  // namespace
-
-std::string SequenceName::fileName(int number) const {
-    const Pattern parts = splitPattern(pattern).value_or(Pattern{pattern, 1, ""});
-    return parts.before + fmt::format("{:0{}}", number, parts.digits) + parts.after;
-}
-
-std::optional<SequenceName> parseSequenceName(const std::string& name) {
-    std::error_code ignored;
-    if (!splitPattern(name) || fs::exists(name, ignored)) {
-        return std::nullopt;
-    }
-    const std::size_t colon = name.rfind(':');
-    const std::string range = colon == std::string::npos ? "" : name.substr(colon + 1);
-    const std::size_t dash = range.find('-');
-    const std::optional<int> first = numberOf(range.substr(0, dash));
-    const std::optional<int> last = dash == std::string::npos ? std::nullopt : numberOf(range.substr(dash + 1));
-    if (!first || (dash != std::string::npos && !last)) {
-        return SequenceName{name, std::nullopt, std::nullopt};
-    }
-    if (last && *last < *first) {
-        throw MediaError(fmt::format("The range of '{}' ends before it begins.", name));
-    }
-    return SequenceName{name.substr(0, colon), first, last};
-}
-
-void findSequence(SequenceName& sequence) {
+// The numbers of the pictures that are there, within the range that the name gives.
+std::set<int> numbersOf(const SequenceName& sequence) {
     const fs::path path(sequence.pattern);
     const std::string name = path.filename().string();
     const std::optional<Pattern> pattern = splitPattern(name);
@@ -102,6 +71,55 @@ void findSequence(SequenceName& sequence) {
     if (error) {
         throw MediaError(fmt::format("Cannot read the folder '{}': {}.", folder.string(), error.message()));
     }
+    return numbers;
+}
+
+// The files that a shell's pattern stands for, sorted.
+std::vector<std::string> matches(const std::string& pattern) {
+    glob_t found{};
+    std::vector<std::string> files;
+    if (::glob(pattern.c_str(), 0, nullptr, &found) == 0) {
+        files.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
+    }
+    ::globfree(&found);
+    return files;
+}
+
+}  // namespace
+
+std::optional<int> parseWhole(std::string_view text) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool plain = !text.empty() && text.size() <= 9 && text[0] != '-';
+    return plain && error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
+}
+
+std::string SequenceName::fileName(int number) const {
+    const Pattern parts = splitPattern(pattern).value_or(Pattern{pattern, 1, ""});
+    return parts.before + fmt::format("{:0{}}", number, parts.digits) + parts.after;
+}
+
+std::optional<SequenceName> parseSequenceName(const std::string& name) {
+    std::error_code ignored;
+    if (!splitPattern(name) || fs::exists(name, ignored)) {
+        return std::nullopt;
+    }
+    const std::size_t colon = name.rfind(':');
+    const std::string range = colon == std::string::npos ? "" : name.substr(colon + 1);
+    const std::size_t dash = range.find('-');
+    const std::optional<int> first = parseWhole(range.substr(0, dash));
+    const std::optional<int> last = dash == std::string::npos ? std::nullopt : parseWhole(range.substr(dash + 1));
+    if (!first || (dash != std::string::npos && !last)) {
+        return SequenceName{name, std::nullopt, std::nullopt, false};
+    }
+    if (last && *last < *first) {
+        throw MediaError(fmt::format("The range of '{}' ends before it begins.", name));
+    }
+    return SequenceName{name.substr(0, colon), first, last, false};
+}
+
+void findSequence(SequenceName& sequence) {
+    const std::set<int> numbers = numbersOf(sequence);
     if (numbers.empty()) {
         throw MediaError(fmt::format("There is no picture by the name of '{}'.", sequence.pattern));
     }
@@ -112,6 +130,33 @@ void findSequence(SequenceName& sequence) {
             throw MediaError(fmt::format("'{}' is missing from the image sequence.", sequence.fileName(number)));
         }
     }
+}
+
+std::optional<SequenceName> findGlob(const std::string& pattern) {
+    std::error_code ignored;
+    if (pattern.find_first_of("*?[") == std::string::npos || fs::exists(pattern, ignored)) {
+        return std::nullopt;
+    }
+    const std::size_t count = matches(pattern).size();
+    if (count == 0) {
+        throw MediaError(fmt::format("There is no file that '{}' stands for.", pattern));
+    }
+    return SequenceName{pattern, 1, static_cast<int>(count), true};
+}
+
+std::vector<std::string> filesNamed(const std::string& name) {
+    std::error_code ignored;
+    if (fs::exists(name, ignored)) {
+        return {name};
+    }
+    std::vector<std::string> files;
+    if (const auto sequence = parseSequenceName(name)) {
+        for (const int number : numbersOf(*sequence)) {
+            files.push_back(sequence->fileName(number));
+        }
+        return files;
+    }
+    return name.find_first_of("*?[") == std::string::npos ? files : matches(name);
 }
 
 std::string lowerExtension(const std::string& path) {

@@ -81,6 +81,7 @@ struct VideoFormat {
     std::int64_t frameCount = 0;  ///< pictures to come, an estimate for progress; 0 when unknown
     double durationSeconds = 0;   ///< length of what will be read; 0 when unknown
     int firstNumber = 1;          ///< image sequences: number of the first picture
+    bool still = false;           ///< a picture file, which can be shown at any time for any time
 };
 
 /// Allocates on cache lines, so that rows suit vector instructions.
@@ -147,7 +148,7 @@ struct SourceOptions {
     bool keepDepth = false;   ///< float pictures where the file has more than 8 bits, whatever `depth` says
     double startSeconds = 0;  ///< the first picture is the first at or after this time
     double durationSeconds = std::numeric_limits<double>::infinity();
-    Rational frameRate{0, 1};  ///< for image sequences; 0: 25 pictures a second
+    Rational frameRate{0, 1};  ///< constant; 0: the file's own, of image sequences and pictures 25 a second
     int threads = 0;           ///< threads for decoding and conversion; 0: one a core
 };
 

@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "media/file_source.h"
+#include "media/paced_source.h"
 #include "media/scene_source.h"
 #include "media/sinks.h"
 
@@ -39,20 +41,27 @@ bool isVideoName(const std::string& output) {
 }  // namespace
 
 std::unique_ptr<Source> openSource(const std::string& input, const SourceOptions& options) {
+    const bool paced = options.frameRate.num > 0 && options.frameRate.den > 0;
     if (isSceneName(input)) {
-        return openSceneSource(input, options);
+        auto scene = openSceneSource(input, paced ? leadingIn(options) : options);
+        return paced ? pacedSource(std::move(scene), options.frameRate, options) : std::move(scene);
     }
     Input file;
     file.name = input;
     file.threads = options.threads;
-    if (options.frameRate.num > 0 && options.frameRate.den > 0) {
+    if (paced) {
         file.sequenceRate = options.frameRate;
     }
     file.sequence = parseSequenceName(input);
     if (file.sequence) {
         findSequence(*file.sequence);
+    } else {
+        file.sequence = findGlob(input);
     }
-    return openFileSource(file, options);
+    const bool pacedVideo = paced && !file.sequence;
+    auto source = openFileSource(file, pacedVideo ? leadingIn(options) : options);
+    return pacedVideo || source->format().still ? pacedSource(std::move(source), file.sequenceRate, options)
+                                                : std::move(source);
 }
 
 std::unique_ptr<Sink> openSink(const std::string& output, const VideoFormat& format, const SinkOptions& options,

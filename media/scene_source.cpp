@@ -1,6 +1,5 @@
 #include "media/scene_source.h"
 
-#include <charconv>
 #include <cmath>
 #include <optional>
 #include <string_view>
@@ -8,12 +7,16 @@
 
 #include <fmt/format.h>
 
+#include "hostkit/parameter_text.h"
+#include "media/input_name.h"
+#include "media/rate.h"
 #include "media/scene.h"
 
 namespace lumiset::media {
 namespace {
 
 constexpr int kLargestSide = 16384;
+constexpr double kLongest = 1e6;
 
 struct SceneName {
     ScenePart part = ScenePart::kWindow;
@@ -22,14 +25,6 @@ struct SceneName {
     double seconds = 4;
     Rational rate{25, 1};
 };
-
-template <class Number>
-std::optional<Number> parseNumber(std::string_view text) {
-    Number value{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole && value <= Number(1000000) ? std::optional(value) : std::nullopt;
-}
 
 // Takes the text up to a separator off the front, which is all of it where there is none.
 std::optional<std::string_view> takePart(std::optional<std::string_view>& text, char separator) {
@@ -40,20 +35,6 @@ std::optional<std::string_view> takePart(std::optional<std::string_view>& text, 
         return whole->substr(0, at);
     }
     return std::nullopt;
-}
-
-// Frames a second as a whole number, a decimal or a ratio such as 30000/1001.
-std::optional<Rational> parseRate(std::string_view text) {
-    if (const std::size_t slash = text.find('/'); slash != std::string_view::npos) {
-        const auto num = parseNumber<int>(text.substr(0, slash));
-        const auto den = parseNumber<int>(text.substr(slash + 1));
-        return num && den && *num > 0 && *den > 0 ? std::optional(Rational{*num, *den}) : std::nullopt;
-    }
-    if (const auto whole = parseNumber<int>(text)) {
-        return Rational{*whole, 1};
-    }
-    const auto rate = parseNumber<double>(text);
-    return rate ? std::optional(Rational{static_cast<int>(std::lround(*rate * 1000)), 1000}) : std::nullopt;
 }
 
 constexpr std::pair<const char*, ScenePart> kParts[] = {
@@ -76,16 +57,14 @@ SceneName parse(const std::string& input) {
     takePart(rest, ':');
     bool understood = true;
     if (auto size = takePart(rest, ':')) {
-        const auto width = parseNumber<int>(*takePart(size, 'x'));
-        const auto height = size ? parseNumber<int>(*size) : std::nullopt;
+        const auto width = parseWhole(*takePart(size, 'x'));
+        const auto height = size ? parseWhole(*size) : std::nullopt;
         name.width = width.value_or(0);
         name.height = height.value_or(0);
         understood = width && height;
     }
     if (const auto seconds = takePart(rest, ':')) {
-        const auto number = parseNumber<double>(*seconds);
-        name.seconds = number.value_or(0);
-        understood = understood && number;
+        understood = hostkit::parseNumber(*seconds, name.seconds) && name.seconds <= kLongest && understood;
     }
     if (rest) {
         const auto rate = parseRate(*rest);

@@ -122,6 +122,19 @@ VideoPlan planOther(const AVCodec* codec, const SinkOptions& options, const Pict
     plan.constantRate = true;
     plan.codesFields = codec->id == AV_CODEC_ID_MPEG2VIDEO || codec->id == AV_CODEC_ID_MPEG4;
     plan.qscale = options.quality >= 1 ? options.quality : 2;
+    if (std::string_view(codec->name) == "libx265") {
+        plan.options = {{"x265-params", "log-level=error"}};  // it writes to the terminal by itself
+    }
+    if (codec->supported_framerates != nullptr) {
+        const AVRational rate = avRational(kind.format.frameRate);
+        const AVRational nearest =
+            codec->supported_framerates[av_find_nearest_q_idx(rate, codec->supported_framerates)];
+        plan.frameRate = rational(nearest);
+        if (std::abs(av_q2d(nearest) / av_q2d(rate) - 1) > 1e-4) {  // a picture in minutes
+            plan.notes.push_back(fmt::format("{} has no {:.5g} pictures a second, so it is written with {:.5g}.",
+                                    avcodec_get_name(codec->id), av_q2d(rate), av_q2d(nearest)));
+        }
+    }
     const AVPixelFormat wanted = kind.deep ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_BGRA;
     plan.format = codec->pix_fmts == nullptr
                       ? AV_PIX_FMT_YUV420P
@@ -150,11 +163,12 @@ constexpr NamedCodec kCodecs[] = {
 // The codec for a container when none is asked for.
 std::string usualCodec(const AVOutputFormat& container, const PictureKind& kind) {
     const std::string name = container.name;
+    const bool deeperThanH264 = kind.deep && kind.format.bitDepth > 10;
     if (name == "mov") {
         // QuickTime files of cameras are H.264; of editors, with alpha or deep samples, ProRes.
         return kind.alpha || kind.deep ? "prores" : "h264";
     }
-    return name == "matroska" ? "ffv1"
+    return name == "matroska" ? (kind.alpha || deeperThanH264 ? "ffv1" : "h264")
            : name == "webm"   ? "vp9"
            : name == "mp4"    ? "h264"
            : name == "mpegts" ? "h264"
@@ -183,7 +197,7 @@ VideoPlan chooseVideo(const AVOutputFormat& container, const std::string& fileNa
         if (name != codec.name) {
             continue;
         }
-        if (avformat_query_codec(&container, codec.id, FF_COMPLIANCE_NORMAL) != 1) {
+        if (avformat_query_codec(&container, codec.id, FF_COMPLIANCE_NORMAL) == 0) {  // negative: it does not say
             throw MediaError(fmt::format("A file like '{}' cannot hold video coded as {}.", fileName, name));
         }
         return codec.plan(options, kind);

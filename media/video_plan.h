@@ -14,6 +14,7 @@ struct VideoPlan {
     int qscale = -1;            ///< fixed quantiser, -1: the options tell
     bool codesFields = false;   ///< interlaced pictures are coded as such
     bool constantRate = false;  ///< every picture lasts as long as the next
+    Rational frameRate{0, 1};   ///< the nearest of those that the codec has; numerator 0: any will do
     bool fullRange = false;     ///< YUV as in JPEG
     bool keepsRange = false;    ///< the stream can tell its range and the place of its chroma
     std::vector<std::pair<const char*, std::string>> options;

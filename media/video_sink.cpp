@@ -32,7 +32,8 @@ private:
     std::string failure() const { return "Cannot write " + m_shownName; }
 
     bool m_pipe;
-    std::string m_shownName;
+    std::string m_name;
+    std::string m_shownName;  ///< in a sentence behind "write"
     VideoFormat m_format;
     SinkOptions m_options;
     Source::Origin m_origin;
@@ -51,6 +52,7 @@ private:
 VideoSink::VideoSink(const std::string& output, const VideoFormat& format, const SinkOptions& options,
                      const Source* copyFrom)
     : m_pipe(output == "-"),
+      m_name(m_pipe ? "standard output" : output),
       m_shownName(m_pipe ? "to standard output" : "'" + output + "'"),
       m_format(format),
       m_options(options) {
@@ -77,17 +79,19 @@ VideoSink::VideoSink(const std::string& output, const VideoFormat& format, const
 void VideoSink::begin(const Picture& first) {
     const bool deep = first.depth == Depth::kFloat && m_format.bitDepth > 8;
     const bool alpha = m_format.color.hasAlpha() || !isOpaque(first);
-    m_plan = planVideo(*m_output->oformat, m_shownName, m_options, {m_format, alpha, deep});
+    m_plan = planVideo(*m_output->oformat, m_name, m_options, {m_format, alpha, deep});
     m_notes.insert(m_notes.end(), m_plan.notes.begin(), m_plan.notes.end());
     if (m_format.color.isHdr()) {
         m_notes.push_back(fmt::format("The pictures are HDR ({}): effects work on the code values as they stand.",
                                       m_format.color.transfer == 16 ? "PQ" : "HLG"));
     }
+    if (m_plan.frameRate.num > 0) {
+        m_format.frameRate = m_plan.frameRate;
+    }
     const AVRational timeBase =
         m_plan.constantRate ? av_inv_q(avRational(m_format.frameRate)) : avRational(m_format.timeBase);
     const bool globalHeader = (m_output->oformat->flags & AVFMT_GLOBALHEADER) != 0;
-    m_encoder =
-        std::make_unique<VideoEncoder>(m_plan, m_format, timeBase, m_options.threads, globalHeader, m_shownName);
+    m_encoder = std::make_unique<VideoEncoder>(m_plan, m_format, timeBase, m_options.threads, globalHeader, m_name);
 
     m_stream = allocated(avformat_new_stream(m_output.get(), nullptr));
     avCheck(avcodec_parameters_from_context(m_stream->codecpar, &m_encoder->context()), failure());

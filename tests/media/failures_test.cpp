@@ -57,8 +57,8 @@ TEST_F(MediaFailures, OfReadingAreOneClearSentence) {
 TEST_F(MediaFailures, OfFilesCutShortAreNoticedWhereverTheyAreCut) {
     const Picture picture = colorPatches(64, 48, false);
     VideoFormat format = formatOf(picture, false);
-    for (const std::string name :
-         {"a.png", "a.jpg", "a.tiff", "a.webp", "a.bmp", "a.mp4", "a.mov", "a.mkv", "a.webm", "a.y4m"}) {
+    for (const std::string name : {"a.png", "a.jpg", "a.tiff", "a.webp", "a.bmp", "a.mp4", "a.mov", "a.mkv", "a.webm",
+                                   "a.y4m", "a.avi", "a.ts"}) {
         const bool still = name.size() > 5 ? name == "a.tiff" || name == "a.webp"
                                            : name == "a.png" || name == "a.jpg" || name == "a.bmp";
         writePictures(path(name), format, std::vector<Picture>(still ? 1 : 20, picture));

@@ -1,5 +1,6 @@
 // Times, shapes, fields, sound and sequences.
 
+#include "media/rate.h"
 #include "tests/media/media_clip.h"
 #include "tests/media/media_fixture.h"
 
@@ -19,6 +20,14 @@ std::vector<Picture> numbered(int count) {
 }
 int numberOf(const Picture& picture) {
     return static_cast<int>(std::lround((sampleOf(picture, 16, 16, 1) - 10) / 10));
+}
+
+std::string shown(const std::vector<Picture>& pictures) {
+    std::string numbers;
+    for (const Picture& picture : pictures) {
+        numbers += std::to_string(numberOf(picture));
+    }
+    return numbers;
 }
 
 TEST_F(MediaVideo, KeepsUnevenTimesAndTheShapeOfPixels) {
@@ -51,12 +60,103 @@ TEST_F(MediaVideo, KeepsUnevenTimesAndTheShapeOfPixels) {
         sink->write(pictures[i]);
     }
     sink->finish();
-    const std::vector<Picture> read = readAll(path("a.y4m"));
-    std::string shown;
-    for (const Picture& picture : read) {
-        shown += std::to_string(numberOf(picture));
+    EXPECT_EQ(shown(readAll(path("a.y4m"))), "01111233333345");
+
+    // So does reading at one that is asked for.
+    struct Case {
+        Rational rate;
+        double start;
+        double duration;
+        const char* shown;
+    };
+    const Case kCases[] = {{{25, 1}, 0, 99, "01111233333345"},
+                           {{50, 1}, 0.2, 99, "223333333333334455"},
+                           {{5, 1}, 0, 99, "134"},
+                           {{25, 1}, 0.12, 0.2, "11233"}};
+    for (const Case& each : kCases) {
+        SourceOptions options;
+        options.frameRate = each.rate;
+        options.startSeconds = each.start;
+        options.durationSeconds = each.duration;
+        const auto source = openSource(path("a.mkv"), options);
+        EXPECT_EQ(source->format().frameRate.value(), each.rate.value());
+        const std::vector<Picture> read = readAll(*source);
+        EXPECT_EQ(shown(read), each.shown);
+        for (std::size_t i = 0; i < read.size(); i++) {
+            EXPECT_NEAR(read[i].timeSeconds, each.start + static_cast<double>(i) / each.rate.value(), 1e-6);
+        }
     }
-    EXPECT_EQ(shown, "01111233333345");
+}
+
+TEST_F(MediaVideo, TakesTheNearestRateThatTheCodecHas) {
+    struct Case {
+        const char* name;
+        Rational rate;
+        double written;
+        bool told;
+    };
+    for (const Case& each : {Case{"a.mpg", {23976, 1000}, 24000.0 / 1001, false},
+                             {"a.vob", {2997, 125}, 24000.0 / 1001, false},
+                             {"a.mxf", {23976, 1000}, 24000.0 / 1001, false},
+                             {"b.mpg", {12, 1}, 24000.0 / 1001, true},
+                             {"a.ts", {15, 1}, 15, false},
+                             {"a.m2ts", {23976, 1000}, 24000.0 / 1001, false}}) {
+        SCOPED_TRACE(each.name);
+        VideoFormat format = formatOf(flatPicture(64, 48, 0, 0, 0), false);
+        format.frameRate = each.rate;
+        format.timeBase = {each.rate.den, each.rate.num};
+        const auto sink = openSink(path(each.name), format);
+        for (int i = 0; i < 12; i++) {
+            Picture picture = flatPicture(64, 48, 10, 20 * i, 10);
+            picture.pts = i;
+            sink->write(picture);
+        }
+        sink->finish();
+        EXPECT_EQ(!sink->notes().empty(), each.told);
+        const auto source = openSource(path(each.name));
+        EXPECT_NEAR(source->format().frameRate.value(), each.written, 0.01);
+        EXPECT_NEAR(static_cast<double>(readAll(*source).size()), 12 * each.written / each.rate.value(), 1.01);
+    }
+}
+
+TEST_F(MediaVideo, HoldsAPictureForAsLongAsItIsAskedFor) {
+    writePictures(path("a.png"), formatOf(flatPicture(32, 32, 0, 0, 0), false), {flatPicture(32, 32, 50, 50, 50)});
+    SourceOptions options;
+    options.startSeconds = 0.5;
+    std::vector<Picture> read = readAll(path("a.png"), options);
+    ASSERT_EQ(read.size(), 1U);
+    EXPECT_EQ(read[0].timeSeconds, 0.52) << "the first of the times that pictures have";
+    options.durationSeconds = 2;
+    options.frameRate = {10, 1};
+    read = readAll(path("a.png"), options);
+    EXPECT_EQ(shown(read), "44444444444444444444");
+    EXPECT_NEAR(read.back().timeSeconds, 2.4, 1e-9);
+}
+
+TEST(Rate, IsReadAsPeopleWriteIt) {
+    struct Case {
+        const char* text;
+        Rational rate;  // 0: none
+    };
+    const Case kCases[] = {{"25", {25, 1}},
+                           {"29.97", {30000, 1001}},
+                           {"23.976", {24000, 1001}},
+                           {"23.98", {24000, 1001}},
+                           {"59.94", {60000, 1001}},
+                           {"12.5", {12500, 1000}},
+                           {"30000/1001", {30000, 1001}},
+                           {"0.5", {500, 1000}},
+                           {"0", {0, 1}},
+                           {"24/0", {0, 1}},
+                           {"-5", {0, 1}},
+                           {"fast", {0, 1}},
+                           {"20000", {0, 1}},
+                           {"1.5/2", {0, 1}}};
+    for (const Case& each : kCases) {
+        const Rational rate = parseRate(each.text).value_or(Rational{0, 1});
+        EXPECT_EQ(rate.num, each.rate.num) << each.text;
+        EXPECT_EQ(rate.den, each.rate.den) << each.text;
+    }
 }
 
 TEST_F(MediaVideo, TellsFieldsAndTheirOrder) {
@@ -199,7 +299,9 @@ TEST_F(MediaVideo, TurnsPicturesOfCamerasThatWereTurned) {
             setPixel(stored, x, y, 0, 0, 255);
         }
     }
-    writePictures(path("stored.mkv"), formatOf(stored, false), {stored});
+    SinkOptions lossless;
+    lossless.codec = "ffv1";
+    writePictures(path("stored.mkv"), formatOf(stored, false), {stored}, lossless);
     remuxTurned(path("stored.mkv"), path("turned.mov"));
     const auto source = openSource(path("turned.mov"));
     EXPECT_EQ(source->format().width, 16);

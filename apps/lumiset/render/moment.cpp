@@ -15,23 +15,18 @@ namespace {
 constexpr double kUsualSeconds = 2.2;  // by then an old television has torn, and a recording light is on
 constexpr double kShortSeconds = 3.0;
 
-// Reads on from picture to picture, for inputs that cannot be entered in the middle or do not know their length.
-void readUpTo(double seconds, bool asked, const std::string& input, media::Source& source, media::Picture& picture) {
-    const double half = 0.5 / std::max(source.format().frameRate.value(), 1e-3);
+/// Reads on to the picture that shows at a time: the last one that has come by then. False where the input is over.
+bool readUpTo(double seconds, media::Source& source, media::Picture& picture) {
+    const double length = 1.0 / std::max(source.format().frameRate.value(), 1e-3);
+    const double latest = seconds + 1e-3 * length;  // for times that a person wrote in decimals
     media::Picture next;
-    bool still = true;
-    while (picture.timeSeconds < seconds - half) {
-        if (!source.read(next)) {
-            if (still) {
-                picture.timeSeconds = seconds;
-            } else if (asked) {
-                throw media::MediaError(fmt::format("'{}' is over before {} s.", input, seconds));
-            }
-            return;
+    while (source.read(next)) {
+        if (next.timeSeconds > latest) {
+            return true;
         }
-        still = false;
         std::swap(picture, next);
     }
+    return latest < std::max(picture.timeSeconds + length, source.format().durationSeconds);
 }
 
 }  // namespace
@@ -43,9 +38,13 @@ Moment readMoment(const std::string& input, std::optional<double> timeSeconds) {
     const bool still = format.frameCount == 1;
     const bool known = length > 0.0 && !still;
     const double seconds = timeSeconds.value_or(known && length < kShortSeconds ? length / 2.0 : kUsualSeconds);
-    const bool enters = known && input != "-" && seconds > 0.0;
-    if (enters) {
-        source->restart(seconds);
+    const double pictureSeconds = 1.0 / std::max(format.frameRate.value(), 1e-3);
+    if (known && input != "-") {
+        try {
+            source->restart(std::max(0.0, seconds - 0.99 * pictureSeconds));
+        } catch (const media::MediaError&) {
+            source->restart(0.0);  // a last picture that stays longer than the others
+        }
     }
     Moment moment{{}, format};
     if (!source->read(moment.picture)) {
@@ -53,8 +52,8 @@ Moment readMoment(const std::string& input, std::optional<double> timeSeconds) {
     }
     if (still) {
         moment.picture.timeSeconds = seconds;
-    } else if (!enters) {
-        readUpTo(seconds, timeSeconds.has_value(), input, *source, moment.picture);
+    } else if (!readUpTo(seconds, *source, moment.picture) && timeSeconds.has_value()) {
+        throw media::MediaError(fmt::format("'{}' is over before {} s.", input, seconds));
     }
     return moment;
 }

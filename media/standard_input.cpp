@@ -1,0 +1,133 @@
+#include "media/standard_input.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#include <fmt/format.h>
+
+namespace lumiset::media {
+namespace {
+
+constexpr int kBufferBytes = 1 << 16;
+
+/// Bytes of standard input; 0 at its end, negative for an error.
+int readSome(std::uint8_t* buffer, int size) {
+    for (;;) {
+        const ssize_t count = ::read(STDIN_FILENO, buffer, static_cast<std::size_t>(size));
+        if (count >= 0) {
+            return static_cast<int>(count);
+        }
+        if (errno != EINTR) {
+            return AVERROR(errno);
+        }
+    }
+}
+
+/// ISO base media files begin with the box "ftyp", old QuickTime ones with one of the others.
+bool beginsLikeMp4(const std::uint8_t* head, int size) {
+    constexpr std::array<const char*, 5> kBoxes{"ftyp", "moov", "mdat", "wide", "free"};
+    return size >= 8 && std::any_of(kBoxes.begin(), kBoxes.end(),
+                                    [&](const char* box) { return std::memcmp(head + 4, box, 4) == 0; });
+}
+
+}  // namespace
+
+StandardInput::StandardInput() {
+    int count = 1;
+    while (m_headSize < static_cast<int>(sizeof m_head) && count > 0) {
+        count = readSome(m_head + m_headSize, static_cast<int>(sizeof m_head) - m_headSize);
+        m_headSize += std::max(count, 0);
+    }
+    avCheck(std::min(count, 0), "Cannot read standard input");
+    const bool keeps = beginsLikeMp4(m_head, m_headSize);
+    if (keeps) {
+        m_kept.reset(std::tmpfile());
+        if (m_kept == nullptr || std::fwrite(m_head, 1, sizeof m_head, m_kept.get()) != sizeof m_head) {
+            throw MediaError(fmt::format("Standard input cannot be kept in a temporary file: {}.",
+                                         std::generic_category().message(errno)));
+        }
+        m_keptBytes = m_headSize;
+    }
+    auto* buffer = static_cast<unsigned char*>(allocated(av_malloc(kBufferBytes)));
+    m_io = avio_alloc_context(buffer, kBufferBytes, 0, this, &readPart, nullptr, keeps ? &seek : nullptr);
+    if (m_io == nullptr) {
+        av_free(buffer);
+        throw std::bad_alloc();
+    }
+}
+
+StandardInput::~StandardInput() {
+    av_freep(&m_io->buffer);
+    avio_context_free(&m_io);
+}
+
+int StandardInput::readPart(void* self, std::uint8_t* buffer, int size) {
+    auto& input = *static_cast<StandardInput*>(self);
+    const int count = input.m_kept != nullptr ? input.read(buffer, size) : input.readOnly(buffer, size);
+    return count == 0 ? AVERROR_EOF : count;
+}
+
+int StandardInput::readOnly(std::uint8_t* buffer, int size) {
+    if (m_position < m_headSize) {
+        const int count = std::min(size, m_headSize - static_cast<int>(m_position));
+        std::memcpy(buffer, m_head + m_position, static_cast<std::size_t>(count));
+        m_position += count;
+        return count;
+    }
+    return readSome(buffer, size);
+}
+
+int StandardInput::read(std::uint8_t* buffer, int size) {
+    if (!keepUntil(m_position + size)) {
+        return AVERROR(EIO);
+    }
+    if (::fseeko(m_kept.get(), m_position, SEEK_SET) != 0) {
+        return AVERROR(errno);
+    }
+    const std::size_t count = std::fread(buffer, 1, static_cast<std::size_t>(size), m_kept.get());
+    m_position += static_cast<std::int64_t>(count);
+    return std::ferror(m_kept.get()) != 0 ? AVERROR(EIO) : static_cast<int>(count);
+}
+
+/// Reads on until that many bytes are kept, or all that there are.
+bool StandardInput::keepUntil(std::int64_t end) {
+    std::array<std::uint8_t, kBufferBytes> part{};
+    if (m_keptBytes < end && !m_ended && ::fseeko(m_kept.get(), 0, SEEK_END) != 0) {
+        return false;
+    }
+    while (m_keptBytes < end && !m_ended) {
+        const int count = readSome(part.data(), kBufferBytes);
+        if (count < 0 || std::fwrite(part.data(), 1, static_cast<std::size_t>(count), m_kept.get()) !=
+                             static_cast<std::size_t>(count)) {
+            return false;
+        }
+        m_keptBytes += count;
+        m_ended = count == 0;
+    }
+    return true;
+}
+
+std::int64_t StandardInput::seek(void* self, std::int64_t offset, int whence) {
+    auto& input = *static_cast<StandardInput*>(self);
+    const bool fromEnd = whence == SEEK_END;
+    if (whence == AVSEEK_SIZE || fromEnd) {
+        if (!input.keepUntil(INT64_MAX)) {
+            return AVERROR(EIO);
+        }
+        if (!fromEnd) {
+            return input.m_keptBytes;
+        }
+    }
+    const std::int64_t base = fromEnd ? input.m_keptBytes : whence == SEEK_CUR ? input.m_position : 0;
+    if (base + offset < 0) {
+        return AVERROR(EINVAL);
+    }
+    return input.m_position = base + offset;
+}
+
+}  // namespace lumiset::media
