@@ -1,5 +1,6 @@
 #include "adapters/frei0r/instance.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <exception>
@@ -103,6 +104,8 @@ void Instance::settle() {
             m_context.pixelAspect = pixelAspectOf(m_values[i].number);
         } else if (parameter.role == Role::kFields) {
             m_context.fields = fieldOrderOf(m_values[i].number);
+        } else if (parameter.role == Role::kPadding) {
+            m_padding = std::min(paddingOf(m_values[i].number), m_width - 1);
         } else if (parameter.belongsToEffect() && !isDefault(parameter, m_values[i])) {
             const hostkit::ParameterDescription& source = m_effect.description().parameters[parameter.source];
             // Read first: of a point the other half stays.
@@ -117,7 +120,7 @@ void Instance::settle() {
 VideoFrameDesc Instance::frameAt(std::uint32_t* pixels) const {
     VideoFrameDesc frame{};
     frame.data = pixels;
-    frame.width = static_cast<std::int32_t>(m_width);
+    frame.width = static_cast<std::int32_t>(m_width - m_padding);
     frame.height = static_cast<std::int32_t>(m_height);
     frame.stride = static_cast<std::int32_t>(m_width * kBytesPerPixel);
     frame.bytesPerPixel = kBytesPerPixel;
@@ -133,6 +136,10 @@ void Instance::render(double seconds, const std::uint32_t* source, std::uint32_t
     // The module reads a source only.
     const VideoFrameDesc from = frameAt(const_cast<std::uint32_t*>(source));
     if (source != destination) {
+        for (std::uint32_t y = 0; m_padding > 0 && y < m_height; ++y) {
+            const std::size_t at = std::size_t{y} * m_width + m_width - m_padding;
+            std::copy_n(source + at, m_padding, destination + at);
+        }
         m_renderer.render(from, frameAt(destination), m_context);
         return;
     }

@@ -37,6 +37,7 @@ private:
     mutable std::mutex m_mutex;
     const Effect& m_effect;
     std::uint32_t m_width;
+    std::uint32_t m_padding = 0;  ///< columns at the right that are no part of the picture
     std::uint32_t m_height;
     std::vector<Value> m_values;  // one for each of the plug-in's parameters
     hostkit::ParameterStore m_preset;

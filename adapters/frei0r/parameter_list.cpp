@@ -48,6 +48,17 @@ constexpr auto kFields = std::to_array<Fields>({
     {"Bottom First", hostkit::FieldOrder::kBottomFirst},
 });
 
+/// Rows of a multiple of 16 pixels are the longest that hosts are known to fill up to.
+constexpr std::size_t kPaddings = 16;
+
+std::vector<std::string> paddingNames() {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < kPaddings; ++i) {
+        names.push_back(std::to_string(i));
+    }
+    return names;
+}
+
 template <class Table>
 std::vector<std::string> namesOf(const Table& table) {
     std::vector<std::string> names;
@@ -128,6 +139,16 @@ std::string pluginName(std::string_view effectName) {
 
 std::vector<Parameter> parameterList(const EffectDescription& effect) {
     std::vector<Parameter> list;
+    Parameter preset;
+    preset.name = "Preset";
+    preset.type = kFrei0rString;
+    preset.role = Role::kPreset;
+    preset.explanation =
+        "Name of a preset, or a preset file. Parameters that differ from their default count more. There is ";
+    for (const hostkit::PresetDescription& each : effect.presets) {
+        preset.explanation += (&each == effect.presets.data() ? "" : ", ") + each.uniqueName;
+    }
+    list.push_back(std::move(preset));
     for (std::size_t i = 0; i < effect.parameters.size(); ++i) {
         if (effect.parameters[i].type == kParamPoint) {
             list.push_back(describe(effect, i, Role::kPointX));
@@ -140,16 +161,8 @@ std::vector<Parameter> parameterList(const EffectDescription& effect) {
                           "Width of a pixel in relation to its height"));
     list.push_back(choice("Fields", Role::kFields, namesOf(kFields),
                           "Fields of an interlaced picture, the second half of a 25th of a second later"));
-    Parameter preset;
-    preset.name = "Preset";
-    preset.type = kFrei0rString;
-    preset.role = Role::kPreset;
-    preset.explanation =
-        "Name of a preset, or a preset file. Parameters that differ from their default count more. There is ";
-    for (const hostkit::PresetDescription& each : effect.presets) {
-        preset.explanation += (&each == effect.presets.data() ? "" : ", ") + each.uniqueName;
-    }
-    list.push_back(std::move(preset));
+    list.push_back(choice("Padding", Role::kPadding, paddingNames(),
+                          "Columns at the right edge that only fill rows up and are no part of the picture"));
     return list;
 }
 
@@ -242,6 +255,28 @@ double pixelAspectOf(double number) {
 
 hostkit::FieldOrder fieldOrderOf(double number) {
     return kFields[itemAt(number, kFields.size())].order;
+}
+
+double numberOfPixelAspect(double aspect) {
+    const auto distance = [aspect](const PixelAspect& each) { return std::abs(each.width / each.height - aspect); };
+    const auto nearest =
+        std::min_element(kPixelAspects.begin(), kPixelAspects.end(),
+                         [&](const PixelAspect& a, const PixelAspect& b) { return distance(a) < distance(b); });
+    return numberOfItem(static_cast<std::size_t>(nearest - kPixelAspects.begin()), kPixelAspects.size());
+}
+
+std::uint32_t paddingOf(double number) {
+    return static_cast<std::uint32_t>(itemAt(number, kPaddings));
+}
+
+double numberOfPadding(std::uint32_t columns) {
+    return numberOfItem(columns, kPaddings);
+}
+
+double numberOfFieldOrder(hostkit::FieldOrder order) {
+    const auto found =
+        std::find_if(kFields.begin(), kFields.end(), [order](const Fields& each) { return each.order == order; });
+    return numberOfItem(static_cast<std::size_t>(found - kFields.begin()), kFields.size());
 }
 
 }  // namespace lumiset::frei0r

@@ -25,6 +25,7 @@ enum class Role {
     kPointY,       ///< its vertical part
     kPixelAspect,  ///< width of a pixel by its height, which hosts do not tell
     kFields,       ///< the order of fields, which they do not tell either
+    kPadding,      ///< columns at the right edge that are no part of the picture
     kPreset,       ///< name or file of a preset
 };
 
@@ -45,8 +46,9 @@ struct Parameter {
 /// Name of an effect's plug-in, and of its file before the `.so`: "Old TV" is `lumiset_old_tv`.
 [[nodiscard]] std::string pluginName(std::string_view effectName);
 
-/// A plug-in's parameters in their order, which is for good: the effect's own by its table, a point as two numbers;
-/// then "Pixel Aspect" and "Fields"; last the text "Preset".
+/// A plug-in's parameters in their order, which is for good: first the text "Preset", which may so be given alone where
+/// values go by position; then the effect's own by its table, a point as two numbers; last "Pixel Aspect", "Fields" and
+/// "Padding".
 [[nodiscard]] std::vector<Parameter> parameterList(const hostkit::EffectDescription& effect);
 
 /// The value made safe: numbers are limited to 0..1, and what is not a number is the default.
@@ -75,5 +77,12 @@ void toModule(const Parameter& parameter, const hostkit::ParameterDescription& s
 /// What the numbers of "Pixel Aspect" and "Fields" say.
 [[nodiscard]] double pixelAspectOf(double number);
 [[nodiscard]] hostkit::FieldOrder fieldOrderOf(double number);
+/// The numbers that say so; of an aspect that the list does not have, the one for the nearest.
+[[nodiscard]] double numberOfPixelAspect(double aspect);
+[[nodiscard]] double numberOfFieldOrder(hostkit::FieldOrder order);
+
+/// Columns that the number of "Padding" stands for, 0 to 15, and the number for them.
+[[nodiscard]] std::uint32_t paddingOf(double number);
+[[nodiscard]] double numberOfPadding(std::uint32_t columns);
 
 }  // namespace lumiset::frei0r

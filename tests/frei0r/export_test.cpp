@@ -10,6 +10,7 @@ namespace lumiset::frei0r {
 namespace {
 
 using test::runLumiset;
+using test::RunResult;
 
 class ExportedCommand : public ::testing::Test {
 protected:
@@ -18,8 +19,8 @@ protected:
             GTEST_SKIP() << "there is no ffmpeg with frei0r";
         }
         ::setenv("FREI0R_PATH", pluginFolder().c_str(), 1);
-        // Rows of a multiple of 64 bytes, which ffmpeg 5.1 hands to plug-ins as they are.
-        const std::vector<std::string> render = {"render", "scene:48x32:0.04", input, "-q",
+        // Rows that ffmpeg 5.1 fills up without telling plug-ins.
+        const std::vector<std::string> render = {"render", "scene:50x32:0.04", input, "-q",
                                                  "-e",     "Alpha Processor",  "-p",  "Transparent Edges"};
         ASSERT_EQ(runLumiset(render).status, 0);
     }
@@ -33,7 +34,8 @@ protected:
     /// Renders with these options by the printed line and by lumiset itself.
     void expectSamePicture(const std::string& effect, const std::vector<std::string>& options) {
         std::vector<std::string> printing = {"export", "ffmpeg", effect, "-i", input, "-o", output};
-        std::vector<std::string> rendering = {"render", input, folder / "expected.png", "-q", "--alpha", "-e", effect};
+        std::vector<std::string> rendering = {"render", input, folder / "expected.png", "-q", "-y", "--alpha",
+                                              "-e",     effect};
         printing.insert(printing.end(), options.begin(), options.end());
         rendering.insert(rendering.end(), options.begin(), options.end());
         const test::RunResult printed = runLumiset(printing);
@@ -44,7 +46,7 @@ protected:
         const std::string messages = folder / "messages";
         ASSERT_EQ(std::system((line + " 2>" + messages).c_str()), 0) << line << test::contentsOf(messages);
         const std::string picture = pixels(output, folder / "a.raw");
-        EXPECT_EQ(picture.size(), std::size_t{48 * 32 * 4});
+        EXPECT_EQ(picture.size(), std::size_t{50 * 32 * 4});
         EXPECT_TRUE(picture == pixels(folder / "expected.png", folder / "b.raw")) << printed.out;
     }
 
@@ -69,18 +71,78 @@ TEST_F(ExportedCommand, RendersSettingsAndPresetFiles) {
     expectSamePicture("Outline", {"--preset-file", file, "-s", "Opacity=50"});
 }
 
+// What ffmpeg 5.1 has to be told: rows that it would hand over slanted, shapes of pixels, fields, matrices.
+TEST_F(ExportedCommand, RendersClipsOfEverySizeShapeAndScan) {
+    struct Case {
+        const char* name;
+        const char* source;  ///< ffmpeg's filters
+        const char* options;
+        double decibels;
+    };
+    const Case kCases[] = {
+        {"portrait.mp4", "testsrc2=s=1080x1920,scale=out_color_matrix=bt709,format=yuv420p", "-colorspace bt709", 36},
+        {"wide.mp4", "testsrc2=s=854x480,format=yuv420p", "", 36},
+        {"pal.mp4", "testsrc2=s=720x576:r=50,interlace=lowpass=0,format=yuv420p,setsar=64/45", "-flags +ilme+ildct",
+         38},
+        {"o'd:d\\=1.mp4", "testsrc2=s=77x45,format=yuv444p", "", 33}};
+    for (const Case& each : kCases) {
+        SCOPED_TRACE(each.name);
+        const auto shell = [&](const std::string& command) {
+            return std::system(("cd '" + folder.path().string() + "' && " + command).c_str());
+        };
+        const std::string clip = folder / each.name;
+        const std::string quiet = "ffmpeg -v error -y ";
+        ASSERT_EQ(shell(quiet + "-f lavfi -i '" + each.source + "' -frames:v 2 -c:v libx264 -crf 2 " + each.options +
+                        " made.mp4"),
+                  0);
+        std::filesystem::rename(folder / "made.mp4", clip);
+        const RunResult printed =
+            runLumiset({"export", "ffmpeg", "Viewfinder", "-p", "2000s", "-i", clip, "-o", folder / "exported.mp4"});
+        ASSERT_EQ(printed.err, "");
+        ASSERT_EQ(printed.out.rfind("ffmpeg ", 0), 0U);
+        std::filesystem::remove(folder / "exported.mp4");
+        ASSERT_EQ(shell(quiet + printed.out.substr(7)), 0) << printed.out;
+        ASSERT_EQ(
+            runLumiset({"render", clip, folder / "rendered.mp4", "-q", "-y", "-e", "Viewfinder", "-p", "2000s"}).status,
+            0);
+        const std::string properties =
+            "ffprobe -v error -select_streams v -show_entries "
+            "stream=width,height,pix_fmt,sample_aspect_ratio,field_order,color_space,nb_frames -of csv ";
+        EXPECT_EQ(shell(properties + "exported.mp4 >a && " + properties + "rendered.mp4 >b && diff a b >&2"), 0);
+        ASSERT_EQ(shell("ffmpeg -i exported.mp4 -i rendered.mp4 -lavfi psnr=stats_file=psnr -f null - 2>messages"), 0);
+        const std::string stats = test::contentsOf(folder / "psnr");
+        int pictures = 0;
+        for (std::size_t at = stats.find("psnr_avg:"); at != std::string::npos; at = stats.find("psnr_avg:", at + 1)) {
+            EXPECT_GT(std::strtod(stats.c_str() + at + 9, nullptr), each.decibels) << stats;
+            ++pictures;
+        }
+        EXPECT_EQ(pictures, 2);
+    }
+}
+
 TEST(ExportedLines, LeaveOutWhatIsAtItsDefaultAndQuoteTheRest) {
     const hostkit::EffectDescription& effect = reference().catalogue.effect("Selective Tint");
     hostkit::ParameterStore values(effect);
-    EXPECT_EQ(ffmpegCommand({settingsOf(values)}, "-a.mov", "b.MP4"),
+    Clip clip;
+    clip.input = "-a.mov";
+    clip.output = "b.MP4";
+    EXPECT_EQ(ffmpegCommand({settingsOf(values)}, clip),
               "ffmpeg -i ./-a.mov -vf frei0r=filter_name=lumiset_selective_tint -pix_fmt yuv420p b.MP4");
     values.set("Top Left", "10,20");
     values.set("Test Mask", "on");
     values.set("Outer Tint/Color", "#0080C0");
     // melt takes a colon in a name for something else.
-    EXPECT_EQ(meltCommand({settingsOf(values)}, "in.mp4", "o'b.mp4"),
-              "melt in.mp4 -filter frei0r.lumiset_selective_tint 'Top Left X=0.1' 'Test Mask=1' '14=#0080c0' "
+    clip.input = "in\\.mp4";
+    clip.output = "o'b.mp4";
+    EXPECT_EQ(meltCommand({settingsOf(values)}, clip),
+              "melt 'in\\.mp4' -filter frei0r.lumiset_selective_tint 'Top Left X=0.1' 'Test Mask=1' '15=#0080c0' "
               "-consumer 'avformat:o'\\''b.mp4'");
+    for (const char* name : {"a=b.mp4", "a:b.mp4"}) {
+        clip.output = name;
+        EXPECT_THROW(static_cast<void>(meltCommand({settingsOf(values)}, clip)), NameError);
+        EXPECT_NE(ffmpegCommand({settingsOf(values)}, clip).find(name[1] == ':' ? " file:a:b.mp4" : " a=b.mp4"),
+                  std::string::npos);
+    }
 }
 
 TEST(ExportedTemplate, IsNamedAsAsked) {

@@ -6,7 +6,6 @@
 #include <fstream>
 
 #include "adapters/frei0r/parameter_list.h"
-#include "hostkit/parameter_text.h"
 #include "tests/frei0r/frei0r_host.h"
 #include "tests/lumiset/cli_run.h"
 
@@ -15,30 +14,6 @@ namespace {
 
 int run(const std::string& command) {
     return std::system(command.c_str());
-}
-
-/// The parameters as the filter takes them: all at their defaults, the preset last.
-std::string filterParameters(const hostkit::EffectDescription& effect, const std::string& preset) {
-    std::string text;
-    for (const Parameter& parameter : parameterList(effect)) {
-        text += text.empty() ? "" : "|";
-        switch (parameter.type) {
-            case kFrei0rBool:
-                text += parameter.defaultValue.number >= 0.5 ? "y" : "n";
-                break;
-            case kFrei0rColor:
-                text += hostkit::formatValue(effect.parameters[parameter.source],
-                                             effect.parameters[parameter.source].defaultValue);
-                break;
-            case kFrei0rString:
-                text += preset;
-                break;
-            default:
-                text += hostkit::formatNumber(parameter.defaultValue.number, 6);
-                break;
-        }
-    }
-    return text;
 }
 
 TEST(FFmpeg, RendersWhatLumisetRenders) {
@@ -60,12 +35,12 @@ TEST(FFmpeg, RendersWhatLumisetRenders) {
         const std::string rendered = folder / "rendered.mkv";
         const std::string expected = folder / "expected.raw";
         const std::string filtered = folder / "filtered.raw";
-        ASSERT_EQ(run(lumiset + " render " + clip + " " + rendered + " --quiet --alpha --effect '" + effect.name +
-                      "' --preset '" + preset + "'"),
+        ASSERT_EQ(run(lumiset + " render " + clip + " " + rendered + " --quiet --overwrite --alpha --effect '" +
+                      effect.name + "' --preset '" + preset + "'"),
                   0);
         ASSERT_EQ(run("ffmpeg -v error -y -i " + rendered + raw + expected), 0);
-        ASSERT_EQ(run("ffmpeg -v error -y -i " + clip + " -vf 'frei0r=filter_name=" + pluginName(effect.name) +
-                      ":filter_params=" + filterParameters(effect, preset) + "'" + raw + filtered),
+        ASSERT_EQ(run("ffmpeg -v error -y -i " + clip + " -vf 'frei0r=" + pluginName(effect.name) + ":" + preset + "'" +
+                      raw + filtered),
                   0);
         const std::string pictures = test::contentsOf(filtered);
         EXPECT_EQ(pictures.size(), std::size_t{6 * 128 * 72 * 4});

@@ -104,7 +104,7 @@ public:
     }
     void setPreset(const std::string& preset) {
         const char* text = preset.c_str();
-        m_file.setParamValue(m_instance, &text, m_file.info().parameterCount - 1);
+        m_file.setParamValue(m_instance, &text, m_file.find("Preset"));
     }
     [[nodiscard]] double number(int index) const {
         double value = -1.0;

@@ -111,7 +111,7 @@ TEST(HostFiles, DescribeTheParametersThatThePluginsHave) {
         const PanelFile panel(shareFolder() / "kdenlive/effects" / (pluginName(effect.name) + ".xml"));
         EXPECT_EQ(panel.attribute("tag"), std::string("frei0r.") + plugin.info().name);
         EXPECT_EQ(panel.attribute("id"), panel.attribute("tag"));
-        EXPECT_EQ(panel.parameters.size() + 1, static_cast<std::size_t>(count)) << "all but the preset";
+        EXPECT_EQ(panel.parameters.size() + 2, static_cast<std::size_t>(count)) << "all but the preset and the padding";
         for (const auto& [index, parameter] : panel.parameters) {
             ASSERT_LT(index, count);
             expectSamePanel(*parameter, plugin, use, index);

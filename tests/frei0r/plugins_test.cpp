@@ -53,24 +53,25 @@ TEST(Plugins, TellWhatHostsNeedToKnow) {
             EXPECT_NE(parameter.type, kFrei0rPosition) << parameter.name;
         }
         EXPECT_EQ(names.count("name") + names.count("parent") + names.count("qos"), 0U) << "GStreamer's own";
+        EXPECT_STREQ(file.parameter(0).name, "Preset");
         EXPECT_STREQ(file.parameter(info.parameterCount - 3).name, "Pixel Aspect");
         EXPECT_STREQ(file.parameter(info.parameterCount - 2).name, "Fields");
-        EXPECT_STREQ(file.parameter(info.parameterCount - 1).name, "Preset");
+        EXPECT_STREQ(file.parameter(info.parameterCount - 1).name, "Padding");
     });
 }
 
 // Projects that people have saved name parameters and count them: these stay as they are.
 TEST(Plugins, TellLabelsThatOccurTwiceApart) {
     const PluginFile oldTv(pluginPath("lumiset_old_tv"));
-    EXPECT_EQ(oldTv.find("Noise"), 0);
-    EXPECT_EQ(oldTv.find("Tint Color"), 2);
-    EXPECT_EQ(oldTv.parameter(2).type, kFrei0rColor);
-    EXPECT_EQ(oldTv.find("Tint"), 3);
+    EXPECT_EQ(oldTv.find("Noise"), 1);
+    EXPECT_EQ(oldTv.find("Tint Color"), 3);
+    EXPECT_EQ(oldTv.parameter(3).type, kFrei0rColor);
+    EXPECT_EQ(oldTv.find("Tint"), 4);
     const PluginFile tint(pluginPath("lumiset_selective_tint"));
-    EXPECT_EQ(tint.find("Top Left X"), 0);
-    EXPECT_EQ(tint.find("Top Left Y"), 1);
-    EXPECT_EQ(tint.find("Inner Tint: Color"), 11);
-    EXPECT_EQ(tint.find("Outer Tint: Mask"), 16);
+    EXPECT_EQ(tint.find("Top Left X"), 1);
+    EXPECT_EQ(tint.find("Top Left Y"), 2);
+    EXPECT_EQ(tint.find("Inner Tint: Color"), 12);
+    EXPECT_EQ(tint.find("Outer Tint: Mask"), 17);
     const std::string modes = tint.parameter(tint.find("Blend Mode")).explanation;
     EXPECT_NE(modes.find("0 Normal, 0.111 Pop, "), std::string::npos) << modes;
 }
@@ -109,6 +110,28 @@ TEST(Plugins, KeepValuesAndMakeThemSafe) {
             }
         }
     });
+}
+
+TEST(Plugins, LeaveTheColumnsThatFillRowsUp) {
+    constexpr int kWidth = 61;
+    constexpr int kPadded = 64;
+    const Pixels source = testPicture(kPadded, 45);
+    Pixels inner;
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        if (i % kPadded < kWidth) {
+            inner.push_back(source[i]);
+        }
+    }
+    const EffectDescription& effect = reference().catalogue.effect("Viewfinder");
+    const PluginFile file(pluginPath(pluginName(effect.name)));
+    Use use(file, kPadded, 45);
+    use.set("Padding", numberOfPadding(kPadded - kWidth));
+    const Pixels rendered = use.render(source, 0.72);
+    const Pixels expected = reference().render(ParameterStore(effect), inner, kWidth, at(0.72));
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        const std::size_t x = i % kPadded;
+        ASSERT_EQ(rendered[i], x < kWidth ? expected[i / kPadded * kWidth + x] : source[i]) << i;
+    }
 }
 
 TEST(Choices, AreFoundByTheNumbersThatExplanationsShow) {

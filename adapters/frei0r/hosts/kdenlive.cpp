@@ -115,8 +115,8 @@ std::string document(const hostkit::EffectDescription& effect, const std::string
     add(*element, "author", "Lumiset");
     const std::vector<Parameter> parameters = parameterList(effect);
     for (std::size_t i = 0; i < parameters.size(); ++i) {
-        // Sliders do not show what the text parameter's preset sets; presets are templates here.
-        if (parameters[i].role != Role::kPreset) {
+        // Sliders do not show what the text parameter's preset sets; presets are templates here. Rows are whole.
+        if (parameters[i].role != Role::kPreset && parameters[i].role != Role::kPadding) {
             const std::string value = settings != nullptr ? settings->text(i) : "";
             describe(*element, effect, parameters[i], i, settings != nullptr ? &value : nullptr);
         }

@@ -9,8 +9,13 @@
 #include "adapters/frei0r/hosts/kdenlive.h"
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/help.h"
+#include "apps/lumiset/messages.h"
 #include "apps/lumiset/render/effect_options.h"
+#include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/usage_error.h"
+#include "media/input_name.h"
+#include "media/picture_color.h"
+#include "media/scene_source.h"
 
 namespace lumiset::app {
 namespace {
@@ -34,10 +39,52 @@ std::vector<frei0r::Settings> readSettings(Program& program, const EffectOptions
     return settings;
 }
 
-using WriteCommand = std::string (*)(const std::vector<frei0r::Settings>& settings, const std::string& input,
-                                     const std::string& output);
+/// What another program has to be told of the input's pictures, and whether the effect makes the first one's result
+/// transparent. Throws media::MediaError.
+void describeClip(frei0r::Clip& clip, Program& program, const std::vector<EffectRequest>& requests) {
+    const std::unique_ptr<media::Source> source = media::openSource(clip.input);
+    const media::VideoFormat& format = source->format();
+    media::Picture picture;
+    if (!source->read(picture)) {
+        throw media::MediaError("There is no picture in \"" + clip.input + "\".");
+    }
+    media::Picture result;
+    result.allocate(picture.width, picture.height, picture.depth);
+    const std::vector<hostkit::EffectStage> chain = buildChain(program.effectLibrary(), program.catalogue(), requests);
+    const hostkit::FrameContext context = contextOf(picture, format);
+    hostkit::Renderer(chain, kFormatBgra8).render(frameOf(picture), frameOf(result), context);
+    clip.width = format.width;
+    clip.height = format.height;
+    clip.pixelAspect = context.pixelAspect;
+    clip.fields = context.fields;
+    clip.alpha = format.color.hasAlpha() || !media::isOpaque(result);
+    clip.matrix = media::settledColor(format.color, AV_PIX_FMT_YUV420P, format.width, format.height).matrix;
+    if (!media::filesNamed(clip.input).empty() && media::filesNamed(clip.input).front() != clip.input) {
+        clip.sequenceRate = format.frameRate.value();
+        clip.firstNumber = format.firstNumber;
+    }
+}
 
-void addCommandLine(CLI::App& parent, Program& program, const char* name, WriteCommand write) {
+std::string commandLine(Program& program, const EffectOptions& options, frei0r::Clip clip,
+                        std::string (*write)(const std::vector<frei0r::Settings>&, const frei0r::Clip&)) {
+    if (clip.input == "-" || clip.output == "-" || media::isSceneName(clip.input)) {
+        throw UsageError("export takes the names of files that the other program reads and writes.");
+    }
+    if (media::filesNamed(clip.input).empty()) {
+        tell("lumiset: There is no \"" + clip.input +
+             "\" to look at; the line is for whole pictures of square pixels, and a width that 16 divides.\n");
+    } else {
+        describeClip(clip, program, options.requests());
+    }
+    try {
+        return write(readSettings(program, options), clip) + '\n';
+    } catch (const frei0r::NameError& error) {
+        throw UsageError(error.what());
+    }
+}
+
+void addCommandLine(CLI::App& parent, Program& program, const char* name,
+                    std::string (*write)(const std::vector<frei0r::Settings>&, const frei0r::Clip&)) {
     struct Request {
         explicit Request(CLI::App& command) : effect(command, EffectOptions::kNamedEffect) {}
         EffectOptions effect;
@@ -49,7 +96,10 @@ void addCommandLine(CLI::App& parent, Program& program, const char* name, WriteC
     command.add_option("--input,-i", request->input, "file that it reads [input.mp4]")->option_text("FILE");
     command.add_option("--output,-o", request->output, "file that it writes [output.mp4]")->option_text("FILE");
     program.onChosen(command, [request, write, &program] {
-        printText(write(readSettings(program, request->effect), request->input, request->output) + '\n');
+        frei0r::Clip clip;
+        clip.input = request->input;
+        clip.output = request->output;
+        printText(commandLine(program, request->effect, clip, write));
         return kDone;
     });
 }
