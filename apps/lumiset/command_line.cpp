@@ -36,16 +36,31 @@ const CLI::App& chosenCommand(const CLI::App& app) {
     return chosen.empty() ? app : chosenCommand(*chosen.back());
 }
 
+std::vector<std::string> optionNames(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
 UsageError unknownWord(const CLI::App& app, const CLI::ParseError& error) {
     const CLI::App& command = chosenCommand(app);
     const std::vector<std::string> words = command.remaining();
-    const std::vector<std::string> names = commandNames(command);
-    if (words.empty() || (&command != &app && names.empty())) {
+    if (words.empty()) {
         return UsageError(sentence(error.what()));
     }
-    const std::string& word = words.front();
-    return UsageError((word.starts_with('-') ? "There is no option \"" : "There is no command \"") + word + "\"." +
-                      hostkit::didYouMean(word, names));
+    const std::string word = words.front().substr(0, words.front().find('='));
+    if (word.starts_with('-')) {
+        return UsageError("There is no option \"" + word + "\"." + hostkit::didYouMean(word, optionNames(command)));
+    }
+    const std::vector<std::string> names = commandNames(command);
+    if (names.empty()) {
+        return UsageError("\"" + words.front() + "\" is one argument too many.");
+    }
+    return UsageError("There is no command \"" + words.front() + "\"." + hostkit::didYouMean(words.front(), names));
 }
 
 }  // namespace
@@ -93,7 +108,7 @@ void parseCommandLine(CLI::App& app, Program& program, int argc, const char* con
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty()) {
-            throw CLI::RequiredError("A command");
+            print(help::kProgram + std::string("\n\"lumiset --help\" lists the commands.\n"));
         }
     } catch (const CLI::CallForHelp&) {
         print(app.help());
@@ -105,6 +120,10 @@ void parseCommandLine(CLI::App& app, Program& program, int argc, const char* con
         const CLI::App& command = chosenCommand(app);
         const std::vector<std::string> names = commandNames(command);
         const bool noCommand = !names.empty() && error.get_name() == "RequiredError";
+        // Where a word is unknown what is missing besides does not help.
+        if (!command.remaining().empty() && command.remaining().front().starts_with('-')) {
+            throw unknownWord(app, error);
+        }
         throw UsageError(noCommand ? "A command is needed: " + hostkit::quotedList(names) + "."
                                    : sentence(error.what()));
     }

@@ -20,11 +20,12 @@ Exit status: 0 done, 1 failed, 2 wrong usage, 130 interrupted (143 by SIGTERM). 
 inline constexpr const char* kRender =
     R"(Renders INPUT through one or more effects to OUTPUT.
 
-INPUT is an image, an image sequence (shot_%04d.png), a video, "-" for y4m on standard input, or
+INPUT is an image, an image sequence (shot_%04d.png or 'shots/*.png'), a video, "-" for standard input, or
 "scene[:WIDTHxHEIGHT[:SECONDS[:FPS]]]", a moving picture made here for trying effects; "scene-full" is the same without
-its transparent margin, "scene-cutout" its figures over nothing.
+its transparent margin, "scene-cutout" its figures over nothing. One picture becomes a video with --duration.
 OUTPUT is chosen by its extension; "-" is y4m on standard output. Sound is copied. The file appears under its name
-when it is complete: a run that fails or is interrupted leaves what was there before.
+when it is complete: a run that fails or is interrupted leaves what was there before, which is replaced only with
+--overwrite or after a question.
 )";
 
 inline constexpr const char* kRenderFooter = R"(
@@ -36,7 +37,7 @@ How values are written, as "lumiset show EFFECT" lists them:
   list     "Blend Mode=Screen"   the item or its number from 0
 Case does not matter. A label that occurs twice is told apart by its group box, "Image/Tint=20", or by its number,
 "#2=20"; behind --look the effect's name comes first, "Old TV/Noise=20", or "Old TV#2/Noise=20" for the second of them.
-With --key the value moves in straight lines from key to key; times count from the start of the file, also
+With --key the value moves in straight lines from key to key; times, in seconds or h:m:s, count from the start of the file, also
 behind --start, and "Width@50%=20" stands in its middle.
 
 Examples:

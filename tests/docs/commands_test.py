@@ -26,12 +26,12 @@ STAND_INS = {
 }
 
 
-def commands_of(page):
+def blocks_of(page):
     for block in BLOCK.finditer(page.read_text()):
         text = re.sub(r"\\\n\s*", "", block["text"])
         lines = [line for line in text.splitlines() if line.strip() and not line.startswith("#")]
         if all(line.startswith(PROGRAM) for line in lines) and "<!-- not run:" not in block["before"]:
-            yield from lines
+            yield lines
 
 
 def smaller(command):
@@ -52,16 +52,24 @@ def main(program):
             options = {"cwd": folder, "env": environment, "capture_output": True, "text": True, "timeout": 60}
             return subprocess.run(["bash", "-c", command], **options)
 
+        def clear():
+            """Leaves what a reader has: the stand-ins."""
+            for file in folder.iterdir():
+                if file.is_file() and file.name not in STAND_INS:
+                    file.unlink()
+
         for file, source in STAND_INS.items():
             made = run(f'{PROGRAM} render {source} {file} -e Outline -p "Reset to None"')
             if made.returncode != 0:
                 faults.append(f"{file} cannot be made: {made.stderr}")
         for page in [ROOT / "README.md", *sorted(ROOT.glob("docs/**/*.md"))]:
-            for command in commands_of(page):
-                count += 1
-                done = run(smaller(command))
-                if done.returncode != 0 and "There is no OpenGL" not in done.stderr:
-                    faults.append(f"{page.relative_to(ROOT)}: {command}\n  {done.stderr.strip()}")
+            for block in blocks_of(page):
+                clear()
+                for command in block:
+                    count += 1
+                    done = run(smaller(command))
+                    if done.returncode != 0 and "There is no OpenGL" not in done.stderr:
+                        faults.append(f"{page.relative_to(ROOT)}: {command}\n  {done.stderr.strip()}")
     print(f"{count} commands")
     if count < 18:
         faults.append("Fewer commands than the README alone has: the blocks are not found any more.")

@@ -9,7 +9,7 @@ cd "$folder"
 # same EFFECT PRESET: of a picture with transparency, at time 0.
 same() {
     "$host" "$module" "$1" "$2" in.pam host.pam
-    "$lumiset" render in.pam lumiset.pam --alpha --quiet --effect "$1" --preset "$2"
+    "$lumiset" render in.pam lumiset.pam --overwrite --alpha --quiet --effect "$1" --preset "$2"
     cmp host.pam lumiset.pam
     if cmp -s host.pam in.pam; then
         echo "$1 has changed nothing"

@@ -71,6 +71,10 @@ TEST(CommandLine, HelpsAndTellsItsVersion) {
     EXPECT_EQ(render.status, 0);
     EXPECT_NE(render.out.find("--key"), std::string::npos);
     EXPECT_NE(render.out.find("Examples:"), std::string::npos);
+    const RunResult alone = runLumiset({});
+    EXPECT_EQ(alone.status, 0);
+    EXPECT_NE(alone.out.find("lumiset render in.mp4"), std::string::npos);
+    EXPECT_LT(alone.out.size(), general.out.size() / 4);
     EXPECT_EQ(runLumiset({"--version"}).out.rfind("lumiset ", 0), 0U);
 }
 
@@ -84,7 +88,6 @@ TEST(CommandLine, AnswersWrongUsageWithOneSentenceAndStatus2) {
         return more;
     };
     const Case kCases[] = {
-        {{}, "A command is needed"},
         {{"rendr"}, "There is no command \"rendr\". Did you mean \"render\"?"},
         {{"show"}, "EFFECT"},
         {{"show", "Outlien"}, "There is no effect \"Outlien\". Did you mean \"Outline\"?"},
@@ -106,7 +109,10 @@ TEST(CommandLine, AnswersWrongUsageWithOneSentenceAndStatus2) {
         {render({"--effect", "Outline", "--start", "soon"}), "--start takes seconds"},
         {render({"--effect", "Outline", "--duration", "0"}), "--duration must be longer"},
         {render({"--effect", "Outline", "--fps", "24/0"}), "--fps takes"},
-        {render({"--effect", "Outline", "--sharpen"}), "--sharpen"},
+        {render({"--effect", "Outline", "--durtion", "5"}), "no option \"--durtion\". Did you mean \"--duration\"?"},
+        {{"render", "scene", "--efect=Outline"}, "no option \"--efect\". Did you mean \"--effect\"?"},
+        {render({"more.png", "--effect", "Outline"}), "\"more.png\" is one argument too many."},
+        {{"preset", "lod", "x"}, "Did you mean \"load\"?"},
     };
     for (const Case& each : kCases) {
         const RunResult result = runLumiset(each.arguments);

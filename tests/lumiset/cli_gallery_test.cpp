@@ -117,7 +117,8 @@ TEST(Gallery, ShowsChosenSettingsOverACheckerboard) {
 bool showsMoment(const TemporaryFolder& folder, const Picture& expected, const std::string& input,
                  std::vector<std::string> options, const std::string& standardInput = "/dev/null") {
     const std::string output = folder / "sheet.png";
-    options.insert(options.begin(), {"gallery", input, output, "-e", "Old TV", "-p", "Messed Up", "--tile", "64"});
+    options.insert(options.begin(),
+                   {"gallery", input, output, "-e", "Old TV", "-p", "Messed Up", "--tile", "64", "--overwrite"});
     const RunResult run = runLumiset(options, standardInput);
     EXPECT_EQ(run.status, 0) << run.err;
     return find(readPicture(output), expected, {-1, 0}).has_value();
@@ -162,7 +163,7 @@ TEST(Gallery, TakesThePictureAtATimeFromEveryKindOfInput) {
 }
 
 TEST(Gallery, AsksForAllItNeeds) {
-    EXPECT_EQ(runLumiset({"gallery", "Outline", "scene"}).status, 2);
+    EXPECT_EQ(runLumiset({"gallery", "Outline"}).status, 2);
     EXPECT_EQ(runLumiset({"gallery", "Outline", "scene", "x.png", "-e", "Outline"}).status, 2);
     EXPECT_EQ(runLumiset({"gallery", "scene", "x.png", "-p", "Red Glow"}).status, 2);
 }

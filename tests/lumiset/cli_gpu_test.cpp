@@ -17,7 +17,7 @@ namespace {
 
 std::vector<media::Picture> render(const TemporaryFolder& folder, std::vector<std::string> options, RunResult& run) {
     const std::string output = folder / "out.mkv";
-    options.insert(options.begin(), {"render", "scene:96x64:0.5:10", output, "--codec", "ffv1", "--alpha", "-e",
+    options.insert(options.begin(), {"render", "scene:96x64:0.5:10", output, "-y", "--codec", "ffv1", "--alpha", "-e",
                                      "Outline", "-p", "Red Glow"});
     run = runLumiset(options);
     EXPECT_EQ(run.status, 0) << run.err;

@@ -89,8 +89,8 @@ std::vector<Picture> outlined(const std::string& input) {
 
 std::vector<std::string> outlineCommand(const std::string& input, const std::string& output,
                                         std::vector<std::string> more = {}) {
-    more.insert(more.begin(), {"render", input, output, "--effect", "outline", "--preset", "Red Glow", "--key",
-                               "Width@0=0", "--key", "Width@1=100"});
+    more.insert(more.begin(), {"render", input, output, "--overwrite", "--effect", "outline", "--preset", "Red Glow",
+                               "--key", "Width@0=0", "--key", "Width@0:01s=100"});
     return more;
 }
 
@@ -102,7 +102,7 @@ TEST(Render, DrawsTheEffectOnAPictureInEveryDepthAndLayout) {
     for (const char* depth : {"8", "float"}) {
         for (const char* layout : {"bgra", "argb"}) {
             const RunResult run = runLumiset({"render", input, output, "--effect", "Outline", "--preset", "Solid Black",
-                                              "--set", "Color=#FF8000", "--depth", depth, "--layout", layout});
+                                              "--set", "Color=#FF8000", "--depth", depth, "--layout", layout, "-y"});
             ASSERT_EQ(run.status, 0) << run.err;
             EXPECT_NE(run.err.find("1 frame in"), std::string::npos) << run.err;
             EXPECT_EQ(folder.entries(), 2) << "nothing but input and output";
@@ -202,6 +202,37 @@ TEST(Render, GoesThroughPipes) {
     const RunResult passed = runLumiset(outlineCommand("-", "-"), folder / "clip.y4m");
     ASSERT_EQ(passed.status, 0) << passed.err;
     EXPECT_EQ(passed.out.size(), made.out.size());
+    // The table of an MP4 file may stand at its end.
+    const std::string clip = folder / "clip.mp4";
+    ASSERT_EQ(runLumiset(outlineCommand("scene:32x16:1:5", clip)).status, 0);
+    ASSERT_EQ(std::system(("ffmpeg -v error -i " + clip + " -c copy " + (folder / "late.mp4")).c_str()), 0);
+    for (const std::string& input : {clip, folder / "late.mp4"}) {
+        EXPECT_EQ(runLumiset(outlineCommand(input, "-")).out, runLumiset(outlineCommand("-", "-"), input).out) << input;
+    }
+    const std::string pipe =
+        "cat " + (folder / "late.mp4") + " | " LUMISET_PROGRAM " render - " + (folder / "piped.mp4") + " -q -e Outline";
+    EXPECT_EQ(std::system(pipe.c_str()), 0);
+}
+
+TEST(Render, ReadsThePicturesThatAPatternStandsFor) {
+    const TemporaryFolder folder;
+    const auto render = [&](const std::string& input, const std::string& output) {
+        return runLumiset({"render", input, output, "-q", "-e", "Outline", "--codec", "ffv1", "--fps", "29.97"});
+    };
+    ASSERT_EQ(runLumiset({"render", "scene:32x16:0.5:10", folder / "a_%03d.png", "-q", "-e", "Outline"}).status, 0);
+    EXPECT_EQ(render(folder / "a_%03d.png", folder / "numbers.mkv").status, 0);
+    EXPECT_EQ(render(folder / "a_0?[1-5].png", folder / "pattern.mkv").status, 0);
+    const std::vector<Picture> numbers = media::readAll(folder / "numbers.mkv");
+    const std::vector<Picture> pattern = media::readAll(folder / "pattern.mkv");
+    ASSERT_EQ(pattern.size(), 5U);
+    ASSERT_EQ(numbers.size(), 5U);
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(largestDifference(numbers[i], pattern[i]), 0);
+        EXPECT_NEAR(pattern[i].timeSeconds, static_cast<double>(i) * 1001 / 30000, 0.001);
+    }
+    const RunResult none = render(folder / "b*.png", folder / "none.mkv");
+    EXPECT_EQ(none.status, 1);
+    EXPECT_NE(none.err.find("There is no file that"), std::string::npos) << none.err;
 }
 
 TEST(Render, FailsWithOneSentenceAndLeavesTheOldOutput) {

@@ -13,6 +13,7 @@
 #include "apps/lumiset/render/gpu_refusal.h"
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
+#include "apps/lumiset/render/output_guard.h"
 #include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/sheets/sheet.h"
 #include "hostkit/gl/gpu_renderer.h"
@@ -132,9 +133,9 @@ media::Picture renderedInGL(IEffectLibrary& library, const std::vector<hostkit::
 }
 
 struct CompareOptions {
-    explicit CompareOptions(CLI::App& command) : effects(command, EffectOptions::kOneEffect) {
+    explicit CompareOptions(CLI::App& command) : effects(command, EffectOptions::kOneEffect), guard(command) {
         command.add_option("INPUT", input, "what to read")->required();
-        command.add_option("OUTPUT", output, "the sheet to write, compared.png")->required();
+        command.add_option("OUTPUT", output, "the sheet to write [compared.png]");
         command.add_option("--time,-t", time, "which picture, in seconds or h:m:s [2.2, or halfway in shorter clips]")
             ->option_text("TIME");
         command.add_option("--tile", tileWidth, "width of a picture on the sheet in pixels [the input's, at most 640]")
@@ -142,8 +143,9 @@ struct CompareOptions {
             ->option_text("PIXELS");
     }
     EffectOptions effects;
+    OutputGuard guard;
     std::string input;
-    std::string output;
+    std::string output = "compared.png";
     std::string time;
     int tileWidth = 0;
 };
@@ -152,6 +154,7 @@ int compare(const CompareOptions& options, Program& program) {
     const EffectRequest request = options.effects.request();
     const std::vector<hostkit::EffectStage> chain =
         buildChain(program.effectLibrary(), program.catalogue(), {request}, options.input);
+    options.guard.check(options.output, {options.input, request.presetFile});
     Moment moment = readMoment(options.input,
                                options.time.empty() ? std::nullopt : std::optional(parseTime(options.time, "--time")));
     // In the middle of a frame in OpenGL a sudden end would look like a crash of the driver's.

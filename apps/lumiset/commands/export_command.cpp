@@ -50,7 +50,8 @@ void describeClip(frei0r::Clip& clip, Program& program, const std::vector<Effect
     }
     media::Picture result;
     result.allocate(picture.width, picture.height, picture.depth);
-    const std::vector<hostkit::EffectStage> chain = buildChain(program.effectLibrary(), program.catalogue(), requests);
+    const std::vector<hostkit::EffectStage> chain =
+        buildChain(program.effectLibrary(), program.catalogue(), requests, clip.input);
     const hostkit::FrameContext context = contextOf(picture, format);
     hostkit::Renderer(chain, kFormatBgra8).render(frameOf(picture), frameOf(result), context);
     clip.width = format.width;

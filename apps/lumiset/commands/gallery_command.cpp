@@ -12,6 +12,7 @@
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/render/ordered_pipeline.h"
+#include "apps/lumiset/render/output_guard.h"
 #include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/render/progress.h"
 #include "apps/lumiset/sheets/sheet.h"
@@ -126,16 +127,15 @@ Gallery everyLook(Program& program, const std::string& input) {
 
 class GalleryOptions {
 public:
-    explicit GalleryOptions(CLI::App& command, bool ofLooks) : m_looks(ofLooks) {
+    explicit GalleryOptions(CLI::App& command, bool ofLooks) : m_guard(command), m_looks(ofLooks) {
         if (!ofLooks) {
             m_effects.emplace(command, EffectOptions::kAlternatives);
             command.add_option("EFFECT", m_words[0], "name of the effect, without --effect, --look and --looks")
                 ->required();
             command.add_flag("--looks", m_looks, "show every look that \"lumiset look list\" has");
         }
-        command.add_option("INPUT", m_words[ofLooks ? 0 : 1], "what to read")->required();
-        CLI::Option* output = command.add_option("OUTPUT", m_words[ofLooks ? 1 : 2], "the sheet to write, sheet.png");
-        output->required(ofLooks);
+        command.add_option("INPUT", m_words[ofLooks ? 0 : 1], "what to read")->required(ofLooks);
+        command.add_option("OUTPUT", m_words[ofLooks ? 1 : 2], "the sheet to write [sheet.png]");
         command
             .add_option("--time,-t", m_time, "which picture, in seconds or h:m:s [2.2, or halfway in shorter clips]")
             ->option_text("TIME");
@@ -158,6 +158,7 @@ private:
     void render(const Gallery& gallery, const std::string& input, const std::string& output) const;
 
     std::optional<EffectOptions> m_effects;
+    OutputGuard m_guard;
     bool m_looks = false;
     std::string m_words[3];
     std::string m_time;
@@ -174,16 +175,22 @@ int GalleryOptions::run(Program& program) const {
         throw UsageError("--looks shows all looks; --effect and --look are not for it.");
     }
     const bool everyOne = requests.empty() && !m_looks;
-    if (everyOne == m_words[2].empty()) {
-        throw UsageError(everyOne ? "gallery needs EFFECT, INPUT and OUTPUT."
+    if (everyOne ? m_words[1].empty() : !m_words[2].empty()) {
+        throw UsageError(everyOne ? "gallery needs EFFECT and INPUT."
                                   : "gallery takes INPUT and OUTPUT alone where --effect, --look or --looks is given.");
     }
-    if (everyOne) {
-        render(everyPreset(program, m_words[0]), m_words[1], m_words[2]);
-    } else {
-        render(m_looks ? everyLook(program, m_words[0]) : chosenSettings(program, requests, m_words[0]), m_words[0],
-               m_words[1]);
+    const std::string& input = m_words[everyOne ? 1 : 0];
+    const std::string& given = m_words[everyOne ? 2 : 1];
+    const std::string output = given.empty() ? "sheet.png" : given;
+    const Gallery gallery = everyOne  ? everyPreset(program, m_words[0])
+                            : m_looks ? everyLook(program, input)
+                                      : chosenSettings(program, requests, input);
+    std::vector<std::string> inputs{input};
+    for (const EffectRequest& request : requests) {
+        inputs.push_back(request.presetFile);
     }
+    m_guard.check(output, inputs);
+    render(gallery, input, output);
     return kDone;
 }
 

@@ -7,6 +7,7 @@
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/presets/preset_conversion.h"
 #include "apps/lumiset/render/effect_options.h"
+#include "apps/lumiset/render/output_guard.h"
 #include "hostkit/parameter_text.h"
 #include "hostkit/preset_file.h"
 
@@ -53,19 +54,24 @@ int checkPresets(Program& program, const std::vector<std::string>& files) {
 
 void addSave(CLI::App& preset, Program& program) {
     struct Request {
-        explicit Request(CLI::App& command) : effect(command, EffectOptions::kOneEffect) {}
+        explicit Request(CLI::App& command) : effect(command, EffectOptions::kOneEffect), guard(command) {}
         EffectOptions effect;
+        OutputGuard guard;
         std::string file;
     };
     CLI::App& command = addCommand(preset, "save", "Writes an effect's values to a preset file");
     const auto request = std::make_shared<Request>(command);
     command.add_option("FILE", request->file, "what to write")->required();
-    program.onChosen(command,
-                     [request, &program] { return savePreset(program, request->file, request->effect.request()); });
+    program.onChosen(command, [request, &program] {
+        const EffectRequest effect = request->effect.request();
+        request->guard.check(request->file, {effect.presetFile});
+        return savePreset(program, request->file, effect);
+    });
 }
 
 void addLoad(CLI::App& preset, Program& program) {
     CLI::App& command = addCommand(preset, "load", "Shows the values in a preset file");
+    command.alias("show");
     const auto file = std::make_shared<std::string>();
     command.add_option("FILE", *file, "what to read")->required();
     program.onChosen(command, [file, &program] { return loadPreset(program, *file); });
@@ -81,6 +87,8 @@ void addCheck(CLI::App& preset, Program& program) {
 
 void addConvert(CLI::App& preset, Program& program) {
     struct Request {
+        explicit Request(CLI::App& command) : guard(command) {}
+        OutputGuard guard;
         std::string from;
         std::string to;
     };
@@ -91,10 +99,11 @@ void addConvert(CLI::App& preset, Program& program) {
                    "The JSON has the effect's name, the preset's name and the values by their labels, as \"lumiset "
                    "show\" prints them. A value in another form, {\"stored\": 0.5}, is what the preset file holds. "
                    "Parameters that are left out have their defaults.\n");
-    const auto request = std::make_shared<Request>();
+    const auto request = std::make_shared<Request>(command);
     command.add_option("IN", request->from, "what to read: .json or .lumva to .lumvj")->required();
     command.add_option("OUT", request->to, "what to write: .json or .lumva to .lumvj")->required();
     program.onChosen(command, [request, &program] {
+        request->guard.check(request->to, {request->from});
         convertPreset(program.effectLibrary(), program.catalogue(), request->from, request->to);
         return kDone;
     });

@@ -1,35 +1,26 @@
-#include <cmath>
 #include <memory>
 
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/help.h"
 #include "apps/lumiset/render/moment.h"
+#include "apps/lumiset/render/output_guard.h"
 #include "apps/lumiset/render/render.h"
 #include "apps/lumiset/usage_error.h"
-#include "hostkit/parameter_text.h"
+#include "media/rate.h"
 
 namespace lumiset::app {
 namespace {
 
-/// A whole number of pictures a second, one with up to three decimals, or a fraction of whole numbers.
 RenderRequest::Rate parseRate(const std::string& text) {
-    const std::string_view whole = text;
-    const std::size_t slash = whole.find('/');
-    const bool fraction = slash != std::string_view::npos;
-    double num = 0.0;
-    double den = fraction ? 0.0 : 1.0;
-    const bool read = hostkit::parseNumber(whole.substr(0, slash), num) &&
-                      (!fraction || hostkit::parseNumber(whole.substr(slash + 1), den));
-    const double scale = fraction ? 1.0 : 1000.0;
-    if (!read || !(num * scale >= 1.0) || !(num * scale <= 1e7) || !(den >= 1.0) || !(den <= 1e7)) {
-        throw UsageError("--fps takes a number or a fraction of pictures a second, not \"" + text + "\".");
+    if (const auto rate = media::parseRate(text)) {
+        return {rate->num, rate->den};
     }
-    return {static_cast<int>(std::lround(num * scale)), static_cast<int>(std::lround(den * scale))};
+    throw UsageError("--fps takes a number or a fraction of pictures a second, not \"" + text + "\".");
 }
 
 class RenderOptions {
 public:
-    explicit RenderOptions(CLI::App& app) : m_effects(app, EffectOptions::kMaskedChain) {
+    explicit RenderOptions(CLI::App& app) : m_effects(app, EffectOptions::kMaskedChain), m_guard(app) {
         app.add_option("INPUT", m_request.input, "what to read")->required();
         app.add_option("OUTPUT", m_request.output, "what to write")->required();
         app.add_option("--depth", m_depth,
@@ -49,7 +40,8 @@ public:
         app.add_option("--quality", m_request.quality, "H.264, VP9: constant rate factor; JPEG: 2 (best) to 31")
             ->check(CLI::Range(0, 63))
             ->option_text("N");
-        app.add_option("--fps", m_rate, "pictures a second of an input image sequence, as 24 or 24000/1001 [25]")
+        app.add_option("--fps", m_rate,
+                       "pictures a second, as 24, 29.97 or 24000/1001 [the input's; 25 for image sequences]")
             ->option_text("RATE");
         app.add_flag("--alpha", m_request.alpha,
                      "write transparency; without it only where the input has it or the first result shows it");
@@ -57,6 +49,14 @@ public:
             "--gpu", m_request.gpu,
             "render in OpenGL; frames that cannot be are left to the processor, as all are where there is none");
         app.add_flag("--quiet,-q", m_request.quiet, "no progress and no summary");
+    }
+
+    void guardOutput(const RenderRequest& request) const {
+        std::vector<std::string> inputs{request.input};
+        for (const EffectRequest& effect : request.effects) {
+            inputs.push_back(effect.presetFile);
+        }
+        m_guard.check(request.output, inputs);
     }
 
     /// The request, once the arguments have been read. Throws `UsageError`.
@@ -84,6 +84,7 @@ public:
 
 private:
     EffectOptions m_effects;
+    OutputGuard m_guard;
     RenderRequest m_request;
     std::string m_depth;
     std::string m_layout = "bgra";
@@ -100,8 +101,10 @@ void addRenderCommand(CLI::App& app, Program& program) {
     const auto options = std::make_shared<RenderOptions>(command);
     program.onChosen(command, [options, &program] {
         const RenderRequest request = options->request();
-        render(request, program.effectLibrary(),
-               buildChain(program.effectLibrary(), program.catalogue(), request.effects, request.input));
+        const std::vector<hostkit::EffectStage> chain =
+            buildChain(program.effectLibrary(), program.catalogue(), request.effects, request.input);
+        options->guardOutput(request);
+        render(request, program.effectLibrary(), chain);
         return kDone;
     });
 }

@@ -1,0 +1,82 @@
+#include "apps/lumiset/render/output_guard.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+#include "apps/lumiset/messages.h"
+#include "apps/lumiset/usage_error.h"
+#include "media/input_name.h"
+
+namespace lumiset::app {
+namespace {
+
+/// What makes two names one file.
+using Identity = std::pair<dev_t, ino_t>;
+
+/// Those of the files that have contents to lose; pipes and devices have none.
+std::set<Identity> identitiesOf(const std::vector<std::string>& files) {
+    std::set<Identity> identities;
+    for (const std::string& file : files) {
+        struct stat status {};
+        const int result = file == "-" ? ::fstat(STDIN_FILENO, &status) : ::stat(file.c_str(), &status);
+        if (result == 0 && S_ISREG(status.st_mode)) {
+            identities.emplace(status.st_dev, status.st_ino);
+        }
+    }
+    return identities;
+}
+
+bool userSaysYes(const std::string& question) {
+    tell(question + " [y/N] ");
+    const int first = std::getchar();
+    for (int rest = first; rest != '\n' && rest != EOF;) {
+        rest = std::getchar();
+    }
+    return first == 'y' || first == 'Y';
+}
+
+}  // namespace
+
+OutputGuard::OutputGuard(CLI::App& command) {
+    command.add_flag("--overwrite,-y", m_overwrite, "replace what stands there; without it a terminal is asked");
+}
+
+void OutputGuard::check(const std::string& output, const std::vector<std::string>& inputs) const {
+    if (output == "-") {
+        return;
+    }
+    const std::vector<std::string> existing = media::filesNamed(output);
+    const std::set<Identity> written = identitiesOf(existing);
+    if (written.empty()) {
+        return;
+    }
+    for (const std::string& input : inputs) {
+        for (const Identity& read : identitiesOf(input == "-" ? std::vector{input} : media::filesNamed(input))) {
+            if (written.contains(read)) {
+                throw UsageError(fmt::format("\"{}\" is what is read; write to another file.", output));
+            }
+        }
+    }
+    if (m_overwrite) {
+        return;
+    }
+    const std::string found = existing.size() == 1 && existing.front() == output
+                                  ? fmt::format("\"{}\" exists", output)
+                                  : fmt::format("Pictures by the name of \"{}\" exist", output);
+    const bool readsInput = std::find(inputs.begin(), inputs.end(), "-") != inputs.end();
+    if (readsInput || ::isatty(STDIN_FILENO) == 0 || ::isatty(STDERR_FILENO) == 0) {
+        throw std::runtime_error(found + "; --overwrite replaces what is there.");
+    }
+    if (!userSaysYes(found + ". Replace?")) {
+        throw std::runtime_error("Nothing was written.");
+    }
+}
+
+}  // namespace lumiset::app
