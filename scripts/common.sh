@@ -29,12 +29,21 @@ missing_packages() {
     done
 }
 
-# Configures and builds one CMake preset: all of it, or the targets named.
-build_preset() {
+# Configures a CMake preset, with further arguments for CMake.
+configure_preset() {
+    mkdir -p build
+    cmake --preset "$@" >"build/configure-$1.log" 2>&1 || { cat "build/configure-$1.log" >&2; return 1; }
+}
+
+# Builds a configured preset: all of it, or the targets named.
+build_targets() {
     local preset=$1
     shift
-    mkdir -p build
-    cmake --preset "$preset" >"build/configure-$preset.log" 2>&1 ||
-        { cat "build/configure-$preset.log" >&2; return 1; }
     cmake --build --preset "$preset" -j "${LUMISET_JOBS:-2}" ${1:+--target "$@"}
+}
+
+# Both.
+build_preset() {
+    configure_preset "$1"
+    build_targets "$@"
 }
