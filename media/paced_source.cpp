@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace lumiset::media {
@@ -22,6 +23,9 @@ public:
         m_format.timeBase = {rate.den, rate.num};
         if (m_format.still) {
             m_format.durationSeconds = std::isfinite(m_end) ? m_end : 1.0 / rate.value();
+        } else if (m_format.durationSeconds > 0.0) {
+            const double lead = std::min(options.startSeconds, kLeadIn);
+            m_format.durationSeconds = std::min(m_format.durationSeconds - lead, options.durationSeconds);
         }
         m_format.frameCount = m_format.durationSeconds > 0.0
                                   ? std::max<std::int64_t>(1, std::llround(m_format.durationSeconds * rate.value()))
@@ -113,7 +117,7 @@ private:
 SourceOptions leadingIn(SourceOptions options) {
     const double lead = std::min(options.startSeconds, kLeadIn);
     options.startSeconds -= lead;
-    options.durationSeconds += lead;
+    options.durationSeconds = std::numeric_limits<double>::infinity();  // what comes next tells how long the last stays
     return options;
 }
 

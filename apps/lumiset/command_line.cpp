@@ -121,7 +121,7 @@ void parseCommandLine(CLI::App& app, Program& program, int argc, const char* con
         const std::vector<std::string> names = commandNames(command);
         const bool noCommand = !names.empty() && error.get_name() == "RequiredError";
         // Where a word is unknown what is missing besides does not help.
-        if (!command.remaining().empty() && command.remaining().front().starts_with('-')) {
+        if (!command.remaining().empty()) {
             throw unknownWord(app, error);
         }
         throw UsageError(noCommand ? "A command is needed: " + hostkit::quotedList(names) + "."
