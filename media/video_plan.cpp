@@ -132,7 +132,7 @@ VideoPlan planOther(const AVCodec* codec, const SinkOptions& options, const Pict
         plan.frameRate = rational(nearest);
         if (std::abs(av_q2d(nearest) / av_q2d(rate) - 1) > 1e-4) {  // a picture in minutes
             plan.notes.push_back(fmt::format("{} has no {:.5g} pictures a second, so it is written with {:.5g}.",
-                                    avcodec_get_name(codec->id), av_q2d(rate), av_q2d(nearest)));
+                                             avcodec_get_name(codec->id), av_q2d(rate), av_q2d(nearest)));
         }
     }
     const AVPixelFormat wanted = kind.deep ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_BGRA;
