@@ -103,7 +103,6 @@ void addArithmetic(Cases& cases) {
     addInPlace(cases, "ImgThresholdLess8C1 of four channels", Base::kFrame8, kMoveAim, f.b8, 4, nullptr,
                ImgThresholdLess8C1, std::uint8_t{253}, std::uint8_t{0});
     addMap(cases, "ImgInvert8C1", Base::kMask8, kMoveAim, f.aMask8, f.bMask8, invert, ImgInvert8C1);
-    addMap(cases, "ImgLookup8C1", Base::kMask8, 3, f.aMask8, f.bMask8, look, ImgLookup8C1, gammaTable());
     static const std::uint8_t* const kTables[3] = {gammaTable(), gammaTable(), gammaTable()};
     addMap(cases, "ImgLookup8A4", Base::kFrame8, 3, f.a8, f.out8, look, ImgLookup8A4, kTables);
 }

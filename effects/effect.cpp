@@ -2,30 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
-#include <limits>
 
 #include "frame/operations/flip.h"
+#include "host/frame_record.h"
 
 namespace lumiset {
 namespace {
 
-/// True for a frame that can be read or written as its record says. Float samples must be aligned: vector
-/// code may rely on it.
-bool isRenderable(const VideoFrameDesc* desc) {
-    if (desc == nullptr || desc->data == nullptr || desc->width <= 0 || desc->height <= 0 ||
-        !isHostFormat(desc->format) || desc->bytesPerPixel != formatBytesPerPixel(desc->format)) {
-        return false;
-    }
-    const std::int64_t stride = desc->stride;
-    if (std::abs(stride) < std::int64_t{desc->width} * desc->bytesPerPixel ||
-        std::abs(stride) > std::numeric_limits<std::int32_t>::max()) {
-        return false;
-    }
-    const auto sampleSize = static_cast<std::uintptr_t>(BytesPerChannel(desc->format));
-    return reinterpret_cast<std::uintptr_t>(desc->data) % sampleSize == 0 &&
-           static_cast<std::uintptr_t>(std::abs(stride)) % sampleSize == 0;
+bool isRenderable(const VideoFrameDesc* frame) {
+    return isSound(frame) && isHostFormat(frame->format);
 }
 
 FrameFacts frameFacts(const FrameRenderInfo* info, std::int32_t width, std::int32_t height) {
@@ -128,6 +114,9 @@ bool Effect::ProcessFrame(IEffectHost* host, const VideoFrameDesc* source, void*
     Frame to;
     from.WrapSubRect(wholeSource, 0, 0, width, height, wholeSource.Flipped());
     to.WrapSubRect(wholeDestination, 0, 0, width, height, wholeDestination.Flipped());
+
+    from.UseResources(&allocator);
+    to.UseResources(&allocator);
 
     const RenderContext context{frameFacts(info, width, height), allocator};
     return renderInRowOrder(params, context, from, to);

@@ -65,6 +65,18 @@ public:
     [[nodiscard]] bool Flipped() const { return m_flipped; }
     [[nodiscard]] bool Owned() const { return m_owned; }
 
+    /// Of the render call that this frame belongs to: where operations on it get memory and threads. Null for a view
+    /// that was not told and for frames of the module's heap; operations then work on the calling thread.
+    [[nodiscard]] MemoryAllocator* Resources() const { return m_allocator; }
+    /// Tells a view.
+    void UseResources(MemoryAllocator* resources) { m_allocator = resources; }
+
+    /// The samples of row `y`, of whatever type they are.
+    template <class Sample>
+    [[nodiscard]] Sample* row(std::int32_t y) const {
+        return reinterpret_cast<Sample*>(m_data + static_cast<std::ptrdiff_t>(m_stride) * y);
+    }
+
     /// Address of byte `offset` of pixel (x, y); null for an empty frame.
     [[nodiscard]] std::uint8_t* PixelAddress(std::int32_t x, std::int32_t y, std::int32_t offset) const {
         if (m_data == nullptr) {

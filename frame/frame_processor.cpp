@@ -1,41 +1,22 @@
 #include "frame/frame_processor.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <limits>
 #include <new>
 
 #include "frame/frame_operations.h"
 #include "frame/operations/operands.h"
 #include "frame/yuv422.h"
+#include "host/frame_record.h"
 
 namespace lumiset {
 namespace {
 
-/// True when rows of `bytesPerPixel` can be walked in the record's memory.
-bool holdsRows(const VideoFrameDesc* desc, std::int32_t bytesPerPixel) {
-    if (desc == nullptr || desc->data == nullptr || desc->width < 1 || desc->height < 1 || bytesPerPixel < 1) {
-        return false;
-    }
-    const std::int64_t stride = std::abs(std::int64_t{desc->stride});
-    return stride >= std::int64_t{desc->width} * bytesPerPixel && stride <= std::numeric_limits<std::int32_t>::max();
-}
-
 /// A record as a frame, after the checks; `ok` tells whether it may be worked on.
 class Operand : public Frame {
 public:
-    explicit Operand(const VideoFrameDesc* desc) {
-        ok = desc != nullptr && holdsRows(desc, desc->bytesPerPixel) &&
-             desc->bytesPerPixel == formatBytesPerPixel(desc->format) && hasAlignedFloats(*desc) && WrapDesc(desc);
-    }
+    explicit Operand(const VideoFrameDesc* desc) : ok(isSound(desc) && WrapDesc(desc)) {}
 
     bool ok;
-
-private:
-    static bool hasAlignedFloats(const VideoFrameDesc& desc) {
-        return !isFloatFormat(desc.format) ||
-               (reinterpret_cast<std::uintptr_t>(desc.data) % sizeof(float) == 0 && desc.stride % 4 == 0);
-    }
 };
 
 /// A record of rows of bytes, whatever its format says.

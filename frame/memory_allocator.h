@@ -6,15 +6,16 @@
 
 namespace lumiset {
 
-/// Scratch memory of one render call: from the host where it offers `IHostAllocator`, else from the module's
-/// aligned heap. Made on the stack at the top of a call; blocks must not outlive it.
+/// What one render call gets from its host: scratch memory, from the host where it offers `IHostAllocator`, else from
+/// the module's aligned heap; and threads, where it offers `IHostParallel`. Made on the stack at the top of a call;
+/// blocks must not outlive it.
 class MemoryAllocator {
 public:
     static constexpr std::int32_t kAlignment = 32;
 
     /// Without a host: the module's own heap.
     MemoryAllocator() = default;
-    /// Asks `host` (may be null) for `IHostAllocator` and holds it until destruction.
+    /// Asks `host` (may be null) for its interfaces and holds them until destruction.
     explicit MemoryAllocator(IEffectHost* host) noexcept;
     ~MemoryAllocator();
     MemoryAllocator(const MemoryAllocator&) = delete;
@@ -31,8 +32,33 @@ public:
                                   std::int32_t* strideOut) noexcept;
     void FreeImage(void* block) noexcept;
 
+    /// Has memory for `size` bytes of later blocks now, so that a renderer which writes into its destination early
+    /// cannot fail half way. Blocks are taken from it one behind the other; what it does not hold is asked for as
+    /// without it. At most once. False when there is no memory.
+    [[nodiscard]] bool Reserve(std::int64_t size) noexcept;
+    /// What `Reserve` needs for a block of bytes, and for an image.
+    static std::int64_t ReserveForBytes(std::int64_t size);
+    static std::int64_t ReserveForImage(std::int32_t width, std::int32_t height, std::int32_t bytesPerPixel);
+
+    /// The host's threads, null without; for `runTasks` (bands.h).
+    [[nodiscard]] IHostParallel* Threads() const { return m_threads; }
+
 private:
+    /// Bytes in use, and where the last block of them begins. A block that is freed before a later one is held until
+    /// the end of the call.
+    struct ReserveUse {
+        std::int64_t used;
+        std::int64_t last;
+    };
+
+    [[nodiscard]] void* takeReserved(std::int64_t size) noexcept;
+    [[nodiscard]] bool giveBackReserved(void* block) noexcept;
+
     IHostAllocator* m_host = nullptr;
+    IHostParallel* m_threads = nullptr;
+    std::uint8_t* m_reserve = nullptr;
+    std::int64_t m_reserveSize = 0;
+    ReserveUse m_reserveUse{0, 0};
 };
 
 }  // namespace lumiset

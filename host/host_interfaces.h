@@ -9,8 +9,8 @@
 
 namespace lumiset {
 
-/// The object that a host passes with every render call. It may answer `QueryInterface` for
-/// `IHostAllocator` and, for rendering in OpenGL, for `IHostGL`.
+/// The object that a host passes with every render call. It may answer `QueryInterface` for `IHostAllocator` and
+/// `IHostParallel` and, for rendering in OpenGL, for `IHostGL`.
 class IEffectHost : public IUnknown {
 public:
     /// Fills `out` with the parameter's value at the current time. `type` is the `ParamType` that the effect
@@ -44,6 +44,25 @@ public:
 
 protected:
     ~IHostAllocator() = default;
+};
+
+/// One part of a piece of work. It does not throw, ask the host for memory or call `IHostParallel::Run`.
+using ParallelTask = void(LUMISET_CALL*)(void* context, std::uint32_t index);
+
+/// Optional: where a host offers it, one frame is rendered by several of the host's threads. Asked for once a frame,
+/// and released when the frame is done. Calls may come from several render threads at once.
+class IHostParallel : public IUnknown {
+public:
+    static constexpr Guid kId{0x6C1B5D0E, 0x93A4, 0x4E27, {0x8F, 0x5B, 0x2D, 0x7A, 0x41, 0xE0, 0xC9, 0xB3}};
+
+    /// Threads that may work on one `Run`, the caller's among them; at least 1.
+    virtual std::uint32_t LUMISET_CALL GetThreadCount() noexcept = 0;
+    /// Calls `task(context, i)` for every i below `count`, once each and in any order, on any threads, the caller's
+    /// among them, and returns when all calls have ended. False when it called none.
+    virtual bool LUMISET_CALL Run(ParallelTask task, void* context, std::uint32_t count) noexcept = 0;
+
+protected:
+    ~IHostParallel() = default;
 };
 
 }  // namespace lumiset

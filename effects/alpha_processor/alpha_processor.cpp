@@ -151,16 +151,17 @@ bool CAlphaProcessor::Render(const ParamReader& params, const RenderContext& con
     }
     FrameCopyChannel(source, shape, alpha, 0);
     const EllipseSize ellipse = sizes.ellipse;
-    // An erosion by less than a pixel is refused; then, as without any, the shape stays.
-    const bool reshaped = (sizes.morphology == Morphology::kErode &&
-                           FrameErode(shape, other, ellipse.width, ellipse.height, &context.allocator)) ||
-                          (sizes.morphology == Morphology::kDilate &&
-                           FrameDilate(shape, other, ellipse.width, ellipse.height, &context.allocator));
-    if (!reshaped) {
+    const bool sized = ellipse.width >= 1 && ellipse.height >= 1;  // an erosion may come to less than a pixel
+    const auto reshape = sizes.morphology == Morphology::kErode ? FrameErode : FrameDilate;
+    if (sized && sizes.morphology != Morphology::kNone) {
+        if (!reshape(shape, other, ellipse.width, ellipse.height, &context.allocator)) {
+            return false;
+        }
+    } else {
         FrameCopy(shape, other);
     }
     if (!FrameBlur(other, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true)) {
-        FrameCopy(other, shape);
+        return false;
     }
     if (settings.invert) {
         FrameInvert(shape, shape);

@@ -4,8 +4,8 @@
 #define HWY_TARGET_INCLUDE "effects/background_generator/grade.cpp"
 #include "hwy/foreach_target.h"
 
-#include "frame/layout.h"
 #include "frame/primitives/row_loops-inl.h"
+#include "frame/rows.h"
 
 // Shared by all instruction sets.
 #ifndef LUMISET_BACKGROUND_GRADE_TYPES
@@ -169,18 +169,16 @@ void levelRow(float* row, std::int32_t width, const FloatGrade& grade) {
 /// Row by row, so that each step finds the row in the cache.
 template <bool kFloat, class Grade>
 void gradeRows(const Frame& soft, const Frame& sharp, Frame& destination, const Grade& grade) {
-    visitLayout(destination.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        if constexpr (L::kIsFloat == kFloat) {
-            using Sample = typename L::Sample;
-            const std::int32_t width = destination.Width();
-            for (std::int32_t y = 0; y < destination.Height(); ++y) {
-                const auto* from = reinterpret_cast<const Sample*>(soft.PixelAddress(0, y, 0));
-                auto* row = reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0));
+    const std::int32_t width = destination.Width();
+    visitRows(
+        destination.Format(), destination,
+        [&](auto layout, std::int32_t, auto* row, const auto* from, const auto* sharpRow) {
+            using L = decltype(layout);
+            if constexpr (L::kIsFloat == kFloat) {
                 if (grade.sharp != 0) {
-                    mixRow(from, reinterpret_cast<const Sample*>(sharp.PixelAddress(0, y, 0)), row, 4 * width, grade);
+                    mixRow(from, sharpRow, row, 4 * width, grade);
                 } else {
-                    std::memcpy(row, from, static_cast<std::size_t>(width) * 4 * sizeof(Sample));
+                    std::memcpy(row, from, static_cast<std::size_t>(width) * 4 * sizeof *row);
                 }
                 if (grade.fadesAlpha) {
                     fadeAlpha<L>(row, width, grade);
@@ -192,9 +190,8 @@ void gradeRows(const Frame& soft, const Frame& sharp, Frame& destination, const 
                     levelRow<L>(row, width, grade);
                 }
             }
-        }
-        return L::kIsFloat == kFloat;
-    });
+        },
+        soft, sharp);
 }
 
 }  // namespace

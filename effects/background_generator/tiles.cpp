@@ -92,24 +92,21 @@ bool makePattern(const Frame& source, Frame& pattern, const TileAxis& columns, c
                               kFormatBgraFloat, false)) {
         return false;
     }
-    auto* weights = reinterpret_cast<Weight*>(bandWeights.Data());
+    auto* weights = bandWeights.row<Weight>(0);
     const auto band = static_cast<std::size_t>(columns.band) * 4;
     for (std::size_t i = 0; i < band; ++i) {
         weights[i] = bandWeight<Sample>(static_cast<std::int32_t>(i / 4), columns.band);
     }
-    const auto rowOf = [](const Frame& frame, std::int32_t y) {
-        return reinterpret_cast<Sample*>(frame.PixelAddress(0, y, 0));
-    };
     const auto period = static_cast<std::size_t>(columns.period) * 4;
     for (std::int32_t y = 0; y < rows.period; ++y) {
-        const Sample* picture = rowOf(source, y);
+        const Sample* picture = source.row<Sample>(y);
         if (y < rows.band) {
             const Weight weight = bandWeight<Sample>(y, rows.band);
-            fadeRow(rowOf(source, y + rows.period), picture, rowOf(fadedRow, 0), period + band,
+            fadeRow(source.row<Sample>(y + rows.period), picture, fadedRow.row<Sample>(0), period + band,
                     [weight](std::size_t) { return weight; });
-            picture = rowOf(fadedRow, 0);
+            picture = fadedRow.row<Sample>(0);
         }
-        Sample* out = rowOf(pattern, y);
+        Sample* out = pattern.row<Sample>(y);
         fadeRow(picture + period, picture, out, band, [weights](std::size_t i) { return weights[i]; });
         std::memcpy(out + band, picture + band, (period - band) * sizeof(Sample));
         std::memcpy(out + period, out, 4 * sizeof(Sample));

@@ -7,9 +7,10 @@
 #define HWY_TARGET_INCLUDE "effects/color_fixer/grade.cpp"
 #include "hwy/foreach_target.h"
 
-#include "frame/layout.h"
 #include "frame/primitives/lookup.h"
 #include "frame/primitives/pixel_math-inl.h"
+#include "frame/primitives/row_loops-inl.h"
+#include "frame/rows.h"
 
 // Shared by all instruction sets.
 #ifndef LUMISET_COLOR_FIXER_GRADE_TYPES
@@ -61,18 +62,9 @@ public:
 
     template <class L>
     void run(const std::uint8_t* src, std::uint8_t* dst, std::int32_t width) const {
-        const auto lanes = static_cast<std::int32_t>(hn::Lanes(Tag8()));
-        std::int32_t x = 0;
-        for (; x + lanes <= width; x += lanes) {
-            step<L>(src + 4 * x, dst + 4 * x);
-        }
-        if (x < width) {
-            HWY_ALIGN std::uint8_t pixels[4 * HWY_MAX_BYTES] = {};
-            const auto rest = static_cast<std::size_t>(width - x) * 4;
-            std::memcpy(pixels, src + 4 * x, rest);
-            step<L>(pixels, pixels);
-            std::memcpy(dst + 4 * x, pixels, rest);
-        }
+        const auto onePass = [this](std::size_t, std::uint8_t* out, const std::uint8_t* in)
+                                 HWY_ATTR { step<L>(in, out); };
+        alongPixels<4, 4>(hn::Lanes(Tag8()), width, onePass, dst, src);
     }
 
 private:
@@ -142,39 +134,36 @@ void gradeRow(const float* src, float* dst, std::int32_t width, const FloatGrade
 }  // namespace
 
 void gradeBytes(const Frame& source, Frame& destination, const ByteGrade& grade) {
-    constexpr std::int32_t kBandBytes = 128 * 1024;  // the curves find a band of rows in the cache
     const ByteMix mix(grade);
-    const std::int32_t bandRows = std::max(kBandBytes / std::max(destination.Stride(), 1), 1);
     const std::uint8_t* const curves[3] = {grade.curve.data(), grade.curve.data(), grade.curve.data()};
-    visitLayout(source.Format(), [&](auto layout) {
+    constexpr std::int32_t kCachedBytes = 128 * 1024;  // the curves find these rows in the cache
+    const std::int32_t cachedRows = std::max(kCachedBytes / std::max(destination.Stride(), 1), 1);
+    visitBands(source.Format(), destination, [&](auto layout, std::int32_t first, std::int32_t rows) {
         using L = decltype(layout);
         if constexpr (!L::kIsFloat) {
-            for (std::int32_t y = 0; y < destination.Height(); y += bandRows) {
-                const std::int32_t rows = std::min(bandRows, destination.Height() - y);
-                for (std::int32_t row = y; row < y + rows; ++row) {
-                    mix.run<L>(source.PixelAddress(0, row, 0), destination.PixelAddress(0, row, 0),
-                               destination.Width());
+            for (std::int32_t y = first; y < first + rows; y += cachedRows) {
+                const std::int32_t end = std::min(y + cachedRows, first + rows);
+                for (std::int32_t row = y; row < end; ++row) {
+                    mix.run<L>(source.row<std::uint8_t>(row), destination.row<std::uint8_t>(row), destination.Width());
                 }
-                std::uint8_t* band = destination.PixelAddress(0, y, L::kFirstColor);
-                ImgLookup8A4(band, destination.Stride(), band, destination.Stride(), curves,
-                             {destination.Width(), rows});
+                std::uint8_t* colors = destination.row<std::uint8_t>(y) + L::kFirstColor;
+                ImgLookup8A4(colors, destination.Stride(), colors, destination.Stride(), curves,
+                             {destination.Width(), end - y});
             }
         }
-        return true;
     });
 }
 
 void gradeFloats(const Frame& source, Frame& destination, const FloatGrade& grade) {
-    visitLayout(source.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        if constexpr (L::kIsFloat) {
-            for (std::int32_t y = 0; y < destination.Height(); ++y) {
-                gradeRow<L>(reinterpret_cast<const float*>(source.PixelAddress(0, y, 0)),
-                            reinterpret_cast<float*>(destination.PixelAddress(0, y, 0)), destination.Width(), grade);
+    visitRows(
+        source.Format(), destination,
+        [&](auto layout, std::int32_t, auto* out, const auto* in) {
+            using L = decltype(layout);
+            if constexpr (L::kIsFloat) {
+                gradeRow<L>(in, out, destination.Width(), grade);
             }
-        }
-        return true;
-    });
+        },
+        source);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE

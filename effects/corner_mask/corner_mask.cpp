@@ -18,29 +18,28 @@ template <class Sample>
 void fillRects(Frame& mask, std::span<const PixelRect> rects, Sample value) {
     for (const PixelRect& rect : rects) {
         for (std::int32_t y = rect.top; y < rect.bottom; ++y) {
-            auto* row = reinterpret_cast<Sample*>(mask.PixelAddress(0, y, 0));
+            auto* row = mask.row<Sample>(y);
             std::fill(row + rect.left, row + rect.right, value);
         }
     }
 }
 
-void soften(Frame& mask, const MaskFeather& feather, MemoryAllocator& allocator) {
+/// False when there is no memory.
+bool soften(Frame& mask, const MaskFeather& feather, MemoryAllocator& allocator) {
     if (feather.copyWidth == mask.Width() && feather.copyHeight == mask.Height()) {
-        FrameBlur(mask, mask, feather.blurWidth, feather.blurHeight, &allocator, true);
-        return;
+        return FrameBlur(mask, mask, feather.blurWidth, feather.blurHeight, &allocator, true);
     }
     Frame copy;
     Frame blurred;
     for (Frame* small : {&copy, &blurred}) {
         if (!small->Allocate(feather.copyWidth, feather.copyHeight, mask.BytesPerPixel(), &allocator, mask.Format(),
                              mask.Flipped())) {
-            return;
+            return false;
         }
     }
-    if (FrameResizeInto(mask, copy, kResizeLinear) &&
-        FrameBlur(copy, blurred, feather.blurWidth, feather.blurHeight, &allocator, true)) {
-        FrameResizeInto(blurred, mask, kResizeLinear);
-    }
+    return FrameResizeInto(mask, copy, kResizeLinear) &&
+           FrameBlur(copy, blurred, feather.blurWidth, feather.blurHeight, &allocator, true) &&
+           FrameResizeInto(blurred, mask, kResizeLinear);
 }
 
 }  // namespace
@@ -86,10 +85,8 @@ bool makeCornerMask(const CornerMaskSettings& settings, const RenderContext& con
     } else {
         fillRects(mask, outline.outside(), static_cast<std::uint8_t>(settings.invert ? 0 : 255));
     }
-    if (const MaskFeather feather = maskFeather(settings.feather, context); feather.visible) {
-        soften(mask, feather, context.allocator);
-    }
-    return true;
+    const MaskFeather feather = maskFeather(settings.feather, context);
+    return !feather.visible || soften(mask, feather, context.allocator);
 }
 
 }  // namespace lumiset

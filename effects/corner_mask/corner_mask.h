@@ -38,7 +38,7 @@ struct MaskFeather {
 MaskFeather maskFeather(float feather, const FrameFacts& facts);
 
 /// Makes `mask`, a mask of the depth of `format` with its first row at the picture's top. False when there is no
-/// memory; for the softening alone there need not be any.
+/// memory.
 bool makeCornerMask(const CornerMaskSettings& settings, const RenderContext& context, std::int32_t format, Frame& mask);
 
 }  // namespace lumiset

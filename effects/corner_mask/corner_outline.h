@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "frame/filters/scratch_block.h"
+#include "frame/scratch_block.h"
 #include "host/frame_processor.h"
 #include "host/records.h"
 

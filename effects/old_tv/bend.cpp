@@ -4,8 +4,9 @@
 #define HWY_TARGET_INCLUDE "effects/old_tv/bend.cpp"
 #include "hwy/foreach_target.h"
 
-#include "frame/layout.h"
 #include "frame/primitives/row_loops-inl.h"
+#include "frame/rows.h"
+#include "frame/scratch_block.h"
 
 // Shared by all instruction sets.
 #ifndef LUMISET_OLD_TV_BEND_TYPES
@@ -185,33 +186,31 @@ void fadeEnds(const BentSide& side, std::int32_t last, std::int32_t width, std::
     }
 }
 
-template <class L, bool kTopAndBottom>
+template <bool kTopAndBottom>
 void bend(const Frame& source, Frame& destination, const BentSide& side) {
-    using Sample = typename L::Sample;
     const std::int32_t width = source.Width();
     const std::int32_t last = (kTopAndBottom ? source.Height() : width) - 1;
     const std::int32_t step = kTopAndBottom ? source.Stride() : source.BytesPerPixel();
-    Taps taps;
-    for (std::int32_t y = 0; y < source.Height(); ++y) {
-        const std::uint8_t* from = source.PixelAddress(0, kTopAndBottom ? 0 : y, 0);
-        auto* row = reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0));
-        for (std::int32_t x = 0; x < width; x += kBlock) {
-            const std::int32_t count = width - x < kBlock ? width - x : kBlock;
-            locate<kTopAndBottom>(source, side, x, y, taps);
-            interpolate<kTopAndBottom>(from, step, taps, count, row + 4 * static_cast<std::ptrdiff_t>(x));
+    visitBands(source.Format(), destination, [&](auto layout, std::int32_t first, std::int32_t rows) {
+        using L = decltype(layout);
+        Taps taps;
+        for (std::int32_t y = first; y < first + rows; ++y) {
+            const std::uint8_t* from = source.PixelAddress(0, kTopAndBottom ? 0 : y, 0);
+            auto* row = destination.row<typename L::Sample>(y);
+            for (std::int32_t x = 0; x < width; x += kBlock) {
+                const std::int32_t count = width - x < kBlock ? width - x : kBlock;
+                locate<kTopAndBottom>(source, side, x, y, taps);
+                interpolate<kTopAndBottom>(from, step, taps, count, row + 4 * static_cast<std::ptrdiff_t>(x));
+            }
+            fadeEnds<L, kTopAndBottom>(side, last, width, y, row);
         }
-        fadeEnds<L, kTopAndBottom>(side, last, width, y, row);
-    }
+    });
 }
 
 }  // namespace
 
-bool bendFrame(const Frame& source, Frame& destination, const BentSide& side, bool topAndBottom) {
-    return visitLayout(source.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        topAndBottom ? bend<L, true>(source, destination, side) : bend<L, false>(source, destination, side);
-        return true;
-    });
+void bendFrame(const Frame& source, Frame& destination, const BentSide& side, bool topAndBottom) {
+    topAndBottom ? bend<true>(source, destination, side) : bend<false>(source, destination, side);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
@@ -229,6 +228,11 @@ namespace {
 
 /// The bent sides are drawn as straight pieces of this many pixels.
 constexpr std::int32_t kPiece = 8;
+
+/// Places of a side's arrays: blocks of a row read on behind its end.
+std::int64_t roomOf(std::int32_t length) {
+    return std::int64_t{length} + 2 * kBlock;
+}
 
 /// Fills the three arrays of a side of `length` pixels whose lines across have `across` pixels.
 void fillSide(std::int32_t length, std::int32_t across, std::int32_t depth, float* inset, float* scale, float* cosine) {
@@ -250,24 +254,25 @@ void fillSide(std::int32_t length, std::int32_t across, std::int32_t depth, floa
 
 }  // namespace
 
+std::int64_t bendScratch(std::int32_t longestSide) {
+    return ScratchBlock::reserveFor(3 * roomOf(longestSide) * static_cast<std::int64_t>(sizeof(float)));
+}
+
 bool bendSides(const Frame& source, Frame& destination, std::int32_t depth, bool topAndBottom,
                MemoryAllocator& allocator) noexcept {
     const std::int32_t length = topAndBottom ? source.Width() : source.Height();
     const std::int32_t across = topAndBottom ? source.Height() : source.Width();
-    // Blocks of a row read on behind its end.
-    const std::size_t room = static_cast<std::size_t>(length) + 2 * static_cast<std::size_t>(kBlock);
-    void* block = nullptr;
-    const std::size_t bytes = 3 * room * sizeof(float);
-    if (bytes > 0xFFFFFFFFU || !allocator.AllocBytes(&block, static_cast<std::uint32_t>(bytes))) {
+    const std::int64_t room = roomOf(length);
+    ScratchBlock block(allocator);
+    block.add<float>(3 * room);
+    if (!block.allocate()) {
         return false;
     }
-    std::memset(block, 0, bytes);
-    auto* inset = static_cast<float*>(block);
+    auto* inset = block.take<float>(3 * room);
+    std::fill_n(inset, 3 * room, 0.0F);
     fillSide(length, across, depth, inset, inset + room, inset + 2 * room);
-    const bool done =
-        HWY_DYNAMIC_DISPATCH(bendFrame)(source, destination, {inset, inset + room, inset + 2 * room}, topAndBottom);
-    allocator.FreeBytes(block);
-    return done;
+    HWY_DYNAMIC_DISPATCH(bendFrame)(source, destination, {inset, inset + room, inset + 2 * room}, topAndBottom);
+    return true;
 }
 
 }  // namespace lumiset

@@ -15,4 +15,7 @@ namespace lumiset {
 bool bendSides(const Frame& source, Frame& destination, std::int32_t depth, bool topAndBottom,
                MemoryAllocator& allocator) noexcept;
 
+/// What it takes from the allocator's reserve.
+std::int64_t bendScratch(std::int32_t longestSide);
+
 }  // namespace lumiset

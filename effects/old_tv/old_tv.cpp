@@ -17,8 +17,10 @@
 #include "effects/old_tv/plan.h"
 #include "effects/old_tv/steps.h"
 #include "effects/old_tv/tube.h"
+#include "frame/bands.h"
 #include "frame/frame_operations.h"
 #include "frame/image_primitives.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {
@@ -205,48 +207,129 @@ struct FramePair {
     void swap() { std::swap(current, other); }
 };
 
-/// Grey noise of the picture's size: Gaussian in square pixels, so that wide pixels get wide grains.
-bool makeStatic(Frame& noise, const RenderContext& context, float time) {
-    const float aspect = PixelAspectScale(context.info, true, false).aspect;
-    const bool isFloat = isFloatFormat(noise.Format());
-    std::uint32_t seed = staticSeed(time);
-    const auto fill = [&](Frame& frame) {
-        const ImgSize size{frame.Width(), frame.Height()};
-        if (isFloat) {
-            auto* samples = reinterpret_cast<float*>(frame.Data());
-            return ImgSetFC1(samples, frame.Stride(), 0.5F, size) == kImgOk &&
-                   ImgAddGaussF(samples, frame.Stride(), 0.0F, 0.5F, &seed, size) == kImgOk;
-        }
-        return ImgSet8C1(frame.Data(), frame.Stride(), 127, size) == kImgOk &&
-               ImgAddGauss8C1(frame.Data(), frame.Stride(), 0.0F, 127.0F, &seed, size) == kImgOk;
-    };
-    if (std::fabs(aspect - 1.0F) < (isFloat ? 0.0001F : 0.001F)) {
-        return fill(noise);
-    }
+/// Grey noise is made in square pixels, so that wide pixels get wide grains; this is its size for a frame.
+ImgSize squareNoiseSize(const RenderContext& context, bool isFloat) {
     constexpr float kLargest = 32767.0F;
-    const float width = std::min(
-        aspect < 1.0F ? static_cast<float>(context.width) / aspect : static_cast<float>(context.width), kLargest);
-    const float height = std::min(
-        aspect < 1.0F ? static_cast<float>(context.height) : static_cast<float>(context.height) * aspect, kLargest);
-    Frame square;
-    return square.Allocate(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), noise.BytesPerPixel(),
-                           &context.allocator, noise.Format(), false) &&
-           fill(square) && FrameResizeInto(square, noise, kResizeLinear);
+    const float aspect = PixelAspectScale(context.info, true, false).aspect;
+    if (std::fabs(aspect - 1.0F) < (isFloat ? 0.0001F : 0.001F)) {
+        return {context.width, context.height};
+    }
+    const auto width = static_cast<float>(context.width);
+    const auto height = static_cast<float>(context.height);
+    return {static_cast<std::int32_t>(std::min(aspect < 1.0F ? width / aspect : width, kLargest)),
+            static_cast<std::int32_t>(std::min(aspect < 1.0F ? height : height * aspect, kLargest))};
 }
 
-void applyStatic(Frame& frame, const OldTVSettings& settings, const RenderContext& context, float time) {
+void fillWithNoise(Frame& noise, float time) {
+    const ImgSize size{noise.Width(), noise.Height()};
+    std::uint32_t seed = staticSeed(time);
+    if (isFloatFormat(noise.Format())) {
+        ImgSetFC1(noise.row<float>(0), noise.Stride(), 0.5F, size);
+        ImgAddGaussF(noise.row<float>(0), noise.Stride(), 0.0F, 0.5F, &seed, size);
+    } else {
+        ImgSet8C1(noise.Data(), noise.Stride(), 127, size);
+        ImgAddGauss8C1(noise.Data(), noise.Stride(), 0.0F, 127.0F, &seed, size);
+    }
+}
+
+/// Rows that the first steps work on while they are in the processor's cache.
+std::int32_t cachedRows(const Frame& frame) {
+    constexpr std::int32_t kCachedBytes = 256 * 1024;
+    return std::max(kCachedBytes / std::max(frame.Stride(), 1), 1);
+}
+
+/// Calls `work(y, rows)` for as many rows at a time, from `first` on.
+template <class Work>
+void inCachedRows(const Frame& frame, std::int32_t first, std::int32_t count, const Work& work) {
+    const std::int32_t step = cachedRows(frame);
+    for (std::int32_t y = first; y < first + count; y += step) {
+        work(y, std::min(step, first + count - y));
+    }
+}
+
+Bands pictureParts(const RenderContext& context) {
+    return bandsForThreads(&context.allocator, {context.width, context.height});
+}
+
+/// What the steps take from the reserve.
+std::int64_t scratchBytes(const OldTVSettings& settings, const RenderContext& context, std::int32_t format) {
+    const std::int32_t sampleBytes = BytesPerChannel(format);
+    const ImgSize size{context.width, context.height};
+    const auto image = [](ImgSize of, std::int32_t pixelBytes) {
+        return MemoryAllocator::ReserveForImage(of.width, of.height, pixelBytes);
+    };
+    std::int64_t drawing = ScratchBlock::reserveFor(pictureParts(context).count() * ghostFloats(context.width) *
+                                                    static_cast<std::int64_t>(sizeof(float)));
+    if (settings.noise > kOff) {
+        const ImgSize square = squareNoiseSize(context, isFloatFormat(format));
+        drawing += image(size, sampleBytes) + image(square, sampleBytes) +
+                   ScratchBlock::reserveFor(FrameResizeScratch(square, size, 1, kResizeLinear, context.allocator));
+    }
+    return image(size, formatBytesPerPixel(format)) +
+           std::max(drawing, tubeScratch(settings.softenEdge, context, format));
+}
+
+/// Colour, ghost, static and scan lines, which leave every pixel in its row. The static is made beside the first two.
+bool drawPicture(const Frame& source, Frame& frame, const OldTVSettings& settings, const RenderContext& context,
+                 float time) {
+    const std::int32_t format = source.Format();
+    const bool hasStatic = settings.noise > kOff;
+    const ImgSize square = squareNoiseSize(context, isFloatFormat(format));
+    const bool isSquare = square.width == context.width && square.height == context.height;
+    const std::int64_t lumaFloats = ghostFloats(context.width);
+    const Bands parts = pictureParts(context);
+    ScratchBlock block(context.allocator);
+    block.add<float>(parts.count() * lumaFloats);
     Frame noise;
-    if (noise.Allocate(context.width, context.height, BytesPerChannel(frame.Format()), &context.allocator,
-                       MaskFormat(frame.Format()), false) &&
-        makeStatic(noise, context, time)) {
-        addStatic(frame, noise, static_cast<std::uint8_t>(settings.noise * 255.0F));
+    Frame squareNoise;
+    const auto allocate = [&](Frame& mask, ImgSize size) {
+        return mask.Allocate(size.width, size.height, BytesPerChannel(format), &context.allocator, MaskFormat(format),
+                             false);
+    };
+    if (!block.allocate() || (hasStatic && (!allocate(noise, {context.width, context.height}) ||
+                                            (!isSquare && !allocate(squareNoise, square))))) {
+        return false;
     }
-}
-
-void applyScanLines(Frame& frame, const OldTVSettings& settings) {
-    for (std::int32_t y = 0; y < frame.Height(); ++y) {
-        darkenRow(frame, y, scanLineFactor(settings, frame.Height(), frame.Height() - 1 - y));
+    auto* luma = block.take<float>(parts.count() * lumaFloats);
+    // The height, not the width, measures the ghost's distance: its look depends on it.
+    const auto shift = static_cast<std::int32_t>(settings.ghosting * 0.5F * static_cast<float>(context.height));
+    const auto colorPart = [&](std::int32_t part) {
+        inCachedRows(frame, parts.first(part), parts.rowsOf(part), [&](std::int32_t y, std::int32_t rows) {
+            Frame from;
+            Frame to;
+            from.WrapSubRect(source, 0, y, context.width, rows, false);
+            to.WrapSubRect(frame, 0, y, context.width, rows, false);
+            ColorAdjust(from, to, settings.contrast, settings.brightness, settings.saturation, settings.hue,
+                        settings.tintColor, settings.tint, nullptr);
+            addGhost(to, shift, luma + part * lumaFloats);
+        });
+    };
+    const std::int32_t others = hasStatic ? 1 : 0;
+    runTasks(parts.count() > 1 ? &context.allocator : nullptr, parts.count() + others, [&](std::int32_t i) {
+        if (i < others) {
+            fillWithNoise(isSquare ? noise : squareNoise, time);
+        } else {
+            colorPart(i - others);
+        }
+    });
+    if (hasStatic && !isSquare && !FrameResizeInto(squareNoise, noise, kResizeLinear)) {
+        return false;
     }
+    return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t count) {
+        inCachedRows(frame, first, count, [&](std::int32_t y, std::int32_t rows) {
+            if (hasStatic) {
+                Frame to;
+                Frame grey;
+                to.WrapSubRect(frame, 0, y, context.width, rows, false);
+                grey.WrapSubRect(noise, 0, y, context.width, rows, false);
+                addStatic(to, grey, static_cast<std::uint8_t>(settings.noise * 255.0F));
+            }
+            for (std::int32_t row = y; settings.intensity > kOff && row < y + rows; ++row) {
+                darkenRow(frame, row, scanLineFactor(settings, frame.Height(), frame.Height() - 1 - row));
+            }
+        });
+        return true;
+    });
 }
 
 void applyTear(FramePair& frames, const TearEvent& tear, const OldTVSettings& settings) {
@@ -257,10 +340,18 @@ void applyTear(FramePair& frames, const TearEvent& tear, const OldTVSettings& se
     frames.swap();
 }
 
+/// The band wraps once at the picture's height.
 void applyBand(Frame& frame, const BrightBand& band) {
-    for (std::int32_t y = band.top; y < band.bottom; ++y) {
-        brightenRow(frame, y % frame.Height(), band.gain(y));
-    }
+    inBands(frame.Resources(), {frame.Width(), frame.Height()}, [&](std::int32_t first, std::int32_t rows) {
+        for (std::int32_t y = first; y < first + rows; ++y) {
+            for (const std::int32_t at : {y, y + frame.Height()}) {
+                if (at >= band.top && at < band.bottom) {
+                    brightenRow(frame, y, band.gain(at));
+                }
+            }
+        }
+        return true;
+    });
 }
 
 bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
@@ -270,7 +361,8 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     const bool rolls = events.roll.has_value();
 
     Frame scratch;
-    if (!scratch.Allocate(context.width, context.height, source.BytesPerPixel(), &context.allocator, source.Format(),
+    if (!context.allocator.Reserve(scratchBytes(settings, context, source.Format())) ||
+        !scratch.Allocate(context.width, context.height, source.BytesPerPixel(), &context.allocator, source.Format(),
                           false)) {
         return false;
     }
@@ -280,17 +372,7 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     if (tears != (rolls != hasSurround)) {
         frames.swap();
     }
-    ColorAdjust(source, *frames.current, settings.contrast, settings.brightness, settings.saturation, settings.hue,
-                settings.tintColor, settings.tint, &context.allocator);
-    // The height, not the width, measures the ghost's distance: its look depends on it.
-    const auto shift = static_cast<std::int32_t>(settings.ghosting * 0.5F * static_cast<float>(context.height));
-    addGhost(*frames.current, shift, context.allocator);
-    if (settings.noise > kOff) {
-        applyStatic(*frames.current, settings, context, events.time);
-    }
-    if (settings.intensity > kOff) {
-        applyScanLines(*frames.current, settings);
-    }
+    bool done = drawPicture(source, *frames.current, settings, context, events.time);
     if (tears) {
         applyTear(frames, *events.tear, settings);
     }
@@ -300,15 +382,15 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     }
     if (events.hasTube) {
         applyBand(*frames.current, findBand(settings, context.height, events.cycleTime));
-        bendTube(*frames.current, *frames.other, settings.curvature, context.allocator);
-        softenTubeEdge(*frames.current, settings.softenEdge, context);
+        done = done && bendTube(*frames.current, *frames.other, settings.curvature, context.allocator) &&
+               softenTubeEdge(*frames.current, settings.softenEdge, context);
     }
     if (hasSurround) {
         FrameFillColor(*frames.other, static_cast<std::uint32_t>(settings.opacity * 255.0F) << 24U);
         FrameAlphaOver(*frames.current, *frames.other, *frames.other, false);
         frames.swap();
     }
-    return frames.current == &destination || FrameCopy(*frames.current, destination);
+    return done && (frames.current == &destination || FrameCopy(*frames.current, destination));
 }
 
 bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {

@@ -4,31 +4,12 @@
 #define HWY_TARGET_INCLUDE "effects/old_tv/steps.cpp"
 #include "hwy/foreach_target.h"
 
-#include "frame/layout.h"
 #include "frame/primitives/row_loops-inl.h"
+#include "frame/rows.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
-
-/// Runs `work(pixels, column)` over a row, a vector of pixels at a time; the last ones go through a copy, so that
-/// nothing beyond the row is touched.
-template <class Sample, class Work>
-HWY_INLINE void forEachVector(Sample* row, std::int32_t width, const Work& work) {
-    const hn::ScalableTag<float> df;
-    const auto lanes = static_cast<std::int32_t>(hn::Lanes(df));
-    std::int32_t x = 0;
-    for (; x + lanes <= width; x += lanes) {
-        work(row + 4 * static_cast<std::ptrdiff_t>(x), x);
-    }
-    if (x < width) {
-        HWY_ALIGN Sample last[4 * HWY_MAX_BYTES / sizeof(float)] = {};
-        const std::size_t bytes = 4 * static_cast<std::size_t>(width - x) * sizeof(Sample);
-        std::memcpy(last, row + 4 * static_cast<std::ptrdiff_t>(x), bytes);
-        work(last, x);
-        std::memcpy(row + 4 * static_cast<std::ptrdiff_t>(x), last, bytes);
-    }
-}
 
 /// The four samples of as many pixels as a vector of floats has lanes, as floats.
 template <class Sample>
@@ -81,14 +62,14 @@ void ghostRow(typename L::Sample* row, std::int32_t width, std::int32_t shift, f
     const hn::ScalableTag<float> df;
     const auto scale = hn::Set(df, L::kIsFloat ? 1.0F : 255.0F);
     const auto zero = hn::Zero(df);
-    forEachVector(row, width, [&](Sample* at, std::int32_t x) HWY_ATTR {
-        hn::StoreU(lumaOf<L>(Pixels<Sample>::load(at)), df, luma + width + x);
-    });
+    const auto alongRow = [&](const auto& step) HWY_ATTR { alongPixels<4>(hn::Lanes(df), width, step, row); };
+    alongRow([&](std::size_t x, Sample* at)
+                 HWY_ATTR { hn::StoreU(lumaOf<L>(Pixels<Sample>::load(at)), df, luma + width + x); });
     // The pixel at x sees the brightness at x - shift, which for the row's first pixels lies at its end.
     std::memcpy(luma + width - shift, luma + 2 * static_cast<std::ptrdiff_t>(width) - shift,
                 static_cast<std::size_t>(shift) * sizeof(float));
     const float* shifted = luma + width - shift;
-    forEachVector(row, width, [&](Sample* at, std::int32_t x) HWY_ATTR {
+    alongRow([&](std::size_t x, Sample* at) HWY_ATTR {
         auto pixels = Pixels<Sample>::load(at);
         auto& red = pixels.sample[L::kRed];
         auto& green = pixels.sample[L::kGreen];
@@ -116,14 +97,15 @@ void scaleRow(typename L::Sample* row, std::int32_t width, float factor, float p
     const auto white = hn::Set(df, L::kIsFloat ? 1.0F : 255.0F);
     const auto times = hn::Set(df, factor);
     const auto added = hn::Set(df, plus);
-    forEachVector(row, width, [&](Sample* at, std::int32_t) HWY_ATTR {
+    const auto step = [&](std::size_t, Sample* at) HWY_ATTR {
         auto pixels = Pixels<Sample>::load(at);
         for (const int position : {L::kRed, L::kGreen, L::kBlue}) {
             auto& value = pixels.sample[position];
             value = plus > 0.0F ? hn::Min(hn::Add(value, hn::Mul(value, added)), white) : hn::Mul(value, times);
         }
         pixels.store(at);
-    });
+    };
+    alongPixels<4>(hn::Lanes(df), width, step, row);
 }
 
 /// Straight-alpha over of a grey pixel with one opacity. 8-bit products are the scaled product.
@@ -150,37 +132,34 @@ void staticRowF(float* row, const float* noise, std::int32_t width, float opacit
 
 }  // namespace
 
-bool ghostFrame(Frame& frame, std::int32_t shift, float* luma) {
-    return visitLayout(frame.Format(), [&](auto layout) {
+void ghostFrame(Frame& frame, std::int32_t shift, float* luma) {
+    visitLayout(frame.Format(), [&](auto layout) {
         using L = decltype(layout);
         for (std::int32_t y = 0; y < frame.Height(); ++y) {
-            ghostRow<L>(reinterpret_cast<typename L::Sample*>(frame.PixelAddress(0, y, 0)), frame.Width(), shift, luma);
+            ghostRow<L>(frame.row<typename L::Sample>(y), frame.Width(), shift, luma);
         }
         return true;
     });
 }
 
 void staticFrame(Frame& frame, const Frame& noise, std::uint8_t opacity) {
-    visitLayout(frame.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        for (std::int32_t y = 0; y < frame.Height(); ++y) {
-            std::uint8_t* row = frame.PixelAddress(0, y, 0);
-            const std::uint8_t* grey = noise.PixelAddress(0, y, 0);
+    visitRows(
+        frame.Format(), frame,
+        [&](auto layout, std::int32_t, auto* row, const auto* grey) {
+            using L = decltype(layout);
             if constexpr (L::kIsFloat) {
-                staticRowF(reinterpret_cast<float*>(row), reinterpret_cast<const float*>(grey), frame.Width(),
-                           static_cast<float>(opacity) / 255.0F, L::kAlpha);
+                staticRowF(row, grey, frame.Width(), static_cast<float>(opacity) / 255.0F, L::kAlpha);
             } else {
                 staticRow8(row, grey, frame.Width(), opacity, L::kAlpha);
             }
-        }
-        return true;
-    });
+        },
+        noise);
 }
 
 void scaleFrameRow(Frame& frame, std::int32_t y, float factor, float plus) {
     visitLayout(frame.Format(), [&](auto layout) {
         using L = decltype(layout);
-        scaleRow<L>(reinterpret_cast<typename L::Sample*>(frame.PixelAddress(0, y, 0)), frame.Width(), factor, plus);
+        scaleRow<L>(frame.row<typename L::Sample>(y), frame.Width(), factor, plus);
         return true;
     });
 }
@@ -199,17 +178,12 @@ HWY_EXPORT(ghostFrame);
 HWY_EXPORT(staticFrame);
 HWY_EXPORT(scaleFrameRow);
 
-bool addGhost(Frame& frame, std::int32_t shift, MemoryAllocator& allocator) noexcept {
-    const std::int32_t width = frame.Width();
-    void* luma = nullptr;
-    constexpr std::size_t kLargestVector = 256;
-    const std::size_t bytes = 2 * static_cast<std::size_t>(width) * sizeof(float) + kLargestVector;
-    if (bytes > 0xFFFFFFFFU || !allocator.AllocBytes(&luma, static_cast<std::uint32_t>(bytes))) {
-        return false;
-    }
-    const bool done = HWY_DYNAMIC_DISPATCH(ghostFrame)(frame, shift % width, static_cast<float*>(luma));
-    allocator.FreeBytes(luma);
-    return done;
+std::int64_t ghostFloats(std::int32_t width) {
+    return 2 * std::int64_t{width} + HWY_MAX_BYTES;
+}
+
+void addGhost(Frame& frame, std::int32_t shift, float* luma) noexcept {
+    HWY_DYNAMIC_DISPATCH(ghostFrame)(frame, shift % frame.Width(), luma);
 }
 
 void addStatic(Frame& frame, const Frame& noise, std::uint8_t opacity) noexcept {
@@ -227,14 +201,17 @@ void darkenRow(Frame& frame, std::int32_t y, float factor) noexcept {
 void tearRows(const Frame& source, Frame& destination, std::span<const TearStrip> strips) noexcept {
     const std::int32_t width = source.Width();
     const auto pixel = static_cast<std::size_t>(source.BytesPerPixel());
-    for (const TearStrip& strip : strips) {
-        const auto left = static_cast<std::size_t>(strip.offset) * pixel;
-        const auto right = static_cast<std::size_t>(width - strip.offset) * pixel;
-        for (std::int32_t y = strip.top; y < strip.bottom; ++y) {
-            std::memcpy(destination.PixelAddress(0, y, 0), source.PixelAddress(strip.offset, y, 0), right);
-            std::memcpy(destination.PixelAddress(width - strip.offset, y, 0), source.PixelAddress(0, y, 0), left);
+    inBands(destination.Resources(), {width, source.Height()}, [&](std::int32_t first, std::int32_t rows) {
+        for (const TearStrip& strip : strips) {
+            const auto left = static_cast<std::size_t>(strip.offset) * pixel;
+            const auto right = static_cast<std::size_t>(width - strip.offset) * pixel;
+            for (std::int32_t y = std::max(strip.top, first); y < std::min(strip.bottom, first + rows); ++y) {
+                std::memcpy(destination.PixelAddress(0, y, 0), source.PixelAddress(strip.offset, y, 0), right);
+                std::memcpy(destination.PixelAddress(width - strip.offset, y, 0), source.PixelAddress(0, y, 0), left);
+            }
         }
-    }
+        return true;
+    });
 }
 
 void rollPicture(const Frame& source, Frame& destination, const RollEvent& roll) noexcept {

@@ -12,8 +12,9 @@
 namespace lumiset {
 
 /// In place: a copy of the picture's brightness, moved right by `shift` pixels round the row's ends, shows
-/// through wherever it is brighter. Colour differences stay. False when there is no memory for a row.
-bool addGhost(Frame& frame, std::int32_t shift, MemoryAllocator& allocator) noexcept;
+/// through wherever it is brighter. Colour differences stay. `luma` has room for `ghostFloats` of the width.
+void addGhost(Frame& frame, std::int32_t shift, float* luma) noexcept;
+std::int64_t ghostFloats(std::int32_t width);
 
 /// In place: composites the grey picture `noise` (a mask of the frame's size and depth) over the frame with
 /// `opacity`, 0..255, straight alpha.

@@ -20,10 +20,13 @@ struct TubeSoftness {
 TubeSoftness tubeSoftness(float amount, const FrameFacts& facts);
 
 /// Bends the picture's four sides inwards towards the corners, `curvature` 0..1; outside it becomes transparent.
-/// The picture goes through `scratch`, a frame of the same kind, and comes back.
-void bendTube(Frame& frame, Frame& scratch, float curvature, MemoryAllocator& allocator) noexcept;
+/// The picture goes through `scratch`, a frame of the same kind, and comes back. False when there is no memory.
+bool bendTube(Frame& frame, Frame& scratch, float curvature, MemoryAllocator& allocator) noexcept;
 
-/// Softens the picture's alpha inwards from every transparent edge, `amount` 0..1.
-void softenTubeEdge(Frame& frame, float amount, const RenderContext& context) noexcept;
+/// Softens the picture's alpha inwards from every transparent edge, `amount` 0..1. False when there is no memory.
+bool softenTubeEdge(Frame& frame, float amount, const RenderContext& context) noexcept;
+
+/// What either of the two takes from the allocator's reserve.
+std::int64_t tubeScratch(float softenAmount, const RenderContext& context, std::int32_t format);
 
 }  // namespace lumiset

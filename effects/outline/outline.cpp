@@ -127,8 +127,13 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
         return false;
     }
     FrameCopyChannel(source, shape, alpha, 0);
-    FrameDilate(shape, grown, sizes.ellipse.width, sizes.ellipse.height, &context.allocator);
-    FrameBlur(grown, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true);
+    // Without memory either step is left out.
+    if (!FrameDilate(shape, grown, sizes.ellipse.width, sizes.ellipse.height, &context.allocator)) {
+        FrameCopy(shape, grown);
+    }
+    if (!FrameBlur(grown, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true)) {
+        FrameCopy(grown, shape);
+    }
 
     // The opacity goes on the mask: the same product as on the filled frame's alpha, at a quarter of the cost.
     const float opacity[4] = {settings.opacity, 1.0F, 1.0F, 1.0F};

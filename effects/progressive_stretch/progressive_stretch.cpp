@@ -10,8 +10,8 @@
 #include "effects/gpu_image_ops.h"
 #include "effects/progressive_stretch/stretch_curve.h"
 #include "effects/progressive_stretch/stretch_rows.h"
-#include "frame/filters/scratch_block.h"
 #include "frame/frame_operations.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {

@@ -10,15 +10,18 @@
 #define HWY_TARGET_INCLUDE "effects/progressive_stretch/stretch_rows.cpp"
 #include "hwy/foreach_target.h"
 
-#include "frame/filters/scratch_block.h"
+#include "frame/bands.h"
 #include "frame/primitives/pixel_math-inl.h"
+#include "frame/scratch_block.h"
 
 #ifndef LUMISET_STRETCH_ROWS
 #define LUMISET_STRETCH_ROWS
 namespace lumiset {
 
-/// Buffers, each with room for a row of the frame.
+/// Buffers, each with room for a row of the frame; the first two for each band.
 struct StretchScratch {
+    Bands bands;
+    std::int64_t rowBytes;
     std::uint8_t* mixed;
     std::uint8_t* resized;
     std::int32_t* indices[2];
@@ -189,22 +192,25 @@ private:
 template <class Sample, class Resize, class Stretch>
 void runRows(const StretchJob& job, const Resize& resize, const Stretch& stretch, const StretchScratch& scratch) {
     const StretchRegion& region = job.region;
-    auto* mixed = reinterpret_cast<Sample*>(scratch.mixed);
-    auto* resized = reinterpret_cast<Sample*>(scratch.resized);
     const auto sourceRow = [&](std::int32_t row) {
         const std::int32_t y = region.top + std::min(row, region.height - 1);
-        return reinterpret_cast<const Sample*>(job.source.PixelAddress(region.left, y, 0));
+        return job.source.row<const Sample>(y) + std::ptrdiff_t{4} * region.left;
     };
-    for (std::int32_t y = 0; y < job.destination.Height(); ++y) {
-        const StretchTap tap = resizeTap(y, job.destination.Height(), region.height);
-        const Sample* row = sourceRow(tap.first);
-        if (tap.along > 0.0F) {
-            mixRows(row, sourceRow(tap.first + 1), tap.along, region.width, mixed);
-            row = mixed;
+    runTasks(job.destination.Resources(), scratch.bands.count(), [&](std::int32_t band) {
+        auto* mixed = reinterpret_cast<Sample*>(scratch.mixed + band * scratch.rowBytes);
+        auto* resized = reinterpret_cast<Sample*>(scratch.resized + band * scratch.rowBytes);
+        const std::int32_t first = scratch.bands.first(band);
+        for (std::int32_t y = first; y < first + scratch.bands.rowsOf(band); ++y) {
+            const StretchTap tap = resizeTap(y, job.destination.Height(), region.height);
+            const Sample* row = sourceRow(tap.first);
+            if (tap.along > 0.0F) {
+                mixRows(row, sourceRow(tap.first + 1), tap.along, region.width, mixed);
+                row = mixed;
+            }
+            resize.run(row, resized);
+            stretch.run(resized, job.destination.row<Sample>(y));
         }
-        resize.run(row, resized);
-        stretch.run(resized, reinterpret_cast<Sample*>(job.destination.PixelAddress(0, y, 0)));
-    }
+    });
 }
 
 }  // namespace
@@ -239,9 +245,11 @@ StretchTap resizeTap(std::int32_t at, std::int32_t size, std::int32_t sourceSize
 bool stretchRows(const StretchJob& job, MemoryAllocator& allocator) noexcept {
     const std::int64_t width = job.destination.Width();
     const std::int64_t rowBytes = width * job.source.BytesPerPixel();
+    const Bands bands =
+        bandsForThreads(job.destination.Resources(), {job.destination.Width(), job.destination.Height()});
     ScratchBlock block(allocator);
-    block.add<std::uint8_t>(rowBytes);
-    block.add<std::uint8_t>(rowBytes);
+    block.add<std::uint8_t>(bands.count() * rowBytes);
+    block.add<std::uint8_t>(bands.count() * rowBytes);
     for (int step = 0; step < 2; ++step) {
         block.add<std::int32_t>(width);
         block.add<std::uint32_t>(width);
@@ -251,8 +259,10 @@ bool stretchRows(const StretchJob& job, MemoryAllocator& allocator) noexcept {
         return false;
     }
     StretchScratch scratch{};
-    scratch.mixed = block.take<std::uint8_t>(rowBytes);
-    scratch.resized = block.take<std::uint8_t>(rowBytes);
+    scratch.bands = bands;
+    scratch.rowBytes = rowBytes;
+    scratch.mixed = block.take<std::uint8_t>(bands.count() * rowBytes);
+    scratch.resized = block.take<std::uint8_t>(bands.count() * rowBytes);
     for (std::size_t step = 0; step < 2; ++step) {
         scratch.indices[step] = block.take<std::int32_t>(width);
         scratch.weights[step] = block.take<std::uint32_t>(width);

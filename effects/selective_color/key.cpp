@@ -4,9 +4,9 @@
 #define HWY_TARGET_INCLUDE "effects/selective_color/key.cpp"
 #include "hwy/foreach_target.h"
 
-#include "frame/layout.h"
 #include "frame/primitives/pixel_math-inl.h"
 #include "frame/primitives/row_loops-inl.h"
+#include "frame/rows.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
@@ -94,22 +94,11 @@ public:
     void run(const std::uint8_t* src, std::uint8_t* dst, std::int32_t width) const {
         const TagI32 d;
         const hn::Rebind<std::uint8_t, TagI32> d8;
-        const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
-        const auto step = [&](const std::uint8_t* in, std::uint8_t* out) HWY_ATTR {
+        const auto step = [&](std::size_t, std::uint8_t* out, const std::uint8_t* in) HWY_ATTR {
             const Vec32 pixels = hn::BitCast(Tag32(), hn::LoadU(Tag8(), in));
             hn::StoreU(hn::DemoteTo(d8, (*this)(pixels)), d8, out);
         };
-        std::int32_t x = 0;
-        for (; x + lanes <= width; x += lanes) {
-            step(src + 4 * x, dst + x);
-        }
-        if (x < width) {
-            HWY_ALIGN std::uint8_t in[HWY_MAX_BYTES] = {};
-            HWY_ALIGN std::uint8_t out[HWY_MAX_BYTES];
-            std::memcpy(in, src + 4 * x, static_cast<std::size_t>(width - x) * 4);
-            step(in, out);
-            std::memcpy(dst + x, out, static_cast<std::size_t>(width - x));
-        }
+        alongPixels<1, 4>(hn::Lanes(d), width, step, dst, src);
     }
 
 private:
@@ -159,24 +148,12 @@ public:
 
     void run(const float* src, float* dst, std::int32_t width) const {
         const TagF d;
-        const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
-        const auto step = [&](const float* in, float* out) HWY_ATTR {
+        const auto step = [&](std::size_t, float* out, const float* in) HWY_ATTR {
             VecF samples[4];
             hn::LoadInterleaved4(d, in, samples[0], samples[1], samples[2], samples[3]);
             hn::StoreU((*this)(samples[L::kRed], samples[L::kGreen], samples[L::kBlue], samples[L::kAlpha]), d, out);
         };
-        std::int32_t x = 0;
-        for (; x + lanes <= width; x += lanes) {
-            step(src + std::ptrdiff_t{4} * x, dst + x);
-        }
-        if (x < width) {
-            HWY_ALIGN float in[HWY_MAX_BYTES] = {};
-            HWY_ALIGN float out[HWY_MAX_BYTES / 4];
-            const auto rest = static_cast<std::size_t>(width - x);
-            std::memcpy(in, src + std::ptrdiff_t{4} * x, 4 * rest * sizeof(float));
-            step(in, out);
-            std::memcpy(dst + x, out, rest * sizeof(float));
-        }
+        alongPixels<1, 4>(hn::Lanes(d), width, step, dst, src);
     }
 
 private:
@@ -192,16 +169,13 @@ private:
 }  // namespace
 
 void keyRows(const Frame& source, Frame& mask, const ColorKey& key) {
-    visitLayout(source.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        using Sample = typename L::Sample;
-        const std::conditional_t<L::kIsFloat, FloatKey<L>, ByteKey<L>> rowKey(key);
-        for (std::int32_t y = 0; y < mask.Height(); ++y) {
-            rowKey.run(reinterpret_cast<const Sample*>(source.PixelAddress(0, y, 0)),
-                       reinterpret_cast<Sample*>(mask.PixelAddress(0, y, 0)), mask.Width());
-        }
-        return true;
-    });
+    visitRows(
+        source.Format(), mask,
+        [&](auto layout, std::int32_t, auto* out, const auto* in) {
+            using L = decltype(layout);
+            std::conditional_t<L::kIsFloat, FloatKey<L>, ByteKey<L>>(key).run(in, out, mask.Width());
+        },
+        source);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE

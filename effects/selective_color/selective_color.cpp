@@ -7,8 +7,10 @@
 // frames. For float frames many passes are one wide separable filter of binomial weights.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <new>
+#include <span>
 
 #include "effects/effect.h"
 #include "effects/effect_list.h"
@@ -18,8 +20,7 @@
 #include "effects/unit_color.h"
 #include "frame/filters/repeated_gauss.h"
 #include "frame/frame_operations.h"
-#include "frame/layout.h"
-#include "frame/primitives/check.h"
+#include "frame/rows.h"
 
 namespace lumiset {
 namespace {
@@ -128,33 +129,38 @@ bool hasMaskBorder(const FrameFacts& facts) {
     return facts.width > 2 * kMaskBorder && facts.height > 2 * kMaskBorder;
 }
 
-bool makeMask(const Frame& source, const RenderContext& context, const Choice& choice, std::int32_t passes,
-              Frame& mask) {
-    const bool isFloat = isFloatFormat(source.Format());
+bool makeMask(const Frame& source, const RenderContext& context, const Choice& choice, Frame& mask) {
     if (!mask.Allocate(context.width, context.height, BytesPerChannel(source.Format()), &context.allocator,
                        MaskFormat(source.Format()), source.Flipped())) {
         return false;
     }
-    keyMask(source, mask, colorKey(choice.tint, choice.range, !isFloat));
-    // Without memory the mask stays hard.
-    if (repeatedGauss({mask.Data(), mask.Stride(), mask.Width(), mask.Height(), passes, isFloat}, context.allocator) &&
-        hasMaskBorder(context)) {
-        FrameReplicateBorder(mask, mask, kMaskBorder, kMaskBorder);
-    }
+    keyMask(source, mask, colorKey(choice.tint, choice.range, !isFloatFormat(source.Format())));
     return true;
 }
 
+/// Without memory a mask stays hard.
+void softenMasks(std::span<Frame* const> masks, std::int32_t passes, const RenderContext& context) {
+    std::array<RepeatedGaussJob, kMostGaussJobs> jobs{};
+    for (std::size_t i = 0; i < masks.size(); ++i) {
+        const Frame& mask = *masks[i];
+        jobs[i] = {mask.Data(), mask.Stride(), mask.Width(), mask.Height(), passes, isFloatFormat(mask.Format())};
+    }
+    repeatedGauss(std::span(jobs).first(masks.size()), context.allocator);
+    for (std::size_t i = 0; i < masks.size(); ++i) {
+        if (jobs[i].filtered && hasMaskBorder(context)) {
+            FrameReplicateBorder(*masks[i], *masks[i], kMaskBorder, kMaskBorder);
+        }
+    }
+}
+
 /// Shows what is kept in the colours that were chosen, mixed where both are, on black.
-template <class L>
 void showMasks(const Frame& firstMask, const Frame& secondMask, const Choice& first, const Choice& second,
                Frame& destination) {
-    using Sample = typename L::Sample;
-    constexpr float kFull = L::kIsFloat ? 1.0F : 255.0F;
-    constexpr int kPositions[3] = {L::kRed, L::kGreen, L::kBlue};
-    for (std::int32_t y = 0; y < destination.Height(); ++y) {
-        const auto* firstRow = reinterpret_cast<const Sample*>(firstMask.PixelAddress(0, y, 0));
-        const auto* secondRow = reinterpret_cast<const Sample*>(secondMask.PixelAddress(0, y, 0));
-        auto* out = reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0));
+    const auto showRow = [&](auto layout, std::int32_t, auto* out, const auto* firstRow, const auto* secondRow) {
+        using L = decltype(layout);
+        using Sample = typename L::Sample;
+        constexpr float kFull = L::kIsFloat ? 1.0F : 255.0F;
+        constexpr int kPositions[3] = {L::kRed, L::kGreen, L::kBlue};
         for (std::int32_t x = 0; x < destination.Width(); ++x, out += 4) {
             const float a = kFull - static_cast<float>(firstRow[x]);
             const float b = kFull - static_cast<float>(secondRow[x]);
@@ -169,7 +175,8 @@ void showMasks(const Frame& firstMask, const Frame& secondMask, const Choice& fi
             }
             out[L::kAlpha] = static_cast<Sample>(kFull);
         }
-    }
+    };
+    visitRows(destination.Format(), destination, showRow, firstMask, secondMask);
 }
 
 /// Turns the source grey where the mask covers it; its alpha stays.
@@ -193,20 +200,20 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     const std::int32_t passes = softenPasses(params.slider(kSoften), context);
     Frame first;
     Frame second;
-    if ((choices.useFirst && !makeMask(source, context, choices.first, passes, first)) ||
-        (choices.useSecond && !makeMask(source, context, choices.second, passes, second))) {
+    if ((choices.useFirst && !makeMask(source, context, choices.first, first)) ||
+        (choices.useSecond && !makeMask(source, context, choices.second, second))) {
         return false;
     }
     const bool both = choices.useFirst && choices.useSecond;
+    Frame* const masks[] = {choices.useFirst ? &first : &second, &second};
+    softenMasks(std::span(masks).first(both ? 2 : 1), passes, context);
     if (params.boolean(kShowMasks)) {
         // One colour alone is mixed with itself.
         const Frame& shownFirst = choices.useFirst ? first : second;
         const Frame& shownSecond = choices.useSecond ? second : first;
-        return visitLayout(source.Format(), [&](auto layout) {
-            showMasks<decltype(layout)>(shownFirst, shownSecond, choices.useFirst ? choices.first : choices.second,
-                                        choices.useSecond ? choices.second : choices.first, destination);
-            return true;
-        });
+        showMasks(shownFirst, shownSecond, choices.useFirst ? choices.first : choices.second,
+                  choices.useSecond ? choices.second : choices.first, destination);
+        return true;
     }
     if (both) {
         FrameMinOf(first, second, first);

@@ -124,7 +124,7 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     if (settings.testMask) {
         FrameFillColor(destination, 0);
     } else if (!FrameBlur(source, destination, size.width, size.height, &context.allocator, false)) {
-        return FrameCopy(source, destination);
+        return false;
     }
     const std::int32_t alpha = AlphaIndex(source.Format());
     FrameCopyChannel(mask, destination, 0, alpha);

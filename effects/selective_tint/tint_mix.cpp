@@ -4,9 +4,9 @@
 #define HWY_TARGET_INCLUDE "effects/selective_tint/tint_mix.cpp"
 #include "hwy/foreach_target.h"
 
-#include "frame/layout.h"
 #include "frame/primitives/pixel_math-inl.h"
 #include "frame/primitives/row_loops-inl.h"
+#include "frame/rows.h"
 
 // Shared by all instruction sets.
 #ifndef LUMISET_TINT_MIX_TYPES
@@ -217,40 +217,19 @@ HWY_INLINE void tintPixels(const float* src, const float* mask, float* dst, cons
     hn::StoreInterleaved4(samples[0], samples[1], samples[2], samples[3], kF, dst);
 }
 
-template <class L, class Sample = typename L::Sample>
-void tintRow(const Sample* src, const Sample* mask, Sample* dst, std::size_t width, const TintJob& job) {
-    const std::size_t lanes = hn::Lanes(kF);
-    std::size_t x = 0;
-    for (; x + lanes <= width; x += lanes) {
-        tintPixels<L>(src + 4 * x, mask + x, dst + 4 * x, job);
-    }
-    if (x < width) {
-        constexpr std::size_t kMostLanes = HWY_MAX_BYTES / sizeof(float);
-        HWY_ALIGN Sample lastSource[4 * kMostLanes] = {};
-        HWY_ALIGN Sample lastMask[kMostLanes] = {};
-        HWY_ALIGN Sample last[4 * kMostLanes];
-        const std::size_t rest = (width - x) * sizeof(Sample);
-        std::memcpy(lastSource, src + 4 * x, 4 * rest);
-        std::memcpy(lastMask, mask + x, rest);
-        tintPixels<L>(lastSource, lastMask, last, job);
-        std::memcpy(dst + 4 * x, last, 4 * rest);
-    }
-}
-
 }  // namespace
 
 void tintRows(const Frame& source, const Frame& mask, Frame& destination, const TintJob& job) {
-    visitLayout(source.Format(), [&](auto layout) {
-        using L = decltype(layout);
-        using Sample = typename L::Sample;
-        for (std::int32_t y = 0; y < destination.Height(); ++y) {
-            tintRow<L>(reinterpret_cast<const Sample*>(source.PixelAddress(0, y, 0)),
-                       reinterpret_cast<const Sample*>(mask.PixelAddress(0, y, 0)),
-                       reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0)),
-                       static_cast<std::size_t>(destination.Width()), job);
-        }
-        return true;
-    });
+    visitRows(
+        source.Format(), destination,
+        [&](auto layout, std::int32_t, auto* out, const auto* in, const auto* masked) HWY_ATTR {
+            alongPixels<4, 4, 1>(
+                hn::Lanes(kF), destination.Width(),
+                [&](std::size_t, auto* to, const auto* from, const auto* share)
+                    HWY_ATTR { tintPixels<decltype(layout)>(from, share, to, job); },
+                out, in, masked);
+        },
+        source, mask);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE

@@ -63,7 +63,7 @@ void blit(Frame& frame, const Frame& picture, std::int32_t x, std::int32_t y, st
     visitLayout(frame.Format(), [&](auto layout) {
         using L = decltype(layout);
         for (std::int32_t row = std::max(y, 0); row < bottom && left < right; ++row) {
-            blitRow<L>(reinterpret_cast<typename L::Sample*>(frame.PixelAddress(left, row, 0)),
+            blitRow<L>(frame.row<typename L::Sample>(row) + std::ptrdiff_t{4} * left,
                        picture.PixelAddress(left - x, row - y, 0), right - left, color);
         }
         return true;

@@ -4,7 +4,9 @@
 // draws them from pictures that are scaled to the frame (camera_font.h); OpenGL, into which a module cannot load a
 // picture, evaluates the strokes that the pictures were drawn from.
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -15,7 +17,9 @@
 #include "effects/viewfinder/camera_font.h"
 #include "effects/viewfinder/overlay.h"
 #include "effects/viewfinder/passes.h"
+#include "frame/bands.h"
 #include "frame/frame_operations.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {
@@ -139,31 +143,53 @@ ViewfinderSettings readSettings(const ParamReader& params) {
     };
 }
 
-/// Black and white, in the tint's light where that is above its middle. In bands, so that a few rows go through all
-/// steps while they are near.
-bool makeGrey(const Frame& source, Frame& destination, const ViewfinderSettings& settings, MemoryAllocator& allocator) {
+/// Rows that go through all steps of black and white while they are near.
+constexpr std::int32_t kGreyRows = 8;
+
+Bands greyParts(const FrameFacts& facts, const MemoryAllocator& allocator) {
+    return bandsForThreads(&allocator, {facts.width, facts.height}, 1, kGreyRows);
+}
+
+std::int64_t greyBytes(const FrameFacts& facts, std::int32_t format) {
+    return std::int64_t{kGreyRows} * facts.width * BytesPerChannel(format);
+}
+
+/// Black and white, in the tint's light where that is above its middle.
+bool makeGrey(const Frame& source, Frame& destination, const ViewfinderSettings& settings,
+              const RenderContext& context) {
     const auto [red, green, blue] = tintFactors(settings.tintColor, settings.tint);
-    const std::int32_t alpha = AlphaIndex(source.Format());
+    const std::int32_t format = source.Format();
+    const std::int32_t alpha = AlphaIndex(format);
     const std::array<float, 4> factors =
         alpha == 0 ? std::array{1.0F, red, green, blue} : std::array{blue, green, red, 1.0F};
-    constexpr std::int32_t kBandRows = 8;
-    Frame grey;
-    if (!grey.Allocate(source.Width(), std::min(kBandRows, source.Height()), BytesPerChannel(source.Format()),
-                       &allocator, MaskFormat(source.Format()), false)) {
+    const Bands parts = greyParts(context, context.allocator);
+    const std::int64_t partBytes = greyBytes(context, format);
+    ScratchBlock block(context.allocator);
+    block.add<std::uint8_t>(parts.count() * partBytes);
+    if (!block.allocate()) {
         return false;
     }
-    bool done = true;
-    for (std::int32_t y = 0; done && y < source.Height(); y += kBandRows) {
-        const std::int32_t rows = std::min(kBandRows, source.Height() - y);
-        Frame from;
-        Frame to;
-        from.WrapSubRect(source, 0, y, source.Width(), rows, false);
-        to.WrapSubRect(destination, 0, y, source.Width(), rows, false);
-        done = FrameToLuma(from, grey) && FrameSpreadGrayToColor(grey, to) &&
-               (!(settings.tint > kNeutral) || FrameMultiplyColor(to, to, factors.data())) &&
-               FrameCopyChannel(from, to, alpha, alpha);
-    }
-    return done;
+    auto* scratch = block.take<std::uint8_t>(parts.count() * partBytes);
+    runTasks(&context.allocator, parts.count(), [&](std::int32_t part) {
+        Frame grey;
+        grey.Wrap(scratch + part * partBytes, source.Width(), kGreyRows, source.Width() * BytesPerChannel(format),
+                  BytesPerChannel(format), MaskFormat(format), false);
+        const std::int32_t end = parts.first(part) + parts.rowsOf(part);
+        for (std::int32_t y = parts.first(part); y < end; y += kGreyRows) {
+            const std::int32_t rows = std::min(kGreyRows, end - y);
+            Frame from;
+            Frame to;
+            from.WrapSubRect(source, 0, y, source.Width(), rows, false);
+            to.WrapSubRect(destination, 0, y, source.Width(), rows, false);
+            FrameToLuma(from, grey);
+            FrameSpreadGrayToColor(grey, to);
+            if (settings.tint > kNeutral) {
+                FrameMultiplyColor(to, to, factors.data());
+            }
+            FrameCopyChannel(from, to, alpha, alpha);
+        }
+    });
+    return true;
 }
 
 /// Resizes to the nearest pixels. Positions half way between two take the second, whatever the division loses: a
@@ -174,14 +200,40 @@ bool resizeToNearest(const Frame& source, Frame& destination) {
                            {0, 0, destination.Width(), destination.Height()}, kResizeNearest, 0, 0, kHalfWay, kHalfWay);
 }
 
-/// Reduces the picture to a coarse grid of its pixels. Without memory it stays as it is.
-void pixelate(Frame& frame, const CellSize& grid, MemoryAllocator& allocator) {
+/// Reduces the picture to a coarse grid of its pixels.
+bool pixelate(Frame& frame, const CellSize& grid, MemoryAllocator& allocator) {
     Frame coarse;
-    if (coarse.Allocate(grid.width, grid.height, frame.BytesPerPixel(), &allocator, frame.Format(), false) &&
-        resizeToNearest(frame, coarse)) {
-        resizeToNearest(coarse, frame);
-    }
+    return coarse.Allocate(grid.width, grid.height, frame.BytesPerPixel(), &allocator, frame.Format(), false) &&
+           resizeToNearest(frame, coarse) && resizeToNearest(coarse, frame);
 }
+
+/// What the steps take from the reserve, one after the other.
+std::int64_t scratchBytes(const ViewfinderSettings& settings, const CellSize& grid, const RenderContext& context,
+                          std::int32_t format) {
+    const ImgSize size{context.width, context.height};
+    const std::int32_t pixelBytes = formatBytesPerPixel(format);
+    std::int64_t bytes = 0;
+    if (settings.blackAndWhite) {
+        bytes = ScratchBlock::reserveFor(greyParts(context, context.allocator).count() * greyBytes(context, format));
+    }
+    if (grid.height < context.height) {
+        const ImgSize coarse{grid.width, grid.height};
+        const auto resize = [&](ImgSize from, ImgSize to) {
+            return ScratchBlock::reserveFor(FrameResizeScratch(from, to, 4, kResizeNearest, context.allocator));
+        };
+        bytes = std::max(bytes, MemoryAllocator::ReserveForImage(grid.width, grid.height, pixelBytes) +
+                                    std::max(resize(size, coarse), resize(coarse, size)));
+    }
+    if (settings.sharpen) {
+        bytes = std::max(bytes, ScratchBlock::reserveFor(FrameSharpenScratch(size, pixelBytes, context.allocator)));
+    }
+    return bytes;
+}
+
+struct ReleaseFont {
+    void operator()(CCameraFont* font) const { font->Release(); }
+};
+using HeldFont = std::unique_ptr<CCameraFont, ReleaseFont>;
 
 class CViewfinder final : public Effect {
 public:
@@ -236,27 +288,26 @@ CCameraFont* CViewfinder::fontOf(const FontSize& size) noexcept {
 bool CViewfinder::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
                          Frame& destination) noexcept {
     const ViewfinderSettings settings = readSettings(params);
-    const bool hasPicture = settings.blackAndWhite
-                                ? makeGrey(source, destination, settings, context.allocator)
-                                : ColorAdjust(source, destination, kNeutral, kNeutral, kNeutral, kNeutral,
-                                              settings.tintColor, settings.tint, &context.allocator);
-    if (!hasPicture) {
-        FrameCopy(source, destination);
-    }
     const CellSize grid = resolutionGrid(settings.resolution, context.width, context.height);
+    const OverlayPlan plan = planOverlay(settings, context);
+    // A font of no height has no marks to draw.
+    const bool needsFont = plan.markCount != 0 && plan.font.height >= 1;
+    const HeldFont font(needsFont ? fontOf(plan.font) : nullptr);
+    const std::int64_t scratch = scratchBytes(settings, grid, context, source.Format());
+    if ((needsFont && font == nullptr) || (scratch > 0 && !context.allocator.Reserve(scratch))) {
+        return false;
+    }
+    bool done = settings.blackAndWhite ? makeGrey(source, destination, settings, context)
+                                       : ColorAdjust(source, destination, kNeutral, kNeutral, kNeutral, kNeutral,
+                                                     settings.tintColor, settings.tint, &context.allocator);
     if (grid.height < context.height) {
-        pixelate(destination, grid, context.allocator);
+        done = done && pixelate(destination, grid, context.allocator);
     }
     for (int i = 0; settings.sharpen && i < 2; ++i) {
-        FrameSharpen(destination, destination, &context.allocator);
+        done = done && FrameSharpen(destination, destination, &context.allocator);
     }
-    const OverlayPlan plan = planOverlay(settings, context);
-    CCameraFont* font = plan.markCount != 0 ? fontOf(plan.font) : nullptr;
-    drawOverlay(destination, plan, font);
-    if (font != nullptr) {
-        font->Release();
-    }
-    return true;
+    drawOverlay(destination, plan, font.get());
+    return done;
 }
 
 bool CViewfinder::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {

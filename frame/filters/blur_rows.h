@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "frame/bands.h"
 #include "frame/filters/triangular_blur.h"
+#include "frame/filters/triangular_kernel.h"
 
 namespace lumiset {
 
@@ -38,6 +40,24 @@ private:
     std::int32_t m_ring;
     std::int32_t m_count;
 };
+
+/// Rounds a count up so that what follows begins with a whole vector.
+constexpr std::int64_t wholeVectors(std::int64_t count) {
+    return (count + 63) / 64 * 64;
+}
+
+/// Sums of bytes are exact, wherever they start. Those of floats start anew in every band, whether there are threads or
+/// not, and the bands are so high that it costs little.
+enum BlurSums : std::int32_t { kSumsOfBytes = 2, kSumsOfFloats = 8 };
+
+/// Bands of the rows inside the ring.
+inline Bands blurBands(const TriangularBlurJob& job, BlurSums sums, const MemoryAllocator& allocator) {
+    constexpr std::int32_t kUnit = 16;
+    const ImgSize inner{job.width, InnerRows(job).count()};
+    const std::int32_t leastRows = sums * TriangularKernel(job.sizeY).half;
+    return sums == kSumsOfBytes ? bandsForThreads(&allocator, inner, leastRows, kUnit)
+                                : bandsOf(inner, leastRows, kUnit);
+}
 
 /// Fills the rows of the ring from the finished rows inside it; a kept sample is their own.
 template <class Sample>

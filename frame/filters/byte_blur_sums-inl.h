@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "frame/filters/triangular_kernel.h"
+#include "frame/primitives/whole_division.h"
 #include "hwy/highway.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "frame/filters/block_morphology.h"
+#include "frame/primitives/block_morphology.h"
 
 namespace lumiset {
 

@@ -5,6 +5,9 @@
 // one row of blocks behind the one before. Nothing is computed twice, since what a pass overwrites (the result of
 // the pass before the last) has been read by then.
 //
+// With threads, parts of the picture go through a group of passes side by side, each a row of blocks shorter at its
+// seams with every pass, and then the seams are filled in. Several planes of one size go through together.
+//
 // A block is left out where neither it nor a neighbour changed in the pass before: the same samples give the same
 // result, and both planes hold it already. Flat areas of a mask drop out after the first pass, and most of
 // a plane of bytes once its slopes are so gentle that rounding undoes the filter.
@@ -12,11 +15,14 @@
 #include "frame/filters/repeated_gauss.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstring>
+#include <optional>
 
-#include "frame/filters/scratch_block.h"
+#include "frame/bands.h"
 #include "frame/primitives/check.h"
+#include "frame/scratch_block.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frame/filters/repeated_gauss.cpp"
@@ -50,16 +56,21 @@ public:
             std::fill_n(&at(row, 0), columns, 0);
         }
     }
-    [[nodiscard]] std::int32_t& at(std::int32_t row, std::int32_t column) const {
-        return m_last[(std::ptrdiff_t{row} + 1) * (columns + 2) + column + 1];
+    void changed(std::int32_t row, std::int32_t column, std::int32_t pass) const {
+        std::atomic_ref(at(row, column)).store(pass, std::memory_order_relaxed);
     }
+    /// A neighbour on another thread may have gone on meanwhile: then the block is filtered without need, which gives
+    /// what it holds.
     [[nodiscard]] bool mayChange(std::int32_t row, std::int32_t column, std::int32_t pass) const {
-        std::int32_t latest = -1;
         for (std::int32_t y = row - 1; y <= row + 1; ++y) {
-            const std::int32_t* left = &at(y, column) - 1;
-            latest = std::max({latest, left[0], left[1], left[2]});
+            std::int32_t* left = &at(y, column) - 1;
+            for (std::int32_t x = 0; x < 3; ++x) {
+                if (std::atomic_ref(left[x]).load(std::memory_order_relaxed) >= pass - 1) {
+                    return true;
+                }
+            }
         }
-        return latest >= pass - 1;
+        return false;
     }
 
     const std::int32_t blockRows;
@@ -67,7 +78,24 @@ public:
     const std::int32_t rows;
 
 private:
+    [[nodiscard]] std::int32_t& at(std::int32_t row, std::int32_t column) const {
+        return m_last[(std::ptrdiff_t{row} + 1) * (columns + 2) + column + 1];
+    }
+
     std::int32_t* m_last = nullptr;
+};
+
+/// Passes that follow each other down a part of the picture.
+struct PassGroup {
+    std::int32_t done;   ///< passes before it
+    std::int32_t count;  ///< of its own
+};
+
+/// Rows of blocks of a part. At a side where another part follows it ends a row earlier with every pass: what it needs
+/// of that part's passes is not there yet.
+struct BlockRows {
+    std::int32_t first;
+    std::int32_t end;
 };
 
 }  // namespace lumiset
@@ -165,7 +193,7 @@ bool filterBlockRow(const RepeatedGaussJob& job, Plane<const typename Kind::Samp
             const std::int32_t left = 1 + column * kBlockColumns;
             const std::int32_t right = std::min(left + kBlockColumns, job.width - 1);
             if (filterBlock<Kind>(src, dst, left, right, y, rows)) {
-                history.at(row, column) = pass;
+                history.changed(row, column, pass);
             }
         }
     }
@@ -173,44 +201,66 @@ bool filterBlockRow(const RepeatedGaussJob& job, Plane<const typename Kind::Samp
 }
 
 template <class Kind>
-void repeat(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history) {
+bool filterRow(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history, std::int32_t row,
+               std::int32_t pass) {
     using T = typename Kind::Sample;
-    constexpr std::int64_t kCacheBytes = 512 * 1024;  // both planes' part of a core's own cache
     const Plane<T> planes[2] = {{reinterpret_cast<T*>(job.plane), job.stride},
                                 {reinterpret_cast<T*>(other), job.stride}};
-    const auto atOnce = static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(kCacheBytes / (std::int64_t{2} * job.stride * history.blockRows), 1, 16));
-    for (std::int32_t done = 0; done < job.passes;) {
-        const std::int32_t count = std::min(atOnce, job.passes - done);
-        bool any = false;
-        for (std::int32_t step = 0; step < history.rows + count - 1; ++step) {
-            for (std::int32_t i = std::max(0, step - history.rows + 1); i < std::min(count, step + 1); ++i) {
-                const std::int32_t pass = done + i + 1;
-                const Plane<T> src = planes[(pass + 1) % 2];
-                any = filterBlockRow<Kind>(job, src, planes[pass % 2], history, step - i, pass) || any;
-            }
-        }
-        if (!any) {
-            return;  // both planes hold what no pass changes any more
-        }
-        done += count;
-    }
+    const Plane<T> src = planes[(pass + 1) % 2];
+    return filterBlockRow<Kind>(job, src, planes[pass % 2], history, row, pass);
 }
 
-template <template <std::size_t> class Kind>
-void repeatInVectors(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history) {
-    using Whole = Kind<HWY_MAX_BYTES>;
-    if (static_cast<std::size_t>(job.width) >= hn::Lanes(typename Whole::D()) + 2) {
-        repeat<Whole>(job, other, history);
-    } else {
-        repeat<Kind<1>>(job, other, history);
+/// A group's passes over a part, as far as they can be done without its neighbours.
+template <class Kind>
+bool filterPart(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history, const PassGroup& group,
+                const BlockRows& part) {
+    bool any = false;
+    for (std::int32_t step = part.first; step < part.end + group.count - 1; ++step) {
+        for (std::int32_t i = 0; i < group.count; ++i) {
+            const std::int32_t row = step - i;
+            const std::int32_t first = part.first == 0 ? 0 : part.first + i;
+            const std::int32_t end = part.end == history.rows ? part.end : part.end - i;
+            if (row >= first && row < end) {
+                any = filterRow<Kind>(job, other, history, row, group.done + i + 1) || any;
+            }
+        }
     }
+    return any;
+}
+
+/// What two parts have left out at the row between them.
+template <class Kind>
+bool filterSeam(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history, const PassGroup& group,
+                std::int32_t seam) {
+    bool any = false;
+    for (std::int32_t i = 1; i < group.count; ++i) {
+        for (std::int32_t row = seam - i; row < seam + i; ++row) {
+            any = filterRow<Kind>(job, other, history, row, group.done + i + 1) || any;
+        }
+    }
+    return any;
+}
+
+/// Vectors, or single samples where a row is shorter than one.
+template <template <std::size_t> class Kind, class Work>
+bool withVectors(const RepeatedGaussJob& job, const Work& work) {
+    using Whole = Kind<HWY_MAX_BYTES>;
+    return static_cast<std::size_t>(job.width) >= hn::Lanes(typename Whole::D()) + 2 ? work(Whole()) : work(Kind<1>());
+}
+template <class Work>
+bool withKind(const RepeatedGaussJob& job, const Work& work) {
+    return job.isFloat ? withVectors<Floats>(job, work) : withVectors<Bytes>(job, work);
 }
 
 }  // namespace
 
-void repeatGauss(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history) {
-    job.isFloat ? repeatInVectors<Floats>(job, other, history) : repeatInVectors<Bytes>(job, other, history);
+bool gaussPart(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history, const PassGroup& group,
+               const BlockRows& part) {
+    return withKind(job, [&](auto kind) { return filterPart<decltype(kind)>(job, other, history, group, part); });
+}
+bool gaussSeam(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHistory& history, const PassGroup& group,
+               std::int32_t seam) {
+    return withKind(job, [&](auto kind) { return filterSeam<decltype(kind)>(job, other, history, group, seam); });
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
@@ -219,29 +269,108 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace lumiset {
 
-HWY_EXPORT(repeatGauss);
+HWY_EXPORT(gaussPart);
+HWY_EXPORT(gaussSeam);
 
-bool repeatedGauss(const RepeatedGaussJob& job, MemoryAllocator& allocator) noexcept {
-    if (job.width < 3 || job.height < 3 || job.passes < 1) {
+namespace {
+
+/// One plane on its way through the passes.
+struct GaussWork {
+    explicit GaussWork(const RepeatedGaussJob& usedJob, MemoryAllocator& allocator)
+        : job(usedJob),
+          history(job.width, job.height, job.isFloat ? kBlockRowsOfFloats : kBlockRowsOfBytes),
+          block(allocator) {}
+
+    [[nodiscard]] bool start() {
+        const std::int64_t planeBytes =
+            std::int64_t{job.stride} * (job.height - 1) + std::int64_t{job.width} * (job.isFloat ? 4 : 1);
+        block.add<std::uint8_t>(planeBytes);
+        block.add<std::int32_t>(history.size());
+        if (!block.allocate()) {
+            return false;
+        }
+        other = block.take<std::uint8_t>(planeBytes);
+        history.start(block.take<std::int32_t>(history.size()));
+        std::memcpy(other, job.plane, static_cast<std::size_t>(planeBytes));
+        bytes = planeBytes;
         return true;
     }
-    BlockHistory history(job.width, job.height, job.isFloat ? kBlockRowsOfFloats : kBlockRowsOfBytes);
-    const std::int64_t planeBytes =
-        std::int64_t{job.stride} * (job.height - 1) + std::int64_t{job.width} * (job.isFloat ? 4 : 1);
-    ScratchBlock block(allocator);
-    block.add<std::uint8_t>(planeBytes);
-    block.add<std::int32_t>(history.size());
-    if (!block.allocate()) {
-        return false;
+
+    RepeatedGaussJob job;
+    BlockHistory history;
+    ScratchBlock block;
+    std::uint8_t* other = nullptr;
+    std::int64_t bytes = 0;
+};
+
+/// Passes of a plane of such a size that run at once.
+std::int32_t passesAtOnce(const GaussWork& work) {
+    constexpr std::int64_t kCacheBytes = 512 * 1024;  // both planes' part of a core's own cache
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(kCacheBytes / (std::int64_t{2} * work.job.stride * work.history.blockRows), 1, 16));
+}
+
+/// All passes over planes of one size, side by side.
+void runPasses(std::span<GaussWork* const> works, MemoryAllocator& allocator) {
+    const GaussWork& first = *works.front();
+    const std::int32_t atOnce = passesAtOnce(first);
+    const bool isLarge = std::int64_t{first.job.width} * first.job.height >= 2 * kBandPixels;
+    const MemoryAllocator* const threads = isLarge && allocator.Threads() != nullptr ? &allocator : nullptr;
+    const std::int32_t partRows = threads != nullptr ? 2 * atOnce : first.history.rows;
+    const std::int32_t parts = std::max(first.history.rows / partRows, 1);
+    const auto planes = static_cast<std::int32_t>(works.size());
+    const auto partOf = [&](std::int32_t part) {
+        return BlockRows{part * partRows, part + 1 == parts ? first.history.rows : (part + 1) * partRows};
+    };
+    for (std::int32_t done = 0; done < first.job.passes;) {
+        const PassGroup group{done, std::min(atOnce, first.job.passes - done)};
+        std::atomic<bool> any = false;
+        const auto note = [&](bool changed) {
+            if (changed) {
+                any.store(true, std::memory_order_relaxed);
+            }
+        };
+        runTasks(threads, planes * parts, [&](std::int32_t i) {
+            const GaussWork& work = *works[static_cast<std::size_t>(i % planes)];
+            note(HWY_DYNAMIC_DISPATCH(gaussPart)(work.job, work.other, work.history, group, partOf(i / planes)));
+        });
+        runTasks(threads, planes * (parts - 1), [&](std::int32_t i) {
+            const GaussWork& work = *works[static_cast<std::size_t>(i % planes)];
+            note(HWY_DYNAMIC_DISPATCH(gaussSeam)(work.job, work.other, work.history, group, partOf(i / planes).end));
+        });
+        if (!any.load(std::memory_order_relaxed)) {
+            return;  // both planes hold what no pass changes any more
+        }
+        done += group.count;
     }
-    auto* other = block.take<std::uint8_t>(planeBytes);
-    history.start(block.take<std::int32_t>(history.size()));
-    std::memcpy(other, job.plane, static_cast<std::size_t>(planeBytes));
-    HWY_DYNAMIC_DISPATCH(repeatGauss)(job, other, history);
-    if (job.passes % 2 != 0) {
-        std::memcpy(job.plane, other, static_cast<std::size_t>(planeBytes));
+}
+
+}  // namespace
+
+void repeatedGauss(std::span<RepeatedGaussJob> jobs, MemoryAllocator& allocator) noexcept {
+    std::optional<GaussWork> works[kMostGaussJobs];
+    GaussWork* started[kMostGaussJobs] = {};
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < jobs.size(); ++i) {
+        RepeatedGaussJob& job = jobs[i];
+        job.filtered = job.width < 3 || job.height < 3 || job.passes < 1;
+        if (!job.filtered) {
+            GaussWork& work = works[i].emplace(job, allocator);
+            job.filtered = work.start();
+            if (job.filtered) {
+                started[count++] = &work;
+            }
+        }
     }
-    return true;
+    if (count == 0) {
+        return;
+    }
+    runPasses(std::span(started).first(count), allocator);
+    for (GaussWork* work : std::span(started).first(count)) {
+        if (work->job.passes % 2 != 0) {
+            std::memcpy(work->job.plane, work->other, static_cast<std::size_t>(work->bytes));
+        }
+    }
 }
 
 }  // namespace lumiset

@@ -4,9 +4,9 @@
 
 #include "frame/filters/blur_rows.h"
 #include "frame/filters/byte_blur_scratch.h"
-#include "frame/filters/scratch_block.h"
 #include "frame/filters/triangular_blur.h"
 #include "frame/filters/triangular_kernel.h"
+#include "frame/scratch_block.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frame/filters/triangular_blur_bytes.cpp"
@@ -21,7 +21,7 @@ namespace {
 
 template <bool kEvenX, bool kEvenY, class RoundingX, class RoundingY>
 void blurPlane(const TriangularBlurJob& job, const RoundingX& roundingX, const RoundingY& roundingY,
-               const ByteBlurScratch& scratch) {
+               const ByteBlurScratch& scratch, std::int32_t firstRow, std::int32_t rowCount) {
     const TriangularKernel kernelX(job.sizeX);
     const TriangularKernel kernelY(job.sizeY);
     const InnerRows rows(job);
@@ -29,12 +29,17 @@ void blurPlane(const TriangularBlurJob& job, const RoundingX& roundingX, const R
     const PixelStore store(job);
     const std::size_t samples = static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.channels);
     const std::int32_t blockRows = kInterleave / job.channels;
-    startColumns(rows, samples, kernelY, roundingY.bias, scratch);
-    for (std::int32_t y = 0; y < rows.count(); y += blockRows) {
+    if (firstRow == 0) {
+        startColumns(rows, samples, kernelY, roundingY.bias, scratch);
+    } else {
+        startColumnsAt(rows, firstRow, samples, kernelY, roundingY.bias, scratch);
+    }
+    const std::int32_t end = firstRow + rowCount;
+    for (std::int32_t y = firstRow; y < end; y += blockRows) {
         RowTargets targets;
         for (std::int32_t r = 0; r < blockRows; ++r) {
             targets.src[r] = rows.source(y + r);
-            targets.dst[r] = y + r < rows.count() ? rows.target(y + r) : scratch.spareRow;
+            targets.dst[r] = y + r < end ? rows.target(y + r) : scratch.spareRow;
         }
         if (color) {
             fourRows<kEvenY, true>(rows, y, samples, kernelY, roundingY, scratch,
@@ -61,7 +66,8 @@ void blurPlane(const TriangularBlurJob& job, const RoundingX& roundingX, const R
 
 }  // namespace
 
-void blurBytes(const TriangularBlurJob& job, const ByteBlurScratch& scratch) {
+void blurBytes(const TriangularBlurJob& job, const ByteBlurScratch& scratch, std::int32_t firstRow,
+               std::int32_t rowCount) {
     const std::int32_t divisorX = TriangularKernel(job.sizeX).divisor;
     const std::int32_t divisorY = TriangularKernel(job.sizeY).divisor;
     const auto factorX = roundingFactor(divisorX);
@@ -70,11 +76,11 @@ void blurBytes(const TriangularBlurJob& job, const ByteBlurScratch& scratch) {
         const bool evenX = job.sizeX % 2 == 0;
         const bool evenY = job.sizeY % 2 == 0;
         if (evenX) {
-            evenY ? blurPlane<true, true>(job, roundingX, roundingY, scratch)
-                  : blurPlane<true, false>(job, roundingX, roundingY, scratch);
+            evenY ? blurPlane<true, true>(job, roundingX, roundingY, scratch, firstRow, rowCount)
+                  : blurPlane<true, false>(job, roundingX, roundingY, scratch, firstRow, rowCount);
         } else {
-            evenY ? blurPlane<false, true>(job, roundingX, roundingY, scratch)
-                  : blurPlane<false, false>(job, roundingX, roundingY, scratch);
+            evenY ? blurPlane<false, true>(job, roundingX, roundingY, scratch, firstRow, rowCount)
+                  : blurPlane<false, false>(job, roundingX, roundingY, scratch, firstRow, rowCount);
         }
     };
     if (factorX && factorY) {
@@ -94,27 +100,33 @@ HWY_EXPORT(blurBytes);
 
 bool triangularBlurBytes(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept {
     constexpr std::int64_t kLargestVector = 64;  // samples, with room for whatever a last vector may touch
-    const std::int64_t samples = std::int64_t{job.width} * job.channels + kLargestVector;
+    const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = TriangularKernel(job.sizeX).half + 1;
-    const std::int64_t interleaved = (2 * before + job.width + 2 * kLargestVector) * kInterleave;
-    const std::int64_t packed = job.channels == 1 ? (samples + 15) / 16 * 16 : 0;
+    const std::int64_t interleaved = wholeVectors((2 * before + job.width + 2 * kLargestVector) * kInterleave);
+    const std::int64_t packed = job.channels == 1 ? samples : 0;
+    const Bands bands = blurBands(job, kSumsOfBytes, allocator);
     ScratchBlock block(allocator);
-    block.add<std::int32_t>(samples);
-    block.add<std::int32_t>(samples);
-    block.add<std::uint32_t>(4 * packed);
-    block.add<std::uint8_t>(interleaved);
-    block.add<std::uint8_t>(samples);
+    block.add<std::int32_t>(bands.count() * 2 * samples);
+    block.add<std::uint32_t>(bands.count() * 4 * packed);
+    block.add<std::uint8_t>(bands.count() * interleaved);
+    block.add<std::uint8_t>(bands.count() * samples);
     if (!block.allocate()) {
         return false;
     }
-    ByteBlurScratch scratch{};
-    scratch.slopes = block.take<std::int32_t>(samples);
-    scratch.sums = block.take<std::int32_t>(samples);
-    scratch.packed = block.take<std::uint32_t>(4 * packed);
-    scratch.interleaved = block.take<std::uint8_t>(interleaved) + (before + 3) / 4 * 4 * kInterleave;
-    scratch.spareRow = block.take<std::uint8_t>(samples);
-    scratch.packedStride = static_cast<std::int32_t>(packed);
-    HWY_DYNAMIC_DISPATCH(blurBytes)(job, scratch);
+    auto* sums = block.take<std::int32_t>(bands.count() * 2 * samples);
+    auto* packedRows = block.take<std::uint32_t>(bands.count() * 4 * packed);
+    auto* columns = block.take<std::uint8_t>(bands.count() * interleaved);
+    auto* spareRows = block.take<std::uint8_t>(bands.count() * samples);
+    runTasks(&allocator, bands.count(), [&](std::int32_t band) {
+        ByteBlurScratch scratch{};
+        scratch.slopes = sums + 2 * band * samples;
+        scratch.sums = scratch.slopes + samples;
+        scratch.packed = packedRows + 4 * band * packed;
+        scratch.interleaved = columns + band * interleaved + (before + 3) / 4 * 4 * kInterleave;
+        scratch.spareRow = spareRows + band * samples;
+        scratch.packedStride = static_cast<std::int32_t>(packed);
+        HWY_DYNAMIC_DISPATCH(blurBytes)(job, scratch, bands.first(band), bands.rowsOf(band));
+    });
     fillRingRows<std::uint8_t>(job);
     return true;
 }

@@ -6,9 +6,9 @@
 #include <limits>
 
 #include "frame/filters/blur_rows.h"
-#include "frame/filters/scratch_block.h"
 #include "frame/filters/triangular_blur.h"
 #include "frame/filters/triangular_kernel.h"
+#include "frame/scratch_block.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frame/filters/triangular_blur_floats.cpp"
@@ -94,6 +94,24 @@ void startColumns(const InnerRows& rows, std::size_t samples, const TriangularKe
         hn::Store(hn::Add(hn::Load(d, scratch.sums + i), before), d, scratch.sums + i);
         const auto slope = hn::Load(d, scratch.slopes + i);
         hn::Store(hn::Sub(slope, hn::Mul(edge, hn::Set(d, kernel.half))), d, scratch.slopes + i);
+    });
+}
+
+/// Sums of row `y`, from all rows that it is made of; for the first row of a band.
+void startColumnsAt(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
+                    const FloatBlurScratch& scratch) {
+    const Doubles d;
+    const std::int32_t skip = kernel.even ? 1 : 0;
+    alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
+        auto slope = hn::Zero(d);
+        auto sum = hn::Zero(d);
+        for (std::int32_t t = 1 - kernel.half - skip; t < kernel.half; ++t) {
+            const auto v = load(sourceRow(rows, y + t) + i);
+            sum = hn::Add(sum, hn::Mul(v, hn::Set(d, t >= 0 ? kernel.half - t : kernel.half + t + skip)));
+            slope = t >= 0 ? hn::Add(slope, v) : t < -skip ? hn::Sub(slope, v) : slope;
+        }
+        hn::Store(hn::Sub(slope, load(sourceRow(rows, y - kernel.half - skip) + i)), d, scratch.slopes + i);
+        hn::Store(sum, d, scratch.sums + i);
     });
 }
 
@@ -195,16 +213,22 @@ void separateRows(const float* interleaved, std::size_t width, float* const (&ro
 
 }  // namespace
 
-void blurFloats(const TriangularBlurJob& job, const FloatBlurScratch& scratch) {
+void blurFloats(const TriangularBlurJob& job, const FloatBlurScratch& scratch, std::int32_t firstRow,
+                std::int32_t rowCount) {
     const TriangularKernel kernelX(job.sizeX);
     const TriangularKernel kernelY(job.sizeY);
     const InnerRows rows(job);
     const std::size_t width = static_cast<std::size_t>(job.width);
     const std::size_t samples = width * static_cast<std::size_t>(job.channels);
     const auto target = [&](std::int32_t y) { return reinterpret_cast<float*>(rows.target(y)); };
-    startColumns(rows, samples, kernelY, scratch);
+    if (firstRow == 0) {
+        startColumns(rows, samples, kernelY, scratch);
+    } else {
+        startColumnsAt(rows, firstRow, samples, kernelY, scratch);
+    }
+    const std::int32_t end = firstRow + rowCount;
     const std::int32_t blockRows = job.channels == 4 ? 1 : 4;
-    for (std::int32_t y = 0; y < rows.count(); y += blockRows) {
+    for (std::int32_t y = firstRow; y < end; y += blockRows) {
         if (blockRows == 1) {
             blurredRow(rows, y, samples, kernelY, scratch, scratch.interleaved);
         } else {
@@ -219,7 +243,7 @@ void blurFloats(const TriangularBlurJob& job, const FloatBlurScratch& scratch) {
             finishColorRow(job, scratch.results, sourceRow(rows, y), target(y));
         } else {
             float* const targets[4] = {target(y), target(y + 1), target(y + 2), target(y + 3)};
-            separateRows(scratch.results, width, targets, std::min(4, rows.count() - y));
+            separateRows(scratch.results, width, targets, std::min(4, end - y));
         }
     }
 }
@@ -234,28 +258,31 @@ HWY_EXPORT(blurFloats);
 
 bool triangularBlurFloats(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept {
     constexpr std::int64_t kLargestVector = 16;  // samples
-    const std::int64_t samples =
-        (std::int64_t{job.width} * job.channels + 2 * kLargestVector - 1) / kLargestVector * kLargestVector;
+    const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = (TriangularKernel(job.sizeX).half + 4) / 4 * 4;
-    const std::int64_t interleaved = 4 * (2 * before + job.width + kLargestVector);
+    const std::int64_t interleaved = wholeVectors(4 * (2 * before + job.width + kLargestVector));
     const std::int64_t rows = job.channels == 1 ? 4 * samples : 0;
+    const Bands bands = blurBands(job, kSumsOfFloats, allocator);
     ScratchBlock block(allocator);
-    block.add<double>(samples);
-    block.add<double>(samples);
-    block.add<float>(rows);
-    block.add<float>(interleaved);
-    block.add<float>(interleaved);
+    block.add<double>(bands.count() * 2 * samples);
+    block.add<float>(bands.count() * rows);
+    block.add<float>(bands.count() * 2 * interleaved);
     if (!block.allocate()) {
         return false;
     }
-    FloatBlurScratch scratch{};
-    scratch.slopes = block.take<double>(samples);
-    scratch.sums = block.take<double>(samples);
-    scratch.rows = block.take<float>(rows);
-    scratch.interleaved = block.take<float>(interleaved) + 4 * before;
-    scratch.results = block.take<float>(interleaved);
-    scratch.rowStride = samples;
-    HWY_DYNAMIC_DISPATCH(blurFloats)(job, scratch);
+    auto* sums = block.take<double>(bands.count() * 2 * samples);
+    auto* maskRows = block.take<float>(bands.count() * rows);
+    auto* columns = block.take<float>(bands.count() * 2 * interleaved);
+    runTasks(&allocator, bands.count(), [&](std::int32_t band) {
+        FloatBlurScratch scratch{};
+        scratch.slopes = sums + 2 * band * samples;
+        scratch.sums = scratch.slopes + samples;
+        scratch.rows = maskRows + band * rows;
+        scratch.interleaved = columns + 2 * band * interleaved + 4 * before;
+        scratch.results = columns + (2 * band + 1) * interleaved;
+        scratch.rowStride = samples;
+        HWY_DYNAMIC_DISPATCH(blurFloats)(job, scratch, bands.first(band), bands.rowsOf(band));
+    });
     fillRingRows<float>(job);
     return true;
 }

@@ -18,14 +18,11 @@ std::int32_t wholeSize(float radius) {
 
 bool FrameBlur(const Frame& src, Frame& dst, float radiusX, float radiusY, MemoryAllocator* allocator,
                bool includeAlpha) noexcept {
-    const ImgSize size = commonSize(src, dst);
-    const std::int32_t format = dst.Format();
-    if (size.width == 0 || src.BytesPerPixel() != dst.BytesPerPixel() ||
-        formatBytesPerPixel(format) != dst.BytesPerPixel() ||
-        formatBytesPerPixel(src.Format()) != src.BytesPerPixel() ||
-        BytesPerChannel(src.Format()) != BytesPerChannel(format)) {
+    if (!sameSamples(src, dst)) {
         return false;
     }
+    const ImgSize size = sizeOf(src, dst);
+    const std::int32_t format = dst.Format();
     const std::int32_t sizeX = wholeSize(radiusX);
     const std::int32_t sizeY = wholeSize(radiusY);
     if (sizeX < 1 || sizeY < 1) {

@@ -11,7 +11,7 @@ constexpr float kLumaBgr[3] = {0.114F, 0.587F, 0.299F};
 constexpr float kLumaRgb[3] = {0.299F, 0.587F, 0.114F};
 
 /// Position of the first colour sample.
-std::uint32_t firstColor(const Frame& frame) {
+std::int32_t firstColor(const Frame& frame) {
     return AlphaIndex(frame.Format()) == 0 ? 1 : 0;
 }
 
@@ -24,14 +24,11 @@ bool convertHue(const Frame& src, Frame& dst, decltype(&ImgRgbToHsv8A4) bytes, d
     if (!isColor(src) || !sameFormat(src, dst)) {
         return false;
     }
-    const std::uint32_t first = firstColor(src);
-    const ImgSize size = sizeOf(src, dst);
-    const ImgStatus status =
-        isFloat(src)
-            ? floats(floatsOf(src, first), src.Stride(), floatsOf(dst, first), dst.Stride(), colorOrder(src), size)
-            : bytes(bytesOf(src, first), src.Stride(), bytesOf(dst, first), dst.Stride(), colorOrder(src), size);
+    const std::int32_t first = firstColor(src);
+    const bool done =
+        runEither(dst, sizeOf(src, dst), bytes, floats, planeOf(src, first), planeOf(dst, first), colorOrder(src));
     const std::int32_t alpha = AlphaIndex(src.Format());
-    return status == kImgOk && (src.Data() == dst.Data() || FrameCopyChannel(src, dst, alpha, alpha));
+    return done && (src.Data() == dst.Data() || FrameCopyChannel(src, dst, alpha, alpha));
 }
 
 bool areFloatArgb(const Frame& src, const Frame& dst) {
@@ -86,16 +83,14 @@ bool FrameToLuma(const Frame& src, Frame& dst) noexcept {
     const ImgSize size = sizeOf(src, dst);
     if (src.BytesPerPixel() == 3) {
         return !isFloat(dst) &&
-               ImgLuma8C3(bytesOf(src), src.Stride(), bytesOf(dst), dst.Stride(), kLumaBgr, size) == kImgOk;
+               runPrimitive(dst, size, &ImgLuma8C3, PlaneOperand{src.Data(), src.Stride()}, planeOf(dst), kLumaBgr);
     }
     if (!isColor(src) || isFloat(src) != isFloat(dst)) {
         return false;
     }
-    const std::uint32_t first = firstColor(src);
-    const float* weights = first == 0 ? kLumaBgr : kLumaRgb;
-    return (isFloat(src)
-                ? ImgLumaFA4(floatsOf(src, first), src.Stride(), floatsOf(dst), dst.Stride(), weights, size)
-                : ImgLuma8A4(bytesOf(src, first), src.Stride(), bytesOf(dst), dst.Stride(), weights, size)) == kImgOk;
+    const std::int32_t first = firstColor(src);
+    return runEither(dst, size, &ImgLuma8A4, &ImgLumaFA4, planeOf(src, first), planeOf(dst),
+                     first == 0 ? kLumaBgr : kLumaRgb);
 }
 
 bool FrameRgbToHsv(const Frame& src, Frame& dst) noexcept {
@@ -108,20 +103,19 @@ bool FrameHsvToRgb(const Frame& src, Frame& dst) noexcept {
 
 bool FrameAddRGB(const Frame& src, Frame& dst, float red, float green, float blue) noexcept {
     const float values[3] = {red, green, blue};
-    return areFloatArgb(src, dst) && ImgAddFA4(floatsOf(src, 1), src.Stride(), floatsOf(dst, 1), dst.Stride(), values,
-                                               sizeOf(src, dst)) == kImgOk;
+    return areFloatArgb(src, dst) &&
+           runPrimitive(dst, sizeOf(src, dst), &ImgAddFA4, planeOf(src, 1), planeOf(dst, 1), values);
 }
 
 bool FrameMultiplyRGB(const Frame& src, Frame& dst, float red, float green, float blue) noexcept {
     const float values[3] = {red, green, blue};
-    return areFloatArgb(src, dst) && ImgMulFA4(floatsOf(src, 1), src.Stride(), floatsOf(dst, 1), dst.Stride(), values,
-                                               sizeOf(src, dst)) == kImgOk;
+    return areFloatArgb(src, dst) &&
+           runPrimitive(dst, sizeOf(src, dst), &ImgMulFA4, planeOf(src, 1), planeOf(dst, 1), values);
 }
 
 bool FrameTwistRGB(const Frame& src, Frame& dst, const float matrix[3][4]) noexcept {
     return matrix != nullptr && areFloatArgb(src, dst) &&
-           ImgColorTwistFA4(floatsOf(src, 1), src.Stride(), floatsOf(dst, 1), dst.Stride(), matrix[0],
-                            sizeOf(src, dst)) == kImgOk;
+           runPrimitive(dst, sizeOf(src, dst), &ImgColorTwistFA4, planeOf(src, 1), planeOf(dst, 1), matrix[0]);
 }
 
 bool FrameColorToYuv(const Frame& src, Frame& dst) noexcept {

@@ -144,15 +144,16 @@ bool adjust(const Frame& src, Frame& dst, const float* matrix) {
     const ImgSize size = sizeOf(src, dst);
     const std::int32_t rows = bandRows<Sample>(size.width * dst.BytesPerPixel());
     const bool alphaFirst = AlphaIndex(dst.Format()) == 0;
-    for (std::int32_t y = 0; y < size.height; y += rows) {
-        const ImgSize band{size.width, std::min(rows, size.height - y)};
-        if (adjustRows(reinterpret_cast<const Sample*>(src.PixelAddress(0, y, 0)), src.Stride(),
-                       reinterpret_cast<Sample*>(dst.PixelAddress(0, y, 0)), dst.Stride(), matrix, alphaFirst,
-                       band) != kImgOk) {
-            return false;
+    return inBands(dst.Resources(), size, [&](std::int32_t first, std::int32_t count) {
+        for (std::int32_t y = first; y < first + count; y += rows) {
+            const ImgSize band{size.width, std::min(rows, first + count - y)};
+            if (adjustRows(src.row<const Sample>(y), src.Stride(), dst.row<Sample>(y), dst.Stride(), matrix, alphaFirst,
+                           band) != kImgOk) {
+                return false;
+            }
         }
-    }
-    return true;
+        return true;
+    });
 }
 
 }  // namespace

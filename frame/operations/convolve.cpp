@@ -28,11 +28,8 @@ bool convolve(const Frame& src, Frame& dst, const Tap* kernel, std::int32_t kern
               std::int32_t margin, std::int32_t divisor, bool includeAlpha, bool rows) {
     using T = std::conditional_t<std::is_same_v<Tap, float>, float, std::uint8_t>;
     const std::int32_t format = dst.Format();
-    if (commonSize(src, dst).width == 0 || kernel == nullptr || kernelSize < 1 || anchor < 0 || anchor >= kernelSize ||
-        margin < 0 || src.BytesPerPixel() != dst.BytesPerPixel() ||
-        dst.BytesPerPixel() != formatBytesPerPixel(format) ||
-        src.BytesPerPixel() != formatBytesPerPixel(src.Format()) || isFloatFormat(format) != std::is_same_v<T, float> ||
-        isFloatFormat(src.Format()) != isFloatFormat(format)) {
+    if (!sameSamples(src, dst) || isFloat(src) != std::is_same_v<T, float> || kernel == nullptr || kernelSize < 1 ||
+        anchor < 0 || anchor >= kernelSize || margin < 0) {
         return false;
     }
     const auto along = [&](std::int32_t from, std::int32_t to) {

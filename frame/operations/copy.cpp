@@ -8,23 +8,27 @@
 namespace lumiset {
 namespace {
 
-/// Copies between addresses inside two frames that hold the same kind of samples.
-bool copyPixels(const Frame& src, const std::uint8_t* from, const Frame& dst, std::uint8_t* to, ImgSize size) {
-    if (isSound(src) && sameSamples(src, dst)) {
+/// Copies `size` pixels from (x, y) to (dx, dy) of a frame that holds the same kind of samples.
+bool copyPixels(const Frame& src, std::int32_t x, std::int32_t y, Frame& dst, std::int32_t dx, std::int32_t dy,
+                ImgSize size) {
+    const PlaneOperand from{src.PixelAddress(x, y, 0), src.Stride()};
+    const PlaneOperand to{dst.PixelAddress(dx, dy, 0), dst.Stride()};
+    Frame inOrder;  // rows that overlap are copied one after the other
+    inOrder.WrapSubRect(dst, 0, 0, dst.Width(), dst.Height(), dst.Flipped());
+    const Frame& target = src.Data() == dst.Data() ? inOrder : dst;
+    if (sameSamples(src, dst)) {
         // Only the size of a pixel counts from here on.
         switch (dst.BytesPerPixel()) {
             case 16:
-                return ImgCopyFC4(reinterpret_cast<const float*>(from), src.Stride(), reinterpret_cast<float*>(to),
-                                  dst.Stride(), size) == kImgOk;
+                return runPrimitive(target, size, &ImgCopyFC4, from, to);
             case 4:
-                return ImgCopy8C4(from, src.Stride(), to, dst.Stride(), size) == kImgOk;
+                return runPrimitive(target, size, &ImgCopy8C4, from, to);
             default:
                 break;
         }
     }
     // One byte a pixel is a plane of bytes, whatever the format says.
-    return src.BytesPerPixel() == 1 && dst.BytesPerPixel() == 1 &&
-           ImgCopy8C1(from, src.Stride(), to, dst.Stride(), size) == kImgOk;
+    return src.BytesPerPixel() == 1 && dst.BytesPerPixel() == 1 && runPrimitive(target, size, &ImgCopy8C1, from, to);
 }
 
 bool isChannel(std::int32_t channel) {
@@ -36,7 +40,7 @@ constexpr std::uint32_t kReversed[4] = {3, 2, 1, 0};
 }  // namespace
 
 bool FrameCopy(const Frame& src, Frame& dst) noexcept {
-    return copyPixels(src, src.Data(), dst, dst.Data(), sizeOf(src, dst));
+    return copyPixels(src, 0, 0, dst, 0, 0, sizeOf(src, dst));
 }
 
 bool FrameCopyRect(const Frame& src, std::int32_t x, std::int32_t y, std::int32_t w, std::int32_t h, Frame& dst,
@@ -47,8 +51,7 @@ bool FrameCopyRect(const Frame& src, std::int32_t x, std::int32_t y, std::int32_
     dy = std::max(dy, 0);
     const ImgSize size{std::min({w, src.Width() - x, dst.Width() - dx}),
                        std::min({h, src.Height() - y, dst.Height() - dy})};
-    return size.width > 0 && size.height > 0 &&
-           copyPixels(src, src.PixelAddress(x, y, 0), dst, dst.PixelAddress(dx, dy, 0), size);
+    return size.width > 0 && size.height > 0 && copyPixels(src, x, y, dst, dx, dy, size);
 }
 
 bool FrameCopyChannel(const Frame& src, Frame& dst, std::int32_t srcChannel, std::int32_t dstChannel) noexcept {
@@ -64,17 +67,13 @@ bool FrameCopyChannelAt(const Frame& src, Frame& dst, std::int32_t srcChannel, s
     }
     const ImgSize size{std::min(src.Width(), dst.Width() - x), std::min(src.Height(), dst.Height() - y)};
     const std::int32_t depth = BytesPerChannel(src.Format());
-    const std::uint8_t* from = src.PixelAddress(0, 0, isColor(src) ? srcChannel * depth : 0);
-    std::uint8_t* to = dst.PixelAddress(x, y, isColor(dst) ? dstChannel * depth : 0);
-    const auto run = [&](auto extract, auto insert, auto move, auto* typedFrom, auto* typedTo) {
-        const auto primitive = isMask(dst) ? extract : isMask(src) ? insert : move;
-        return primitive(typedFrom, src.Stride(), typedTo, dst.Stride(), size) == kImgOk;
-    };
-    if (isFloat(src)) {
-        return run(&ImgExtractChannelF, &ImgInsertChannelF, &ImgCopyChannelFC4, reinterpret_cast<const float*>(from),
-                   reinterpret_cast<float*>(to));
+    const PlaneOperand from = planeOf(src, isColor(src) ? srcChannel : 0);
+    const PlaneOperand to{dst.PixelAddress(x, y, isColor(dst) ? dstChannel * depth : 0), dst.Stride()};
+    if (isMask(dst)) {
+        return runEither(dst, size, &ImgExtractChannel8, &ImgExtractChannelF, from, to);
     }
-    return run(&ImgExtractChannel8, &ImgInsertChannel8, &ImgCopyChannel8C4, from, to);
+    return isMask(src) ? runEither(dst, size, &ImgInsertChannel8, &ImgInsertChannelF, from, to)
+                       : runEither(dst, size, &ImgCopyChannel8C4, &ImgCopyChannelFC4, from, to);
 }
 
 bool FrameSpreadGrayToColor(const Frame& mask, Frame& dst) noexcept {
@@ -83,12 +82,12 @@ bool FrameSpreadGrayToColor(const Frame& mask, Frame& dst) noexcept {
     }
     const ImgSize size = sizeOf(mask, dst);
     const std::int32_t alpha = AlphaIndex(dst.Format());
-    const ImgStatus status =
+    const bool done =
         isFloat(dst)
-            ? ImgSpreadGrayFC4(floatsOf(mask), mask.Stride(), floatsOf(dst), dst.Stride(), 1.0F, alpha == 0, size)
-            : ImgSpreadGray8C4(bytesOf(mask), mask.Stride(), bytesOf(dst), dst.Stride(), 255, alpha == 0, size);
+            ? runPrimitive(dst, size, &ImgSpreadGrayFC4, planeOf(mask), planeOf(dst), 1.0F, alpha == 0)
+            : runPrimitive(dst, size, &ImgSpreadGray8C4, planeOf(mask), planeOf(dst), std::uint8_t{255}, alpha == 0);
     const bool all = size.width == dst.Width() && size.height == dst.Height();
-    return status == kImgOk && (all || FrameSetChannel(dst, alpha, 255));
+    return done && (all || FrameSetChannel(dst, alpha, 255));
 }
 
 bool FrameSwapChannelOrder(const Frame& src, Frame& dst) noexcept {
@@ -97,14 +96,9 @@ bool FrameSwapChannelOrder(const Frame& src, Frame& dst) noexcept {
     }
     const ImgSize size = sizeOf(src, dst);
     const bool inPlace = src.Data() == dst.Data() && src.Stride() == dst.Stride();
-    if (isFloat(src)) {
-        return (inPlace ? ImgSwapChannelsFC4(floatsOf(dst), dst.Stride(), kReversed, size)
-                        : ImgReorderChannelsFC4(floatsOf(src), src.Stride(), floatsOf(dst), dst.Stride(), kReversed,
-                                                size)) == kImgOk;
-    }
-    return (inPlace ? ImgSwapChannels8C4(bytesOf(dst), dst.Stride(), kReversed, size)
-                    : ImgReorderChannels8C4(bytesOf(src), src.Stride(), bytesOf(dst), dst.Stride(), kReversed, size)) ==
-           kImgOk;
+    return inPlace ? runEither(dst, size, &ImgSwapChannels8C4, &ImgSwapChannelsFC4, planeOf(dst), kReversed)
+                   : runEither(dst, size, &ImgReorderChannels8C4, &ImgReorderChannelsFC4, planeOf(src), planeOf(dst),
+                               kReversed);
 }
 
 bool FrameConvertDepth(const Frame& src, Frame& dst) noexcept {
@@ -113,10 +107,10 @@ bool FrameConvertDepth(const Frame& src, Frame& dst) noexcept {
     }
     const ImgSize size = sizeOf(src, dst);
     const auto toByte = [&](auto primitive) {
-        return primitive(floatsOf(src), src.Stride(), bytesOf(dst), dst.Stride(), 0.0F, 1.0F, size) == kImgOk;
+        return runPrimitive(dst, size, primitive, planeOf(src), planeOf(dst), 0.0F, 1.0F);
     };
     const auto toFloat = [&](auto primitive) {
-        return primitive(bytesOf(src), src.Stride(), floatsOf(dst), dst.Stride(), 0.0F, 1.0F, size) == kImgOk;
+        return runPrimitive(dst, size, primitive, planeOf(src), planeOf(dst), 0.0F, 1.0F);
     };
     struct Pair {
         PixelFormat bytes;

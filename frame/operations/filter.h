@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "frame/frame.h"
+#include "frame/primitives/status.h"
 
 namespace lumiset {
 
@@ -52,5 +53,7 @@ bool FrameErode(const Frame& src, Frame& dst, std::int32_t maskWidth, std::int32
 /// Sharpens the three colour samples by a 3 x 3 kernel, centre 2, each neighbour -1/8, border pixels replicated.
 /// Alpha is kept. Colour formats only, both frames of one format; false when there is no memory.
 bool FrameSharpen(const Frame& src, Frame& dst, MemoryAllocator* allocator) noexcept;
+/// Bytes that it takes from the allocator, in one block, for pictures of a size.
+std::int64_t FrameSharpenScratch(ImgSize size, std::int32_t bytesPerPixel, const MemoryAllocator& allocator);
 
 }  // namespace lumiset

@@ -1,6 +1,5 @@
 #include "frame/operations/filter_frames.h"
 
-#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -14,26 +13,26 @@ const std::uint8_t* endOf(const Frame& frame, ImgSize size) {
 
 }  // namespace
 
-ImgSize commonSize(const Frame& a, const Frame& b) {
-    if (a.Data() == nullptr || b.Data() == nullptr) {
-        return {0, 0};
-    }
-    const ImgSize size{std::min(a.Width(), b.Width()), std::min(a.Height(), b.Height())};
-    return size.width < 1 || size.height < 1 ? ImgSize{0, 0} : size;
+bool shareMemory(const Frame& a, const Frame& b, ImgSize size) {
+    const std::less<const std::uint8_t*> before;
+    return before(a.Data(), endOf(b, size)) && before(b.Data(), endOf(a, size));
 }
 
 void copyPixels(const Frame& src, Frame& dst, ImgSize size) {
     const std::size_t bytes = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(src.BytesPerPixel());
-    for (std::int32_t y = 0; y < size.height; ++y) {
-        std::memmove(dst.PixelAddress(0, y, 0), src.PixelAddress(0, y, 0), bytes);
-    }
+    const bool inOrder = shareMemory(src, dst, size);
+    inBands(inOrder ? nullptr : dst.Resources(), size, [&](std::int32_t first, std::int32_t rows) {
+        for (std::int32_t y = first; y < first + rows; ++y) {
+            std::memmove(dst.PixelAddress(0, y, 0), src.PixelAddress(0, y, 0), bytes);
+        }
+        return true;
+    });
 }
 
 bool StableSource::prepare(const Frame& src, const Frame& dst, ImgSize size) {
     m_data = src.Data();
     m_stride = src.Stride();
-    const std::less<const std::uint8_t*> before;
-    if (!before(src.Data(), endOf(dst, size)) || !before(dst.Data(), endOf(src, size))) {
+    if (!shareMemory(src, dst, size)) {
         return true;
     }
     const std::int64_t row = std::int64_t{size.width} * src.BytesPerPixel();
@@ -43,9 +42,12 @@ bool StableSource::prepare(const Frame& src, const Frame& dst, ImgSize size) {
         return false;
     }
     auto* copy = static_cast<std::uint8_t*>(m_copy);
-    for (std::int32_t y = 0; y < size.height; ++y) {
-        std::memcpy(copy + row * y, src.PixelAddress(0, y, 0), static_cast<std::size_t>(row));
-    }
+    inBands(&m_allocator, size, [&](std::int32_t first, std::int32_t rows) {
+        for (std::int32_t y = first; y < first + rows; ++y) {
+            std::memcpy(copy + row * y, src.PixelAddress(0, y, 0), static_cast<std::size_t>(row));
+        }
+        return true;
+    });
     m_data = copy;
     m_stride = static_cast<std::int32_t>(row);
     return true;

@@ -1,18 +1,13 @@
 #pragma once
 
-// What the filter operations share: the common rectangle of two frames, its plain copy, and a source that does not
-// overlap the destination.
+// What the filter operations share: a plain copy, and a source that does not overlap the destination.
 
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/frame.h"
-#include "frame/primitives/status.h"
+#include "frame/operations/operands.h"
 
 namespace lumiset {
-
-/// Common rectangle of two frames with pixels; of no size otherwise.
-[[nodiscard]] ImgSize commonSize(const Frame& a, const Frame& b);
 
 /// Copies `size` pixels; the frames may overlap.
 void copyPixels(const Frame& src, Frame& dst, ImgSize size);

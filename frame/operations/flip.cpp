@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "frame/bands.h"
+
 namespace lumiset {
 namespace {
 
@@ -15,10 +17,13 @@ std::size_t rowBytes(const Frame& frame) {
 }
 
 void flipRows(Frame& frame, std::int32_t rows, std::size_t bytes) {
-    for (std::int32_t top = 0, bottom = rows - 1; top < bottom; ++top, --bottom) {
-        std::uint8_t* row = frame.PixelAddress(0, top, 0);
-        std::swap_ranges(row, row + bytes, frame.PixelAddress(0, bottom, 0));
-    }
+    inBands(frame.Resources(), {frame.Width(), rows / 2}, [&](std::int32_t first, std::int32_t count) {
+        for (std::int32_t y = first; y < first + count; ++y) {
+            std::uint8_t* row = frame.PixelAddress(0, y, 0);
+            std::swap_ranges(row, row + bytes, frame.PixelAddress(0, rows - 1 - y, 0));
+        }
+        return true;
+    });
 }
 
 }  // namespace
@@ -41,10 +46,12 @@ bool FrameFlipVerticalCopy(const Frame& src, Frame& dst) noexcept {
         flipRows(dst, rows, bytes);
         return true;
     }
-    for (std::int32_t y = 0; y < rows; ++y) {
-        std::memcpy(dst.PixelAddress(0, rows - 1 - y, 0), src.PixelAddress(0, y, 0), bytes);
-    }
-    return true;
+    return inBands(dst.Resources(), {dst.Width(), rows}, [&](std::int32_t first, std::int32_t count) {
+        for (std::int32_t y = first; y < first + count; ++y) {
+            std::memcpy(dst.PixelAddress(0, rows - 1 - y, 0), src.PixelAddress(0, y, 0), bytes);
+        }
+        return true;
+    });
 }
 
 }  // namespace lumiset

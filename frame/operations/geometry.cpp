@@ -4,8 +4,8 @@
 
 #include "frame/operations/operands.h"
 #include "frame/primitives/border.h"
-#include "frame/primitives/memory.h"
 #include "frame/primitives/resize.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {
@@ -53,28 +53,33 @@ bool FrameResizeRect(const Frame& src, Frame& dst, const FrameRect& srcRect, con
     const ImgResizeMap map{xFactor == 0 ? static_cast<double>(to.width) / from.width : xFactor,
                            yFactor == 0 ? static_cast<double>(to.height) / from.height : yFactor, xShift, yShift,
                            interpolationOf(mode)};
+    MemoryAllocator heap;
+    MemoryAllocator& memory = dst.Resources() != nullptr ? *dst.Resources() : heap;
     std::size_t bytes = 0;
-    if (ImgResizeBuffer(from, channels, map.interpolation, &bytes, to) != kImgOk) {
+    if (ImgResizeBuffer(from, channels, map.interpolation, &bytes, to, &memory) != kImgOk) {
         return false;
     }
-    void* scratch = ImgAlloc(bytes);
-    if (scratch == nullptr) {
+    ScratchBlock block(memory);
+    block.add<std::uint8_t>(static_cast<std::int64_t>(bytes));
+    if (!block.allocate()) {
         return false;
     }
+    auto* scratch = block.take<std::uint8_t>(static_cast<std::int64_t>(bytes));
     const std::uint8_t* in = src.PixelAddress(srcRect.left, srcRect.top, 0);
     std::uint8_t* out = dst.PixelAddress(dstRect.left, dstRect.top, 0);
-    const std::int32_t inStep = src.Stride();
-    const std::int32_t outStep = dst.Stride();
-    ImgStatus status = kImgOk;
     if (isFloat(src)) {
         const auto resize = channels == 4 ? ImgResizeFC4 : ImgResizeFC1;
-        status = resize(floats(in), inStep, from, floats(out), outStep, map, scratch, to);
-    } else {
-        const auto resize = channels == 4 ? ImgResize8C4 : ImgResize8C1;
-        status = resize(in, inStep, from, out, outStep, map, scratch, to);
+        return resize(floats(in), src.Stride(), from, floats(out), dst.Stride(), map, scratch, to, &memory) == kImgOk;
     }
-    ImgFree(scratch);
-    return status == kImgOk;
+    const auto resize = channels == 4 ? ImgResize8C4 : ImgResize8C1;
+    return resize(in, src.Stride(), from, out, dst.Stride(), map, scratch, to, &memory) == kImgOk;
+}
+
+std::int64_t FrameResizeScratch(ImgSize from, ImgSize to, std::int32_t channels, std::int32_t mode,
+                                const MemoryAllocator& allocator) {
+    std::size_t bytes = 0;
+    ImgResizeBuffer(from, channels, interpolationOf(mode), &bytes, to, &allocator);
+    return static_cast<std::int64_t>(bytes);
 }
 
 bool FrameResizeInto(const Frame& src, Frame& dst, std::int32_t mode) noexcept {

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "frame/frame.h"
+#include "frame/primitives/status.h"
 
 namespace lumiset {
 
@@ -30,6 +31,10 @@ struct FrameRect {
 /// their frames, factors that are negative or not finite, or when there is no memory.
 bool FrameResizeRect(const Frame& src, Frame& dst, const FrameRect& srcRect, const FrameRect& dstRect,
                      std::int32_t mode, double xFactor, double yFactor, double xShift, double yShift) noexcept;
+
+/// Bytes that a resize takes from the allocator, in one block.
+std::int64_t FrameResizeScratch(ImgSize from, ImgSize to, std::int32_t channels, std::int32_t mode,
+                                const MemoryAllocator& allocator);
 
 /// Resizes the whole of `src` to the whole of `dst`.
 bool FrameResizeInto(const Frame& src, Frame& dst, std::int32_t mode) noexcept;

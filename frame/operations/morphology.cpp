@@ -1,20 +1,19 @@
-#include "frame/filters/block_morphology.h"
 #include "frame/filters/ellipse_rectangles.h"
-#include "frame/filters/scratch_block.h"
 #include "frame/operations/filter.h"
 #include "frame/operations/filter_frames.h"
+#include "frame/primitives/block_morphology.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {
 
 bool morph(const Frame& src, Frame& dst, std::int32_t maskWidth, std::int32_t maskHeight, MemoryAllocator* allocator,
            bool minimum) {
-    const ImgSize size = commonSize(src, dst);
-    const std::int32_t format = dst.Format();
-    if (size.width == 0 || src.Format() != format || src.BytesPerPixel() != dst.BytesPerPixel() ||
-        formatBytesPerPixel(format) != dst.BytesPerPixel() || maskWidth < 1 || maskHeight < 1) {
+    if (!sameFormat(src, dst) || maskWidth < 1 || maskHeight < 1) {
         return false;
     }
+    const ImgSize size = sizeOf(src, dst);
+    const std::int32_t format = dst.Format();
     if (maskWidth < 2 || maskHeight < 2) {
         copyPixels(src, dst, size);
         return true;

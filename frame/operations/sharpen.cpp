@@ -9,11 +9,25 @@
 #include "frame/operations/filter.h"
 #include "frame/operations/filter_frames.h"
 #include "frame/primitives/copy.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {
 
 constexpr std::int32_t kBandRows = 8;
+
+/// Rows of a copy with its neighbours, and the rows beside a part of the frame that one thread works on.
+constexpr std::int32_t kCopiedRows = kBandRows + 2;
+constexpr std::int32_t kScratchRows = kCopiedRows + 2;
+
+Bands partsOf(const MemoryAllocator& memory, ImgSize size) {
+    constexpr std::int32_t kLeastRows = 8 * kBandRows;
+    return bandsForThreads(&memory, size, kLeastRows, kBandRows);
+}
+
+std::int64_t rowBytesOf(ImgSize size, std::int32_t bytesPerPixel) {
+    return (std::int64_t{size.width} + 2) * bytesPerPixel;
+}
 
 /// Copies row `y` of the common rectangle, or the nearest one of it, between its repeated end pixels.
 void copyWithEnds(const Frame& src, ImgSize size, std::int32_t y, std::uint8_t* out) {
@@ -26,49 +40,73 @@ void copyWithEnds(const Frame& src, ImgSize size, std::int32_t y, std::uint8_t* 
 
 /// One band from its bordered copy.
 template <class T, class Sharpen, class CopyAlpha>
-bool sharpenBand(const Frame& bordered, Frame& dst, std::int32_t y, ImgSize size, std::int32_t alpha,
+void sharpenBand(const Frame& bordered, Frame& dst, std::int32_t y, ImgSize size, std::int32_t alpha,
                  const Sharpen& sharpen, const CopyAlpha& copyAlpha) {
-    const auto* from = reinterpret_cast<const T*>(bordered.PixelAddress(1, 1, 0));
-    auto* to = reinterpret_cast<T*>(dst.PixelAddress(0, y, 0));
+    const T* from = bordered.row<const T>(1) + 4;
+    T* to = dst.row<T>(y);
     const std::int32_t first = alpha == 0 ? 1 : 0;
-    return copyAlpha(from + alpha, bordered.Stride(), to + alpha, dst.Stride(), size) == kImgOk &&
-           sharpen(from + first, bordered.Stride(), to + first, dst.Stride(), size) == kImgOk;
+    copyAlpha(from + alpha, bordered.Stride(), to + alpha, dst.Stride(), size);
+    sharpen(from + first, bordered.Stride(), to + first, dst.Stride(), size);
 }
 
 }  // namespace
 
+std::int64_t FrameSharpenScratch(ImgSize size, std::int32_t bytesPerPixel, const MemoryAllocator& allocator) {
+    return partsOf(allocator, size).count() * kScratchRows * rowBytesOf(size, bytesPerPixel);
+}
+
 bool FrameSharpen(const Frame& src, Frame& dst, MemoryAllocator* allocator) noexcept {
-    const ImgSize size = commonSize(src, dst);
+    if (!isColor(dst) || !sameFormat(src, dst)) {
+        return false;
+    }
+    const ImgSize size = sizeOf(src, dst);
     const std::int32_t alpha = AlphaIndex(dst.Format());
-    if (size.width == 0 || alpha < 0 || src.Format() != dst.Format() ||
-        src.BytesPerPixel() != formatBytesPerPixel(src.Format()) || dst.BytesPerPixel() != src.BytesPerPixel()) {
+    const std::int64_t rowBytes = rowBytesOf(size, src.BytesPerPixel());
+    MemoryAllocator heap;
+    MemoryAllocator& memory = allocator != nullptr ? *allocator : heap;
+    const Bands parts = partsOf(memory, size);
+    ScratchBlock block(memory);
+    block.add<std::uint8_t>(FrameSharpenScratch(size, src.BytesPerPixel(), memory));
+    if (!block.allocate()) {
         return false;
     }
-    Frame bordered;
-    if (!bordered.Allocate(size.width + 2, kBandRows + 2, src.BytesPerPixel(), allocator, src.Format(), false)) {
-        return false;
+    auto* scratch = block.take<std::uint8_t>(parts.count() * kScratchRows * rowBytes);
+    // In place a part's neighbours are sharpened meanwhile: the rows beside it are kept first.
+    for (std::int32_t part = 0; part < parts.count(); ++part) {
+        std::uint8_t* beside = scratch + (std::int64_t{part} * kScratchRows + kCopiedRows) * rowBytes;
+        copyWithEnds(src, size, parts.first(part) - 1, beside);
+        copyWithEnds(src, size, parts.first(part) + parts.rowsOf(part), beside + rowBytes);
     }
-    for (std::int32_t y = 0; y < size.height; y += kBandRows) {
-        const std::int32_t rows = std::min(kBandRows, size.height - y);
-        // The last band's last two rows come first: in place they are sharpened already where they came from.
-        for (std::int32_t i = 0; i < rows + 2; ++i) {
-            std::uint8_t* out = bordered.PixelAddress(0, i, 0);
-            if (i < 2 && y > 0) {
-                std::memcpy(out, bordered.PixelAddress(0, kBandRows + i, 0),
-                            static_cast<std::size_t>(bordered.Stride()));
+    runTasks(&memory, parts.count(), [&](std::int32_t part) {
+        std::uint8_t* copies = scratch + std::int64_t{part} * kScratchRows * rowBytes;
+        const std::uint8_t* beside = copies + kCopiedRows * rowBytes;
+        Frame bordered;
+        bordered.Wrap(copies, size.width + 2, kCopiedRows, static_cast<std::int32_t>(rowBytes), src.BytesPerPixel(),
+                      src.Format(), false);
+        const std::int32_t first = parts.first(part);
+        const std::int32_t end = first + parts.rowsOf(part);
+        for (std::int32_t y = first; y < end; y += kBandRows) {
+            const std::int32_t rows = std::min(kBandRows, end - y);
+            for (std::int32_t i = 0; i < rows + 2; ++i) {
+                std::uint8_t* out = bordered.PixelAddress(0, i, 0);
+                const std::int32_t from = y - 1 + i;
+                if (i < 2 && y > first) {
+                    // In place these are sharpened already where they came from.
+                    std::memcpy(out, bordered.PixelAddress(0, kBandRows + i, 0), static_cast<std::size_t>(rowBytes));
+                } else if (from < first || from == end) {
+                    std::memcpy(out, from < first ? beside : beside + rowBytes, static_cast<std::size_t>(rowBytes));
+                } else {
+                    copyWithEnds(src, size, from, out);
+                }
+            }
+            const ImgSize band{size.width, rows};
+            if (isFloat(src)) {
+                sharpenBand<float>(bordered, dst, y, band, alpha, ImgSharpenFA4, ImgCopyChannelFC4);
             } else {
-                copyWithEnds(src, size, y - 1 + i, out);
+                sharpenBand<std::uint8_t>(bordered, dst, y, band, alpha, ImgSharpen8A4, ImgCopyChannel8C4);
             }
         }
-        const ImgSize band{size.width, rows};
-        const bool done =
-            isFloatFormat(src.Format())
-                ? sharpenBand<float>(bordered, dst, y, band, alpha, ImgSharpenFA4, ImgCopyChannelFC4)
-                : sharpenBand<std::uint8_t>(bordered, dst, y, band, alpha, ImgSharpen8A4, ImgCopyChannel8C4);
-        if (!done) {
-            return false;
-        }
-    }
+    });
     return true;
 }
 

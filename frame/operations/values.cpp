@@ -31,22 +31,21 @@ bool FrameClampValues(Frame& frame, float low, float high) noexcept {
     }
     const ImgSize size = inSamples(sizeOf(frame), frame);
     if (isFloat(frame)) {
-        return ImgClampRangeFC1(floatsOf(frame), frame.Stride(), limitToOne(low), limitToOne(high), size) == kImgOk;
+        return runPrimitive(frame, size, &ImgClampRangeFC1, planeOf(frame), limitToOne(low), limitToOne(high));
     }
-    return ImgClampRange8C1(bytesOf(frame), frame.Stride(), toLevel(low), toLevel(high), size) == kImgOk;
+    return runPrimitive(frame, size, &ImgClampRange8C1, planeOf(frame), toLevel(low), toLevel(high));
 }
 
 bool FrameSetChannel(Frame& frame, std::int32_t channel, std::int32_t value) noexcept {
     if (!isColor(frame) || channel < 0 || channel > 3 || value < 0 || value > 255) {
         return false;
     }
-    const auto position = static_cast<std::uint32_t>(channel);
     if (isFloat(frame)) {
-        return ImgSetChannelFC4(floatsOf(frame, position), frame.Stride(), static_cast<float>(value) * kLevel,
-                                sizeOf(frame)) == kImgOk;
+        return runPrimitive(frame, sizeOf(frame), &ImgSetChannelFC4, planeOf(frame, channel),
+                            static_cast<float>(value) * kLevel);
     }
-    return ImgSetChannel8C4(bytesOf(frame, position), frame.Stride(), static_cast<std::uint8_t>(value),
-                            sizeOf(frame)) == kImgOk;
+    return runPrimitive(frame, sizeOf(frame), &ImgSetChannel8C4, planeOf(frame, channel),
+                        static_cast<std::uint8_t>(value));
 }
 
 bool FrameFillColor(Frame& frame, std::uint32_t color) noexcept {
@@ -62,12 +61,12 @@ bool FrameFillColor(Frame& frame, std::uint32_t color) noexcept {
         floats[position] = static_cast<float>(bytes[position]) / 255.0F;
     }
     const ImgSize size = sizeOf(frame);
-    if (isFloat(frame)) {
-        return (isMask(frame) ? ImgSetFC1(floatsOf(frame), frame.Stride(), floats[0], size)
-                              : ImgSetFC4(floatsOf(frame), frame.Stride(), floats, size)) == kImgOk;
+    if (isMask(frame)) {
+        return isFloat(frame) ? runPrimitive(frame, size, &ImgSetFC1, planeOf(frame), floats[0])
+                              : runPrimitive(frame, size, &ImgSet8C1, planeOf(frame), bytes[0]);
     }
-    return (isMask(frame) ? ImgSet8C1(bytesOf(frame), frame.Stride(), bytes[0], size)
-                          : ImgSet8C4(bytesOf(frame), frame.Stride(), bytes, size)) == kImgOk;
+    return isFloat(frame) ? runPrimitive(frame, size, &ImgSetFC4, planeOf(frame), floats)
+                          : runPrimitive(frame, size, &ImgSet8C4, planeOf(frame), bytes);
 }
 
 bool FrameMultiplyColor(const Frame& src, Frame& dst, const float color[4]) noexcept {
@@ -83,15 +82,14 @@ bool FrameMultiplyColor(const Frame& src, Frame& dst, const float color[4]) noex
         levels[i] = toLevel(color[i]);
     }
     const ImgSize size = sizeOf(src, dst);
-    if (isFloat(src)) {
-        return (isMask(src) ? ImgScaleByColorFC1(floatsOf(src), src.Stride(), floatsOf(dst), dst.Stride(),
-                                                 limitToOne(color[0]), size)
-                            : ImgScaleByColorFC4(floatsOf(src), src.Stride(), floatsOf(dst), dst.Stride(), color,
-                                                 size)) == kImgOk;
+    const PlaneOperand from = planeOf(src);
+    const PlaneOperand to = planeOf(dst);
+    if (isMask(src)) {
+        return isFloat(src) ? runPrimitive(dst, size, &ImgScaleByColorFC1, from, to, limitToOne(color[0]))
+                            : runPrimitive(dst, size, &ImgScaleByColor8C1, from, to, levels[0]);
     }
-    return (isMask(src)
-                ? ImgScaleByColor8C1(bytesOf(src), src.Stride(), bytesOf(dst), dst.Stride(), levels[0], size)
-                : ImgScaleByColor8C4(bytesOf(src), src.Stride(), bytesOf(dst), dst.Stride(), levels, size)) == kImgOk;
+    return isFloat(src) ? runPrimitive(dst, size, &ImgScaleByColorFC4, from, to, color)
+                        : runPrimitive(dst, size, &ImgScaleByColor8C4, from, to, levels);
 }
 
 bool FrameInvert(const Frame& src, Frame& dst) noexcept {
@@ -99,8 +97,7 @@ bool FrameInvert(const Frame& src, Frame& dst) noexcept {
         return false;
     }
     const ImgSize size = inSamples(sizeOf(src, dst), src);
-    return (isFloat(src) ? ImgInvertFC1(floatsOf(src), src.Stride(), floatsOf(dst), dst.Stride(), size)
-                         : ImgInvert8C1(bytesOf(src), src.Stride(), bytesOf(dst), dst.Stride(), size)) == kImgOk;
+    return runEither(dst, size, &ImgInvert8C1, &ImgInvertFC1, planeOf(src), planeOf(dst));
 }
 
 bool FrameInvertChannel(Frame& frame, std::int32_t channel) noexcept {
@@ -110,9 +107,7 @@ bool FrameInvertChannel(Frame& frame, std::int32_t channel) noexcept {
     if (isMask(frame)) {
         return FrameInvert(frame, frame);
     }
-    const auto position = static_cast<std::uint32_t>(channel);
-    return (isFloat(frame) ? ImgInvertChannelFC4(floatsOf(frame, position), frame.Stride(), sizeOf(frame))
-                           : ImgInvertChannel8C4(bytesOf(frame, position), frame.Stride(), sizeOf(frame))) == kImgOk;
+    return runEither(frame, sizeOf(frame), &ImgInvertChannel8C4, &ImgInvertChannelFC4, planeOf(frame, channel));
 }
 
 bool FrameMinOf(const Frame& a, const Frame& b, Frame& dst) noexcept {
@@ -121,34 +116,27 @@ bool FrameMinOf(const Frame& a, const Frame& b, Frame& dst) noexcept {
     }
     const ImgSize both = sizeOf(a, b);
     const ImgSize size{std::min(both.width, dst.Width()), std::min(both.height, dst.Height())};
-    if (isFloat(a)) {
-        return ImgMinFC1(floatsOf(a), a.Stride(), floatsOf(b), b.Stride(), floatsOf(dst), dst.Stride(), size) == kImgOk;
-    }
-    return ImgMin8C1(bytesOf(a), a.Stride(), bytesOf(b), b.Stride(), bytesOf(dst), dst.Stride(), size) == kImgOk;
+    return runEither(dst, size, &ImgMin8C1, &ImgMinFC1, planeOf(a), planeOf(b), planeOf(dst));
 }
 
 bool FrameSquareSamples(Frame& frame) noexcept {
-    return isFloatColor(frame) &&
-           ImgSquareFC1(floatsOf(frame), frame.Stride(), inSamples(sizeOf(frame), frame)) == kImgOk;
+    return isFloatColor(frame) && runPrimitive(frame, inSamples(sizeOf(frame), frame), &ImgSquareFC1, planeOf(frame));
 }
 
 bool FrameSquareRootSamples(Frame& frame) noexcept {
     return isFloatColor(frame) &&
-           ImgSquareRootFC1(floatsOf(frame), frame.Stride(), inSamples(sizeOf(frame), frame)) == kImgOk;
+           runPrimitive(frame, inSamples(sizeOf(frame), frame), &ImgSquareRootFC1, planeOf(frame));
 }
 
 bool FrameLimitSamples(Frame& frame, const float limits[4]) noexcept {
     return isFloatColor(frame) && limits != nullptr &&
            std::none_of(limits, limits + 4, [](float limit) { return std::isnan(limit); }) &&
-           ImgLimitFC4(floatsOf(frame), frame.Stride(), limits, sizeOf(frame)) == kImgOk;
+           runPrimitive(frame, sizeOf(frame), &ImgLimitFC4, planeOf(frame), limits);
 }
 
 bool FrameSwapChannels(Frame& frame, const std::uint32_t order[4]) noexcept {
-    if (!isColor(frame)) {
-        return false;
-    }
-    return (isFloat(frame) ? ImgSwapChannelsFC4(floatsOf(frame), frame.Stride(), order, sizeOf(frame))
-                           : ImgSwapChannels8C4(bytesOf(frame), frame.Stride(), order, sizeOf(frame))) == kImgOk;
+    return isColor(frame) &&
+           runEither(frame, sizeOf(frame), &ImgSwapChannels8C4, &ImgSwapChannelsFC4, planeOf(frame), order);
 }
 
 }  // namespace lumiset

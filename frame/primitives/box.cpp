@@ -9,9 +9,10 @@
 #include <cstring>
 #include <limits>
 
-#include "frame/filters/scratch_block.h"
-#include "frame/filters/triangular_kernel.h"
+#include "frame/bands.h"
 #include "frame/primitives/check.h"
+#include "frame/primitives/whole_division.h"
+#include "frame/scratch_block.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frame/primitives/box.cpp"
@@ -264,12 +265,37 @@ void runBox(const FloatBox& job) {
     HWY_DYNAMIC_DISPATCH(boxFloats)(job);
 }
 
+/// Column sums start anew in every band. Those of bytes are exact, so that the cut does not show; those of floats are
+/// cut whether there are threads or not.
+template <class T>
+Bands boxBands(const MemoryAllocator& memory, ImgSize size, ImgSize mask) {
+    constexpr std::int32_t kMasks = sizeof(T) == 1 ? 2 : 8;  // rows of a band, so that the start does not weigh
+    const auto leastRows =
+        static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{kMasks} * mask.height, size.height));
+    return sizeof(T) == 1 ? bandsForThreads(&memory, size, leastRows, kBoxRows<T>)
+                          : bandsOf(size, leastRows, kBoxRows<T>);
+}
+
+/// Numbers and samples of scratch.
+struct BoxScratch {
+    std::int64_t stride;  ///< of a row of column sums
+    std::int64_t sums;    ///< of a band
+    std::int64_t copied;  ///< samples
+};
+template <class T>
+BoxScratch boxScratch(ImgSize size, ImgSize mask, bool inPlace) {
+    constexpr std::int64_t kVectorRoom = 16;
+    const std::int64_t columns = std::int64_t{size.width} + mask.width - 1;
+    const std::int64_t lines = std::int64_t{size.height} + mask.height - 1;
+    const std::int64_t stride = (columns + 2 * kVectorRoom - 1) / kVectorRoom * kVectorRoom;
+    return {stride, (1 + kGroupRows) * stride + kBoxRows<T> * (stride + kVectorRoom), inPlace ? columns * lines : 0};
+}
+
 template <class T, class Sum>
 ImgStatus box(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, ImgSize size, ImgSize mask,
-              std::int32_t anchorX, std::int32_t anchorY, bool inPlace) {
+              std::int32_t anchorX, std::int32_t anchorY, bool inPlace, MemoryAllocator* allocator) {
     constexpr std::int32_t kPixelBytes = static_cast<std::int32_t>(sizeof(T));
     constexpr std::int64_t kLargestArea = 1 << 23;
-    constexpr std::int64_t kVectorRoom = 16;
     const ImgStatus status = checkPlanes(size, {{src, srcStep, kPixelBytes}, {dst, dstStep, kPixelBytes}});
     if (status != kImgOk) {
         return status;
@@ -278,31 +304,43 @@ ImgStatus box(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, 
         anchorY >= mask.height || (kPixelBytes == 1 && std::int64_t{mask.width} * mask.height >= kLargestArea)) {
         return kImgBadMaskSize;
     }
-    const Plane<const T> from{src - static_cast<std::ptrdiff_t>(srcStep) * anchorY / kPixelBytes - anchorX, srcStep};
-    const std::int64_t columns = std::int64_t{size.width} + mask.width - 1;
-    const std::int64_t lines = std::int64_t{size.height} + mask.height - 1;
-    const std::int64_t stride = (columns + 2 * kVectorRoom - 1) / kVectorRoom * kVectorRoom;
+    Plane<const T> from{src - static_cast<std::ptrdiff_t>(srcStep) * anchorY / kPixelBytes - anchorX, srcStep};
+    const std::int32_t columns = size.width + mask.width - 1;
     MemoryAllocator heap;
-    ScratchBlock block(heap);
-    block.add<Sum>((1 + kGroupRows) * stride);
-    block.add<Sum>(kBoxRows<T> * (stride + kVectorRoom));
-    block.add<T>(inPlace ? columns * lines : 0);
+    MemoryAllocator& memory = allocator != nullptr ? *allocator : heap;
+    const BoxScratch scratch = boxScratch<T>(size, mask, inPlace);
+    const Bands bands = boxBands<T>(memory, size, mask);
+    ScratchBlock block(memory);
+    block.add<Sum>(bands.count() * scratch.sums);
+    block.add<T>(scratch.copied);
     if (!block.allocate()) {
         return kImgNoMemory;
     }
-    BoxJob<T, Sum> job{
-        from, {dst, dstStep}, size, mask, nullptr, nullptr, nullptr, stride, static_cast<std::int32_t>(columns)};
-    job.columns = block.take<Sum>((1 + kGroupRows) * stride);
-    job.rows = job.columns + stride;
-    job.interleaved = block.take<Sum>(kBoxRows<T> * (stride + kVectorRoom));
+    auto* sums = block.take<Sum>(bands.count() * scratch.sums);
     if (inPlace) {
-        T* copy = block.take<T>(columns * lines);
-        for (std::int32_t y = 0; y < lines; ++y) {
-            std::memcpy(copy + columns * y, from.row(y), static_cast<std::size_t>(columns) * sizeof(T));
-        }
-        job.src = {copy, static_cast<std::int32_t>(columns * kPixelBytes)};
+        T* copy = block.take<T>(scratch.copied);
+        inBands(&memory, {columns, size.height + mask.height - 1}, [&](std::int32_t first, std::int32_t rows) {
+            for (std::int32_t y = first; y < first + rows; ++y) {
+                std::memcpy(copy + std::ptrdiff_t{columns} * y, from.row(y),
+                            static_cast<std::size_t>(columns) * sizeof(T));
+            }
+            return true;
+        });
+        from = {copy, columns * kPixelBytes};
     }
-    runBox(job);
+    runTasks(&memory, bands.count(), [&](std::int32_t band) {
+        const std::int32_t first = bands.first(band);
+        Sum* own = sums + band * scratch.sums;
+        runBox({{from.row(first), from.step},
+                {Plane<T>{dst, dstStep}.row(first), dstStep},
+                {size.width, bands.rowsOf(band)},
+                mask,
+                own,
+                own + scratch.stride,
+                own + (1 + kGroupRows) * scratch.stride,
+                scratch.stride,
+                columns});
+    });
     return kImgOk;
 }
 
@@ -310,19 +348,30 @@ ImgStatus box(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, 
 
 ImgStatus ImgBox8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                     ImgSize size, ImgSize mask, std::int32_t anchorX, std::int32_t anchorY) noexcept {
-    return box<std::uint8_t, std::uint32_t>(src, srcStep, dst, dstStep, size, mask, anchorX, anchorY, false);
+    return box<std::uint8_t, std::uint32_t>(src, srcStep, dst, dstStep, size, mask, anchorX, anchorY, false, nullptr);
 }
 ImgStatus ImgBoxFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
                     ImgSize mask, std::int32_t anchorX, std::int32_t anchorY) noexcept {
-    return box<float, double>(src, srcStep, dst, dstStep, size, mask, anchorX, anchorY, false);
+    return box<float, double>(src, srcStep, dst, dstStep, size, mask, anchorX, anchorY, false, nullptr);
 }
 ImgStatus ImgBoxInPlace8C1(std::uint8_t* plane, std::int32_t step, ImgSize size, ImgSize mask, std::int32_t anchorX,
-                           std::int32_t anchorY) noexcept {
-    return box<std::uint8_t, std::uint32_t>(plane, step, plane, step, size, mask, anchorX, anchorY, true);
+                           std::int32_t anchorY, MemoryAllocator* allocator) noexcept {
+    return box<std::uint8_t, std::uint32_t>(plane, step, plane, step, size, mask, anchorX, anchorY, true, allocator);
 }
 ImgStatus ImgBoxInPlaceFC1(float* plane, std::int32_t step, ImgSize size, ImgSize mask, std::int32_t anchorX,
-                           std::int32_t anchorY) noexcept {
-    return box<float, double>(plane, step, plane, step, size, mask, anchorX, anchorY, true);
+                           std::int32_t anchorY, MemoryAllocator* allocator) noexcept {
+    return box<float, double>(plane, step, plane, step, size, mask, anchorX, anchorY, true, allocator);
+}
+
+std::int64_t boxInPlaceScratch(ImgSize size, ImgSize mask, bool isFloat, const MemoryAllocator& allocator) {
+    const auto bytes = [&](std::int64_t sumBytes, std::int64_t sampleBytes, const BoxScratch& scratch,
+                           const Bands& bands) {
+        return bands.count() * scratch.sums * sumBytes + scratch.copied * sampleBytes;
+    };
+    return isFloat ? bytes(sizeof(double), sizeof(float), boxScratch<float>(size, mask, true),
+                           boxBands<float>(allocator, size, mask))
+                   : bytes(sizeof(std::uint32_t), 1, boxScratch<std::uint8_t>(size, mask, true),
+                           boxBands<std::uint8_t>(allocator, size, mask));
 }
 
 }  // namespace lumiset

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 
+#include "frame/memory_allocator.h"
 #include "frame/primitives/status.h"
 
 namespace lumiset {
@@ -20,10 +21,13 @@ ImgStatus ImgBox8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t*
 ImgStatus ImgBoxFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
                     ImgSize mask, std::int32_t anchorX, std::int32_t anchorY) noexcept;
 
-/// The region of a plane from itself; the pixels around it stay as they are.
+/// The region of a plane from itself; the pixels around it stay as they are. Memory and threads are those of
+/// `allocator`; null: the module's heap, and the calling thread.
 ImgStatus ImgBoxInPlace8C1(std::uint8_t* plane, std::int32_t step, ImgSize size, ImgSize mask, std::int32_t anchorX,
-                           std::int32_t anchorY) noexcept;
+                           std::int32_t anchorY, MemoryAllocator* allocator = nullptr) noexcept;
 ImgStatus ImgBoxInPlaceFC1(float* plane, std::int32_t step, ImgSize size, ImgSize mask, std::int32_t anchorX,
-                           std::int32_t anchorY) noexcept;
+                           std::int32_t anchorY, MemoryAllocator* allocator = nullptr) noexcept;
+/// Bytes that these take from the allocator, in one block.
+std::int64_t boxInPlaceScratch(ImgSize size, ImgSize mask, bool isFloat, const MemoryAllocator& allocator);
 
 }  // namespace lumiset

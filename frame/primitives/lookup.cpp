@@ -51,11 +51,6 @@ private:
 
 }  // namespace
 
-void lookup8C1(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const std::uint8_t* table, ImgSize size) {
-    const Table entries(table);
-    mapPlane<Touch::kOneChannel>(
-        size, dst, [&](Vec8 v) HWY_ATTR { return entries(v); }, src);
-}
 void lookup8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const std::uint8_t* const* tables,
                ImgSize size) {
     const Table first(tables[0]);
@@ -70,15 +65,6 @@ void lookup8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const std
 
 }  // namespace
 
-void lookup8C1(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const std::uint8_t* table, ImgSize size) {
-    for (std::int32_t y = 0; y < size.height; ++y) {
-        const std::uint8_t* in = src.row(y);
-        std::uint8_t* out = dst.row(y);
-        for (std::int32_t x = 0; x < size.width; ++x) {
-            out[x] = table[in[x]];
-        }
-    }
-}
 void lookup8A4(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, const std::uint8_t* const* tables,
                ImgSize size) {
     const std::uint8_t* const first = tables[0];
@@ -102,12 +88,6 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace lumiset {
-
-HWY_EXPORT(lookup8C1);
-ImgStatus ImgLookup8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                       const std::uint8_t* table, ImgSize size) noexcept {
-    return runLoop(HWY_DYNAMIC_DISPATCH(lookup8C1), size, pixels<1>(src, srcStep), pixels<1>(dst, dstStep), table);
-}
 
 HWY_EXPORT(lookup8A4);
 ImgStatus ImgLookup8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,

@@ -9,9 +9,6 @@
 
 namespace lumiset {
 
-/// Entry `table[sample]` of `table[256]`.
-ImgStatus ImgLookup8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                       const std::uint8_t* table, ImgSize size) noexcept;
 /// The first three samples of each pixel, each through its own `tables[i][256]`; the fourth of `dst` stays.
 ImgStatus ImgLookup8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
                        const std::uint8_t* const* tables, ImgSize size) noexcept;

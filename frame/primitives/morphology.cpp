@@ -4,7 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "frame/filters/block_morphology.h"
+#include "frame/primitives/block_morphology.h"
 #include "frame/primitives/check.h"
 
 namespace lumiset {

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 
+#include "frame/bands.h"
 #include "frame/primitives/check.h"
 #include "frame/primitives/memory.h"
 #include "frame/primitives/resample_taps.h"
@@ -25,6 +26,7 @@ struct ResizeJob {
     ImgResizeMap map;
     std::uint8_t* scratch;
     ImgSize dstSize;
+    const MemoryAllocator* threads;  ///< may be null
 };
 
 /// Room after each row of scratch, so that whole vectors can be read and written past its end.
@@ -34,13 +36,15 @@ constexpr std::size_t kRowSlack = 64;
 struct ResizeScratch {
     std::size_t starts;     ///< first tap of each column, int32
     std::size_t weights;    ///< of each column's taps, float
-    std::size_t sourceRow;  ///< one row of floats with `kTapMargin` pixels on both sides
-    std::size_t rows;       ///< as many rows of floats as there are taps, `rowBytes` apart
+    std::size_t sourceRow;  ///< one row of floats with `kTapMargin` pixels on both sides; for each band
+    std::size_t rows;       ///< as many rows of floats as there are taps, `rowBytes` apart; for each band
     std::size_t rowBytes;
+    std::size_t bandBytes;  ///< from one band's rows to the next one's
     std::size_t total;
 };
 
-ResizeScratch resizeScratch(ImgSize srcSize, ImgSize dstSize, std::int32_t channels, std::int32_t interpolation) {
+ResizeScratch resizeScratch(ImgSize srcSize, ImgSize dstSize, std::int32_t channels, std::int32_t interpolation,
+                            const MemoryAllocator* threads) {
     const auto taps = static_cast<std::size_t>(resampleTapCount(interpolation));
     const auto columns = static_cast<std::size_t>(dstSize.width);
     const auto perPixel = static_cast<std::size_t>(channels) * sizeof(float);
@@ -52,7 +56,9 @@ ResizeScratch resizeScratch(ImgSize srcSize, ImgSize dstSize, std::int32_t chann
         parts.sourceRow = parts.weights + taps * padded(columns * sizeof(float));
         parts.rows = parts.sourceRow + padded((static_cast<std::size_t>(srcSize.width) + 2 * kTapMargin) * perPixel);
         parts.rowBytes = padded(columns * perPixel);
-        parts.total = parts.rows + taps * parts.rowBytes;
+        parts.bandBytes = parts.rows + taps * parts.rowBytes - parts.sourceRow;
+        const auto bands = static_cast<std::size_t>(bandsForThreads(threads, dstSize).count());
+        parts.total = parts.sourceRow + bands * parts.bandBytes;
     }
     return parts;
 }
@@ -103,23 +109,26 @@ void resizeNearest(const ResizeJob<T>& job) {
     for (std::int32_t x = 0; x < job.dstSize.width; ++x) {
         columns[x] = resampleTaps((x - job.map.xShift) / job.map.xFactor, job.srcSize.width, kImgNearest).start;
     }
-    std::int32_t rowAbove = -1;
-    for (std::int32_t y = 0; y < job.dstSize.height; ++y) {
-        const std::int32_t row =
-            resampleTaps((y - job.map.yShift) / job.map.yFactor, job.srcSize.height, kImgNearest).start;
-        auto* out = reinterpret_cast<std::uint8_t*>(job.dst.row(y));
-        if (row == rowAbove) {
-            std::memcpy(out, job.dst.row(y - 1), width * sizeof(Pixel));
-            continue;
+    inBands(job.threads, job.dstSize, [&](std::int32_t first, std::int32_t rows) {
+        std::int32_t rowAbove = -1;
+        for (std::int32_t y = first; y < first + rows; ++y) {
+            const std::int32_t row =
+                resampleTaps((y - job.map.yShift) / job.map.yFactor, job.srcSize.height, kImgNearest).start;
+            auto* out = reinterpret_cast<std::uint8_t*>(job.dst.row(y));
+            if (row == rowAbove) {
+                std::memcpy(out, job.dst.row(y - 1), width * sizeof(Pixel));
+                continue;
+            }
+            rowAbove = row;
+            const auto* in = reinterpret_cast<const std::uint8_t*>(job.src.row(row));
+            for (std::size_t x = 0; x < width; ++x) {
+                Pixel pixel;
+                std::memcpy(&pixel, in + static_cast<std::size_t>(columns[x]) * sizeof(Pixel), sizeof pixel);
+                std::memcpy(out + x * sizeof(Pixel), &pixel, sizeof pixel);
+            }
         }
-        rowAbove = row;
-        const auto* in = reinterpret_cast<const std::uint8_t*>(job.src.row(row));
-        for (std::size_t x = 0; x < width; ++x) {
-            Pixel pixel;
-            std::memcpy(&pixel, in + static_cast<std::size_t>(columns[x]) * sizeof(Pixel), sizeof pixel);
-            std::memcpy(out + x * sizeof(Pixel), &pixel, sizeof pixel);
-        }
-    }
+        return true;
+    });
 }
 
 /// The source row as floats, its edge pixels repeated `kTapMargin` times on both sides. Returns its first pixel.
@@ -195,12 +204,43 @@ void sumRows(const float* const* rows, const float* weights, T* HWY_RESTRICT out
     }
 }
 
+/// Rows from `firstRow` on; each band keeps its own filtered source rows.
+template <class T, std::size_t kChannels, std::size_t kTaps>
+void resizeBand(const ResizeJob<T>& job, const ResizeScratch& parts, std::uint8_t* bandScratch, std::int32_t firstRow,
+                std::int32_t rowCount) {
+    const auto* starts = reinterpret_cast<const std::int32_t*>(job.scratch + parts.starts);
+    const auto* weights = reinterpret_cast<const float*>(job.scratch + parts.weights);
+    const std::size_t tapStride = (parts.sourceRow - parts.weights) / sizeof(float) / kTaps;
+    const auto width = static_cast<std::size_t>(job.dstSize.width);
+    auto* sourceRow = reinterpret_cast<float*>(bandScratch);
+    std::uint8_t* keptRows = bandScratch + (parts.rows - parts.sourceRow);
+    std::int32_t held[kTaps];  // source row in each of the kept rows
+    std::fill_n(held, kTaps, -1);
+    for (std::int32_t y = firstRow; y < firstRow + rowCount; ++y) {
+        const ResampleTaps taps =
+            resampleTaps((y - job.map.yShift) / job.map.yFactor, job.srcSize.height, job.map.interpolation);
+        const float* rows[kTaps];
+        for (std::size_t k = 0; k < kTaps; ++k) {
+            const std::int32_t row = std::clamp(taps.start + static_cast<std::int32_t>(k), 0, job.srcSize.height - 1);
+            const std::size_t slot = static_cast<std::size_t>(row) % kTaps;
+            auto* kept = reinterpret_cast<float*>(keptRows + slot * parts.rowBytes);
+            if (held[slot] != row) {
+                held[slot] = row;
+                const float* first =
+                    spreadRow<T, kChannels>(job.src.row(row), static_cast<std::size_t>(job.srcSize.width), sourceRow);
+                filterRow<kChannels, kTaps>(first, starts, weights, tapStride, kept, width);
+            }
+            rows[k] = kept;
+        }
+        sumRows<T, kTaps>(rows, taps.weights, job.dst.row(y), width * kChannels);
+    }
+}
+
 template <class T, std::size_t kChannels, std::size_t kTaps>
 void resizeFiltered(const ResizeJob<T>& job) {
-    const ResizeScratch parts = resizeScratch(job.srcSize, job.dstSize, kChannels, job.map.interpolation);
+    const ResizeScratch parts = resizeScratch(job.srcSize, job.dstSize, kChannels, job.map.interpolation, job.threads);
     auto* starts = reinterpret_cast<std::int32_t*>(job.scratch + parts.starts);
     auto* weights = reinterpret_cast<float*>(job.scratch + parts.weights);
-    auto* sourceRow = reinterpret_cast<float*>(job.scratch + parts.sourceRow);
     const auto width = static_cast<std::size_t>(job.dstSize.width);
     const std::size_t tapStride = (parts.sourceRow - parts.weights) / sizeof(float) / kTaps;
     std::memset(job.scratch, 0, parts.sourceRow);  // vectors at the end of a row read past the last column
@@ -212,26 +252,11 @@ void resizeFiltered(const ResizeJob<T>& job) {
             weights[kChannels == 4 ? x * kTaps + k : k * tapStride + x] = taps.weights[k];
         }
     }
-    std::int32_t held[kTaps];  // source row in each of the kept rows
-    std::fill_n(held, kTaps, -1);
-    for (std::int32_t y = 0; y < job.dstSize.height; ++y) {
-        const ResampleTaps taps =
-            resampleTaps((y - job.map.yShift) / job.map.yFactor, job.srcSize.height, job.map.interpolation);
-        const float* rows[kTaps];
-        for (std::size_t k = 0; k < kTaps; ++k) {
-            const std::int32_t row = std::clamp(taps.start + static_cast<std::int32_t>(k), 0, job.srcSize.height - 1);
-            const std::size_t slot = static_cast<std::size_t>(row) % kTaps;
-            auto* kept = reinterpret_cast<float*>(job.scratch + parts.rows + slot * parts.rowBytes);
-            if (held[slot] != row) {
-                held[slot] = row;
-                const float* first =
-                    spreadRow<T, kChannels>(job.src.row(row), static_cast<std::size_t>(job.srcSize.width), sourceRow);
-                filterRow<kChannels, kTaps>(first, starts, weights, tapStride, kept, width);
-            }
-            rows[k] = kept;
-        }
-        sumRows<T, kTaps>(rows, taps.weights, job.dst.row(y), width * kChannels);
-    }
+    const Bands bands = bandsForThreads(job.threads, job.dstSize);
+    runTasks(job.threads, bands.count(), [&](std::int32_t band) {
+        std::uint8_t* bandScratch = job.scratch + parts.sourceRow + static_cast<std::size_t>(band) * parts.bandBytes;
+        resizeBand<T, kChannels, kTaps>(job, parts, bandScratch, bands.first(band), bands.rowsOf(band));
+    });
 }
 
 template <class T, std::size_t kChannels>
@@ -304,7 +329,7 @@ ImgStatus resize(Loop& loop, const ResizeJob<T>& job) {
 }  // namespace
 
 ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t interpolation, std::size_t* bytes,
-                          ImgSize dstSize) noexcept {
+                          ImgSize dstSize, const MemoryAllocator* threads) noexcept {
     if (bytes == nullptr) {
         return kImgNullPointer;
     }
@@ -319,36 +344,40 @@ ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t i
     if (pixels > static_cast<std::int64_t>(std::numeric_limits<std::ptrdiff_t>::max() / 256)) {
         return kImgNoMemory;
     }
-    *bytes = resizeScratch(srcSize, dstSize, channels, interpolation).total;
+    *bytes = resizeScratch(srcSize, dstSize, channels, interpolation, threads).total;
     return kImgOk;
 }
 
 ImgStatus ImgResize8C1(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads) noexcept {
     return resize<1, std::uint8_t>(
         HWY_DYNAMIC_DISPATCH(resize8C1),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
 }
 
 ImgStatus ImgResize8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads) noexcept {
     return resize<4, std::uint8_t>(
         HWY_DYNAMIC_DISPATCH(resize8C4),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
 }
 
 ImgStatus ImgResizeFC1(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads) noexcept {
     return resize<1, float>(
         HWY_DYNAMIC_DISPATCH(resizeFC1),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
 }
 
 ImgStatus ImgResizeFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept {
+                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads) noexcept {
     return resize<4, float>(
         HWY_DYNAMIC_DISPATCH(resizeFC4),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize});
+        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
 }
 
 namespace {
@@ -356,19 +385,20 @@ namespace {
 template <class T, class Resize>
 ImgStatus resizeSimple(const T* src, std::int32_t srcStep, ImgSize srcSize, T* dst, std::int32_t dstStep,
                        const ImgResizeMap& map, ImgSize dstSize, const Resize& resize) {
-    const ResizeJob<T> job{{src, srcStep}, srcSize, {dst, dstStep}, map, nullptr, dstSize};
+    const ResizeJob<T> job{{src, srcStep}, srcSize, {dst, dstStep}, map, nullptr, dstSize, nullptr};
     if (const ImgStatus status = checkResize(job, 4); status != kImgOk) {
         return status;
     }
     std::size_t bytes = 0;
-    if (const ImgStatus status = ImgResizeBuffer(srcSize, 4, map.interpolation, &bytes, dstSize); status != kImgOk) {
+    if (const ImgStatus status = ImgResizeBuffer(srcSize, 4, map.interpolation, &bytes, dstSize, nullptr);
+        status != kImgOk) {
         return status;
     }
     void* scratch = ImgAlloc(bytes);
     if (scratch == nullptr) {
         return kImgNoMemory;
     }
-    const ImgStatus status = resize(src, srcStep, srcSize, dst, dstStep, map, scratch, dstSize);
+    const ImgStatus status = resize(src, srcStep, srcSize, dst, dstStep, map, scratch, dstSize, nullptr);
     ImgFree(scratch);
     return status;
 }

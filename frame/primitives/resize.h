@@ -9,6 +9,8 @@
 
 namespace lumiset {
 
+class MemoryAllocator;
+
 /// Interpolation codes; others answer `kImgBadRange`.
 inline constexpr std::int32_t kImgNearest = 1;   ///< the pixel at floor(s + 0.5)
 inline constexpr std::int32_t kImgLinear = 2;    ///< two pixels in each direction
@@ -25,22 +27,28 @@ struct ImgResizeMap {
     std::int32_t interpolation;
 };
 
+// The resizes run in bands on the threads of `threads`, which may be null.
+
 /// Stores the bytes of scratch that the resize of these sizes needs. `channels` is 1 or 4 (`kImgBadRange`
 /// otherwise); `kImgNoMemory` where the number cannot be expressed.
 ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t interpolation, std::size_t* bytes,
-                          ImgSize dstSize) noexcept;
+                          ImgSize dstSize, const MemoryAllocator* threads = nullptr) noexcept;
 
 /// Interpolates the source picture at a point for each destination pixel, in shrinking as in enlarging. Coordinates
 /// beyond the source take its edge pixel; nothing outside it is read. 8-bit results are computed in single
 /// precision and rounded once. `scratch` has the bytes that `ImgResizeBuffer` tells, aligned as `ImgAlloc` does.
 ImgStatus ImgResize8C1(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept;
+                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads = nullptr) noexcept;
 ImgStatus ImgResize8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept;
+                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads = nullptr) noexcept;
 ImgStatus ImgResizeFC1(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept;
+                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads = nullptr) noexcept;
 ImgStatus ImgResizeFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize) noexcept;
+                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                       const MemoryAllocator* threads = nullptr) noexcept;
 
 /// The same without shifts and with scratch of its own; `kImgNoMemory` when there is none.
 ImgStatus ImgResizeSimple8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,

@@ -164,6 +164,29 @@ HWY_INLINE void foldPlane(ImgSize size, Plane<std::uint8_t> dst, Plane<const std
     }
 }
 
+/// Calls `step(x, out, in...)` along a row, for `lanes` pixels from pixel `x` on, which have `kOut` samples in `out`
+/// and `kIn`... in the others. The last pixels go through copies, so that nothing past them is read or written. `lanes`
+/// is that of a vector of the row's samples or of wider numbers.
+template <std::size_t kOut, std::size_t... kIn, class T, class Step, class... S>
+HWY_INLINE void alongPixels(std::size_t lanes, std::int32_t width, const Step& step, T* out, const S*... in) {
+    const auto pixels = static_cast<std::size_t>(width);
+    std::size_t x = 0;
+    for (; x + lanes <= pixels; x += lanes) {
+        step(x, out + kOut * x, in + kIn * x...);
+    }
+    if (x < pixels) {
+        const std::size_t rest = pixels - x;
+        struct Last {
+            explicit Last(const void* from, std::size_t bytes) { std::memcpy(data, from, bytes); }
+            HWY_ALIGN std::uint8_t data[4 * HWY_MAX_BYTES] = {};
+        };
+        Last last(out + kOut * x, kOut * rest * sizeof(T));
+        step(x, reinterpret_cast<T*>(last.data),
+             reinterpret_cast<const S*>(Last(in + kIn * x, kIn * rest * sizeof(S)).data)...);
+        std::memcpy(out + kOut * x, last.data, kOut * rest * sizeof(T));
+    }
+}
+
 /// The first three samples of each pixel through `op`, which gets and gives them taken apart into three vectors (a
 /// `Triple`). The fourth sample of dst stays.
 template <class V>

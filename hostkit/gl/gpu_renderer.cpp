@@ -2,14 +2,13 @@
 
 #include <chrono>
 
-#include "host/pixel_format.h"
+#include "host/frame_record.h"
 
 namespace lumiset::hostkit {
 namespace {
 
 bool isFrame(const VideoFrameDesc& frame) {
-    return frame.data != nullptr && frame.width > 0 && frame.height > 0 && isHostFormat(frame.format) &&
-           frame.bytesPerPixel == formatBytesPerPixel(frame.format);
+    return isSound(&frame) && isHostFormat(frame.format);
 }
 
 /// A texture for the length of a frame.

@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -330,28 +329,6 @@ TEST_P(BackgroundGeneratorTest, SaturationWeighsColourAgainstLuma) {
         EXPECT_NEAR(color[kGreen], expected.green, apart) << expected.saturation;
         EXPECT_NEAR(color[kBlue], expected.blue, apart) << expected.saturation;
     }
-}
-
-TEST_P(BackgroundGeneratorTest, LeavesTheDestinationAloneWithoutMemory) {
-    Picture source = testCard(60, 44);
-    const VideoFrameDesc from = source.desc();
-    const Picture untouched(60, 44, storage());
-    ValueHost moving;  // with every frame that the effect makes
-    for (const Param param : {kCrossFade, kSpeed, kMagnify}) {
-        moving.values[param].slider = 0.3F;
-    }
-    int failAt = 0;
-    for (bool failed = true; failed; ++failAt) {
-        FailingHost host(failAt, moving);
-        Picture result = untouched;
-        const VideoFrameDesc to = result.desc();
-        const bool rendered = m_background.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr);
-        failed = host.calls() > failAt;
-        EXPECT_EQ(rendered, !failed) << failAt;
-        EXPECT_EQ(result.bytes() == untouched.bytes(), failed) << failAt;
-        EXPECT_EQ(host.outstanding(), 0U);
-    }
-    EXPECT_GE(failAt, 5) << "window, pattern, its rows, its weights, softened window";
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, BackgroundGeneratorTest,

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -178,31 +177,6 @@ TEST_P(SelectiveColorTest, RepeatsTheMaskInABorderOfThreePixelsOfAllButTheSmalle
         // The third pixel from the edge is the last one that keeps its own mask, which here means drained.
         EXPECT_NEAR(result.get(0, size / 2, kRed), size == 6 ? 255.0 : 76.2, 0.5) << size;
     }
-}
-
-TEST_P(SelectiveColorTest, StaysHardWithoutMemoryToSoftenAndLeavesTheDestinationWithoutMemoryToKey) {
-    Picture source(40, 100, {.format = GetParam()});
-    drawTestCard(source);
-    const VideoFrameDesc from = source.desc();
-    Picture untouched(40, 100, {.format = GetParam()});
-    int refused = 0;
-    int failAt = 0;
-    for (bool more = true; more; ++failAt) {
-        FailingHost host(failAt);
-        Picture result(40, 100, {.format = GetParam()});
-        const VideoFrameDesc to = result.desc();
-        if (!m_effect.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr)) {
-            EXPECT_EQ(result.bytes(), untouched.bytes());
-            ++refused;
-        } else {
-            EXPECT_NEAR(result.get(30, 10, kAlpha), source.get(30, 10, kAlpha), 1e-4);
-        }
-        EXPECT_EQ(host.outstanding(), 0U);
-        EXPECT_EQ(host.references(), 1);
-        more = host.calls() > failAt;
-    }
-    EXPECT_EQ(refused, 3) << "two masks and the luma";
-    EXPECT_EQ(failAt, 6) << "and scratch memory to soften each mask";
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, SelectiveColorTest,

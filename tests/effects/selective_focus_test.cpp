@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -156,31 +155,6 @@ TEST_P(SelectiveFocusTest, KeepsAlphaAndShowsTheSourceWithoutBlur) {
     // A blur below one pixel.
     EXPECT_EQ(render(hostWith(0.5F, 0.5F, false, false, 0.16F), source).bytes(), source.bytes());
     EXPECT_NE(render(hostWith(0.5F, 0.5F, false, false, 0.7F), source).bytes(), source.bytes());
-}
-
-TEST_P(SelectiveFocusTest, LeavesOutWhatThereIsNoMemoryFor) {
-    Picture source(140, 100, {.format = GetParam()});
-    drawTestCard(source);
-    const VideoFrameDesc from = source.desc();
-    const Picture untouched(140, 100, {.format = GetParam()});
-    int refused = 0;
-    int failAt = 0;
-    for (bool more = true; more; ++failAt) {
-        FailingHost host(failAt);
-        Picture result = untouched;
-        const VideoFrameDesc to = result.desc();
-        if (m_effect.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr)) {
-            EXPECT_NEAR(result.get(70, 50, kGreen), source.get(70, 50, kGreen), 0.1) << "sharp inside";
-            EXPECT_NEAR(result.get(3, 50, kBlue), source.get(3, 50, kBlue), 60.0) << "no scratch shows";
-        } else {
-            EXPECT_EQ(result.bytes(), untouched.bytes());
-            ++refused;
-        }
-        EXPECT_EQ(host.outstanding(), 0U);
-        more = host.calls() > failAt;
-    }
-    EXPECT_EQ(refused, 2) << "outline and mask";
-    EXPECT_GE(failAt, 5);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, SelectiveFocusTest,

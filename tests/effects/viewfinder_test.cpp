@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "tests/support/effect_tester.h"
-#include "tests/support/host.h"
 
 namespace lumiset::testing {
 namespace {
@@ -316,29 +315,6 @@ TEST(Viewfinder, RendersFramesOfTwoSizesFromManyThreads) {
         }
     }
     EXPECT_EQ(wrong, std::vector<int>(4, 0));
-}
-
-TEST(Viewfinder, LeavesAStepOutThatHasNoMemory) {
-    ValueHost demanding;  // of every step that needs memory
-    demanding.values[kBlackAndWhite].words[0] = 1;
-    demanding.values[kResolution].slider = 0.0F;
-    const EffectTester tester(kViewfinder);
-    int failAt = 0;
-    for (bool more = true; more; ++failAt) {
-        FailingHost host(failAt, demanding);
-        Picture source = grey(120, 90);
-        Picture result(120, 90);
-        const VideoFrameDesc from = source.desc();
-        const VideoFrameDesc to = result.desc();
-        const FrameRenderInfo info = frameInfo();
-        EXPECT_TRUE(tester.effect().ProcessFrame(&host, &from, nullptr, &to, &info));
-        EXPECT_EQ(host.outstanding(), 0U);
-        EXPECT_NEAR(result.get(60, 70, kGreen), 100.0, 1.0) << "the picture stays";
-        EXPECT_EQ(seen(result, 12, 45), 'w') << "so does the safe area";
-        more = host.calls() > failAt;
-        ASSERT_LT(failAt, 20);
-    }
-    EXPECT_GE(failAt, 4);
 }
 
 }  // namespace

@@ -268,13 +268,6 @@ TEST(PrimitivesLookup, ReadsTables) {
         }
     }
     const std::array<const U8*, 3> pointers{tables[0].data(), tables[1].data(), tables[2].data()};
-    EXPECT_EQ((findPixelFault<U8, U8>(
-                  {kOneChannel, kOneChannel},
-                  [&](ImgSize size, Plane<U8> src, Plane<U8> dst) {
-                      return ImgLookup8C1(src.data, src.step, dst.data, dst.step, tables[0].data(), size);
-                  },
-                  [&](U8* src, U8* dst) { *dst = tables[0][*src]; })),
-              "");
     for (const PlaneSpec& spec : {kColours, kColoursAfterAlpha}) {
         EXPECT_EQ((findPixelFault<U8, U8>(
                       {spec, spec},
@@ -302,7 +295,6 @@ TEST(PrimitivesArithmetic, NullArraysAreRefused) {
         ImgAddInPlaceFA4(reals.data(), 16, nullptr, {1, 1}),
         ImgMulInPlaceFA4(reals.data(), 16, nullptr, {1, 1}),
         ImgLimitFC4(reals.data(), 16, nullptr, {1, 1}),
-        ImgLookup8C1(bytes.data(), 4, bytes.data(), 4, nullptr, {1, 1}),
         ImgLookup8A4(bytes.data(), 4, bytes.data(), 4, nullptr, {1, 1}),
         ImgLookup8A4(bytes.data(), 4, bytes.data(), 4, noTable.data(), {1, 1}),
         ImgSet8C4(bytes.data(), 4, nullptr, {1, 1}),

@@ -40,9 +40,10 @@ void repeatPlainly(GuardedFrame& frame, std::int32_t passes) {
 }
 
 [[nodiscard]] bool repeat(const Frame& frame, std::int32_t passes, MemoryAllocator& allocator) {
-    return repeatedGauss(
-        {frame.Data(), frame.Stride(), frame.Width(), frame.Height(), passes, isFloatFormat(frame.Format())},
-        allocator);
+    RepeatedGaussJob jobs[] = {
+        {frame.Data(), frame.Stride(), frame.Width(), frame.Height(), passes, isFloatFormat(frame.Format())}};
+    repeatedGauss(jobs, allocator);
+    return jobs[0].filtered;
 }
 
 template <class T>

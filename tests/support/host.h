@@ -47,14 +47,15 @@ public:
     const char* name = "Tests";
 };
 
-/// A host whose allocator fails at one call and counts what it has handed out. New blocks hold the byte 0xA5, so
-/// that a result which depends on unwritten scratch memory shows.
+/// A host whose allocator fails at one call and counts what it has handed out. New blocks are filled, so that
+/// a result which depends on unwritten scratch memory shows.
 class FailingHost final : public ValueHost, public IHostAllocator {
 public:
     static constexpr int kNever = -1;
 
-    /// `failAt` counts allocations from 0.
-    explicit FailingHost(int failAt = kNever, const ValueHost& host = {}) : ValueHost(host), m_failAt(failAt) {}
+    /// `failAt` counts allocations from 0; with `sticky` all that follow fail too. New blocks hold the byte `filling`.
+    explicit FailingHost(int failAt = kNever, const ValueHost& host = {}, bool sticky = false, int filling = 0xA5)
+        : ValueHost(host), m_failAt(failAt), m_sticky(sticky), m_filling(filling) {}
     FailingHost(const FailingHost&) = delete;
     FailingHost& operator=(const FailingHost&) = delete;
     ~FailingHost() override {
@@ -88,11 +89,12 @@ public:
 
 private:
     void* allocate(std::size_t size) {
-        if (m_calls++ == m_failAt) {
+        const int call = m_calls++;
+        if (m_failAt != kNever && (call == m_failAt || (m_sticky && call > m_failAt))) {
             return nullptr;
         }
         void* block = ::operator new(size, kAlignment);
-        std::memset(block, 0xA5, size);
+        std::memset(block, m_filling, size);
         m_blocks.insert(block);
         return block;
     }
@@ -108,6 +110,8 @@ private:
     static constexpr std::align_val_t kAlignment{MemoryAllocator::kAlignment};
 
     int m_failAt;
+    bool m_sticky;
+    int m_filling;
     int m_calls = 0;
     int m_references = 1;
     bool m_freesAreValid = true;

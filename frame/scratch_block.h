@@ -23,6 +23,10 @@ public:
         return m_size <= INT32_MAX - kAlignment &&
                m_allocator.AllocBytes(&m_block, static_cast<std::uint32_t>(m_size + kAlignment));
     }
+    /// What `MemoryAllocator::Reserve` needs for a block of one piece.
+    static std::int64_t reserveFor(std::int64_t bytes) {
+        return MemoryAllocator::ReserveForBytes(roundUp(bytes) + kAlignment);
+    }
     template <class T>
     [[nodiscard]] T* take(std::int64_t count) {
         const auto start = reinterpret_cast<std::uintptr_t>(m_block);

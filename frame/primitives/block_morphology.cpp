@@ -3,16 +3,17 @@
 // vector loads. A tile is finished early once it has reached the largest value in its sight, as most tiles of a
 // picture do after a few rectangles.
 
-#include "frame/filters/block_morphology.h"
+#include "frame/primitives/block_morphology.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
 
-#include "frame/filters/scratch_block.h"
+#include "frame/bands.h"
+#include "frame/scratch_block.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "frame/filters/block_morphology.cpp"
+#define HWY_TARGET_INCLUDE "frame/primitives/block_morphology.cpp"
 #include "hwy/foreach_target.h"
 
 #include "hwy/highway.h"
@@ -47,6 +48,8 @@ struct BlockPlan {
     std::int32_t margin;                          ///< samples before column 0 of a strip; whole vectors
     std::int32_t strip;                           ///< samples
     std::uint8_t* best;                           ///< rows of `kTile` samples
+    Bands bands;                                  ///< each with tables and best rows of its own
+    std::ptrdiff_t bandBytes;                     ///< from one band's to the next one's
 };
 
 }  // namespace lumiset
@@ -61,11 +64,19 @@ namespace hn = hwy::HWY_NAMESPACE;
 template <class T, bool kMinimum>
 class MorphologyStrip {
 public:
-    MorphologyStrip(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t first, std::int32_t samples)
-        : m_job(job), m_plan(plan), m_first(first), m_samples(samples), m_nextRow(-plan.up) {}
+    MorphologyStrip(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t band, std::int32_t first,
+                    std::int32_t samples)
+        : m_job(job),
+          m_plan(plan),
+          m_scratch(plan.bandBytes * band),
+          m_first(first),
+          m_samples(samples),
+          m_firstRow(plan.bands.first(band)),
+          m_endRow(m_firstRow + plan.bands.rowsOf(band)),
+          m_nextRow(m_firstRow - plan.up) {}
 
     void run() {
-        for (std::int32_t y = 0; y < m_job.height; y += kBlockRows) {
+        for (std::int32_t y = m_firstRow; y < m_endRow; y += kBlockRows) {
             while (m_nextRow <= y + kBlockRows - 1 + m_plan.down) {
                 addRow(m_nextRow++);
             }
@@ -84,7 +95,8 @@ private:
 
     /// Row `y` of a table, at column 0 of the strip.
     HWY_INLINE T* tableRow(const BlockTable& table, std::int32_t y) const {
-        return reinterpret_cast<T*>(table.data + m_plan.stride * ((y + m_plan.up) % table.rows)) + m_plan.margin;
+        return reinterpret_cast<T*>(table.data + m_scratch + m_plan.stride * ((y + m_plan.up) % table.rows)) +
+               m_plan.margin;
     }
 
     /// Source row `y`, beyond the picture the nearest one, and the rows of all tables that end with it.
@@ -96,7 +108,7 @@ private:
         const std::ptrdiff_t end = m_samples + m_plan.right;
         for (std::int32_t h = 0; h < m_plan.heightLevels; ++h) {
             const std::int32_t top = y - (1 << h) + 1;
-            if (top < -m_plan.up) {
+            if (top < m_firstRow - m_plan.up) {
                 break;
             }
             const BlockTable* tables = m_plan.tables[h];
@@ -144,7 +156,7 @@ private:
         }
     }
 
-    T* bestRow(std::int32_t row) const { return reinterpret_cast<T*>(m_plan.best) + row * kTile; }
+    T* bestRow(std::int32_t row) const { return reinterpret_cast<T*>(m_plan.best + m_scratch) + row * kTile; }
 
     void tile(std::int32_t first, std::int32_t y) const {
         const D d;
@@ -161,7 +173,7 @@ private:
                 break;
             }
         }
-        for (std::int32_t r = 0; r < std::min(kBlockRows, m_job.height - y); ++r) {
+        for (std::int32_t r = 0; r < std::min(kBlockRows, m_endRow - y); ++r) {
             const T* from = bestRow(r);
             T* out = reinterpret_cast<T*>(m_job.dst + static_cast<std::ptrdiff_t>(m_job.dstStride) * (y + r)) +
                      m_first + first;
@@ -243,26 +255,29 @@ private:
 
     const BlockMorphologyJob& m_job;
     const BlockPlan& m_plan;
+    std::ptrdiff_t m_scratch;  ///< of the band's own tables
     std::int32_t m_first;
     std::int32_t m_samples;
+    std::int32_t m_firstRow;
+    std::int32_t m_endRow;
     std::int32_t m_nextRow;
 };
 
 template <class T, bool kMinimum>
-void runStrips(const BlockMorphologyJob& job, const BlockPlan& plan) {
+void runStrips(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t band) {
     const std::int32_t samples = job.width * job.channels;
     for (std::int32_t first = 0; first < samples; first += plan.strip) {
-        MorphologyStrip<T, kMinimum>(job, plan, first, std::min(plan.strip, samples - first)).run();
+        MorphologyStrip<T, kMinimum>(job, plan, band, first, std::min(plan.strip, samples - first)).run();
     }
 }
 
 }  // namespace
 
-void morphologyStrips(const BlockMorphologyJob& job, const BlockPlan& plan) {
+void morphologyStrips(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t band) {
     if (job.isFloat) {
-        job.minimum ? runStrips<float, true>(job, plan) : runStrips<float, false>(job, plan);
+        job.minimum ? runStrips<float, true>(job, plan, band) : runStrips<float, false>(job, plan, band);
     } else {
-        job.minimum ? runStrips<std::uint8_t, true>(job, plan) : runStrips<std::uint8_t, false>(job, plan);
+        job.minimum ? runStrips<std::uint8_t, true>(job, plan, band) : runStrips<std::uint8_t, false>(job, plan, band);
     }
 }
 
@@ -337,23 +352,32 @@ bool blockMorphology(const BlockMorphologyJob& job, MemoryAllocator& allocator) 
     plan.stride = (plan.margin + plan.strip + plan.right + widest + 2 * kVectorRoom) * sampleBytes;
     plan.stride = (plan.stride + 63) / 64 * 64;
 
-    ScratchBlock block(allocator);
-    for (std::int32_t h = 0; h < plan.heightLevels; ++h) {
-        for (std::int32_t w = 0; w < std::max(1, plan.widthLevels[h]); ++w) {
-            block.add<std::uint8_t>(plan.tables[h][w].rows * plan.stride);
+    constexpr std::int32_t kMostBands = 16;
+    plan.bands = bandsForThreads(&allocator, {job.width, job.height},
+                                 std::max(2 * (plan.up + plan.down + 1), job.height / kMostBands), kBlockRows);
+    const auto eachTable = [&](const auto& work) {
+        for (std::int32_t h = 0; h < plan.heightLevels; ++h) {
+            for (std::int32_t w = 0; w < std::max(1, plan.widthLevels[h]); ++w) {
+                work(plan.tables[h][w]);
+            }
         }
-    }
-    block.add<std::uint8_t>(kBlockRows * kTile * sampleBytes);
+    };
+    plan.bandBytes = kBlockRows * kTile * sampleBytes;
+    eachTable([&](const BlockTable& table) { plan.bandBytes += table.rows * plan.stride; });
+    ScratchBlock block(allocator);
+    block.add<std::uint8_t>(plan.bandBytes * plan.bands.count());
     if (!block.allocate()) {
         return false;
     }
-    for (std::int32_t h = 0; h < plan.heightLevels; ++h) {
-        for (std::int32_t w = 0; w < std::max(1, plan.widthLevels[h]); ++w) {
-            plan.tables[h][w].data = block.take<std::uint8_t>(plan.tables[h][w].rows * plan.stride);
-        }
-    }
-    plan.best = block.take<std::uint8_t>(kBlockRows * kTile * sampleBytes);
-    HWY_DYNAMIC_DISPATCH(morphologyStrips)(job, plan);
+    plan.best = block.take<std::uint8_t>(plan.bandBytes * plan.bands.count());
+    std::uint8_t* next = plan.best + kBlockRows * kTile * sampleBytes;
+    eachTable([&](BlockTable& table) {
+        table.data = next;
+        next += table.rows * plan.stride;
+    });
+    runTasks(&allocator, plan.bands.count(), [&](std::int32_t band) {
+        HWY_DYNAMIC_DISPATCH(morphologyStrips)(job, plan, band);
+    });
     return true;
 }
 
