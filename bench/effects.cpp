@@ -1,53 +1,18 @@
 #include <fmt/format.h>
 
 #include <map>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "bench/bench_case.h"
+#include "bench/effect_subjects.h"
 #include "bench/frames.h"
 #include "hostkit/host_allocator.h"
-#include "hostkit/module.h"
-#include "hostkit/parameter_store.h"
 #include "hostkit/renderer.h"
 
 namespace lumiset::bench {
+
 namespace {
 
-using hostkit::ComPtr;
-
 constexpr double kTimeSeconds = 1.3;
-
-/// What the effects need as long as they are measured.
-struct Stage {
-    hostkit::Module module;
-    hostkit::EffectCatalogue catalogue{module.effectLibrary()};
-    ComPtr<IHostAllocator> allocator;
-};
-
-/// One effect with the values of a preset.
-struct Subject {
-    std::shared_ptr<Stage> stage;
-    ComPtr<IVideoGPUEffect> effect;
-    hostkit::ParameterStore parameters;
-
-    bool render(const Frame& from, const Frame& to) const {
-        VideoFrameDesc source;
-        VideoFrameDesc destination;
-        from.ToDesc(&source);
-        to.ToDesc(&destination);
-        return render(source, destination);
-    }
-    bool render(const VideoFrameDesc& source, const VideoFrameDesc& destination) const {
-        FrameRenderInfo info{};
-        info.timeSeconds = kTimeSeconds;
-        info.field = FrameRenderInfo::kWholeFrame;
-        info.pixelAspect = 1;
-        hostkit::RenderHost host(parameters, kTimeSeconds, stage->allocator.get());
-        return effect->ProcessFrame(&host, &source, nullptr, &destination, &info);
-    }
-};
 
 /// All effects with their first presets, one after the other as a look has them; and the same by hand, each effect on
 /// the picture that it has there in a frame of its own. What the chain takes beyond that is the host kit's.
@@ -55,12 +20,13 @@ void addChains(Cases& cases, const std::shared_ptr<Stage>& stage) {
     const auto chain = std::make_shared<std::vector<hostkit::EffectStage>>();
     const auto subjects = std::make_shared<std::vector<Subject>>();
     for (const hostkit::EffectDescription& effect : stage->catalogue.effects()) {
-        const auto object = ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index));
+        const auto object =
+            hostkit::ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index));
         hostkit::ParameterStore parameters(effect);
         parameters.apply(effect.presets.front().name.starts_with("Reset") ? effect.presets.back()
                                                                           : effect.presets.front());
         chain->push_back({object, parameters});
-        subjects->push_back({stage, object, parameters});
+        subjects->push_back({effect.name, stage, object, parameters});
     }
     Frames& f = frames();
     const auto addFormat = [&](const char* name, PixelFormat format, Base base, const Pool& from, const Pool& to) {
@@ -96,22 +62,33 @@ void addChains(Cases& cases, const std::shared_ptr<Stage>& stage) {
 
 }  // namespace
 
-void addEffects(Cases& cases) {
-    Frames& f = frames();
+bool Subject::render(const VideoFrameDesc& source, const VideoFrameDesc& destination, IHostParallel* threads) const {
+    FrameRenderInfo info{};
+    info.timeSeconds = kTimeSeconds;
+    info.field = FrameRenderInfo::kWholeFrame;
+    info.pixelAspect = 1;
+    hostkit::RenderHost host(parameters, kTimeSeconds, stage->allocator.get(), threads);
+    return effect->ProcessFrame(&host, &source, nullptr, &destination, &info);
+}
+
+bool Subject::render(const Frame& from, const Frame& to, IHostParallel* threads) const {
+    VideoFrameDesc source;
+    VideoFrameDesc destination;
+    from.ToDesc(&source);
+    to.ToDesc(&destination);
+    return render(source, destination, threads);
+}
+
+std::vector<std::shared_ptr<const Subject>> effectSubjects() {
+    std::vector<std::shared_ptr<const Subject>> subjects;
     const auto stage = std::make_shared<Stage>();
     stage->allocator = hostkit::PoolAllocator::create();
-    addChains(cases, stage);
     for (const hostkit::EffectDescription& effect : stage->catalogue.effects()) {
-        const auto add = [&](const std::string& name, const hostkit::ParameterStore& parameters) {
-            const auto subject = std::make_shared<Subject>(
-                stage, ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index)),
-                parameters);
-            const auto addFormat = [&](const char* format, Base base, const Pool& from, const Pool& to) {
-                cases.push_back({fmt::format("{}, {}, {}", effect.name, name, format), base,
-                                 [subject, &from, &to](std::size_t n) { return subject->render(from[n], to[n]); }});
-            };
-            addFormat("8", Base::kFrame8, f.picture8, f.out8);
-            addFormat("float", Base::kFrameFloat, f.pictureF, f.outF);
+        const auto add = [&](const std::string& preset, const hostkit::ParameterStore& parameters) {
+            subjects.push_back(std::make_shared<const Subject>(Subject{
+                fmt::format("{}, {}", effect.name, preset), stage,
+                hostkit::ComPtr<IVideoGPUEffect>::adopt(stage->module.effectLibrary().CreateEffect(effect.index)),
+                parameters}));
         };
         add("defaults", hostkit::ParameterStore(effect));
         std::map<std::string, int> uses;  // names may be given twice
@@ -123,6 +100,21 @@ void addEffects(Cases& cases) {
                 add(use == 1 ? preset.name : fmt::format("{} ({})", preset.name, use), parameters);
             }
         }
+    }
+    return subjects;
+}
+
+void addEffects(Cases& cases) {
+    Frames& f = frames();
+    const auto all = effectSubjects();
+    addChains(cases, all.front()->stage);
+    for (const auto& subject : all) {
+        const auto addFormat = [&](const char* format, Base base, const Pool& from, const Pool& to) {
+            cases.push_back({fmt::format("{}, {}", subject->name, format), base,
+                             [subject, &from, &to](std::size_t n) { return subject->render(from[n], to[n]); }});
+        };
+        addFormat("8", Base::kFrame8, f.picture8, f.out8);
+        addFormat("float", Base::kFrameFloat, f.pictureF, f.outF);
     }
 }
 

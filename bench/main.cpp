@@ -9,6 +9,7 @@
 
 #include "bench/bench_case.h"
 #include "bench/measure.h"
+#include "bench/threads.h"
 
 namespace {
 
@@ -73,15 +74,26 @@ int main(int argc, char** argv) try {
     std::string filter;
     std::string instructionSet;
     int repetitions = 7;
+    std::uint32_t threads = 1;
+    bool ultraHD = false;
+    bool markdown = false;
     app.add_flag("--json", json, "Print the results as JSON");
     app.add_flag("--list", list, "Print the names of the cases and stop");
     app.add_option("--filter", filter, "Run the cases whose names match this regular expression");
     app.add_option("--repetitions", repetitions, "Times that each case is measured")->check(CLI::Range(1, 1000));
     app.add_option("--set", instructionSet, "Instruction set of the module's loops: AVX3, AVX2, SSE4, EMU128");
+    app.add_option("--threads", threads, "Time the effects on one thread and on so many, in time on the wall")
+        ->check(CLI::Range(2, 256));
+    app.add_flag("--uhd", ultraHD, "With --threads: frames of 3840 x 2160 instead of 1920 x 1080");
+    app.add_flag("--markdown", markdown, "With --threads: print a table in Markdown");
     CLI11_PARSE(app, argc, argv);
     if (!instructionSet.empty() && !limitInstructionSet(instructionSet)) {
         fmt::print(stderr, "This machine has no instruction set {}.\n", instructionSet);
         return 2;
+    }
+
+    if (threads > 1) {
+        return lumiset::bench::measureThreads({threads, filter, ultraHD, repetitions, markdown}) ? 0 : 1;
     }
 
     Cases all;

@@ -115,7 +115,8 @@ Result RenderHost::QueryInterface(const Guid& iid, void** out) noexcept {
         *out = static_cast<IEffectHost*>(this);
         return kResultOk;
     }
-    return m_allocator != nullptr ? m_allocator->QueryInterface(iid, out) : kResultNoInterface;
+    IUnknown* const offered = iid == IHostParallel::kId ? static_cast<IUnknown*>(m_threads) : m_allocator;
+    return offered != nullptr ? offered->QueryInterface(iid, out) : kResultNoInterface;
 }
 
 void RenderHost::GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t type) noexcept {

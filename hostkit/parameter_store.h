@@ -53,9 +53,11 @@ private:
 /// than the call; its reference count frees nothing.
 class RenderHost final : public Counted<IEffectHost> {
 public:
-    /// `allocator` may be null: then the module takes its scratch memory from its own heap.
-    RenderHost(const ParameterStore& parameters, double timeSeconds, IHostAllocator* allocator = nullptr)
-        : m_parameters(parameters), m_timeSeconds(timeSeconds), m_allocator(allocator) {}
+    /// Without `allocator` the module takes its scratch memory from its own heap, without `threads` it renders on the
+    /// calling thread.
+    RenderHost(const ParameterStore& parameters, double timeSeconds, IHostAllocator* allocator = nullptr,
+               IHostParallel* threads = nullptr)
+        : m_parameters(parameters), m_timeSeconds(timeSeconds), m_allocator(allocator), m_threads(threads) {}
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
     void LUMISET_CALL GetParamValue(std::uint32_t index, ParamValue* out, std::uint32_t type) noexcept override;
@@ -69,6 +71,7 @@ private:
     const ParameterStore& m_parameters;
     double m_timeSeconds;
     IHostAllocator* m_allocator;
+    IHostParallel* m_threads;
 };
 
 }  // namespace lumiset::hostkit

@@ -15,7 +15,7 @@ constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();
 
 void Renderer::processFrame(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
                             const FrameRenderInfo& info) const {
-    RenderHost host(stage.parameters, info.timeSeconds, m_allocator);
+    RenderHost host(stage.parameters, info.timeSeconds, m_allocator, m_threads);
     if (m_firstChoice && m_firstChoice(*stage.effect.get(), host, source, destination, info)) {
         return;
     }

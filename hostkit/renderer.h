@@ -53,9 +53,10 @@ using StageRenderer = std::function<bool(IVideoGPUEffect& effect, IEffectHost& h
 /// frame to frame and is used by one thread at a time; renderers on one chain may work at the same time.
 class Renderer {
 public:
-    /// The effects see frames of `format`. `chain` must outlive the renderer; `allocator` may be null.
-    Renderer(const std::vector<EffectStage>& chain, PixelFormat format, IHostAllocator* allocator = nullptr)
-        : m_chain(chain), m_format(format), m_allocator(allocator) {}
+    /// The effects see frames of `format`. `chain` must outlive the renderer; `allocator` and `threads` may be null.
+    Renderer(const std::vector<EffectStage>& chain, PixelFormat format, IHostAllocator* allocator = nullptr,
+             IHostParallel* threads = nullptr)
+        : m_chain(chain), m_format(format), m_allocator(allocator), m_threads(threads) {}
 
     /// Tries `first` for every effect's frame before the processor.
     void setFirstChoice(StageRenderer first) { m_firstChoice = std::move(first); }
@@ -78,6 +79,7 @@ private:
     const std::vector<EffectStage>& m_chain;
     PixelFormat m_format;
     IHostAllocator* m_allocator;
+    IHostParallel* m_threads;
     StageRenderer m_firstChoice;
     std::vector<FrameBuffer> m_scratch;
     std::vector<std::size_t> m_freeAfter;  ///< for each of `m_scratch` the stage that needs it last

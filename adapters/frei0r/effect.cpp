@@ -10,6 +10,7 @@
 #include "hostkit/names.h"
 #include "hostkit/preset_file.h"
 #include "hostkit/report.h"
+#include "hostkit/thread_pool.h"
 
 namespace lumiset::frei0r {
 namespace {
@@ -72,6 +73,20 @@ std::shared_ptr<IHostAllocator> scratchFor(std::uint32_t width, std::uint32_t he
         const hostkit::ComPtr<IHostAllocator> made = hostkit::PoolAllocator::create();
         made->AddRef();
         pool = {made.get(), [](IHostAllocator* allocator) { allocator->Release(); }};
+        known = pool;
+    }
+    return pool;
+}
+
+std::shared_ptr<IHostParallel> sharedThreads() {
+    static std::mutex& mutex = *new std::mutex;
+    static auto& known = *new std::weak_ptr<IHostParallel>;
+    const std::lock_guard lock(mutex);
+    std::shared_ptr<IHostParallel> pool = known.lock();
+    if (pool == nullptr) {
+        const auto made = hostkit::ThreadPool::create(hostkit::wantedThreads());
+        made->AddRef();
+        pool = {made.get(), [](IHostParallel* threads) { threads->Release(); }};
         known = pool;
     }
     return pool;

@@ -41,4 +41,8 @@ private:
 /// Scratch memory for the instances of one picture size, which goes with the last of them.
 [[nodiscard]] std::shared_ptr<IHostAllocator> scratchFor(std::uint32_t width, std::uint32_t height);
 
+/// The threads that all instances render on, as many as `hostkit::wantedThreads` says. They end with the last instance:
+/// a host may unload the plug-in then.
+[[nodiscard]] std::shared_ptr<IHostParallel> sharedThreads();
+
 }  // namespace lumiset::frei0r

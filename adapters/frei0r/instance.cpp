@@ -39,8 +39,9 @@ Instance::Instance(const Effect& effect, std::uint32_t width, std::uint32_t heig
       m_height(height),
       m_preset(effect.description()),
       m_scratch(scratchFor(width, height)),
+      m_threads(sharedThreads()),
       m_chain{{effect.object(), hostkit::ParameterStore(effect.description())}},
-      m_renderer(m_chain, kFormatBgra8, m_scratch.get()) {
+      m_renderer(m_chain, kFormatBgra8, m_scratch.get(), m_threads.get()) {
     constexpr std::uint32_t kLongest = INT32_MAX / kBytesPerPixel;
     if (width < 1 || height < 1 || width > kLongest || height > kLongest) {
         throw std::length_error("A picture of this size cannot be rendered.");

@@ -43,6 +43,7 @@ private:
     hostkit::ParameterStore m_preset;
     bool m_changed = false;  // values that have not arrived in the chain
     std::shared_ptr<IHostAllocator> m_scratch;
+    std::shared_ptr<IHostParallel> m_threads;
     std::vector<hostkit::EffectStage> m_chain;
     hostkit::Renderer m_renderer;
     hostkit::FrameContext m_context;

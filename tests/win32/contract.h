@@ -134,4 +134,5 @@ extern const Identifier ID_PARAM_TOOL_TIP;
 extern const Identifier ID_FRAME_PROCESSOR;
 extern const Identifier ID_PRESET_SAVER;
 extern const Identifier ID_HOST_ALLOCATOR;
+extern const Identifier ID_HOST_PARALLEL;
 extern const Identifier ID_STRANGER;  // nobody's

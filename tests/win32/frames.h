@@ -6,7 +6,7 @@
 
 #include "contract.h"
 
-enum { PICTURE_BYTES = 1 << 17, GUARD_BYTES = 64, GUARD = 0xC3 };
+enum { PICTURE_BYTES = 1 << 20, GUARD_BYTES = 64, GUARD = 0xC3 };
 
 typedef struct Picture {
     uint8_t record[FRAME_SIZE + 16];

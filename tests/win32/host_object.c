@@ -27,6 +27,8 @@ METHOD_OF_HOST static uint32_t queryInterface(HostObject* host, const uint8_t* i
         *out = host;
     } else if (memcmp(id, ID_HOST_ALLOCATOR, sizeof(Identifier)) == 0) {
         *out = &host->allocatorVtable;
+    } else if (memcmp(id, ID_HOST_PARALLEL, sizeof(Identifier)) == 0 && host->threads != 0) {
+        *out = &host->threadsVtable;
     } else {
         return NO_INTERFACE;
     }
@@ -93,15 +95,49 @@ METHOD_OF_HOST static uint32_t allocImage(void* allocator, void** out, int32_t w
     return 0xFFFFFF01;  // the answer is the lowest byte; a compiler leaves anything in the others
 }
 
+static HostObject* ofThreads(void* threads) {
+    return (HostObject*)((char*)threads - offsetof(HostObject, threadsVtable));
+}
+
+METHOD_OF_HOST static uint32_t queryThreads(void* threads, const uint8_t* id, void** out) {
+    return queryInterface(ofThreads(threads), id, out);
+}
+
+METHOD_OF_HOST static uint32_t addRefThreads(void* threads) {
+    return addRef(ofThreads(threads));
+}
+
+METHOD_OF_HOST static uint32_t releaseThreads(void* threads) {
+    return release(ofThreads(threads));
+}
+
+METHOD_OF_HOST static uint32_t getThreadCount(void* threads) {
+    return ofThreads(threads)->threads;
+}
+
+typedef void(METHOD_OF_HOST* Task)(void* context, uint32_t index);
+
+// Backwards: no part may wait for another.
+METHOD_OF_HOST static uint32_t run(void* threads, Task task, void* context, uint32_t count) {
+    ++ofThreads(threads)->runs;
+    while (count-- > 0) {
+        task(context, count);
+    }
+    return 0xFFFFFF01;
+}
+
 static const void* const hostVtable[] = {queryInterface, addRef,      release,     getParamValue, neverCalled,
                                          neverCalled,    neverCalled, neverCalled, getHostName};
 static const void* const allocatorVtable[] = {queryAllocator, addRefAllocator, releaseAllocator, allocBytes,
                                               freeBlock,      allocImage,      freeBlock};
 
+static const void* const threadsVtable[] = {queryThreads, addRefThreads, releaseThreads, getThreadCount, run};
+
 void initHost(HostObject* host) {
     memset(host, 0, sizeof *host);
     host->vtable = hostVtable;
     host->allocatorVtable = allocatorVtable;
+    host->threadsVtable = threadsVtable;
     host->references = 1;
 }
 

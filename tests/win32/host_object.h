@@ -9,6 +9,9 @@ enum { HOST_MAX_PARAMS = 64 };
 typedef struct HostObject {
     const void* const* vtable;           // of the effect host
     const void* const* allocatorVtable;  // of the allocator, the same object's second interface
+    const void* const* threadsVtable;    // of the threads, its third
+    uint32_t threads;                    // that may render a frame; 0: the host offers none
+    uint32_t runs;                       // pieces of work that the module cut for them
     int32_t references;
     int32_t blocks;                       // handed out and not yet given back
     int32_t blocksEver;                   // handed out

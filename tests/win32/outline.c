@@ -14,6 +14,26 @@ static int bandReaches(int32_t distance) {
     return isPixel(&target, 50, 40 - distance, 0, 0, 255, 255);
 }
 
+// A frame of 440 by 420 pixels is cut for the host's threads, and is the same as on one.
+static void checkThreads(uint32_t effect) {
+    static Picture alone;
+    makePicture(&source, 440, 420, 0, 4, 0);
+    for (int32_t i = 0; i < 400; ++i) {
+        putPixel(&source, i, i, 255, 255, 255, 255);
+    }
+    HostObject host;
+    initHost(&host);
+    uint8_t info[INFO_SIZE];
+    plainInfo(info);
+    makePicture(&alone, 440, 420, 0, 4, 0);
+    CHECK(render(effect, &host, &source, &alone, info));
+    host.threads = 3;
+    makePicture(&target, 440, 420, 0, 4, 0);
+    CHECK(render(effect, &host, &source, &target, info));
+    CHECK(host.runs > 0);
+    CHECK(memcmp(target.memory, alone.memory, sizeof target.memory) == 0);
+}
+
 void checkOutline(uint32_t effect) {
     about("Outline, record fields");
     uint8_t param[PARAM_INFO_SIZE];
@@ -69,4 +89,5 @@ void checkOutline(uint32_t effect) {
     putWord(target.record, FRAME_STRIDE, (uint32_t)-400);
     CHECK(render(effect, &host, &source, &target, info));
     CHECK(isPixel(&target, 50, 50, 255, 255, 255, 255) && bandReaches(4) && !bandReaches(7));
+    checkThreads(effect);
 }

@@ -18,6 +18,7 @@
 #include "apps/lumiset/sheets/sheet.h"
 #include "hostkit/gl/gpu_renderer.h"
 #include "hostkit/host_allocator.h"
+#include "hostkit/thread_pool.h"
 
 namespace lumiset::app {
 namespace {
@@ -167,7 +168,8 @@ int compare(const CompareOptions& options, Program& program) {
         }
     };
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
-    hostkit::Renderer renderer(chain, kFormatBgra8, allocator.get());
+    const auto pool = hostkit::ThreadPool::create(hostkit::wantedThreads());
+    hostkit::Renderer renderer(chain, kFormatBgra8, allocator.get(), pool.get());
     std::string driver;
     const media::Picture inGL = renderedInGL(program.effectLibrary(), chain, moment, driver);
     checkInterruption();

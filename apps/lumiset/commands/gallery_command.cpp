@@ -4,7 +4,6 @@
 #include <memory>
 #include <new>
 #include <optional>
-#include <thread>
 
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/messages.h"
@@ -19,6 +18,7 @@
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/look_files.h"
+#include "hostkit/thread_pool.h"
 
 namespace lumiset::app {
 namespace {
@@ -227,6 +227,8 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
         }
     };
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
+    const std::uint32_t threads = std::min(hostkit::wantedThreads(), 64U);
+    const auto pool = hostkit::ThreadPool::create(threads);
     std::size_t next = 0;
     std::int64_t done = 0;
     PipelineSteps<Job> steps;
@@ -236,7 +238,8 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
     };
     steps.work = [&](Job& job, int) {
         job.result.allocate(moment.picture.width, moment.picture.height, moment.picture.depth);
-        hostkit::Renderer renderer(gallery.tiles[job.tile].chain, kFormatBgra8, allocator.get());
+        const hostkit::ThreadPool::Turn turn(*pool.get());
+        hostkit::Renderer renderer(gallery.tiles[job.tile].chain, kFormatBgra8, allocator.get(), pool.get());
         renderer.render(frameOf(moment.picture), frameOf(job.result), contextOf(moment.picture, moment.format));
         sheet.place(job.tile + 1, job.result);
     };
@@ -246,9 +249,7 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
         progress.show(done);
     };
     try {
-        OrderedPipeline<Job>(static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 64U)),
-                             std::move(steps))
-            .run();
+        OrderedPipeline<Job>(static_cast<int>(threads), std::move(steps)).run();
         sink->write(sheet.picture());
         checkInterruption();
         sink->finish();
