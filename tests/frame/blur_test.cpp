@@ -3,8 +3,8 @@
 #include <random>
 #include <utility>
 
-#include "frame/primitives/whole_division.h"
 #include "frame/operations/filter.h"
+#include "frame/primitives/whole_division.h"
 #include "tests/frame/filter_support.h"
 #include "tests/support/host.h"
 
