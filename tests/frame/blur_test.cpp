@@ -3,6 +3,7 @@
 #include <random>
 #include <utility>
 
+#include "frame/filters/triangular_kernel.h"
 #include "frame/operations/filter.h"
 #include "frame/primitives/whole_division.h"
 #include "tests/frame/filter_support.h"
