@@ -10,6 +10,8 @@
 namespace lumiset::testing {
 namespace {
 
+using namespace lumiset::test;
+
 class Helper final : public GPUHelper {
 public:
     [[nodiscard]] bool start(GPUResources& resources, IHostGL& gl) {
