@@ -23,6 +23,8 @@ STAND_INS = {
     "clip.mkv": "scene-full:64x36:16:2",
     "title.mov": "scene-cutout:160x90:1:10",
     "logo.png": "scene-cutout:160x90:1:1",
+    "sky.png": "scene:160x90:1:1",
+    "window.png": "scene:160x90:1:1",
 }
 
 

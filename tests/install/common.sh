@@ -18,7 +18,7 @@ works() {
     local prefix=$1 count report pictures
     count=$("$prefix/bin/lumiset" list | wc -l)
     "$prefix/bin/lumiset" list | grep -q '^Old TV ' || fail "$prefix: lumiset list"
-    "$prefix/bin/lumiset" render -q scene:160x90:0.04 "$root/a.png" --effect Outline
+    "$prefix/bin/lumiset" render -q --overwrite scene:160x90:0.04 "$root/a.png" --effect Outline
     [ "$(head -c 4 "$root/a.png")" = $'\x89PNG' ] || fail "$prefix: no picture"
 
     report=$(FREI0R_PATH="$prefix/lib/frei0r-1" OFX_PLUGIN_PATH="$prefix/OFX/Plugins" "$prefix/bin/lumiset" doctor)
