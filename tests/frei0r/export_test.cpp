@@ -77,14 +77,14 @@ TEST_F(ExportedCommand, RendersClipsOfEverySizeShapeAndScan) {
         const char* name;
         const char* source;  ///< ffmpeg's filters
         const char* options;
-        double decibels;
+        double decibels;  ///< the two encode with qualities of their own, which small pictures suffer from most
     };
     const Case kCases[] = {
         {"portrait.mp4", "testsrc2=s=1080x1920,scale=out_color_matrix=bt709,format=yuv420p", "-colorspace bt709", 36},
         {"wide.mp4", "testsrc2=s=854x480,format=yuv420p", "", 36},
         {"pal.mp4", "testsrc2=s=720x576:r=50,interlace=lowpass=0,format=yuv420p,setsar=64/45", "-flags +ilme+ildct",
          38},
-        {"o'd:d\\=1.mp4", "testsrc2=s=77x45,format=yuv444p", "", 33}};
+        {"o'd:d\\=1.mp4", "testsrc2=s=77x45,format=yuv444p", "", 31}};
     for (const Case& each : kCases) {
         SCOPED_TRACE(each.name);
         const auto shell = [&](const std::string& command) {
