@@ -49,7 +49,7 @@ struct BlockPlan {
     std::int32_t strip;                           ///< samples
     std::uint8_t* best;                           ///< rows of `kTile` samples
     Bands bands;                                  ///< each with tables and best rows of its own
-    std::ptrdiff_t bandBytes;                     ///< from one band's to the next one's
+    std::int64_t bandBytes;                       ///< from one band's to the next one's
 };
 
 }  // namespace lumiset
@@ -68,7 +68,7 @@ public:
                     std::int32_t samples)
         : m_job(job),
           m_plan(plan),
-          m_scratch(plan.bandBytes * band),
+          m_scratch(static_cast<std::ptrdiff_t>(plan.bandBytes * band)),
           m_first(first),
           m_samples(samples),
           m_firstRow(plan.bands.first(band)),
