@@ -48,7 +48,7 @@ def main(program):
         folder = Path(name)
         (folder / "build").mkdir()
         (folder / "build/linux").symlink_to(Path(program).resolve().parent)
-        environment = {**os.environ, "XDG_CONFIG_HOME": str(folder / "config")}
+        environment = {**os.environ, "XDG_CONFIG_HOME": str(folder / "config"), "XDG_DATA_HOME": str(folder / "data")}
 
         def run(command):
             options = {"cwd": folder, "env": environment, "capture_output": True, "text": True, "timeout": 60}
