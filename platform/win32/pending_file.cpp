@@ -138,6 +138,12 @@ void PendingFile::commit() {
     }
     m_state->forget();
     m_state->file.close();
+    // Not every system's ReplaceFile refuses to put a file in a folder's place.
+    const DWORD attributes = GetFileAttributesW(m_state->target.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        failNow();
+    }
     // The first keeps the permissions of the old file, which must be there.
     if (ReplaceFileW(m_state->target.c_str(), m_state->hidden.c_str(), nullptr, 0, nullptr, nullptr) == 0 &&
         MoveFileExW(m_state->hidden.c_str(), m_state->target.c_str(),

@@ -60,7 +60,7 @@ static PresetEffect makeEffect(void) {
     PresetEffect effect = {VTABLE,
                            "Outline",
                            {PARAM_GROUP, PARAM_POINT, PARAM_CHOICE, PARAM_SLIDER, PARAM_COLOR, PARAM_BOOLEAN},
-                           {{0}, {floatBits(0.1F), floatBits(-3)}, {7}, {floatBits(0.7F)}, {0xFF123456}, {1}}};
+                           {{0}, {floatBits(0.1F), floatBits(0.3F)}, {7}, {floatBits(0.7F)}, {0xFF123456}, {1}}};
     return effect;
 }
 
