@@ -15,6 +15,7 @@
 #include "apps/lumiset/render/progress.h"
 #include "hostkit/gl/gpu_frames.h"
 #include "hostkit/host_allocator.h"
+#include "hostkit/thread_pool.h"
 #include "media/media.h"
 
 namespace lumiset::app {
@@ -147,10 +148,13 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
     const std::unique_ptr<hostkit::GPUFrames> gpu = request.gpu ? openGPU(library) : nullptr;
     const int threads = renderThreads(request);
+    // Renders one frame on the threads that have no frame of their own: a still, a pipe, a clip's first and last.
+    const auto pool = hostkit::ThreadPool::create(static_cast<std::uint32_t>(threads));
     std::vector<Worker> workers;
     workers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i) {
-        workers.push_back({hostkit::Renderer(chain, workFormat(request, format.depth), allocator.get()), {}, {}});
+        workers.push_back(
+            {hostkit::Renderer(chain, workFormat(request, format.depth), allocator.get(), pool.get()), {}, {}});
         if (gpu != nullptr) {
             gpu->serve(workers.back().renderer);
         }
@@ -159,6 +163,7 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     PipelineSteps<Job> steps;
     steps.read = [&](Job& job) { return source->fetch(job.raw); };
     steps.work = [&](Job& job, int number) {
+        const hostkit::ThreadPool::Turn turn(*pool.get());
         Worker& worker = workers[static_cast<std::size_t>(number)];
         media::Picture& from = worker.source;
         media::Picture& to = worker.result;
