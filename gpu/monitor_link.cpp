@@ -57,23 +57,25 @@ bool MonitorLink::send(const std::string& text, int state, Clock::time_point now
             case platform::PipeAttempt::kUnreachable:
                 // Where no monitor is installed there is nothing to look for; walking the list of processes in every
                 // frame would cost more than all the rest.
-                if (isResting(now) || !isInstalled()) {
+                if (now.time_since_epoch().count() < m_noStartUntil || !isInstalled()) {
                     return false;
                 }
                 if (started || IsMonitorRunning() || !StartMonitor()) {
-                    return rest(now);
+                    m_noStartUntil = (now + kRestTime).time_since_epoch().count();
+                    return false;
                 }
                 started = true;
                 std::this_thread::sleep_for(kStartTime);
                 break;
             case platform::PipeAttempt::kBusy: {
-                if (isResting(now) || (m_hangs && state == kFrameStarts)) {
+                if (now.time_since_epoch().count() < m_noWaitUntil || (m_hangs && state == kFrameStarts)) {
                     return false;
                 }
                 const std::chrono::milliseconds time = busyTime.left();
                 if (time.count() == 0 || !platform::waitForMonitor(time)) {
                     m_hangs = true;
-                    return rest(now + kBusyTime);
+                    m_noWaitUntil = (now + kBusyTime + kRestTime).time_since_epoch().count();
+                    return false;
                 }
                 break;
             }
@@ -84,15 +86,6 @@ bool MonitorLink::send(const std::string& text, int state, Clock::time_point now
                 return false;
         }
     }
-}
-
-bool MonitorLink::isResting(Clock::time_point now) const {
-    return now.time_since_epoch().count() < m_restEnd;
-}
-
-bool MonitorLink::rest(Clock::time_point now) {
-    m_restEnd = (now + kRestTime).time_since_epoch().count();
-    return false;
 }
 
 void MonitorLink::refuse() {

@@ -169,6 +169,17 @@ TEST(CrashGuard, LeavesAMonitorThatGivesTroubleAloneForHalfAMinute) {
     }
 }
 
+TEST(CrashGuard, WaitsForTheBusyPipeOfAMonitorThatCameUpAfterAll) {
+    constexpr auto kBusy = PipeAttempt::kBusy;
+    constexpr auto kSent = PipeAttempt::kSent;
+    MonitorLink link;
+    fake = {.attempts = {PipeAttempt::kUnreachable}, .listed = true};
+    EXPECT_FALSE(link.send(";1", kFrameStarts)) << "another host has just started it";
+    fake = {.attempts = {kSent, kBusy, kSent}};
+    EXPECT_TRUE(link.send(";1", kFrameStarts));
+    EXPECT_TRUE(link.send(";2", kFrameEnded)) << "a start that was told and an end that was not look like a crash";
+}
+
 TEST(CrashGuard, SaysOnceThatThePipeIsInOtherHands) {
     MonitorLink link;
     fake = {.attempts = {PipeAttempt::kRefused}};
