@@ -7,7 +7,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 enum Param : std::uint32_t { kGrow, kBlur, kInvert, kPremultiply, kTestMask };
@@ -190,4 +190,4 @@ TEST(AlphaProcessor, IsHandedOutAsAnEffectAlthoughAnotherBaseComesFirst) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

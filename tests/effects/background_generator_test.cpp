@@ -8,7 +8,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kBackgroundGenerator = 1;
@@ -352,4 +352,4 @@ TEST(BackgroundGenerator, TellsWhatEveryParameterDoes) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -4,7 +4,7 @@
 #include "tests/support/comparison.h"
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 class BackgroundParity : public WithGL {};
@@ -41,4 +41,4 @@ TEST_F(BackgroundParity, HoldsForLongBlurs) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -4,7 +4,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 enum Param : std::uint32_t { kSample, kCorrection, kSaturation, kBrightness, kFilmGamma, kMaxWhite, kMinBlack };
@@ -121,4 +121,4 @@ INSTANTIATE_TEST_SUITE_P(Formats, ColorFixerTest,
                          ::testing::Values(kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat));
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

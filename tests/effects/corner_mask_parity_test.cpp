@@ -6,7 +6,7 @@
 #include "tests/support/comparison.h"
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kSelectiveFocus = 3;
@@ -72,4 +72,4 @@ TEST_F(CornerMaskParity, TintsByEveryModeAlike) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

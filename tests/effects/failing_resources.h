@@ -2,7 +2,7 @@
 
 #include "host/gpu_host.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 /// Another store of textures and programs whose creation fails at one call, counted from 0.
 class FailingResources final : public GPUResources {
@@ -46,4 +46,4 @@ private:
     int m_calls = 0;
 };
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

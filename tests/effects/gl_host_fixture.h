@@ -9,7 +9,7 @@
 
 #include "hostkit/gl/gpu_renderer.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 class WithGL : public ::testing::Test {
 protected:
@@ -37,4 +37,4 @@ private:
     std::unique_ptr<hostkit::GLHost> m_host;
 };
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

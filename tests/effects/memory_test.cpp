@@ -11,7 +11,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 /// The module's own heap, whose allocations fail and are filled while a render is watched.
@@ -47,17 +47,17 @@ void* allocateWatched(std::size_t size, const Allocate& allocate) noexcept {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test
 
 // The module allocates by these two alone, and they are this program's in the module too.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return lumiset::testing::allocateWatched(size, [&] { return ::operator new(size); });
+    return lumiset::test::allocateWatched(size, [&] { return ::operator new(size); });
 }
 void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-    return lumiset::testing::allocateWatched(size, [&] { return ::operator new(size, alignment); });
+    return lumiset::test::allocateWatched(size, [&] { return ::operator new(size, alignment); });
 }
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 /// What became of one render.
@@ -198,4 +198,4 @@ TEST(EveryPreset, HasItsScratchAtOnceWhereItWritesEarly) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

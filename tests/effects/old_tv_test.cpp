@@ -6,7 +6,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kOldTV = 7;
@@ -264,4 +264,4 @@ INSTANTIATE_TEST_SUITE_P(Formats, OldTVTest,
                          ::testing::Values(kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat));
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

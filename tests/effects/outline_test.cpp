@@ -8,7 +8,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kOutlineIndex = 2;
@@ -196,4 +196,4 @@ INSTANTIATE_TEST_SUITE_P(Formats, OutlineTest,
                          ::testing::Values(kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat));
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

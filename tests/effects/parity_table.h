@@ -7,7 +7,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 /// The frame that a comparison renders.
 struct ParityFrame {
@@ -70,4 +70,4 @@ inline std::vector<ParityRow> parityRows() {
     return rows;
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -5,7 +5,7 @@
 #include "tests/effects/parity_table.h"
 #include "tests/support/comparison.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 class Parity : public WithGL {
@@ -209,4 +209,4 @@ TEST(Difference, SeesEveryChannelAndWhatIsNotANumber) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -8,7 +8,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 enum Param : std::uint32_t { kStretch, kCrop };
@@ -153,4 +153,4 @@ INSTANTIATE_TEST_SUITE_P(Formats, ProgressiveStretchTest,
                          ::testing::Values(kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat));
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -4,7 +4,7 @@
 #include "tests/support/comparison.h"
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 class SelectiveColorParity : public WithGL {
@@ -45,4 +45,4 @@ TEST_F(SelectiveColorParity, HoldsForFewPassesAndForMany) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

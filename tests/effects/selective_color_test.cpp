@@ -4,7 +4,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 enum Param : std::uint32_t {
@@ -183,4 +183,4 @@ INSTANTIATE_TEST_SUITE_P(Formats, SelectiveColorTest,
                          ::testing::Values(kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat));
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -7,7 +7,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kSelectiveTint = 4;
@@ -178,4 +178,4 @@ INSTANTIATE_TEST_SUITE_P(Formats, SelectiveTintTest,
                          ::testing::Values(kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat));
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

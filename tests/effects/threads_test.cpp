@@ -10,7 +10,7 @@
 #include "tests/support/effect_tester.h"
 #include "tests/support/host_threads.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 Picture renderedBy(const EffectTester& tester, ValueHost& values, Picture& source, HostThreads& threads) {
@@ -103,4 +103,4 @@ TEST(EveryEffect, SharesTheHostsThreadsAmongRenderThreads) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -11,7 +11,7 @@
 
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kViewfinder = 6;
@@ -318,4 +318,4 @@ TEST(Viewfinder, RendersFramesOfTwoSizesFromManyThreads) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

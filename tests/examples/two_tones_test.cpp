@@ -5,7 +5,7 @@
 #include "tests/effects/gl_host_fixture.h"
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::int32_t kFormats[] = {kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat};
@@ -69,4 +69,4 @@ TEST_F(TwoTonesInGL, RendersWhatTheProcessorRenders) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

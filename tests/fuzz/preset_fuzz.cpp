@@ -17,8 +17,8 @@ namespace {
 using fuzz::require;
 
 /// An effect with a parameter of every type.
-testing::PresetEffectStub everyType() {
-    testing::PresetEffectStub effect;
+test::PresetEffectStub everyType() {
+    test::PresetEffectStub effect;
     for (const ParamType type : {kParamGroup, kParamPoint, kParamChoice, kParamSlider, kParamColor, kParamBoolean}) {
         effect.entries.push_back({type, {}});
     }
@@ -31,7 +31,7 @@ bool isFilledWith(const unsigned char* bytes, std::size_t size, unsigned char by
 
 void checkLoad(const std::string& text, const std::optional<Preset>& preset) {
     static const fuzz::MemoryFile s_file;
-    static testing::PresetEffectStub s_effect = everyType();
+    static test::PresetEffectStub s_effect = everyType();
     constexpr unsigned char kUntouched = 0xA5;
 
     s_file.write(text);

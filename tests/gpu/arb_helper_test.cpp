@@ -5,7 +5,7 @@
 #include "gpu/arb_helper.h"
 #include "tests/gpu/fake_gl.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 class ArbHelperTest : public ::testing::Test {
@@ -113,4 +113,4 @@ TEST_F(ArbHelperTest, TriesTheWholeBlendFamilyBeforeItGivesUp) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -9,8 +9,8 @@
 #include "tests/support/effect_tester.h"
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    if (lumiset::testing::arraysToRefuse > 0) {
-        --lumiset::testing::arraysToRefuse;
+    if (lumiset::test::arraysToRefuse > 0) {
+        --lumiset::test::arraysToRefuse;
         return nullptr;
     }
     try {
@@ -20,7 +20,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     }
 }
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 /// What one frame came to.
@@ -117,4 +117,4 @@ TEST(Failures, OfAFunctionOfOpenGLLeaveNothingDrawnOrTheSamePicture) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

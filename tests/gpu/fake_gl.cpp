@@ -6,7 +6,7 @@
 #include "host/arb_table.h"
 #include "platform/gl_proc.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 FakeGL theGL;
@@ -91,25 +91,25 @@ std::string everyExtension() {
     return list;
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test
 
 namespace lumiset::platform {
 
 GLProc glCoreProc(const char* name) noexcept {
     if (std::strcmp(name, "glGetString") == 0) {
-        return reinterpret_cast<GLProc>(testing::getString);
+        return reinterpret_cast<GLProc>(test::getString);
     }
-    const auto found = testing::kFunctions.find(name);
-    return found != testing::kFunctions.end() && !testing::theGL.missing.contains(name) ? found->second : nullptr;
+    const auto found = test::kFunctions.find(name);
+    return found != test::kFunctions.end() && !test::theGL.missing.contains(name) ? found->second : nullptr;
 }
 
 GLProc glExtensionProc(const char* name) noexcept {
-    testing::theGL.lookedUp.emplace_back(name);
-    if (testing::theGL.missing.contains(name)) {
+    test::theGL.lookedUp.emplace_back(name);
+    if (test::theGL.missing.contains(name)) {
         return nullptr;
     }
-    const auto found = testing::kFunctions.find(name);
-    return found != testing::kFunctions.end() ? found->second : testing::anyFunction;
+    const auto found = test::kFunctions.find(name);
+    return found != test::kFunctions.end() ? found->second : test::anyFunction;
 }
 
 }  // namespace lumiset::platform

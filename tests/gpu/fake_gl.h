@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 struct FakeGL {
     std::vector<std::string> calls;                       ///< in order, host and OpenGL alike: "Vertex3f -5 -5 -1e-05"
@@ -39,4 +39,4 @@ void resetFakeGL();
 /// The extension string of a driver that has everything.
 std::string everyExtension();
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -16,7 +16,7 @@
 #include "tests/gpu/fake_gl.h"
 #include "tests/support/host.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 class FakeTexture final : public IHostTexture {
 public:
@@ -225,4 +225,4 @@ inline test::ValueHost outlineHost(IHostGL* gpu) {
     return host;
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

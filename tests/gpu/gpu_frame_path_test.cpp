@@ -6,7 +6,7 @@
 #include "host/pixel_format.h"
 #include "tests/gpu/fake_gpu_host.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 using Calls = std::vector<std::string>;
@@ -182,4 +182,4 @@ TEST_F(FramePathTest, TriesTheMainProgramAlone) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

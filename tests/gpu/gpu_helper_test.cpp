@@ -8,7 +8,7 @@
 
 #include "tests/gpu/fake_gpu_host.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 using Calls = std::vector<std::string>;
@@ -301,4 +301,4 @@ TEST_F(GPUHelperTest, SetsTheStagesOfAPassUnlessToldNotTo) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -7,7 +7,7 @@
 #include "tests/effects/gl_host_fixture.h"
 #include "tests/support/picture.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 using namespace lumiset::test;
@@ -136,4 +136,4 @@ TEST_F(EllipseOnGPU, OfOneTexelChangesNothing) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

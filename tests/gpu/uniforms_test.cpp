@@ -8,7 +8,7 @@
 #include "host/pixel_format.h"
 #include "tests/gpu/fake_gpu_host.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 using Uniforms = std::vector<std::string>;
@@ -85,4 +85,4 @@ TEST(Uniforms, HaveTheirNamesAndValuesInOnePass) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

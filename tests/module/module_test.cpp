@@ -9,7 +9,7 @@
 #include "host/pixel_aspect_scale.h"
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr Guid kStranger{0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
@@ -209,4 +209,4 @@ TEST(PixelAspect, ScalesLengthsBetweenSquareAndStoredPixels) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

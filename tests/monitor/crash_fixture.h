@@ -14,7 +14,7 @@
 #include "platform/crash_reports.h"
 #include "tests/monitor/system.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 /// Hosts with a module and a monitor of their own, in a folder that goes with the test.
 class CrashTest : public ::testing::Test {
@@ -70,4 +70,4 @@ protected:
         folder / "alone" / std::filesystem::path(LUMISET_TEST_MONITOR).filename();
 };
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -13,7 +13,7 @@
 #include "tests/gpu/fake_gpu_host.h"
 #include "tests/monitor/system.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kOutline = 2;
@@ -76,11 +76,11 @@ int host(const std::string& module, const std::string& end, int frames, const ch
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test
 
 int main(int argc, char** argv) {
     if (argc >= 4) {
-        return lumiset::testing::host(argv[1], argv[2], std::atoi(argv[3]), argc > 4 ? argv[4] : nullptr);
+        return lumiset::test::host(argv[1], argv[2], std::atoi(argv[3]), argc > 4 ? argv[4] : nullptr);
     }
     if (argc == 2) {
         std::this_thread::sleep_for(std::chrono::minutes(1));

@@ -5,7 +5,7 @@
 #include "tests/gpu/fake_gpu_host.h"
 #include "tests/monitor/crash_fixture.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kEffects = 10;
@@ -118,4 +118,4 @@ TEST_F(CrashTest, GoesUnnoticedWithoutAMonitorAndFramesRenderAllTheSame) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -15,7 +15,7 @@
 #include "platform/posix/runtime_folder.h"
 #include "tests/monitor/crash_fixture.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -192,4 +192,4 @@ TEST_F(PipeTest, DoesNotEndAHostWhenItBreaks) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

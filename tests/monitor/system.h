@@ -7,7 +7,7 @@
 
 #include "host/effect_library.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 /// Loads an OpenGL library that does nothing without a context.
 void loadDriver();
@@ -36,4 +36,4 @@ void endMonitors();
 /// Points programs started from here, and this one, to a place of their own for pipes and settings.
 void useFolder(const std::string& folder);
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

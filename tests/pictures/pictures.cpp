@@ -10,7 +10,7 @@
 #include "tests/pictures/result_file.h"
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr std::int32_t kFormats[] = {kFormatBgra8, kFormatArgb8, kFormatBgraFloat, kFormatArgbFloat};
@@ -153,10 +153,10 @@ void renderAll(ResultFile& results) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test
 
 int main(int argc, char** argv) {
-    using namespace lumiset::testing;
+    using namespace lumiset::test;
     const std::string mode = argc == 3 ? argv[1] : "";
     if (mode != "write" && mode != "compare") {
         std::fputs("usage: pictures write|compare FILE\n", stderr);

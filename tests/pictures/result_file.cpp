@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 constexpr double kOneLevel = 1.0 / 255.0;
@@ -134,4 +134,4 @@ bool ResultFile::finish() {
     return m_failures == 0 && m_results > 0;
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 /// One rendered picture with everything around it.
 struct Rendering {
@@ -44,4 +44,4 @@ private:
     double m_largestFloatDifference = 0.0;
 };
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -14,7 +14,7 @@
 
 #include "tests/presets/preset_effect.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -147,4 +147,4 @@ TEST(PendingFile, GoesWithAProcessThatASignalEnds) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -7,7 +7,7 @@
 #include "support/preset_saver.h"
 #include "tests/presets/preset_effect.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 class PresetDialogs : public ::testing::Test {
@@ -105,4 +105,4 @@ TEST_F(PresetDialogs, TryTheOtherDesktopsProgramAndFailWithoutAny) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -9,7 +9,7 @@
 
 #include "host/preset_saver.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 /// An effect of the tests' own, as a host hands it to the preset saver.
 class PresetEffectStub final : public IPresetEffect {
@@ -81,4 +81,4 @@ inline void writeFile(const std::filesystem::path& file, const std::string& cont
     std::ofstream(file, std::ios::binary) << contents;
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -12,7 +12,7 @@
 #include "tests/presets/preset_effect.h"
 #include "tests/support/effect_tester.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 class PresetSaver : public ::testing::Test {
@@ -270,4 +270,4 @@ TEST_F(PresetSaver, NamesPresetsByTheirFilesWhateverTheirCharacters) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -16,7 +16,7 @@
 #include "support/option_store.h"
 #include "tests/presets/preset_effect.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 class SettingsFiles : public ::testing::Test {
@@ -130,4 +130,4 @@ TEST_F(SettingsFiles, LoseNothingToOtherProcessesAndAreNeverTorn) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -9,7 +9,7 @@
 
 #include "support/option_store.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 TEST(Settings, KeepAnyTextUnderAnyName) {
@@ -50,4 +50,4 @@ TEST(Settings, HoldOptionsAsYesAndNo) {
 }
 
 }  // namespace
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

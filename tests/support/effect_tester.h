@@ -13,7 +13,7 @@
 #include "tests/support/host.h"
 #include "tests/support/picture.h"
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 using namespace lumiset::test;
 
@@ -112,4 +112,4 @@ inline FrameRenderInfo frameInfo(double timeSeconds = 0.0) {
     return info;
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

@@ -16,7 +16,7 @@
 
 extern char** environ;
 
-namespace lumiset::testing {
+namespace lumiset::test {
 
 void loadDriver() {
     if (::dlopen(LUMISET_TEST_DRIVER, RTLD_NOW | RTLD_LOCAL) == nullptr) {
@@ -90,4 +90,4 @@ void useFolder(const std::string& folder) {
     ::setrlimit(RLIMIT_CORE, &noDumps);
 }
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test

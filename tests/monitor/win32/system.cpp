@@ -4,7 +4,7 @@
 //
 #include <tlhelp32.h>
 
-namespace lumiset::testing {
+namespace lumiset::test {
 namespace {
 
 /// Where a fault would call a debugger.
@@ -85,4 +85,4 @@ void endMonitors() {
 
 void useFolder(const std::string& /*folder*/) {}  // Windows has one place for each
 
-}  // namespace lumiset::testing
+}  // namespace lumiset::test
