@@ -21,6 +21,17 @@ target_compile_options(lumiset_options INTERFACE
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   target_compile_options(lumiset_options INTERFACE -msse2 -mfpmath=sse -mstackrealign)
 endif()
+# What makes a fault in a program that loads us hard to use: guarded stacks, copies checked against the size of their
+# target, marks for indirect jumps, and tables of addresses that are read-only once it runs. The sanitizers do the same
+# and more, and builds without optimisation have no checked copies.
+if(NOT LUMISET_SANITIZE)
+  target_compile_options(lumiset_options INTERFACE
+    -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  if(NOT WIN32)
+    target_compile_options(lumiset_options INTERFACE -fcf-protection)
+    target_link_options(lumiset_options INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+  endif()
+endif()
 if(LUMISET_SANITIZE)
   # Vector files would take minutes each to compile. Line tables are all that a report needs, and vectors of a real
   # processor take a quarter of the time that the portable ones do.
