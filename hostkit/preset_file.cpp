@@ -73,7 +73,7 @@ std::uint32_t load(IEffectLibrary& library, const std::string& path, const Param
 }  // namespace
 
 std::string presetExtension(const EffectDescription& effect) {
-    return std::string(".lumv") + static_cast<char>('a' + effect.index);
+    return std::string(".") + lumiset::presetExtension(effect.index).data();
 }
 
 std::string loadPresetFile(IEffectLibrary& library, const std::string& path, ParameterStore& parameters) {
