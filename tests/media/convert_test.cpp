@@ -216,6 +216,36 @@ TEST(Convert, BringsUntouchedPicturesBack) {
     }
 }
 
+// Chroma that rises evenly with the rows of the frame. Rec. ITU-T H.262, figure 6-2: its samples lie a quarter of a row
+// of their field below the upper row in the top field, above the lower one in the bottom field, so half a row of the
+// frame below every second row.
+TEST(Convert, TakesTheChromaOfEachFieldFromWhereItLies) {
+    struct Case {
+        AVPixelFormat format;
+        Depth depth;
+        double step;  ///< in 8-bit levels, from row to row of the chroma plane
+    };
+    for (const auto& [format, depth, step] : {Case{AV_PIX_FMT_YUV420P, Depth::kEightBit, 3},
+                                              {AV_PIX_FMT_NV12, Depth::kEightBit, -3},
+                                              {AV_PIX_FMT_YUV420P10LE, Depth::kFloat, 3}}) {
+        const double scale = std::ldexp(1.0, planeLayout(format)->depth - 8);
+        const AvFrame frame = makeFrame(format, 32, 64);
+        frame->interlaced_frame = 1;
+        frame->colorspace = AVCOL_SPC_BT709;
+        fill(*frame, 0, [&](int, int) { return 126 * scale; });
+        fill(*frame, 1, [&](int, int y) { return (128 + step * (y - 16)) * scale; });
+        fill(*frame, 2, [&](int, int) { return 128 * scale; });
+        Picture picture;
+        FrameReader(32, 64, depth).read(*frame, picture);
+        const double blue = 2 * (1 - 0.0722) * 255 / 224;  // for a level of chroma
+        for (int y = 8; y < 56; y++) {
+            const double expected = 110 * 255.0 / 219 + blue * step * ((y - 0.5) / 2 - 16);
+            EXPECT_NEAR(sampleOf(picture, 16, y, 0), expected, blue * 0.3 + (depth == Depth::kFloat ? 0 : 0.5))
+                << av_get_pix_fmt_name(format) << ", row " << y;
+        }
+    }
+}
+
 TEST(Convert, KeepsAndBlendsAlpha) {
     for (const AVPixelFormat format : {AV_PIX_FMT_YUVA420P, AV_PIX_FMT_YUVA444P10LE, AV_PIX_FMT_RGBA, AV_PIX_FMT_ARGB,
                                        AV_PIX_FMT_GBRAP, AV_PIX_FMT_RGBA64BE, AV_PIX_FMT_YA8}) {
