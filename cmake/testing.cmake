@@ -1,13 +1,23 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
+# What CTest reads before it runs the tests of a folder and those below, and so the environment of all of them: the user's own options,
+# looks and reports of crashes neither change what tests see nor are changed by them, and hosts under test have a crash
+# monitor of their own.
+set(LUMISET_TEST_ENVIRONMENT ${PROJECT_BINARY_DIR}/test_environment.cmake)
+file(CONFIGURE OUTPUT ${LUMISET_TEST_ENVIRONMENT} @ONLY CONTENT [[
+set(ENV{XDG_CONFIG_HOME} "@PROJECT_BINARY_DIR@/config")
+set(ENV{XDG_DATA_HOME} "@PROJECT_BINARY_DIR@/data")
+set(ENV{XDG_RUNTIME_DIR} "@PROJECT_BINARY_DIR@/runtime")
+]])
+
 # lumiset_test(NAME SOURCES file... LINKS library... ) declares a GoogleTest program whose cases CTest lists. Where
-# programs run in an emulator CTest lists the programs alone: starting one costs more than most cases. The user's own
-# options neither change what tests see nor are changed by them, and hosts under test have a crash monitor of their own.
+# programs run in an emulator CTest lists the programs alone: starting one costs more than most cases.
 function(lumiset_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE lumiset_options ${ARG_LINKS} GTest::gtest_main)
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${LUMISET_TEST_ENVIRONMENT})
   if(CMAKE_CROSSCOMPILING)
     add_test(NAME ${name} COMMAND ${name})
     # GoogleTest's last words are the skipped cases, unless some failed: then CTest calls the program skipped too.
@@ -15,10 +25,6 @@ function(lumiset_test name)
       SKIP_REGULAR_EXPRESSION "\\[  SKIPPED \\] [^[]*$"
       FIXTURES_REQUIRED Monitor)
   else()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-      PROPERTIES
-        ENVIRONMENT XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/config
-        ENVIRONMENT_MODIFICATION XDG_RUNTIME_DIR=set:${CMAKE_BINARY_DIR}/runtime
-        FIXTURES_REQUIRED Monitor)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES FIXTURES_REQUIRED Monitor)
   endif()
 endfunction()
