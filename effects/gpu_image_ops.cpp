@@ -42,8 +42,7 @@ std::int32_t quarterPoints(std::int32_t from, std::int32_t to) {
 
 }  // namespace
 
-bool growByEllipse(GPUFrame& frame, std::size_t ellipse, std::size_t ring, EllipseSize size, const GPUTexture& from,
-                   const GPUTexture& to, const GPUTexture& scratch) noexcept {
+void growByEllipse(PicturePasses& passes, std::size_t ellipse, std::size_t ring, EllipseSize size) noexcept {
     HalfAxes whole{size.width / 2, size.height / 2};
     const bool empty = whole.x < 1 || whole.y < 1;
     if (empty) {
@@ -51,18 +50,9 @@ bool growByEllipse(GPUFrame& frame, std::size_t ellipse, std::size_t ring, Ellip
     }
     const double growth = static_cast<double>(whole.larger()) / kExactRadius;
     const int rings = growth > 1.0 ? static_cast<int>(std::ceil(std::log(growth) / std::log(kGrowth))) : 0;
-    int passesLeft = empty ? 1 : 2 + rings;
-
-    // The two targets alternate so that the last pass ends in `to`.
-    const GPUTexture* last = &from;
-    const auto pass = [&](std::size_t program, const auto& setUniforms) {
-        const GPUTexture& target = --passesLeft % 2 == 0 ? to : scratch;
-        frame.pass(program, *last, target, setUniforms);
-        last = &target;
-    };
     HalfAxes done = rings == 0 ? whole : grownAfter(whole, 0, rings);
     for (int step = empty ? 1 : 0; step < 2; ++step) {
-        pass(ellipse, [&](ShaderProgram& program) {
+        passes.draw(ellipse, [&](ShaderProgram& program) {
             program.SetInt("step", step);
             program.SetFloat2("radius", static_cast<float>(done.x), static_cast<float>(done.y));
             // An ellipse without rows is left out whole.
@@ -74,14 +64,13 @@ bool growByEllipse(GPUFrame& frame, std::size_t ellipse, std::size_t ring, Ellip
         const HalfAxes next = grownAfter(whole, i, rings);
         const std::int32_t points = quarterPoints(done.larger(), next.larger());
         const double angle = std::numbers::pi / 2.0 / points;
-        pass(ring, [&](ShaderProgram& program) {
+        passes.draw(ring, [&](ShaderProgram& program) {
             program.SetFloat2("radius", static_cast<float>(next.x - done.x), static_cast<float>(next.y - done.y));
             program.SetInt("quarterPoints", points);
             program.SetFloat2("turn", static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)));
         });
         done = next;
     }
-    return frame.ok();
 }
 
 }  // namespace lumiset

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "effects/picture_passes.h"
 #include "effects/shaders/shader_texts.h"
 #include "gpu/gpu_frame.h"
 
@@ -26,7 +27,7 @@ struct EllipseSize {
 };
 
 /// Grows (dilation programs) or shrinks (erosion programs) the bright shapes of a mask, which stands in all channels
-/// alike, by an ellipse. `from`, `to` and `scratch` are three textures; `scratch` may hold anything afterwards.
+/// alike, by an ellipse. The mask is the picture of `passes`.
 ///
 /// A small ellipse is done exactly, from the extremes of runs of texels in its rows. A larger one is grown from a
 /// small one by rings: the Minkowski sum of two ellipses of one shape is the ellipse with the sum of their half axes,
@@ -34,7 +35,6 @@ struct EllipseSize {
 /// a texel (and its centre, as long as the ring is at most twice as large as what it grows). So the
 /// number of texels read grows with the square root of the size: about 155 for a diameter of 192. The edge of
 /// a large ellipse stays within about one texel of the true one's.
-bool growByEllipse(GPUFrame& frame, std::size_t ellipse, std::size_t ring, EllipseSize size, const GPUTexture& from,
-                   const GPUTexture& to, const GPUTexture& scratch) noexcept;
+void growByEllipse(PicturePasses& passes, std::size_t ellipse, std::size_t ring, EllipseSize size) noexcept;
 
 }  // namespace lumiset

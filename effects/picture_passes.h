@@ -14,7 +14,10 @@ public:
 
     [[nodiscard]] GPUTexture& picture() { return *m_current; }
 
-    /// The first pass: draws the source through the colour matrix of `color_matrix.frag`.
+    /// A first pass: draws the source.
+    void take(std::size_t program) { m_frame.pass(program, m_frame.source(), *m_current); }
+
+    /// Another: draws the source through the colour matrix of `color_matrix.frag`.
     void adjustColor(std::size_t program, const float (&matrix)[3][4]) {
         m_frame.pass(program, m_frame.source(), *m_current, [&](ShaderProgram& shader) {
             constexpr const char* kNames[] = {"matrixRow0", "matrixRow1", "matrixRow2"};
@@ -28,6 +31,16 @@ public:
     void draw(std::size_t program, SetUniforms&& setUniforms) {
         m_frame.pass(program, *m_current, *m_other, setUniforms);
         swap();
+    }
+    /// The same with the source as the program's first texture and the picture as its second.
+    template <class SetUniforms>
+    void drawWithSource(std::size_t program, SetUniforms&& setUniforms) {
+        m_frame.pass(program, {m_frame.source(), *m_current}, *m_other, setUniforms);
+        swap();
+    }
+    /// A separable blur as `GPUFrame::blur`.
+    void blur(std::size_t vertical, std::size_t horizontal, std::int32_t columns, std::int32_t rows) {
+        m_frame.blur(vertical, horizontal, columns, rows, *m_current, *m_other, *m_current);
     }
 
 protected:

@@ -15,8 +15,6 @@ GPUFrame::GPUFrame(GPUHelper& gpu, const GPUTexture& source, GPUTexture& destina
     m_source.height = std::min(source.height, destination.height);
     m_destination.width = m_source.width;
     m_destination.height = m_source.height;
-    // Passes that use the destination as scratch keep the plain order too; the last one swaps.
-    m_destination.format = PlainFormat(destination.format);
     m_ok = m_source.width > 0 && m_source.height > 0;
 }
 
@@ -32,7 +30,6 @@ GPUFrame::~GPUFrame() {
     }
     m_destination.width = m_given.width;
     m_destination.height = m_given.height;
-    m_destination.format = m_given.format;
 }
 
 bool GPUFrame::create(std::size_t temporaries, std::span<const GPUProgramSource> programs, std::int32_t temporaryWidth,
@@ -112,7 +109,6 @@ bool GPUFrame::blur(std::size_t vertical, std::size_t horizontal, std::int32_t c
 
 bool GPUFrame::finish(GPUTexture& result) noexcept {
     if (m_ok) {
-        m_destination.format = m_given.format;
         result.flipped = m_resultFlipped ? 1 : 0;
         m_gpu.NotifyTarget(m_destination.flipped);
         m_ok = m_gpu.SetRenderTarget(nullptr, false, 0, 0) && m_gpu.FinishFrame(result, m_destination);

@@ -33,9 +33,10 @@ private:
 
 /// One frame on its way through an effect's passes: the records cropped to their common size, the temporary
 /// textures and the programs, and one flag that ends the frame at the first failure. Whatever was made is given
-/// back when the object goes, and the destination's record is as the host left it.
+/// back when the object goes, and the destination's record is as the host left it. Nothing but `finish` draws into the
+/// destination, in one last step, so a frame that fails, wherever that is, leaves it as it was.
 ///
-/// Every texture but the source holds the plain channel order, and each pass tells its program so: "SwapChannels",
+/// Every temporary holds the plain channel order, and each pass tells its program so: "SwapChannels",
 /// "SwapChannelsSrc" and "SwapChannelsSrc0" are 1 where its first texture has the other order, "SwapChannelsSrc1" and
 /// "SwapChannelsSrc2" where the second and the third have. For an effect that knows up from down the source is turned
 /// as it is read, so that row 0 of every temporary is the picture's top; such an effect reads the source in passes of
@@ -44,7 +45,7 @@ private:
 /// Passes name their program by its place in the list that `create` was given.
 class GPUFrame {
 public:
-    static constexpr std::size_t kMaxTemporaries = 4;
+    static constexpr std::size_t kMaxTemporaries = 5;
     static constexpr std::size_t kMaxPrograms = 24;
 
     GPUFrame(GPUHelper& gpu, const GPUTexture& source, GPUTexture& destination, bool topDown) noexcept;
@@ -65,8 +66,6 @@ public:
                 std::int32_t temporaryHeight) noexcept;
 
     [[nodiscard]] const GPUTexture& source() const noexcept { return m_source; }
-    /// Free to be used as one more temporary until `finish`.
-    [[nodiscard]] GPUTexture& destination() noexcept { return m_destination; }
     [[nodiscard]] GPUTexture& temporary(std::size_t index) noexcept { return m_temporaries[index]; }
     [[nodiscard]] bool ok() const noexcept { return m_ok; }
 

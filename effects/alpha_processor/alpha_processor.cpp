@@ -184,27 +184,22 @@ bool CAlphaProcessor::RenderGPU(const ParamReader& params, const FrameFacts& fac
     if (!frame.create(2, kPrograms)) {
         return false;
     }
-    GPUTexture* shape = &frame.temporary(0);
-    GPUTexture* other = &frame.temporary(1);
-    frame.pass(kExtract, frame.source(), *shape);
+    PicturePasses shape(frame);
+    shape.take(kExtract);
     if (sizes.morphology != Morphology::kNone && sizes.ellipse.width >= 1 && sizes.ellipse.height >= 1) {
         const bool erodes = sizes.morphology == Morphology::kErode;
-        growByEllipse(frame, erodes ? kErode : kDilate, erodes ? kErodeRing : kDilateRing, sizes.ellipse, *shape,
-                      *other, frame.destination());
-        std::swap(shape, other);
+        growByEllipse(shape, erodes ? kErode : kDilate, erodes ? kErodeRing : kDilateRing, sizes.ellipse);
     }
     if (sizes.blurWidth >= 1.0F) {
-        frame.blur(kBlurVertical, kBlurHorizontal, static_cast<std::int32_t>(std::min(sizes.blurWidth, kMostTaps)),
-                   static_cast<std::int32_t>(std::min(sizes.blurHeight, kMostTaps)), *shape, frame.destination(),
-                   *other);
-        std::swap(shape, other);
+        shape.blur(kBlurVertical, kBlurHorizontal, static_cast<std::int32_t>(std::min(sizes.blurWidth, kMostTaps)),
+                   static_cast<std::int32_t>(std::min(sizes.blurHeight, kMostTaps)));
     }
-    frame.pass(kCompose, {frame.source(), *shape}, *other, [&](ShaderProgram& program) {
+    shape.drawWithSource(kCompose, [&](ShaderProgram& program) {
         program.SetInt("invert", settings.invert ? 1 : 0);
         program.SetInt("multiply", settings.premultiply ? 1 : 0);
         program.SetInt("testMask", settings.testMask ? 1 : 0);
     });
-    return CBaseEffectHelper::FinishFrame(frame, *other);
+    return CBaseEffectHelper::FinishFrame(frame, shape.picture());
 }
 
 }  // namespace

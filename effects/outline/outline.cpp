@@ -150,18 +150,16 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
     if (!frame.create(2, kPrograms)) {
         return false;
     }
-    GPUTexture& shape = frame.temporary(0);
-    GPUTexture& grown = frame.temporary(1);
-    frame.pass(kExtract, frame.source(), shape);
-    growByEllipse(frame, kEllipse, kRing, sizes.ellipse, shape, grown, frame.destination());
-    frame.blur(kBlurVertical, kBlurHorizontal, sizes.gpuBlurWidth, sizes.gpuBlurHeight, grown, frame.destination(),
-               shape);
-    frame.pass(kCompose, {frame.source(), shape}, grown, [&](ShaderProgram& program) {
+    PicturePasses shape(frame);
+    shape.take(kExtract);
+    growByEllipse(shape, kEllipse, kRing, sizes.ellipse);
+    shape.blur(kBlurVertical, kBlurHorizontal, sizes.gpuBlurWidth, sizes.gpuBlurHeight);
+    shape.drawWithSource(kCompose, [&](ShaderProgram& program) {
         const auto [red, green, blue] = unitColor(settings.color);
         program.SetFloat3("colors", red, green, blue);
         program.SetFloat("opacity", settings.opacity);
     });
-    return frame.finish(grown);
+    return frame.finish(shape.picture());
 }
 
 using COutline = EffectOf<kInfo, render, renderGPU>;

@@ -138,13 +138,13 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
     const BlurSize size = blurSize(settings.blur, facts);
     MemoryAllocator heap;
     CornerOutline outline(heap);
-    if (!outline.trace(settings.mask.shape, facts.width, facts.height) || !frame.create(3, kPrograms)) {
+    if (!outline.trace(settings.mask.shape, facts.width, facts.height) || !frame.create(4, kPrograms)) {
         return false;
     }
     const GPUTexture& sharp = frame.temporary(0);
     const GPUTexture& mask = frame.temporary(1);
-    const GPUTexture& outside = frame.destination();
-    GPUTexture& other = frame.temporary(2);
+    const GPUTexture& outside = frame.temporary(2);
+    GPUTexture& other = frame.temporary(3);
     frame.pass(kCopy, frame.source(), sharp);
     if (!settings.testMask && !size.visible()) {
         return frame.finish(frame.temporary(0));

@@ -174,14 +174,14 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
     const Settings settings = readSettings(params);
     MemoryAllocator heap;
     CornerOutline outline(heap);
-    if (!outline.trace(settings.mask.shape, facts.width, facts.height) || !frame.create(4, kPrograms)) {
+    if (!outline.trace(settings.mask.shape, facts.width, facts.height) || !frame.create(5, kPrograms)) {
         return false;
     }
     GPUTexture& picture = frame.temporary(0);
     const GPUTexture& inside = frame.temporary(1);
-    const GPUTexture& outside = frame.destination();
-    const GPUTexture& mask = frame.temporary(2);
-    GPUTexture& other = frame.temporary(3);
+    const GPUTexture& outside = frame.temporary(2);
+    const GPUTexture& mask = frame.temporary(3);
+    GPUTexture& other = frame.temporary(4);
     frame.pass(kCopy, frame.source(), picture);
     if (settings.showsSource()) {
         return frame.finish(picture);

@@ -4,7 +4,7 @@
 
 namespace lumiset::test {
 
-/// Another store of textures and programs whose creation fails at one call, counted from 0.
+/// Another store of textures and programs that refuses one call, counted from 0: a creation or a target.
 class FailingResources final : public GPUResources {
 public:
     FailingResources(GPUResources& inner, int failAt) : m_inner(inner), m_failAt(failAt) {}
@@ -37,7 +37,7 @@ public:
     void LUMISET_CALL ReleaseProgram(IHostProgram* program) noexcept override { m_inner.ReleaseProgram(program); }
     bool LUMISET_CALL SetRenderTarget(IHostGL* gl, const GPUTexture* texture, std::uint32_t samples, std::uint32_t a,
                                       std::uint32_t b) noexcept override {
-        return m_inner.SetRenderTarget(gl, texture, samples, a, b);
+        return m_calls++ != m_failAt && m_inner.SetRenderTarget(gl, texture, samples, a, b);
     }
 
 private:

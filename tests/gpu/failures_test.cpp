@@ -27,6 +27,7 @@ namespace {
 struct Outcome {
     bool rendered;
     bool refused;                      ///< what was to be refused was asked for
+    bool touched;                      ///< something was drawn into the destination
     std::vector<std::string> drawing;  ///< targets, programs, uniforms and corners, in order
 };
 
@@ -43,12 +44,19 @@ Outcome renderFrame(const EffectTester& tester, ValueHost host, const Prepare& p
     const FrameRenderInfo info = frameInfo(1.5);
     Outcome outcome{};
     outcome.rendered = tester.effect().ProcessFrameGPU(0, &host, &gpu, &source, nullptr, &destination, &info);
-    outcome.refused = gpu.creations > gpu.failAt;
+    outcome.refused = (gpu.failAt != FakeGPUHost::kNever && gpu.creations > gpu.failAt) ||
+                      (gpu.refusedTargets > 0 && gpu.targetCalls > gpu.refuseTargetsFrom);
     EXPECT_EQ(arraysToRefuse, 0);
     EXPECT_EQ(gpu.live, 0);
     EXPECT_EQ(gpu.references, 0);
     EXPECT_EQ(destination.format, given.format);
+    bool isDestination = false;
+    int targets = 0;
     for (const std::string& call : fakeGL().calls) {
+        if (call.rfind("Target ", 0) == 0 && !gpu.refusesTarget(targets++)) {
+            isDestination = call == "Target destination 0";
+        }
+        outcome.touched = outcome.touched || (isDestination && call.rfind("Vertex3f ", 0) == 0);
         for (const char* kind : {"Target ", "Use ", "Set ", "Vertex3f "}) {
             if (call.rfind(kind, 0) == 0) {
                 outcome.drawing.push_back(call);
@@ -88,6 +96,29 @@ TEST(Failures, OfACreationLeaveNothingDrawn) {
                 EXPECT_TRUE(!outcome.rendered || refusal == Refusal::kNoMemory);
                 EXPECT_EQ(outcome.rendered, !outcome.drawing.empty());
                 ASSERT_LT(failAt, 50);
+            }
+        }
+    });
+}
+
+TEST(Failures, OfATargetLeaveTheDestinationOrTheSamePicture) {
+    forEveryPreset([](const EffectTester& tester, const ValueHost& host) {
+        const Outcome whole = renderFrame(tester, host, [](FakeGPUHost&) {});
+        ASSERT_TRUE(whole.rendered && whole.touched);
+        for (const int times : {1, 1000}) {
+            for (int failAt = 0;; ++failAt) {
+                SCOPED_TRACE(::testing::Message() << "target " << failAt << ", " << times << " times");
+                const Outcome outcome = renderFrame(tester, host, [&](FakeGPUHost& gpu) {
+                    gpu.refuseTargetsFrom = failAt;
+                    gpu.refusedTargets = times;
+                });
+                if (!outcome.refused) {
+                    EXPECT_TRUE(outcome.rendered);
+                    break;
+                }
+                EXPECT_EQ(outcome.touched, outcome.rendered);
+                EXPECT_TRUE(!outcome.rendered || outcome.drawing == whole.drawing);
+                ASSERT_LT(failAt, 200);
             }
         }
     });

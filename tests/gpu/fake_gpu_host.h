@@ -112,7 +112,9 @@ public:
     int live = 0;        ///< textures and programs that are out
     int references = 0;  ///< that the module holds
     std::int32_t maxSamples = 32;
-    int refuseTargets = 0;               ///< so many times SetRenderTarget fails
+    int refuseTargetsFrom = 0;  ///< call of SetRenderTarget, counted from 0
+    int refusedTargets = 0;     ///< so many calls from that one on fail
+    int targetCalls = 0;
     std::vector<std::string> uniforms;   ///< of every program; those that its text declares where this is empty
     std::vector<std::string> fragments;  ///< texts of the programs made, in order
 
@@ -131,6 +133,9 @@ public:
     std::uint32_t LUMISET_CALL AddRef() noexcept override { return static_cast<std::uint32_t>(++references); }
     std::uint32_t LUMISET_CALL Release() noexcept override { return static_cast<std::uint32_t>(--references); }
 
+    [[nodiscard]] bool refusesTarget(int call) const {
+        return call >= refuseTargetsFrom && call - refuseTargetsFrom < refusedTargets;
+    }
     /// Takes an extension's function out of the table.
     void withoutEntry(std::size_t place) { m_table.entries[place] = nullptr; }
 
@@ -204,7 +209,7 @@ public:
                                       std::uint32_t) noexcept override {
         fakeGL().note("Target", target != nullptr ? static_cast<FakeTexture*>(target->handle)->name() : "none",
                       samples);
-        return refuseTargets-- <= 0;
+        return !refusesTarget(targetCalls++);
     }
 
 private:

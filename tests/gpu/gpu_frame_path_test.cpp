@@ -70,10 +70,9 @@ TEST_F(FramePathTest, DrawsOutlineInItsPasses) {
     EXPECT_EQ(
         passes(),
         (Calls{"T0, SwapChannels 1, Texture0_texture source",
-               "destination, SwapChannels 0, step 0, radius 3 1, Texture0_texture T0",
-               "T1, SwapChannels 0, step 1, radius 3 1, Texture0_texture destination",
-               "destination, blurSize 1, isOdd 1, Texture0_texture T1",
-               "T0, blurSize 3, isOdd 0, Texture0_texture destination",
+               "T1, SwapChannels 0, step 0, radius 3 1, Texture0_texture T0",
+               "T0, SwapChannels 0, step 1, radius 3 1, Texture0_texture T1",
+               "T1, blurSize 1, isOdd 1, Texture0_texture T0", "T0, blurSize 3, isOdd 0, Texture0_texture T1",
                "T1, SwapChannels 1, colors 0.2 0.8 0, opacity 0.75, Texture0_texture source, Texture1_texture T0",
                "none", "destination, SwapChannelsDst 1, Tex T1, texCoordScale0 1 1, texCoordShift0 0 0", "none"}));
     EXPECT_EQ(fakeGL().calls[0], "CreateTexture 60 40 0");
@@ -165,7 +164,7 @@ TEST_F(FramePathTest, FailsWithoutATraceAtEveryCreation) {
 }
 
 TEST_F(FramePathTest, UnbindsItsTargetWhenAPassCannotBeDrawn) {
-    m_gpu->refuseTargets = 1;
+    m_gpu->refusedTargets = 1;
     EXPECT_FALSE(render());
     EXPECT_EQ(passes(), (Calls{"T0", "none"}));
 }

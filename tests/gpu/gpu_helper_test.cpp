@@ -110,17 +110,17 @@ TEST_F(GPUHelperTest, BlursTheSecondDirectionFirst) {
 
 TEST_F(GPUHelperTest, HalvesTheSamplesBelowEightAndTriesAgain) {
     const GPUTexture target = m_host->texture("out", 5, 5);
-    m_host->refuseTargets = 2;
+    m_host->refusedTargets = 2;
     taken();
     EXPECT_TRUE(m_helper.SetRenderTarget(&target, true, 0, 0));
     EXPECT_EQ(taken(), (Calls{"Target out 4", "Target out 4", "Target out 4"}));
-    m_host->refuseTargets = 1 << 30;
+    m_host->refusedTargets = 1 << 30;
     EXPECT_FALSE(m_helper.SetRenderTarget(&target, true, 0, 0));
     EXPECT_EQ(taken().size(), 1000U) << "and does not try for ever";
     m_host->maxSamples = 0;
     EXPECT_FALSE(m_helper.SetRenderTarget(&target, true, 0, 0));
     EXPECT_EQ(taken(), Calls{"Target out 0"}) << "no other number is left";
-    m_host->refuseTargets = 0;
+    m_host->refusedTargets = 0;
 }
 
 TEST_F(GPUHelperTest, CopiesToTheTargetInItsOrders) {

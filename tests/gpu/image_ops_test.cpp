@@ -23,7 +23,7 @@ public:
     }
 };
 
-enum Program : std::size_t { kDilateEllipse, kDilateRing, kErodeEllipse, kErodeRing };
+enum Program : std::size_t { kDilateEllipse, kDilateRing, kErodeEllipse, kErodeRing, kCopy };
 
 class EllipseOnGPU : public WithGL {
 protected:
@@ -39,13 +39,17 @@ protected:
         GPUTexture to = gl().makeTexture(source.width(), source.height(), kFormatBgra8);
         gl().upload(source.desc(), from);
         {
-            constexpr auto kPrograms = std::to_array<GPUProgramSource>(
-                {kDilateEllipseProgram, kDilateRingProgram, kErodeEllipseProgram, kErodeRingProgram});
+            constexpr auto kPrograms = std::to_array<GPUProgramSource>({kDilateEllipseProgram,
+                                                                        kDilateRingProgram,
+                                                                        kErodeEllipseProgram,
+                                                                        kErodeRingProgram,
+                                                                        {shaders::kPassVert, shaders::kPlainCopyFrag}});
             GPUFrame frame(helper, from, to, false);
             EXPECT_TRUE(frame.create(2, kPrograms));
-            EXPECT_TRUE(growByEllipse(frame, erode ? kErodeEllipse : kDilateEllipse, erode ? kErodeRing : kDilateRing,
-                                      size, frame.source(), frame.temporary(0), frame.temporary(1)));
-            EXPECT_TRUE(frame.finish(frame.temporary(0)));
+            PicturePasses mask(frame);
+            mask.take(kCopy);
+            growByEllipse(mask, erode ? kErodeEllipse : kDilateEllipse, erode ? kErodeRing : kDilateRing, size);
+            EXPECT_TRUE(frame.finish(mask.picture()));
         }
         helper.Bind(nullptr, nullptr);
         gl().download(to, result.desc());
