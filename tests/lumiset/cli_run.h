@@ -130,8 +130,19 @@ inline RunResult runLumiset(std::vector<std::string> arguments, const std::strin
         argv.push_back(argument.data());
     }
     argv.push_back(nullptr);
+    // What runs in the background of a shell ignores interrupts, and so would its children.
+    sigset_t ending;
+    ::sigemptyset(&ending);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ::sigaddset(&ending, signal);
+    }
+    posix_spawnattr_t attributes;
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawnattr_setsigdefault(&attributes, &ending);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t process = 0;
-    const int error = ::posix_spawn(&process, LUMISET_PROGRAM, &files, nullptr, argv.data(), environ);
+    const int error = ::posix_spawn(&process, LUMISET_PROGRAM, &files, &attributes, argv.data(), environ);
+    ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&files);
     RunResult result;
     if (error != 0) {
