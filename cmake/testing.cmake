@@ -1,9 +1,9 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
-# What CTest reads before it runs the tests of a folder and those below, and so the environment of all of them: the user's own options,
-# looks and reports of crashes neither change what tests see nor are changed by them, and hosts under test have a crash
-# monitor of their own.
+# What CTest reads before it runs the tests of a folder and those below, and so the environment of all of them: the
+# user's own options, looks and reports of crashes neither change what tests see nor are changed by them, and hosts under
+# test have a crash monitor of their own.
 set(LUMISET_TEST_ENVIRONMENT ${PROJECT_BINARY_DIR}/test_environment.cmake)
 file(CONFIGURE OUTPUT ${LUMISET_TEST_ENVIRONMENT} @ONLY CONTENT [[
 set(ENV{XDG_CONFIG_HOME} "@PROJECT_BINARY_DIR@/config")
