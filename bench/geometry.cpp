@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <cmath>
-#include <numbers>
 #include <opencv2/imgproc.hpp>
 
 #include "bench/bench_case.h"
@@ -19,37 +16,6 @@ struct ResizeRow {
     int opencv;
     double aim;
 };
-
-/// Bends the whole frame's top and bottom in strips of 8 columns, as a tube's picture is.
-template <class Warp>
-bool bend(const Warp& warp) {
-    const auto curveAt = [](double x) { return 50 - 50 * std::sin(std::numbers::pi * x / kWidth); };
-    bool done = true;
-    for (std::int32_t x = 0; x + 1 < kWidth; x += 8) {
-        const std::int32_t end = std::min(x + 8, kWidth - 1);
-        const double left = x;
-        const double right = end;
-        const ImgPoint quad[4] = {{left, curveAt(left)},
-                                  {right, curveAt(right)},
-                                  {right, kHeight - 1 - curveAt(right)},
-                                  {left, kHeight - 1 - curveAt(left)}};
-        done &= warp({x, 0, end, kHeight - 1}, quad) == kImgOk;
-    }
-    return done;
-}
-
-constexpr ImgPoint kTilted[4] = {{100, 40}, {1800, 0}, {1900, 1000}, {30, 1070}};
-
-void warpByOpenCV(const cv::Mat& from, const cv::Mat& to) {
-    const cv::Point2f src[4] = {{0, 0}, {kWidth - 1, 0}, {kWidth - 1, kHeight - 1}, {0, kHeight - 1}};
-    cv::Point2f dst[4];
-    for (int i = 0; i < 4; ++i) {
-        dst[i] = {static_cast<float>(kTilted[i].x), static_cast<float>(kTilted[i].y)};
-    }
-    cv::Mat out = to;
-    cv::warpPerspective(from, out, cv::getPerspectiveTransform(src, dst), out.size(), cv::INTER_LINEAR,
-                        cv::BORDER_TRANSPARENT);
-}
 
 void addResizes(Cases& cases) {
     Frames& f = frames();
@@ -80,28 +46,6 @@ void addResizes(Cases& cases) {
 
 void addWarps(Cases& cases) {
     Frames& f = frames();
-    cases.push_back({"ImgWarpQuad8C4 240 strips", Base::kFrame8,
-                     [&f](std::size_t n) {
-                         return bend([&](const ImgPixelRect& rect, const ImgPoint* quad) {
-                             return ImgWarpQuad8C4(f.a8.bytes(n), f.a8.step(), f.a8.size(), rect, f.out8.bytes(n),
-                                                   f.out8.step(), quad, 3, f.out8.size());
-                         });
-                     },
-                     14});
-    cases.push_back({"ImgWarpQuadFC4 240 strips", Base::kFrameFloat,
-                     [&f](std::size_t n) {
-                         return bend([&](const ImgPixelRect& rect, const ImgPoint* quad) {
-                             return ImgWarpQuadFC4(f.aF.floats(n), f.aF.step(), f.aF.size(), rect, f.outF.floats(n),
-                                                   f.outF.step(), quad, 3, f.outF.size());
-                         });
-                     },
-                     14});
-    cases.push_back({"ImgWarpQuad8C4 one tilted quad", Base::kFrame8,
-                     [&f](std::size_t n) {
-                         return ImgWarpQuad8C4(f.a8.bytes(n), f.a8.step(), f.a8.size(), {0, 0, kWidth - 1, kHeight - 1},
-                                               f.out8.bytes(n), f.out8.step(), kTilted, 3, f.out8.size()) == kImgOk;
-                     },
-                     14, [&f](std::size_t n) { warpByOpenCV(f.a8.mat(n), f.out8.mat(n)); }});
     static constexpr double kTurn[2][3] = {{0.96, -0.28, 200}, {0.28, 0.96, -150}};
     cases.push_back({"ImgWarpAffine8C4 linear, smooth edge", Base::kFrame8,
                      [&f](std::size_t n) {

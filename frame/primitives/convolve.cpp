@@ -134,12 +134,13 @@ HWY_EXPORT(convolveFloatPlanes);
 
 namespace {
 
-template <int kChannels, bool kSkipsFourth, bool kRows, class T, class Tap>
-ImgStatus prepare(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, ImgSize size,
-                  const ConvolveKernel<Tap>& kernel, ConvolvePlanes<T>& planes) {
-    const std::int32_t pixelBytes = kChannels * static_cast<std::int32_t>(sizeof(T));
-    const ImgStatus status =
-        checkPlanes(size, {{src, srcStep, pixelBytes}, {dst, dstStep, pixelBytes}, arrayArgument(kernel.taps)});
+/// `loop(planes, kernel)`, unless an argument is wrong.
+template <class Loop, class T, class Tap>
+ImgStatus convolve(const Loop& loop, const ImgConvolution& kind, Plane<const T> src, Plane<T> dst, ImgSize size,
+                   const ConvolveKernel<Tap>& kernel) {
+    const std::int32_t pixelBytes = kind.channels * static_cast<std::int32_t>(sizeof(T));
+    const ImgStatus status = checkPlanes(
+        size, {{src.data, src.step, pixelBytes}, {dst.data, dst.step, pixelBytes}, arrayArgument(kernel.taps)});
     if (status != kImgOk) {
         return status;
     }
@@ -149,92 +150,28 @@ ImgStatus prepare(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstSt
     if (kernel.divisor == 0) {
         return kImgBadRange;
     }
-    planes = {{src, srcStep},
-              {dst, dstStep},
-              size.width * kChannels - (kSkipsFourth ? 1 : 0),
-              size.height,
-              kRows ? kChannels : srcStep / static_cast<std::ptrdiff_t>(sizeof(T)),
-              kSkipsFourth};
+    const std::int32_t samples = size.width * kind.channels - (kind.skipsFourth ? 1 : 0);
+    const std::ptrdiff_t tapStep = kind.alongRows ? kind.channels : src.step / static_cast<std::ptrdiff_t>(sizeof(T));
+    loop({src, dst, samples, size.height, tapStep, kind.skipsFourth}, kernel);
     return kImgOk;
-}
-
-template <int kChannels, bool kSkipsFourth, bool kRows>
-ImgStatus convolveBytes(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                        ImgSize size, const ConvolveKernel<std::int32_t>& kernel) {
-    ConvolvePlanes<std::uint8_t> planes{};
-    const ImgStatus status = prepare<kChannels, kSkipsFourth, kRows>(src, srcStep, dst, dstStep, size, kernel, planes);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(convolveBytePlanes)(planes, kernel);
-    }
-    return status;
-}
-
-template <int kChannels, bool kSkipsFourth, bool kRows>
-ImgStatus convolveFloats(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                         const ConvolveKernel<float>& kernel) {
-    ConvolvePlanes<float> planes{};
-    const ImgStatus status = prepare<kChannels, kSkipsFourth, kRows>(src, srcStep, dst, dstStep, size, kernel, planes);
-    if (status == kImgOk) {
-        HWY_DYNAMIC_DISPATCH(convolveFloatPlanes)(planes, kernel);
-    }
-    return status;
 }
 
 }  // namespace
 
-ImgStatus ImgConvolveRows8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                             std::int32_t divisor) noexcept {
-    return convolveBytes<1, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
+ImgStatus ImgConvolution8::operator()(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst,
+                                      std::int32_t dstStep, ImgSize size, const std::int32_t* kernel,
+                                      std::int32_t kernelSize, std::int32_t anchor,
+                                      std::int32_t divisor) const noexcept {
+    return convolve(HWY_DYNAMIC_DISPATCH(convolveBytePlanes), *this, Plane<const std::uint8_t>{src, srcStep},
+                    Plane<std::uint8_t>{dst, dstStep}, size,
+                    ConvolveKernel<std::int32_t>{kernel, kernelSize, anchor, divisor});
 }
-ImgStatus ImgConvolveRows8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                             std::int32_t divisor) noexcept {
-    return convolveBytes<4, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
-}
-ImgStatus ImgConvolveRows8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                             std::int32_t divisor) noexcept {
-    return convolveBytes<4, true, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
-}
-ImgStatus ImgConvolveRowsFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
-    return convolveFloats<1, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
-}
-ImgStatus ImgConvolveRowsFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
-    return convolveFloats<4, false, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
-}
-ImgStatus ImgConvolveRowsFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
-    return convolveFloats<4, true, true>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
-}
-ImgStatus ImgConvolveColumns8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                                std::int32_t divisor) noexcept {
-    return convolveBytes<1, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
-}
-ImgStatus ImgConvolveColumns8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                                std::int32_t divisor) noexcept {
-    return convolveBytes<4, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
-}
-ImgStatus ImgConvolveColumns8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                                std::int32_t divisor) noexcept {
-    return convolveBytes<4, true, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, divisor});
-}
-ImgStatus ImgConvolveColumnsFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
-    return convolveFloats<1, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
-}
-ImgStatus ImgConvolveColumnsFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
-    return convolveFloats<4, false, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
-}
-ImgStatus ImgConvolveColumnsFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept {
-    return convolveFloats<4, true, false>(src, srcStep, dst, dstStep, size, {kernel, kernelSize, anchor, 1});
+
+ImgStatus ImgConvolutionF::operator()(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep,
+                                      ImgSize size, const float* kernel, std::int32_t kernelSize,
+                                      std::int32_t anchor) const noexcept {
+    return convolve(HWY_DYNAMIC_DISPATCH(convolveFloatPlanes), *this, Plane<const float>{src, srcStep},
+                    Plane<float>{dst, dstStep}, size, ConvolveKernel<float>{kernel, kernelSize, anchor, 1});
 }
 
 }  // namespace lumiset

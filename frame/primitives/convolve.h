@@ -16,35 +16,33 @@
 
 namespace lumiset {
 
-ImgStatus ImgConvolveRows8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                             std::int32_t divisor) noexcept;
-ImgStatus ImgConvolveRows8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                             std::int32_t divisor) noexcept;
-ImgStatus ImgConvolveRows8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                             ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                             std::int32_t divisor) noexcept;
-ImgStatus ImgConvolveRowsFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept;
-ImgStatus ImgConvolveRowsFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept;
-ImgStatus ImgConvolveRowsFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                             const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept;
-ImgStatus ImgConvolveColumns8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                                std::int32_t divisor) noexcept;
-ImgStatus ImgConvolveColumns8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                                std::int32_t divisor) noexcept;
-ImgStatus ImgConvolveColumns8A4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                                ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                                std::int32_t divisor) noexcept;
-ImgStatus ImgConvolveColumnsFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept;
-ImgStatus ImgConvolveColumnsFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept;
-ImgStatus ImgConvolveColumnsFA4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                                const float* kernel, std::int32_t kernelSize, std::int32_t anchor) noexcept;
+/// What tells the convolutions apart. Each is a constant that is called like a function.
+struct ImgConvolution {
+    std::int32_t channels;
+    bool skipsFourth;
+    bool alongRows;
+};
+struct ImgConvolution8 : ImgConvolution {
+    ImgStatus operator()(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
+                         ImgSize size, const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                         std::int32_t divisor) const noexcept;
+};
+struct ImgConvolutionF : ImgConvolution {
+    ImgStatus operator()(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
+                         const float* kernel, std::int32_t kernelSize, std::int32_t anchor) const noexcept;
+};
+
+inline constexpr ImgConvolution8 ImgConvolveRows8C1{{1, false, true}};
+inline constexpr ImgConvolution8 ImgConvolveRows8C4{{4, false, true}};
+inline constexpr ImgConvolution8 ImgConvolveRows8A4{{4, true, true}};
+inline constexpr ImgConvolution8 ImgConvolveColumns8C1{{1, false, false}};
+inline constexpr ImgConvolution8 ImgConvolveColumns8C4{{4, false, false}};
+inline constexpr ImgConvolution8 ImgConvolveColumns8A4{{4, true, false}};
+inline constexpr ImgConvolutionF ImgConvolveRowsFC1{{1, false, true}};
+inline constexpr ImgConvolutionF ImgConvolveRowsFC4{{4, false, true}};
+inline constexpr ImgConvolutionF ImgConvolveRowsFA4{{4, true, true}};
+inline constexpr ImgConvolutionF ImgConvolveColumnsFC1{{1, false, false}};
+inline constexpr ImgConvolutionF ImgConvolveColumnsFC4{{4, false, false}};
+inline constexpr ImgConvolutionF ImgConvolveColumnsFA4{{4, true, false}};
 
 }  // namespace lumiset

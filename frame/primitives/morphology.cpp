@@ -62,8 +62,10 @@ void eachRectangle(const std::uint8_t* mask, ImgSize size, const Found& found) {
     }
 }
 
-ImgStatus init(std::int32_t width, const std::uint8_t* mask, ImgSize maskSize, std::int32_t anchorX,
-               std::int32_t anchorY, std::int32_t channels, bool isFloat, ImgMorphState** out) {
+}  // namespace
+
+ImgStatus ImgMorphInit::operator()(std::int32_t width, const std::uint8_t* mask, ImgSize maskSize, std::int32_t anchorX,
+                                   std::int32_t anchorY, ImgMorphState** out) const noexcept {
     if (mask == nullptr || out == nullptr) {
         return kImgNullPointer;
     }
@@ -97,8 +99,8 @@ ImgStatus init(std::int32_t width, const std::uint8_t* mask, ImgSize maskSize, s
 }
 
 template <class T>
-ImgStatus morph(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, ImgSize size,
-                const ImgMorphState* state, std::int32_t channels, bool minimum) {
+ImgStatus ImgMorph<T>::operator()(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, ImgSize size,
+                                  const ImgMorphState* state) const noexcept {
     const std::int32_t pixelBytes = channels * static_cast<std::int32_t>(sizeof(T));
     const ImgStatus status =
         checkPlanes(size, {{src, srcStep, pixelBytes}, {dst, dstStep, pixelBytes}, arrayArgument(state)});
@@ -126,63 +128,14 @@ ImgStatus morph(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep
     return done ? kImgOk : kImgNoMemory;
 }
 
-}  // namespace
-
-ImgStatus ImgMorphInit8C1(std::int32_t width, const std::uint8_t* mask, ImgSize maskSize, std::int32_t anchorX,
-                          std::int32_t anchorY, ImgMorphState** out) noexcept {
-    return init(width, mask, maskSize, anchorX, anchorY, 1, false, out);
-}
-ImgStatus ImgMorphInit8C4(std::int32_t width, const std::uint8_t* mask, ImgSize maskSize, std::int32_t anchorX,
-                          std::int32_t anchorY, ImgMorphState** out) noexcept {
-    return init(width, mask, maskSize, anchorX, anchorY, 4, false, out);
-}
-ImgStatus ImgMorphInitFC1(std::int32_t width, const std::uint8_t* mask, ImgSize maskSize, std::int32_t anchorX,
-                          std::int32_t anchorY, ImgMorphState** out) noexcept {
-    return init(width, mask, maskSize, anchorX, anchorY, 1, true, out);
-}
-ImgStatus ImgMorphInitFC4(std::int32_t width, const std::uint8_t* mask, ImgSize maskSize, std::int32_t anchorX,
-                          std::int32_t anchorY, ImgMorphState** out) noexcept {
-    return init(width, mask, maskSize, anchorX, anchorY, 4, true, out);
-}
+template struct ImgMorph<std::uint8_t>;
+template struct ImgMorph<float>;
 
 void ImgMorphFree(ImgMorphState* state) noexcept {
     if (state != nullptr) {
         delete[] state->rectangles;
         delete state;
     }
-}
-
-ImgStatus ImgDilate8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                       ImgSize size, const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 1, false);
-}
-ImgStatus ImgDilate8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                       ImgSize size, const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 4, false);
-}
-ImgStatus ImgDilateFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                       const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 1, false);
-}
-ImgStatus ImgDilateFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                       const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 4, false);
-}
-ImgStatus ImgErode8C1(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                      ImgSize size, const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 1, true);
-}
-ImgStatus ImgErode8C4(const std::uint8_t* src, std::int32_t srcStep, std::uint8_t* dst, std::int32_t dstStep,
-                      ImgSize size, const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 4, true);
-}
-ImgStatus ImgErodeFC1(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                      const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 1, true);
-}
-ImgStatus ImgErodeFC4(const float* src, std::int32_t srcStep, float* dst, std::int32_t dstStep, ImgSize size,
-                      const ImgMorphState* state) noexcept {
-    return morph(src, srcStep, dst, dstStep, size, state, 4, true);
 }
 
 }  // namespace lumiset

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "frame/primitives/resize.h"
+#include "frame/primitives/interpolation.h"
 
 namespace lumiset {
 namespace {

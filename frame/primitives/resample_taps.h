@@ -14,7 +14,7 @@ struct ResampleTaps {
     float weights[kMaxTaps];
 };
 
-/// Number of taps of an interpolation code (resize.h), 0 for an unknown one.
+/// Number of taps of an interpolation code, 0 for an unknown one.
 [[nodiscard]] std::int32_t resampleTapCount(std::int32_t interpolation) noexcept;
 
 /// Taps for the coordinate `s` among `size` samples. Nearest stays within the samples; for the others, samples

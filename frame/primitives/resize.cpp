@@ -275,17 +275,11 @@ void resizeAny(const ResizeJob<T>& job) {
 
 }  // namespace
 
-void resize8C1(const ResizeJob<std::uint8_t>& job) {
-    resizeAny<std::uint8_t, 1>(job);
+void resizeBytes(const ResizeJob<std::uint8_t>& job, std::int32_t channels) {
+    channels == 4 ? resizeAny<std::uint8_t, 4>(job) : resizeAny<std::uint8_t, 1>(job);
 }
-void resize8C4(const ResizeJob<std::uint8_t>& job) {
-    resizeAny<std::uint8_t, 4>(job);
-}
-void resizeFC1(const ResizeJob<float>& job) {
-    resizeAny<float, 1>(job);
-}
-void resizeFC4(const ResizeJob<float>& job) {
-    resizeAny<float, 4>(job);
+void resizeFloats(const ResizeJob<float>& job, std::int32_t channels) {
+    channels == 4 ? resizeAny<float, 4>(job) : resizeAny<float, 1>(job);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
@@ -295,10 +289,8 @@ HWY_AFTER_NAMESPACE();
 namespace lumiset {
 namespace {
 
-HWY_EXPORT(resize8C1);
-HWY_EXPORT(resize8C4);
-HWY_EXPORT(resizeFC1);
-HWY_EXPORT(resizeFC4);
+HWY_EXPORT(resizeBytes);
+HWY_EXPORT(resizeFloats);
 
 template <class T>
 ImgStatus checkResize(const ResizeJob<T>& job, std::int32_t channels) {
@@ -315,15 +307,6 @@ ImgStatus checkResize(const ResizeJob<T>& job, std::int32_t channels) {
     const bool usable = map.xFactor > 0 && map.yFactor > 0 && std::isfinite(map.xFactor) &&
                         std::isfinite(map.yFactor) && std::isfinite(map.xShift) && std::isfinite(map.yShift);
     return usable && resampleTapCount(map.interpolation) != 0 ? kImgOk : kImgBadRange;
-}
-
-template <std::int32_t kChannels, class T, class Loop>
-ImgStatus resize(Loop& loop, const ResizeJob<T>& job) {
-    const ImgStatus status = job.scratch == nullptr ? kImgNullPointer : checkResize(job, kChannels);
-    if (status == kImgOk) {
-        loop(job);
-    }
-    return status;
 }
 
 }  // namespace
@@ -348,43 +331,32 @@ ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t i
     return kImgOk;
 }
 
-ImgStatus ImgResize8C1(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads) noexcept {
-    return resize<1, std::uint8_t>(
-        HWY_DYNAMIC_DISPATCH(resize8C1),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
+template <class T>
+ImgStatus ImgResize<T>::operator()(const T* src, std::int32_t srcStep, ImgSize srcSize, T* dst, std::int32_t dstStep,
+                                   const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                                   const MemoryAllocator* threads) const noexcept {
+    const ResizeJob<T> job{{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch),
+                           dstSize,        threads};
+    const ImgStatus status = scratch == nullptr ? kImgNullPointer : checkResize(job, channels);
+    if (status != kImgOk) {
+        return status;
+    }
+    if constexpr (sizeof(T) == 1) {
+        HWY_DYNAMIC_DISPATCH(resizeBytes)(job, channels);
+    } else {
+        HWY_DYNAMIC_DISPATCH(resizeFloats)(job, channels);
+    }
+    return kImgOk;
 }
 
-ImgStatus ImgResize8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads) noexcept {
-    return resize<4, std::uint8_t>(
-        HWY_DYNAMIC_DISPATCH(resize8C4),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
-}
-
-ImgStatus ImgResizeFC1(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads) noexcept {
-    return resize<1, float>(
-        HWY_DYNAMIC_DISPATCH(resizeFC1),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
-}
-
-ImgStatus ImgResizeFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads) noexcept {
-    return resize<4, float>(
-        HWY_DYNAMIC_DISPATCH(resizeFC4),
-        {{src, srcStep}, srcSize, {dst, dstStep}, map, static_cast<std::uint8_t*>(scratch), dstSize, threads});
-}
+template struct ImgResize<std::uint8_t>;
+template struct ImgResize<float>;
 
 namespace {
 
-template <class T, class Resize>
+template <class T>
 ImgStatus resizeSimple(const T* src, std::int32_t srcStep, ImgSize srcSize, T* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, ImgSize dstSize, const Resize& resize) {
+                       const ImgResizeMap& map, ImgSize dstSize) {
     const ResizeJob<T> job{{src, srcStep}, srcSize, {dst, dstStep}, map, nullptr, dstSize, nullptr};
     if (const ImgStatus status = checkResize(job, 4); status != kImgOk) {
         return status;
@@ -398,7 +370,7 @@ ImgStatus resizeSimple(const T* src, std::int32_t srcStep, ImgSize srcSize, T* d
     if (scratch == nullptr) {
         return kImgNoMemory;
     }
-    const ImgStatus status = resize(src, srcStep, srcSize, dst, dstStep, map, scratch, dstSize, nullptr);
+    const ImgStatus status = ImgResize<T>{4}(src, srcStep, srcSize, dst, dstStep, map, scratch, dstSize);
     ImgFree(scratch);
     return status;
 }
@@ -409,13 +381,13 @@ ImgStatus ImgResizeSimple8C4(const std::uint8_t* src, std::int32_t srcStep, ImgS
                              std::int32_t dstStep, double xFactor, double yFactor, std::int32_t interpolation,
                              ImgSize dstSize) noexcept {
     const ImgResizeMap map{xFactor, yFactor, 0, 0, interpolation};
-    return resizeSimple(src, srcStep, srcSize, dst, dstStep, map, dstSize, ImgResize8C4);
+    return resizeSimple(src, srcStep, srcSize, dst, dstStep, map, dstSize);
 }
 
 ImgStatus ImgResizeSimpleFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
                              double xFactor, double yFactor, std::int32_t interpolation, ImgSize dstSize) noexcept {
     const ImgResizeMap map{xFactor, yFactor, 0, 0, interpolation};
-    return resizeSimple(src, srcStep, srcSize, dst, dstStep, map, dstSize, ImgResizeFC4);
+    return resizeSimple(src, srcStep, srcSize, dst, dstStep, map, dstSize);
 }
 
 }  // namespace lumiset

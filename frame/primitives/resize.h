@@ -5,17 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/primitives/interpolation.h"
 #include "frame/primitives/status.h"
 
 namespace lumiset {
 
 class MemoryAllocator;
-
-/// Interpolation codes; others answer `kImgBadRange`.
-inline constexpr std::int32_t kImgNearest = 1;   ///< the pixel at floor(s + 0.5)
-inline constexpr std::int32_t kImgLinear = 2;    ///< two pixels in each direction
-inline constexpr std::int32_t kImgCubic = 4;     ///< Catmull-Rom: cubic convolution with a = -1/2 (Keys 1981)
-inline constexpr std::int32_t kImgLanczos = 16;  ///< sinc windowed by the sinc of three lobes (Duchon 1979), sum 1
 
 /// dst(x, y) = src((x - xShift) / xFactor, (y - yShift) / yFactor), pixel centres at whole coordinates. The factors
 /// must be above 0 and everything finite (`kImgBadRange`).
@@ -37,18 +32,18 @@ ImgStatus ImgResizeBuffer(ImgSize srcSize, std::int32_t channels, std::int32_t i
 /// Interpolates the source picture at a point for each destination pixel, in shrinking as in enlarging. Coordinates
 /// beyond the source take its edge pixel; nothing outside it is read. 8-bit results are computed in single
 /// precision and rounded once. `scratch` has the bytes that `ImgResizeBuffer` tells, aligned as `ImgAlloc` does.
-ImgStatus ImgResize8C1(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads = nullptr) noexcept;
-ImgStatus ImgResize8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                       std::int32_t dstStep, const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads = nullptr) noexcept;
-ImgStatus ImgResizeFC1(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads = nullptr) noexcept;
-ImgStatus ImgResizeFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, float* dst, std::int32_t dstStep,
-                       const ImgResizeMap& map, void* scratch, ImgSize dstSize,
-                       const MemoryAllocator* threads = nullptr) noexcept;
+/// Each of these is a constant that is called like a function.
+template <class T>
+struct ImgResize {
+    std::int32_t channels;
+    ImgStatus operator()(const T* src, std::int32_t srcStep, ImgSize srcSize, T* dst, std::int32_t dstStep,
+                         const ImgResizeMap& map, void* scratch, ImgSize dstSize,
+                         const MemoryAllocator* threads = nullptr) const noexcept;
+};
+inline constexpr ImgResize<std::uint8_t> ImgResize8C1{1};
+inline constexpr ImgResize<std::uint8_t> ImgResize8C4{4};
+inline constexpr ImgResize<float> ImgResizeFC1{1};
+inline constexpr ImgResize<float> ImgResizeFC4{4};
 
 /// The same without shifts and with scratch of its own; `kImgNoMemory` when there is none.
 ImgStatus ImgResizeSimple8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,

@@ -16,19 +16,11 @@
 namespace lumiset {
 namespace {
 
-enum class WarpEdge {
-    kHard,   ///< touched pixels stay
-    kBlend,  ///< touched pixels are mixed into the destination by their coverage
-    kAlpha,  ///< touched pixels have their alpha scaled, and win against a smaller alpha
-};
-
-template <class T>
 struct WarpJob {
-    Plane<const T> src;
-    Plane<T> dst;
+    Plane<const std::uint8_t> src;
+    Plane<std::uint8_t> dst;
     bool nearest;
-    WarpEdge edge;
-    std::int32_t alphaIndex;
+    bool blendsEdge;  ///< pixels just outside are mixed into the destination by their coverage
 };
 
 constexpr std::size_t kStretch = 64;  ///< pixels at a time
@@ -54,8 +46,8 @@ struct Stretch {
     alignas(64) std::int32_t row[kStretch];
     alignas(64) float right[kStretch];
     alignas(64) float below[kStretch];
-    // For whole numbers: the shares of the upper two and of the lower two pixels as pairs of 16-bit numbers that add
-    // up to 2^kWeightBits.
+    // The shares of the upper two and of the lower two pixels as pairs of 16-bit numbers that add up to
+    // 2^kWeightBits.
     alignas(64) std::uint32_t upper[kStretch];
     alignas(64) std::uint32_t lower[kStretch];
 };
@@ -76,26 +68,22 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Positions along one axis, 0..extent: (first + i * step) / (1 + i * wStep) for pixel i. Returns the base pixel.
+/// Positions along one axis, 0..extent: first + i * step for pixel i. Returns the base pixel.
 template <bool kNearest>
-HWY_INLINE std::int32_t locateAlong(double first, double step, double wStep, std::int32_t extent, std::size_t count,
+HWY_INLINE std::int32_t locateAlong(double first, double step, std::int32_t extent, std::size_t count,
                                     std::int32_t* HWY_RESTRICT pixel, float* HWY_RESTRICT share) {
     const hn::CappedTag<float, 16> d;
     const hn::RebindToSigned<decltype(d)> di;
     const double base = std::floor(std::min(std::max(0.0, first), static_cast<double>(extent)));
     const auto offset = hn::Set(d, static_cast<float>(first - base));
-    const auto steps = hn::Set(d, static_cast<float>(step - base * wStep));
-    const auto wSteps = hn::Set(d, static_cast<float>(wStep));
+    const auto steps = hn::Set(d, static_cast<float>(step));
     const auto lowest = hn::Set(d, static_cast<float>(-base));
     const auto highest = hn::Set(d, static_cast<float>(extent - base));
-    // The last pixel pair ends at the rectangle's edge.
+    // The last pixel pair ends at the picture's edge.
     const auto lastPair = hn::Set(d, static_cast<float>(extent - base - (extent > 0 && !kNearest ? 1 : 0)));
     for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
-        const auto index = hn::Load(d, kIndices.values + k);
-        const auto w = hn::Add(hn::Set(d, 1.0F), hn::Mul(index, wSteps));
-        auto position = hn::Div(hn::Add(offset, hn::Mul(index, steps)), w);
-        // A position that is not a number, at the horizon of a steep perspective, counts as the lowest.
-        position = hn::IfThenElse(hn::Ge(position, lowest), hn::Min(position, highest), lowest);
+        auto position = hn::Add(offset, hn::Mul(hn::Load(d, kIndices.values + k), steps));
+        position = hn::Min(hn::Max(position, lowest), highest);
         if constexpr (kNearest) {
             position = hn::Floor(hn::Add(position, hn::Set(d, 0.5F)));
         }
@@ -106,44 +94,33 @@ HWY_INLINE std::int32_t locateAlong(double first, double step, double wStep, std
     return static_cast<std::int32_t>(base);
 }
 
-enum Walk { kAlongRow = 0, kDownColumn = 1 };
-
-/// Positions of the `count` pixels from (x, y) on.
-template <Walk kWalk, bool kNearest, bool kIntegerWeights>
+/// Positions of the `count` pixels of a row from (x, y) on.
+template <bool kNearest>
 HWY_INLINE void locate(const WarpPlan& plan, std::int32_t x, std::int32_t y, std::size_t count, Stretch& at) {
     const hn::CappedTag<float, 16> d;
     const hn::RebindToSigned<decltype(d)> di;
     const hn::RebindToUnsigned<decltype(d)> du;
-    const ImgPixelRect& rect = plan.rect;
-    double start[3];
-    for (int i = 0; i < 3; ++i) {
-        start[i] = plan.matrix[i][0] * x + plan.matrix[i][1] * y + plan.matrix[i][2];
-    }
-    // Divisions, not products with a reciprocal: a map that moves nothing is then exact.
-    const double w = start[2];
-    const double wStep = plan.matrix[2][kWalk] / w;
-    at.baseColumn = rect.left + locateAlong<kNearest>(start[0] / w, plan.matrix[0][kWalk] / w, wStep,
-                                                      rect.right - rect.left, count, at.column, at.right);
-    at.baseRow = rect.top + locateAlong<kNearest>(start[1] / w, plan.matrix[1][kWalk] / w, wStep,
-                                                  rect.bottom - rect.top, count, at.row, at.below);
-    if constexpr (kIntegerWeights) {
-        const auto one = hn::Set(d, static_cast<float>(1 << kWeightBits));
-        const auto half = hn::Set(d, 0.5F);
-        const auto low16 = hn::Set(di, 0xFFFF);
-        for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
-            const auto right = hn::Load(d, at.right + k);
-            const auto below = hn::Mul(hn::Load(d, at.below + k), one);
-            const auto lowerBoth = hn::ConvertTo(di, hn::Add(below, half));
-            const auto rightBoth = hn::ConvertTo(di, hn::Add(hn::Mul(right, one), half));
-            const auto lowerRight = hn::ConvertTo(di, hn::Add(hn::Mul(right, below), half));
-            const auto upperRight = hn::Sub(rightBoth, lowerRight);
-            const auto lowerLeft = hn::Sub(lowerBoth, lowerRight);
-            const auto upperLeft = hn::Sub(hn::Sub(hn::Set(di, 1 << kWeightBits), rightBoth), lowerLeft);
-            const auto upper = hn::Or(hn::ShiftLeft<16>(upperRight), hn::And(upperLeft, low16));
-            const auto lower = hn::Or(hn::ShiftLeft<16>(lowerRight), hn::And(lowerLeft, low16));
-            hn::Store(hn::BitCast(du, upper), du, at.upper + k);
-            hn::Store(hn::BitCast(du, lower), du, at.lower + k);
-        }
+    const double(*m)[3] = plan.matrix;
+    at.baseColumn = locateAlong<kNearest>(m[0][0] * x + m[0][1] * y + m[0][2], m[0][0], plan.lastColumn, count,
+                                          at.column, at.right);
+    at.baseRow =
+        locateAlong<kNearest>(m[1][0] * x + m[1][1] * y + m[1][2], m[1][0], plan.lastRow, count, at.row, at.below);
+    const auto one = hn::Set(d, static_cast<float>(1 << kWeightBits));
+    const auto half = hn::Set(d, 0.5F);
+    const auto low16 = hn::Set(di, 0xFFFF);
+    for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
+        const auto right = hn::Load(d, at.right + k);
+        const auto below = hn::Mul(hn::Load(d, at.below + k), one);
+        const auto lowerBoth = hn::ConvertTo(di, hn::Add(below, half));
+        const auto rightBoth = hn::ConvertTo(di, hn::Add(hn::Mul(right, one), half));
+        const auto lowerRight = hn::ConvertTo(di, hn::Add(hn::Mul(right, below), half));
+        const auto upperRight = hn::Sub(rightBoth, lowerRight);
+        const auto lowerLeft = hn::Sub(lowerBoth, lowerRight);
+        const auto upperLeft = hn::Sub(hn::Sub(hn::Set(di, 1 << kWeightBits), rightBoth), lowerLeft);
+        const auto upper = hn::Or(hn::ShiftLeft<16>(upperRight), hn::And(upperLeft, low16));
+        const auto lower = hn::Or(hn::ShiftLeft<16>(lowerRight), hn::And(lowerLeft, low16));
+        hn::Store(hn::BitCast(du, upper), du, at.upper + k);
+        hn::Store(hn::BitCast(du, lower), du, at.lower + k);
     }
 }
 
@@ -205,181 +182,62 @@ HWY_INLINE void samplePixels(const std::uint8_t* base, std::ptrdiff_t step, std:
     }
 }
 
-HWY_INLINE void samplePixels(const float* base, std::ptrdiff_t step, std::ptrdiff_t right, std::ptrdiff_t below,
-                             const Stretch& at, std::size_t count, std::integral_constant<int, 4>,
-                             float* HWY_RESTRICT out) {
-    const hn::FixedTag<float, 4> d;
-    const auto bytes = [](const float* p, std::ptrdiff_t offset) {
-        return reinterpret_cast<const float*>(reinterpret_cast<const std::uint8_t*>(p) + offset);
-    };
-    for (std::size_t k = 0; k < count; ++k) {
-        const float* p = bytes(base, at.row[k] * step + std::ptrdiff_t{at.column[k]} * 16);
-        const float* q = bytes(p, below);
-        const auto along = hn::Set(d, at.right[k]);
-        const auto mix = [&](auto a, auto b, auto share) HWY_ATTR { return hn::Add(a, hn::Mul(hn::Sub(b, a), share)); };
-        const auto upper = mix(hn::LoadU(d, p), hn::LoadU(d, bytes(p, right)), along);
-        const auto lower = mix(hn::LoadU(d, q), hn::LoadU(d, bytes(q, right)), along);
-        hn::StoreU(mix(upper, lower, hn::Set(d, at.below[k])), d, out + 4 * k);
-    }
-}
-
-template <class T>
-HWY_INLINE void copySamples(const T* HWY_RESTRICT from, std::size_t samples, T* HWY_RESTRICT to) {
-    const hn::FixedTag<T, 16 / sizeof(T)> d;
-    std::size_t i = 0;
-    for (; i + hn::Lanes(d) <= samples; i += hn::Lanes(d)) {
-        hn::StoreU(hn::LoadU(d, from + i), d, to + i);
-    }
-    constexpr std::size_t kWord = 4 / sizeof(T);
-    for (; i + kWord <= samples; i += kWord) {
-        std::memcpy(to + i, from + i, 4);
-    }
-    for (; i < samples; ++i) {
-        to[i] = from[i];
-    }
-}
-
-template <class T>
-T scaled(T value, float share) {
-    const float product = static_cast<float>(value) * share;
-    if constexpr (sizeof(T) == 1) {
-        return static_cast<T>(product + 0.5F);
-    } else {
-        return product;
-    }
-}
-
-/// Puts one touched pixel into the destination.
-template <int kChannels, class T>
-void putTouched(const WarpJob<T>& job, float coverage, const T* pixel, T* out) {
-    if (job.edge == WarpEdge::kBlend) {
-        for (int c = 0; c < kChannels; ++c) {
-            const float mixed = static_cast<float>(pixel[c]) * coverage + static_cast<float>(out[c]) * (1 - coverage);
-            out[c] = static_cast<T>(sizeof(T) == 1 ? mixed + 0.5F : mixed);
+template <int kChannels, bool kNearest>
+void drawRows(const WarpPlan& plan, const WarpJob& job) {
+    const std::ptrdiff_t right = plan.lastColumn > 0 && !kNearest ? kChannels : 0;
+    const std::ptrdiff_t below = plan.lastRow > 0 && !kNearest ? job.src.step : 0;
+    Stretch at;
+    alignas(64) std::uint8_t pixels[kStretch * kChannels];
+    // Hands the pixels from `x` to `last` of a row on in stretches.
+    const auto eachStretch = [&](std::int32_t x, std::int32_t y, std::int32_t last, const auto& put) HWY_ATTR {
+        while (x <= last) {
+            const std::size_t count = std::min(static_cast<std::size_t>(last - x) + 1, kStretch);
+            locate<kNearest>(plan, x, y, count, at);
+            const std::uint8_t* base = job.src.row(at.baseRow) + std::ptrdiff_t{at.baseColumn} * kChannels;
+            samplePixels(base, job.src.step, right, below, at, count, std::integral_constant<int, kChannels>(), pixels);
+            put(x, static_cast<std::int32_t>(count));
+            x += static_cast<std::int32_t>(count);
         }
-    } else {
-        const T alpha = scaled(pixel[job.alphaIndex], coverage);
-        if (alpha > out[job.alphaIndex]) {
-            std::copy_n(pixel, kChannels, out);
-            out[job.alphaIndex] = alpha;
-        }
-    }
-}
-
-/// Interpolates pixels of a warp.
-template <int kChannels, bool kNearest, class T>
-class Sampler {
-public:
-    Sampler(const WarpPlan& plan, const WarpJob<T>& job)
-        : m_plan(plan),
-          m_src(job.src),
-          m_right(plan.rect.right > plan.rect.left && !kNearest ? kPixelBytes : 0),
-          m_below(plan.rect.bottom > plan.rect.top && !kNearest ? job.src.step : 0) {}
-
-    /// The `count` pixels from (x, y) on, at most `kStretch`, and up to three more.
-    template <Walk kWalk>
-    HWY_INLINE void sample(std::int32_t x, std::int32_t y, std::size_t count, T* out) {
-        locate<kWalk, kNearest, sizeof(T) == 1>(m_plan, x, y, count, m_at);
-        const T* base = m_src.row(m_at.baseRow) + std::ptrdiff_t{m_at.baseColumn} * kChannels;
-        samplePixels(base, m_src.step, m_right, m_below, m_at, count, std::integral_constant<int, kChannels>(), out);
-    }
-
-private:
-    static constexpr std::ptrdiff_t kPixelBytes = static_cast<std::ptrdiff_t>(sizeof(T)) * kChannels;
-
-    const WarpPlan& m_plan;
-    const Plane<const T> m_src;
-    const std::ptrdiff_t m_right;
-    const std::ptrdiff_t m_below;
-    Stretch m_at;
-};
-
-/// Widest part of rows that is walked column by column.
-constexpr std::int32_t kNarrow = 16;
-
-/// Draws rows of one narrow span column by column, so that the positions of many pixels are computed together.
-template <int kChannels, bool kNearest, class T>
-void drawNarrow(const WarpJob<T>& job, Sampler<kChannels, kNearest, T>& sampler, const PixelSpan& columns,
-                const PixelSpan& rows) {
-    struct Pixel {
-        T samples[static_cast<std::size_t>(kChannels)];
-    };
-    alignas(64) Pixel block[kNarrow][kStretch];
-    const std::int32_t width = columns.last - columns.first + 1;
-    for (std::int32_t y = rows.first; y <= rows.last; y += static_cast<std::int32_t>(kStretch)) {
-        const std::size_t height = std::min(static_cast<std::size_t>(rows.last - y) + 1, kStretch);
-        for (std::int32_t x = 0; x < width; ++x) {
-            sampler.template sample<kDownColumn>(columns.first + x, y, height, block[x]->samples);
-        }
-        for (std::size_t i = 0; i < height; ++i) {
-            T* out = job.dst.row(y + static_cast<std::int32_t>(i)) + std::ptrdiff_t{columns.first} * kChannels;
-            for (std::int32_t x = 0; x < width; ++x) {
-                std::memcpy(out + std::ptrdiff_t{x} * kChannels, &block[x][i], sizeof(Pixel));
-            }
-        }
-    }
-}
-
-template <int kChannels, bool kNearest, class T>
-void drawRows(const WarpPlan& plan, const WarpJob<T>& job) {
-    Sampler<kChannels, kNearest, T> sampler(plan, job);
-    alignas(64) T pixels[kStretch * kChannels];
-    const auto lengthOf = [](std::int32_t x, std::int32_t last) {
-        return std::min(static_cast<std::size_t>(last - x) + 1, kStretch);
     };
     for (std::int32_t y = plan.rows().first; y <= plan.rows().last; ++y) {
-        const RowSpans spans = plan.spansOf(y);
-        const PixelSpan steady = plan.steadyRows();
-        const bool plain = job.edge == WarpEdge::kHard ||
-                           (spans.touched.first == spans.inside.first && spans.touched.last == spans.inside.last);
-        if (y == steady.first && steady.last > y && plain && spans.inside.last - spans.inside.first < kNarrow) {
-            drawNarrow(job, sampler, spans.inside, steady);
-            y = steady.last;
+        std::uint8_t* row = job.dst.row(y);
+        const auto [inside, touched] = plan.spansOf(y);
+        eachStretch(inside.first, y, inside.last, [&](std::int32_t x, std::int32_t count) {
+            std::memcpy(row + std::ptrdiff_t{x} * kChannels, pixels, static_cast<std::size_t>(count) * kChannels);
+        });
+        if (!job.blendsEdge) {
             continue;
         }
-        T* row = job.dst.row(y);
-        const auto drawTouched = [&](std::int32_t x, std::int32_t last) HWY_ATTR {
-            while (x <= last) {
-                const std::size_t count = lengthOf(x, last);
-                sampler.template sample<kAlongRow>(x, y, count, pixels);
-                for (std::size_t k = 0; k < count; ++k, ++x) {
-                    const auto coverage = static_cast<float>(plan.coverage(x, y));
-                    putTouched<kChannels>(job, coverage, pixels + k * kChannels, row + std::ptrdiff_t{x} * kChannels);
+        const auto blend = [&](std::int32_t x, std::int32_t count) {
+            for (std::int32_t k = 0; k < count; ++k) {
+                const auto coverage = static_cast<float>(plan.coverage(x + k, y));
+                for (std::int32_t c = 0; c < kChannels; ++c) {
+                    std::uint8_t& out = row[(x + k) * kChannels + c];
+                    const auto sample = static_cast<float>(pixels[k * kChannels + c]);
+                    out =
+                        static_cast<std::uint8_t>(sample * coverage + static_cast<float>(out) * (1 - coverage) + 0.5F);
                 }
             }
         };
-        PixelSpan inside = spans.inside;
-        if (job.edge != WarpEdge::kHard) {
-            if (inside.empty()) {
-                drawTouched(spans.touched.first, spans.touched.last);
-                continue;
-            }
-            drawTouched(spans.touched.first, inside.first - 1);
-            drawTouched(inside.last + 1, spans.touched.last);
-        }
-        while (!inside.empty()) {
-            const std::size_t count = lengthOf(inside.first, inside.last);
-            sampler.template sample<kAlongRow>(inside.first, y, count, pixels);
-            copySamples(pixels, count * kChannels, row + std::ptrdiff_t{inside.first} * kChannels);
-            inside.first += static_cast<std::int32_t>(count);
+        // A row that crosses no inner pixel is all edge.
+        eachStretch(touched.first, y, inside.empty() ? touched.last : inside.first - 1, blend);
+        if (!inside.empty()) {
+            eachStretch(inside.last + 1, y, touched.last, blend);
         }
     }
 }
 
-template <int kChannels, class T>
-void drawWarp(const WarpPlan& plan, const WarpJob<T>& job) {
+template <int kChannels>
+void drawWarp(const WarpPlan& plan, const WarpJob& job) {
     job.nearest ? drawRows<kChannels, true>(plan, job) : drawRows<kChannels, false>(plan, job);
 }
 
 }  // namespace
 
-void warp8C1(const WarpPlan& plan, const WarpJob<std::uint8_t>& job) {
+void warp8C1(const WarpPlan& plan, const WarpJob& job) {
     drawWarp<1>(plan, job);
 }
-void warp8C4(const WarpPlan& plan, const WarpJob<std::uint8_t>& job) {
-    drawWarp<4>(plan, job);
-}
-void warpFC4(const WarpPlan& plan, const WarpJob<float>& job) {
+void warp8C4(const WarpPlan& plan, const WarpJob& job) {
     drawWarp<4>(plan, job);
 }
 
@@ -392,51 +250,22 @@ namespace {
 
 HWY_EXPORT(warp8C1);
 HWY_EXPORT(warp8C4);
-HWY_EXPORT(warpFC4);
 
-ImgStatus checkPair(ImgSize srcSize, const PlaneArgument& src, ImgSize dstSize, const PlaneArgument& dst,
-                    const void* geometry) {
-    const ImgStatus status = checkPlanes(srcSize, {src, arrayArgument(dst.data), arrayArgument(geometry)});
-    return status != kImgOk ? status : checkPlanes(dstSize, {dst});
-}
-
-template <class Draw>
-ImgStatus warpAffine(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
-                     std::int32_t dstStep, const double (*matrix)[3], std::uint32_t interpolation, ImgSize dstSize,
-                     std::int32_t channels, const Draw& draw) {
-    const ImgStatus status = checkPair(srcSize, {src, srcStep, channels}, dstSize, {dst, dstStep, channels}, matrix);
-    if (status != kImgOk) {
-        return status;
+template <std::int32_t kChannels, class Draw>
+ImgStatus warpAffine(Pixels<kChannels, const std::uint8_t> src, ImgSize srcSize, Pixels<kChannels, std::uint8_t> dst,
+                     ImgSize dstSize, const double (*matrix)[3], std::uint32_t interpolation, const Draw& draw) {
+    for (const ImgStatus status :
+         {checkPlanes(srcSize, {src, arrayArgument(dst.data), arrayArgument(matrix)}), checkPlanes(dstSize, {dst})}) {
+        if (status != kImgOk) {
+            return status;
+        }
     }
     const std::uint32_t code = interpolation & ~kImgSmoothEdge;
     const auto plan = WarpPlan::ofMatrix(srcSize, matrix, dstSize);
     if (!plan || (code != kImgNearest && code != kImgLinear)) {
         return kImgBadRange;
     }
-    const WarpEdge edge = (interpolation & kImgSmoothEdge) != 0 ? WarpEdge::kBlend : WarpEdge::kHard;
-    draw(*plan, WarpJob<std::uint8_t>{{src, srcStep}, {dst, dstStep}, code == kImgNearest, edge, 0});
-    return kImgOk;
-}
-
-template <class T, class Draw>
-ImgStatus warpQuad(const T* src, std::int32_t srcStep, ImgSize srcSize, const ImgPixelRect& rect, T* dst,
-                   std::int32_t dstStep, const ImgPoint* quad, std::int32_t alphaIndex, ImgSize dstSize,
-                   const Draw& draw) {
-    constexpr std::int32_t kBytes = 4 * sizeof(T);
-    const ImgStatus status = checkPair(srcSize, {src, srcStep, kBytes}, dstSize, {dst, dstStep, kBytes}, quad);
-    if (status != kImgOk) {
-        return status;
-    }
-    const bool inside = rect.left >= 0 && rect.top >= 0 && rect.right >= rect.left && rect.bottom >= rect.top &&
-                        rect.right < srcSize.width && rect.bottom < srcSize.height;
-    if (!inside || (alphaIndex != 0 && alphaIndex != 3)) {
-        return kImgBadRange;
-    }
-    const auto plan = WarpPlan::ofQuad(rect, quad, dstSize);
-    if (!plan) {
-        return kImgBadRange;
-    }
-    draw(*plan, WarpJob<T>{{src, srcStep}, {dst, dstStep}, false, WarpEdge::kAlpha, alphaIndex});
+    draw(*plan, WarpJob{src, dst, code == kImgNearest, code != interpolation});
     return kImgOk;
 }
 
@@ -445,29 +274,15 @@ ImgStatus warpQuad(const T* src, std::int32_t srcStep, ImgSize srcSize, const Im
 ImgStatus ImgWarpAffine8C1(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
                            std::int32_t dstStep, const double (*matrix)[3], std::uint32_t interpolation,
                            ImgSize dstSize) noexcept {
-    return warpAffine(src, srcStep, srcSize, dst, dstStep, matrix, interpolation, dstSize, 1,
+    return warpAffine(pixels<1>(src, srcStep), srcSize, pixels<1>(dst, dstStep), dstSize, matrix, interpolation,
                       HWY_DYNAMIC_DISPATCH(warp8C1));
 }
 
 ImgStatus ImgWarpAffine8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, std::uint8_t* dst,
                            std::int32_t dstStep, const double (*matrix)[3], std::uint32_t interpolation,
                            ImgSize dstSize) noexcept {
-    return warpAffine(src, srcStep, srcSize, dst, dstStep, matrix, interpolation, dstSize, 4,
+    return warpAffine(pixels<4>(src, srcStep), srcSize, pixels<4>(dst, dstStep), dstSize, matrix, interpolation,
                       HWY_DYNAMIC_DISPATCH(warp8C4));
-}
-
-ImgStatus ImgWarpQuad8C4(const std::uint8_t* src, std::int32_t srcStep, ImgSize srcSize, const ImgPixelRect& rect,
-                         std::uint8_t* dst, std::int32_t dstStep, const ImgPoint* quad, std::int32_t alphaIndex,
-                         ImgSize dstSize) noexcept {
-    return warpQuad(src, srcStep, srcSize, rect, dst, dstStep, quad, alphaIndex, dstSize,
-                    HWY_DYNAMIC_DISPATCH(warp8C4));
-}
-
-ImgStatus ImgWarpQuadFC4(const float* src, std::int32_t srcStep, ImgSize srcSize, const ImgPixelRect& rect, float* dst,
-                         std::int32_t dstStep, const ImgPoint* quad, std::int32_t alphaIndex,
-                         ImgSize dstSize) noexcept {
-    return warpQuad(src, srcStep, srcSize, rect, dst, dstStep, quad, alphaIndex, dstSize,
-                    HWY_DYNAMIC_DISPATCH(warpFC4));
 }
 
 }  // namespace lumiset

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "frame/primitives/warp.h"
+#include "frame/primitives/status.h"
 
 namespace lumiset {
 
@@ -24,25 +24,19 @@ struct RowSpans {
 
 class WarpPlan {
 public:
-    /// Projective map of a rectangle to a quadrilateral. Nothing if it is not convex or a number not finite.
-    static std::optional<WarpPlan> ofQuad(const ImgPixelRect& rect, const ImgPoint* quad, ImgSize dstSize) noexcept;
     /// Affine map of a whole picture. Nothing if it cannot be inverted.
     static std::optional<WarpPlan> ofMatrix(ImgSize srcSize, const double (*matrix)[3], ImgSize dstSize) noexcept;
 
     /// Rows with pixels to draw.
     [[nodiscard]] PixelSpan rows() const { return m_rows; }
-    /// Rows that follow each other and have the same spans, as most rows of an upright strip have.
-    [[nodiscard]] PixelSpan steadyRows() const { return m_steadyRows; }
-    [[nodiscard]] RowSpans spansOf(std::int32_t y) const {
-        return y >= m_steadyRows.first && y <= m_steadyRows.last ? m_widest : computeSpans(y);
-    }
+    [[nodiscard]] RowSpans spansOf(std::int32_t y) const;
     /// Share of a touched pixel that the picture covers, 0..1.
     [[nodiscard]] double coverage(std::int32_t x, std::int32_t y) const;
 
-    /// Source position of a destination pixel: (x, y, w) of `matrix` times (column, row, 1), x / w and y / w from the
-    /// rectangle's left top pixel.
-    double matrix[3][3];
-    ImgPixelRect rect;
+    /// Source position of a destination pixel: `matrix` times (column, row, 1).
+    double matrix[2][3];
+    std::int32_t lastColumn;  ///< of the source
+    std::int32_t lastRow;
 
 private:
     /// Distance to a side of the picture in pixels, a x + b y + c, positive inside.
@@ -56,14 +50,11 @@ private:
     };
 
     void setSide(int index, double a, double b, double c);
-    void findRows(const ImgPoint* corners, ImgSize dstSize);
     [[nodiscard]] PixelSpan spanAt(double y, double margin, const PixelSpan& widest) const;
-    [[nodiscard]] RowSpans computeSpans(std::int32_t y) const;
 
     Side m_sides[4];
     PixelSpan m_rows;
-    RowSpans m_widest;       ///< the widest spans that any row can have
-    PixelSpan m_steadyRows;  ///< rows with just those
+    RowSpans m_widest;  ///< the widest spans that any row can have
 };
 
 }  // namespace lumiset
