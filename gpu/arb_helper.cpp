@@ -12,11 +12,6 @@ bool ARBHelper::IsExtensionSupported(const char* name) const noexcept {
     return list != nullptr && hasExtensionWord(list, name);
 }
 
-bool ARBHelper::LoadGroup(const ArbGroup& group) noexcept {
-    return loadArbGroup(*this, group, platform::glExtensionProc,
-                        [this](const char* name) { return IsExtensionSupported(name); });
-}
-
 bool ARBHelper::Load(std::uint32_t /*flags*/) noexcept {
     return loadArbTable(*this, platform::glExtensionProc,
                         [this](const char* name) { return IsExtensionSupported(name); });

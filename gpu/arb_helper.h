@@ -13,8 +13,6 @@ public:
     /// Fills the record from the current context; `flags` is not used. At once true when it has entries.
     /// False when an extension is missing without which nothing can be rendered.
     bool Load(std::uint32_t flags) noexcept;
-    /// Loads one group of entry points, as `Load` does.
-    bool LoadGroup(const ArbGroup& group) noexcept;
     /// True when the current context's extension string has `name` as a word.
     [[nodiscard]] bool IsExtensionSupported(const char* name) const noexcept;
 };

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "gpu/monitor_link.h"
+
 // A faulty graphics driver can take the host down in the middle of a frame. So that it is known afterwards which effect
 // was rendering, every frame in OpenGL is announced to a process of its own, the monitor, when it starts and when it
 // ends. A frame that starts and never ends becomes a report among the user's settings, and while that stands the effect
@@ -11,8 +13,6 @@
 // process remembers only that there was some, so that not every frame runs into it again.
 
 namespace lumiset {
-
-enum FrameState { kFrameStarts = 1, kFrameEnded = 2 };
 
 /// The smallest buffer that `MakeFrameGuid` takes.
 inline constexpr std::size_t kFrameGuidSize = 120;
@@ -25,14 +25,6 @@ bool MakeFrameGuid(char* buffer, std::size_t size) noexcept;
 /// False when the monitor was not told.
 bool SendMonitorMessage(const char* host, const char* library, const char* effect, const char* guid,
                         int state) noexcept;
-
-bool IsMonitorRunning() noexcept;
-
-/// Starts the monitor from the folder of the module's file and does not wait for it. False when it did not start.
-bool StartMonitor() noexcept;
-
-/// Where the monitor's executable is to be: beside the module's file. `size` counts characters, with the terminator.
-bool GetMonitorPath(wchar_t* buffer, std::size_t size) noexcept;
 
 /// True while there is a report of a crash in this library's effect, or reports that cannot be read.
 [[nodiscard]] bool crashReported(const char* library, const char* effect) noexcept;

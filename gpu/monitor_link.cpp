@@ -5,7 +5,7 @@
 #include <iterator>
 #include <thread>
 
-#include "gpu/crash_guard.h"
+#include "gpu/monitor_program.h"
 #include "platform/monitor_pipe.h"
 #include "platform/monitor_process.h"
 

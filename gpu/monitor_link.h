@@ -6,14 +6,17 @@
 
 namespace lumiset {
 
+enum FrameState { kFrameStarts = 1, kFrameEnded = 2 };
+
 /// A process's way to the monitor. Safe from any thread.
 class MonitorLink {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Tells the monitor; `state` is a frame's. Starts a monitor where none runs, and waits for a busy pipe. Each is
-    /// left alone in the half minute after it was in vain, counted from `now`, and a frame's start does not wait again
-    /// before one got through without; a message that needs neither goes through. False when the monitor was not told.
+    /// Tells the monitor; `state` is a `FrameState`. Starts a monitor where none runs, and waits for a busy pipe. Each
+    /// is left alone in the half minute after it was in vain, counted from `now`, and a frame's start does not wait
+    /// again before one got through without; a message that needs neither goes through. False when the monitor was not
+    /// told.
     bool send(const std::string& text, int state, Clock::time_point now = Clock::now());
 
 private:

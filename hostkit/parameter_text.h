@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "hostkit/effect_catalogue.h"
+#include "hostkit/parameter_description.h"
 
 namespace lumiset::hostkit {
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "gpu/monitor_link.h"
+#include "gpu/monitor_program.h"
 #include "platform/monitor_pipe.h"
 #include "platform/monitor_process.h"
 
