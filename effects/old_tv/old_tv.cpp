@@ -269,6 +269,25 @@ std::int64_t scratchBytes(const OldTVSettings& settings, const RenderContext& co
            std::max(drawing, tubeScratch(settings.softenEdge, context, format));
 }
 
+/// Static, where `noise` is one, and scan lines.
+bool drawOver(Frame& frame, const Frame* noise, const OldTVSettings& settings, const RenderContext& context) {
+    return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t count) {
+        inCachedRows(frame, first, count, [&](std::int32_t y, std::int32_t rows) {
+            if (noise != nullptr) {
+                Frame to;
+                Frame grey;
+                to.WrapSubRect(frame, 0, y, context.width, rows, false);
+                grey.WrapSubRect(*noise, 0, y, context.width, rows, false);
+                addStatic(to, grey, static_cast<std::uint8_t>(settings.noise * 255.0F));
+            }
+            for (std::int32_t row = y; settings.intensity > kOff && row < y + rows; ++row) {
+                darkenRow(frame, row, scanLineFactor(settings, frame.Height(), frame.Height() - 1 - row));
+            }
+        });
+        return true;
+    });
+}
+
 /// Colour, ghost, static and scan lines, which leave every pixel in its row. The static is made beside the first two.
 bool drawPicture(const Frame& source, Frame& frame, const OldTVSettings& settings, const RenderContext& context,
                  float time) {
@@ -315,21 +334,7 @@ bool drawPicture(const Frame& source, Frame& frame, const OldTVSettings& setting
     if (hasStatic && !isSquare && !FrameResizeInto(squareNoise, noise, kResizeLinear)) {
         return false;
     }
-    return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t count) {
-        inCachedRows(frame, first, count, [&](std::int32_t y, std::int32_t rows) {
-            if (hasStatic) {
-                Frame to;
-                Frame grey;
-                to.WrapSubRect(frame, 0, y, context.width, rows, false);
-                grey.WrapSubRect(noise, 0, y, context.width, rows, false);
-                addStatic(to, grey, static_cast<std::uint8_t>(settings.noise * 255.0F));
-            }
-            for (std::int32_t row = y; settings.intensity > kOff && row < y + rows; ++row) {
-                darkenRow(frame, row, scanLineFactor(settings, frame.Height(), frame.Height() - 1 - row));
-            }
-        });
-        return true;
-    });
+    return drawOver(frame, hasStatic ? &noise : nullptr, settings, context);
 }
 
 void applyTear(FramePair& frames, const TearEvent& tear, const OldTVSettings& settings) {

@@ -315,13 +315,29 @@ void planTables(BlockPlan& plan) {
     }
 }
 
+/// Strips bound the scratch memory; they are wide enough that what overlaps does not matter.
+void planStrips(BlockPlan& plan, const BlockMorphologyJob& job) {
+    const std::int64_t sampleBytes = job.isFloat ? 4 : 1;
+    const std::int64_t samples = std::int64_t{job.width} * job.channels;
+    plan.margin = (plan.left + kVectorRoom - 1) / kVectorRoom * kVectorRoom;
+    plan.strip = static_cast<std::int32_t>(
+        std::min<std::int64_t>(samples, std::max<std::int64_t>(2048, 2 * std::int64_t{plan.margin})));
+    plan.strip = (plan.strip + kVectorRoom - 1) / kVectorRoom * kVectorRoom;
+    // A doubled width reads up to its own block's width past the end.
+    std::int64_t widest = 0;
+    for (std::int32_t h = 0; h < plan.heightLevels; ++h) {
+        widest = std::max<std::int64_t>(widest, std::int64_t{job.channels} << std::max(0, plan.widthLevels[h] - 1));
+    }
+    plan.stride = (plan.margin + plan.strip + plan.right + widest + 2 * kVectorRoom) * sampleBytes;
+    plan.stride = (plan.stride + 63) / 64 * 64;
+}
+
 }  // namespace
 
 HWY_EXPORT(morphologyStrips);
 
 bool blockMorphology(const BlockMorphologyJob& job, MemoryAllocator& allocator) noexcept {
     const std::int64_t sampleBytes = job.isFloat ? 4 : 1;
-    const std::int64_t samples = std::int64_t{job.width} * job.channels;
     ScratchBlock planBlock(allocator);
     planBlock.add<BlockPlan>(1);
     if (!planBlock.allocate()) {
@@ -338,20 +354,7 @@ bool blockMorphology(const BlockMorphologyJob& job, MemoryAllocator& allocator) 
         plan.down = std::max(plan.down, rectangle.down);
     }
     planTables(plan);
-
-    // Strips bound the scratch memory; they are wide enough that what overlaps does not matter.
-    plan.margin = (plan.left + kVectorRoom - 1) / kVectorRoom * kVectorRoom;
-    plan.strip = static_cast<std::int32_t>(
-        std::min<std::int64_t>(samples, std::max<std::int64_t>(2048, 2 * std::int64_t{plan.margin})));
-    plan.strip = (plan.strip + kVectorRoom - 1) / kVectorRoom * kVectorRoom;
-    // A doubled width reads up to its own block's width past the end.
-    std::int64_t widest = 0;
-    for (std::int32_t h = 0; h < plan.heightLevels; ++h) {
-        widest = std::max<std::int64_t>(widest, std::int64_t{job.channels} << std::max(0, plan.widthLevels[h] - 1));
-    }
-    plan.stride = (plan.margin + plan.strip + plan.right + widest + 2 * kVectorRoom) * sampleBytes;
-    plan.stride = (plan.stride + 63) / 64 * 64;
-
+    planStrips(plan, job);
     constexpr std::int32_t kMostBands = 16;
     plan.bands = bandsForThreads(&allocator, {job.width, job.height},
                                  std::max(2 * (plan.up + plan.down + 1), job.height / kMostBands), kBlockRows);

@@ -114,6 +114,54 @@ bool isRead(IPresetSaver& saver, Stored& stored, const Effect& effect, const std
     return true;
 }
 
+/// Stores each preset and reads it again; the last one's file stays.
+void checkKept(IPresetSaver& saver, const char* library, const Effect& effect, const std::filesystem::path& file) {
+    const std::wstring path = file.wstring();
+    for (std::uint32_t preset = 0; preset < std::max(effect.presets, 1U); ++preset) {
+        Stored stored(effect, library, effect.valuesOf(preset));
+        PresetOutcome outcome{};
+        if (!saver.SavePreset(nullptr, &stored, effect.index, path.c_str(), &outcome) ||
+            !saver.LoadPreset(nullptr, &stored, effect.index, path.c_str(), &outcome)) {
+            throw Broken(fmt::format("{}: preset {} cannot be stored and read.", effect.name, preset));
+        }
+        for (std::size_t i = 0; i < effect.params.size(); ++i) {
+            if (!sameValue(effect.params[i], outcome.entries[i].value, stored.values()[i])) {
+                throw Broken(
+                    fmt::format("{}: preset {} is read with another {}.", effect.name, preset, effect.params[i].label));
+            }
+        }
+    }
+}
+
+/// Cuts a text short, changes a byte or a digit of it, or repeats a part.
+std::string damaged(std::string text, int way, std::mt19937& random) {
+    const std::size_t at = random() % text.size();
+    const std::size_t digit = text.find_first_of("0123456789", at);
+    if (way == 0) {
+        text.resize(at);
+    } else if (way == 1) {
+        text[at] = static_cast<char>(random() & 0xFFU);
+    } else if (way == 2 && digit != std::string::npos) {
+        text[digit] = static_cast<char>('0' + random() % 10);
+    } else {
+        text.insert(at, text.substr(random() % text.size(), random() % 40));
+    }
+    return text;
+}
+
+void checkDamaged(IPresetSaver& saver, Stored& stored, const Effect& effect, const std::filesystem::path& file,
+                  std::mt19937& random) {
+    const std::string good = contentsOf(file);
+    for (int damage = 0; damage < 400; ++damage) {
+        const std::string bad = damaged(good, damage % 4, random);
+        std::ofstream(file, std::ios::binary | std::ios::trunc) << bad;
+        (void)isRead(saver, stored, effect, file);
+        if (contentsOf(file) != bad) {
+            throw Broken(effect.name + ": reading changes the file.");
+        }
+    }
+}
+
 void checkFiles(const Subject& subject) {
     const Module module(subject.module);
     IEffectLibrary& library = module.effectLibrary();
@@ -129,23 +177,7 @@ void checkFiles(const Subject& subject) {
         if (effect.params.size() > kMaxPresetEntries) {
             throw Broken(effect.name + " has more parameters than a preset holds.");
         }
-        for (std::uint32_t preset = 0; preset < std::max(effect.presets, 1U); ++preset) {
-            Stored stored(effect, library.GetLibraryName(), effect.valuesOf(preset));
-            const std::wstring path = file.wstring();
-            PresetOutcome outcome{};
-            if (!saver->SavePreset(nullptr, &stored, effect.index, path.c_str(), &outcome) ||
-                !saver->LoadPreset(nullptr, &stored, effect.index, path.c_str(), &outcome)) {
-                throw Broken(fmt::format("{}: preset {} cannot be stored and read.", effect.name, preset));
-            }
-            for (std::size_t i = 0; i < effect.params.size(); ++i) {
-                if (!sameValue(effect.params[i], outcome.entries[i].value, stored.values()[i])) {
-                    throw Broken(fmt::format("{}: preset {} is read with another {}.", effect.name, preset,
-                                             effect.params[i].label));
-                }
-            }
-        }
-        Stored stored(effect, library.GetLibraryName(), effect.valuesOf(0));
-        const std::string good = contentsOf(file);
+        checkKept(*saver.get(), library.GetLibraryName(), effect, file);
         for (const Effect& other : effects) {
             Stored foreign(other, library.GetLibraryName(), other.valuesOf(0));
             if (isRead(*saver.get(), foreign, other, file) != (other.index == effect.index)) {
@@ -153,25 +185,8 @@ void checkFiles(const Subject& subject) {
                     fmt::format("{} and {} read each other's files, or not their own.", effect.name, other.name));
             }
         }
-        for (int damage = 0; damage < 400; ++damage) {
-            std::string bad = good;
-            const std::size_t at = random() % bad.size();
-            if (damage % 4 == 0) {
-                bad.resize(at);
-            } else if (damage % 4 == 1) {
-                bad[at] = static_cast<char>(random() & 0xFFU);
-            } else if (const std::size_t digit = bad.find_first_of("0123456789", at);
-                       damage % 4 == 2 && digit != std::string::npos) {
-                bad[digit] = static_cast<char>('0' + random() % 10);
-            } else {
-                bad.insert(at, bad.substr(random() % bad.size(), random() % 40));
-            }
-            std::ofstream(file, std::ios::binary | std::ios::trunc) << bad;
-            (void)isRead(*saver.get(), stored, effect, file);
-            if (contentsOf(file) != bad) {
-                throw Broken(effect.name + ": reading changes the file.");
-            }
-        }
+        Stored stored(effect, library.GetLibraryName(), effect.valuesOf(0));
+        checkDamaged(*saver.get(), stored, effect, file, random);
         if (isRead(*saver.get(), stored, effect, folder / "missing") ||
             saver->SavePreset(nullptr, &stored, effect.index, (folder / "no folder/a").wstring().c_str(), nullptr) ||
             saver->LoadPreset(nullptr, &stored, effect.index, nullptr, nullptr)) {
