@@ -10,7 +10,7 @@
 #include "effects/shaders/shader_texts.h"
 #include "effects/unit_color.h"
 #include "examples/two_tones/shader_texts.h"
-#include "frame/layout.h"
+#include "frame/rows.h"
 #include "gpu/gpu_frame.h"
 
 namespace lumiset {
@@ -87,15 +87,12 @@ void paintRow(const typename L::Sample* source, typename L::Sample* destination,
 bool render(const ParamReader& params, const RenderContext& /*context*/, const Frame& source,
             Frame& destination) noexcept {
     const Settings settings = readSettings(params);
-    return visitLayout(source.Format(), [&](auto layout) {
-        using Sample = typename decltype(layout)::Sample;
-        for (std::int32_t y = 0; y < source.Height(); ++y) {
-            paintRow<decltype(layout)>(reinterpret_cast<const Sample*>(source.PixelAddress(0, y, 0)),
-                                       reinterpret_cast<Sample*>(destination.PixelAddress(0, y, 0)), source.Width(),
-                                       settings);
-        }
-        return true;
-    });
+    return visitRows(
+        source.Format(), destination,
+        [&](auto layout, std::int32_t /*y*/, auto* to, const auto* from) {
+            paintRow<decltype(layout)>(from, to, source.Width(), settings);
+        },
+        source);
 }
 
 // ---- In OpenGL
