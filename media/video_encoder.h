@@ -33,7 +33,6 @@ public:
 
 private:
     bool receiveOne();
-    AvFrame emptyFrame();
 
     std::string m_failure;
     AvCodecContext m_context;

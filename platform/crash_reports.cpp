@@ -58,10 +58,6 @@ std::vector<CrashReport> crashReports() {
     return reports;
 }
 
-bool removeCrashReport(const std::string& guid) {
-    return removeSetting(kSection, guid);
-}
-
 bool removeCrashReports() {
     return removeSettings(kSection);
 }

@@ -26,9 +26,6 @@ bool storeCrashReport(const CrashReport& report);
 /// std::system_error where there are some that cannot be read.
 std::vector<CrashReport> crashReports();
 
-/// True when there is no such report afterwards.
-bool removeCrashReport(const std::string& guid);
-
 /// True when there is none afterwards. They need not be readable.
 bool removeCrashReports();
 

@@ -25,9 +25,6 @@ bool writeSetting(const std::string& section, const std::string& name, const std
 /// Stores several at once. On false some may not have been stored.
 bool writeSettings(const std::string& section, const Settings& settings);
 
-/// True when the section has no setting of that name afterwards.
-bool removeSetting(const std::string& section, const std::string& name);
-
 /// True when the section has no settings at all afterwards. It need not be readable.
 bool removeSettings(const std::string& section);
 

@@ -24,7 +24,6 @@ public:
     [[nodiscard]] ClipHandle output() const { return m_output; }
     [[nodiscard]] Properties properties() const { return m_properties; }
     [[nodiscard]] Properties sourceProperties() const { return m_sourceProperties; }
-    [[nodiscard]] Properties outputProperties() const { return m_outputProperties; }
 
     /// Frames a second; where the output does not tell, the source's, else the project's, else 25.
     [[nodiscard]] double frameRate() const;

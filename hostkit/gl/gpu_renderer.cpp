@@ -1,7 +1,5 @@
 #include "hostkit/gl/gpu_renderer.h"
 
-#include <chrono>
-
 #include "host/frame_record.h"
 
 namespace lumiset::hostkit {
@@ -53,16 +51,6 @@ bool GPURenderer::render(IVideoGPUEffect& effect, IEffectHost& host, const Video
         !canRender(effect, glHost)) {
         return false;
     }
-    using Clock = std::chrono::steady_clock;
-    auto last = Clock::now();
-    const auto measure = [&](double& seconds) {
-        if (m_measuring) {
-            m_gl.finish();
-            const auto now = Clock::now();
-            seconds += std::chrono::duration<double>(now - last).count();
-            last = now;
-        }
-    };
     try {
         HeldTexture from(m_gl, source);
         HeldTexture to(m_gl, destination);
@@ -71,16 +59,13 @@ bool GPURenderer::render(IVideoGPUEffect& effect, IEffectHost& host, const Video
             m_gl.upload(destination, to.get());  // what lies outside the common rectangle stays
         }
         to.get().flipped = (destination.flipped != 0) != (destination.stride < 0) ? 1 : 0;
-        measure(m_times.upload);
         if (!effect.ProcessFrameGPU(0, &glHost, &m_gl, &from.get(), nullptr, &to.get(), &info)) {
             return false;
         }
-        measure(m_times.render);
         if (!m_gl.checkErrors("rendering")) {
             return false;
         }
         m_gl.download(to.get(), destination);
-        measure(m_times.download);
         return m_gl.checkErrors("reading a frame");
     } catch (const GLError& error) {
         m_gl.report(error.what());

@@ -44,15 +44,6 @@ public:
     [[nodiscard]] bool render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
                               const VideoFrameDesc& destination, const FrameRenderInfo& info);
 
-    /// Seconds spent since the start, each step waited for. Only kept while `measuring`, which costs time itself.
-    struct Times {
-        double upload = 0.0;
-        double render = 0.0;
-        double download = 0.0;
-    };
-    void setMeasuring(bool measuring) { m_measuring = measuring; }
-    [[nodiscard]] const Times& times() const { return m_times; }
-
 private:
     [[nodiscard]] bool canRender(IVideoGPUEffect& effect, IEffectHost& host);
 
@@ -62,8 +53,6 @@ private:
         bool renders;                    ///< what `InitGPU` answered
     };
     std::map<IVideoGPUEffect*, Known> m_effects;
-    bool m_measuring = false;
-    Times m_times;
 };
 
 }  // namespace lumiset::hostkit

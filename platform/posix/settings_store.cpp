@@ -162,8 +162,7 @@ std::optional<std::string> contentsOf(const std::string& path) {
     return bytes;
 }
 
-/// By name; without a value a setting is taken away.
-using Changes = std::map<std::string, std::optional<std::string>>;
+using Changes = std::map<std::string, std::string>;  ///< values by name
 
 bool hasNul(const std::string& text) {
     return text.find('\0') != std::string::npos;
@@ -173,15 +172,15 @@ bool hasNul(const std::string& text) {
 void rewrite(const std::string& section, Changes changes) {
     const std::string path = fileOf(section);
     const bool storable = std::ranges::none_of(changes, [](const auto& change) {
-        return change.first.empty() || hasNul(change.first) || (change.second && hasNul(*change.second));
+        return change.first.empty() || hasNul(change.first) || hasNul(change.second);
     });
     if (path.empty() || !storable) {
         fail(EINVAL);
     }
     const Descriptor lock = lockOf(path);
     const std::optional<std::string> old = contentsOf(path);
-    const auto line = [](const std::string& name, const std::optional<std::string>& value) {
-        return value ? escaped(name, true) + '=' + escaped(*value, false) + '\n' : std::string();
+    const auto line = [](const std::string& name, const std::string& value) {
+        return escaped(name, true) + '=' + escaped(value, false) + '\n';
     };
     std::string bytes;
     std::set<std::string> done;
@@ -246,10 +245,6 @@ bool writeSetting(const std::string& section, const std::string& name, const std
 
 bool writeSettings(const std::string& section, const Settings& settings) {
     return isRewritten(section, Changes(settings.begin(), settings.end()));
-}
-
-bool removeSetting(const std::string& section, const std::string& name) {
-    return isRewritten(section, {{name, std::nullopt}});
 }
 
 bool removeSettings(const std::string& section) {

@@ -116,19 +116,6 @@ bool writeSettings(const std::string& section, const Settings& settings) {
     return written;
 }
 
-bool removeSetting(const std::string& section, const std::string& name) {
-    const std::optional<std::wstring> wideName = fromUtf8(name);
-    if (!wideName || wideName->empty()) {
-        return false;
-    }
-    const Key key(section, KEY_SET_VALUE, false);
-    if (!key) {
-        return !Key(section, KEY_QUERY_VALUE, false);
-    }
-    const LSTATUS status = RegDeleteValueW(key.get(), wideName->c_str());
-    return status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND;
-}
-
 bool removeSettings(const std::string& section) {
     const std::optional<std::wstring> path = fromUtf8(kRoot + section);
     if (!path || section.empty()) {

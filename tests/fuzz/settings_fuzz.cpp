@@ -63,10 +63,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         expected[name] = value;
     }
     require(settingsNow() == expected);
-    if (storable) {
-        require(platform::removeSetting("Common", name));
-        expected.erase(name);
-        require(settingsNow() == expected);
-    }
     return 0;
 }

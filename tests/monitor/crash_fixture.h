@@ -34,9 +34,7 @@ protected:
     }
 
     static void clearReports() {
-        for (const platform::CrashReport& report : platform::crashReports()) {
-            EXPECT_TRUE(platform::removeCrashReport(report.guid));
-        }
+        EXPECT_TRUE(platform::removeCrashReports());
     }
 
     /// The reports, once there are so many.

@@ -24,7 +24,6 @@ public:
     explicit Sheet(const Plan& plan);
 
     [[nodiscard]] int tileWidth() const { return m_tileWidth; }
-    [[nodiscard]] int tileHeight() const { return m_tileHeight; }
 
     /// Draws an 8-bit picture into its place, scaled to the tile and over a checkerboard where it is transparent.
     /// Different tiles may be placed from several threads at once.
