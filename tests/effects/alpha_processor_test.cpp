@@ -5,14 +5,13 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/effects/alpha_rows.h"
 #include "tests/support/effect_tester.h"
 
 namespace lumiset::test {
 namespace {
 
 enum Param : std::uint32_t { kGrow, kBlur, kInvert, kPremultiply, kTestMask };
-
-using Rows = std::vector<std::vector<int>>;
 
 class AlphaProcessorTest : public ::testing::TestWithParam<std::int32_t> {
 protected:
@@ -48,18 +47,6 @@ protected:
 
     const EffectTester m_effect{9};
 };
-
-/// The alpha of a rectangle, in whole levels.
-Rows alphaOf(const Picture& picture, std::int32_t left, std::int32_t top, std::int32_t width, std::int32_t height) {
-    Rows rows;
-    for (std::int32_t y = top; y < top + height; ++y) {
-        auto& row = rows.emplace_back();
-        for (std::int32_t x = left; x < left + width; ++x) {
-            row.push_back(static_cast<int>(std::lround(picture.get(x, y, kAlpha))));
-        }
-    }
-    return rows;
-}
 
 /// Opaque pixels in the middle row and column.
 struct Extent {

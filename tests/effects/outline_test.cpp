@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "tests/effects/alpha_rows.h"
 #include "tests/support/effect_tester.h"
 
 namespace lumiset::test {
@@ -35,20 +36,6 @@ protected:
     const EffectTester m_outline{kOutlineIndex};
 };
 
-using Alphas = std::vector<std::vector<int>>;
-
-/// The picture's alpha in a rectangle, rounded to whole levels.
-Alphas alphaOf(const Picture& picture, std::int32_t left, std::int32_t top, std::int32_t width, std::int32_t height) {
-    Alphas rows;
-    for (std::int32_t y = top; y < top + height; ++y) {
-        auto& row = rows.emplace_back();
-        for (std::int32_t x = left; x < left + width; ++x) {
-            row.push_back(static_cast<int>(std::lround(picture.get(x, y, kAlpha))));
-        }
-    }
-    return rows;
-}
-
 /// Columns and rows that are opaque, counted through a pixel.
 struct Extent {
     int columns;
@@ -71,7 +58,7 @@ TEST_P(OutlineTest, GrowsAPixelByTheEllipseAndPaintsTheBandInTheColour) {
     Picture result(30, 9, {.format = GetParam()});
     ValueHost host = hostWith(1.0F, 0.0F, 1.0F);
     ASSERT_TRUE(m_outline.render(host, source, result));
-    const Alphas plus = {{0, 0, 0, 0, 0}, {0, 0, 255, 0, 0}, {0, 255, 255, 255, 0}, {0, 0, 255, 0, 0}, {0, 0, 0, 0, 0}};
+    const Rows plus = {{0, 0, 0, 0, 0}, {0, 0, 255, 0, 0}, {0, 255, 255, 255, 0}, {0, 0, 255, 0, 0}, {0, 0, 0, 0, 0}};
     EXPECT_EQ(alphaOf(result, 13, 2, 5, 5), plus);
     EXPECT_EQ(result.get(14, 4, kRed), 255.0);
     EXPECT_EQ(result.get(14, 4, kGreen), 0.0);
@@ -84,7 +71,7 @@ TEST_P(OutlineTest, AnEvenDiameterGrowsTowardsHigherColumnsAndRows) {
     Picture result(20, 9, {.format = GetParam()});
     ValueHost host = hostWith(1.0F, 0.0F, 1.0F);
     ASSERT_TRUE(m_outline.render(host, source, result));
-    const Alphas corner = {{0, 0, 0, 0}, {0, 255, 255, 0}, {0, 255, 0, 0}, {0, 0, 0, 0}};
+    const Rows corner = {{0, 0, 0, 0}, {0, 255, 255, 0}, {0, 255, 0, 0}, {0, 0, 0, 0}};
     EXPECT_EQ(alphaOf(result, 9, 3, 4, 4), corner);
 }
 
@@ -93,7 +80,7 @@ TEST_P(OutlineTest, SoftensByATriangleAndFadesByTheOpacity) {
     Picture result(30, 9, {.format = GetParam()});
     ValueHost host = hostWith(0.0F, 1.0F, 1.0F);
     ASSERT_TRUE(m_outline.render(host, source, result));
-    const Alphas triangle = {{0, 16, 32, 16, 0}, {0, 32, 255, 32, 0}, {0, 16, 32, 16, 0}};
+    const Rows triangle = {{0, 16, 32, 16, 0}, {0, 32, 255, 32, 0}, {0, 16, 32, 16, 0}};
     EXPECT_EQ(alphaOf(result, 1, 3, 5, 3), triangle);
 
     host = hostWith(0.0F, 1.0F, 0.5F);

@@ -159,6 +159,24 @@ TEST(EveryPreset, StoresNeitherPaddingNorOrderNorStrideInThePicture) {
     });
 }
 
+TEST(EveryPreset, KeepsAlphaUnlessTheEffectTellsOtherwise) {
+    constexpr std::uint32_t kChangesAlpha = 0x0004;
+    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
+        // A stretch moves whole pixels, alpha with them.
+        if ((tester.effect().GetEffectFlags() & kChangesAlpha) != 0 ||
+            tester.effect().GetEffectName() == std::string_view("Progressive Stretch")) {
+            return;
+        }
+        for (const std::int32_t format : kFormats) {
+            Picture source = testCard(61, 45, {.format = format});
+            Picture result = rendered(tester, host, source, {.format = format});
+            for (std::int32_t i = 0; i < 61 * 45; ++i) {
+                ASSERT_EQ(result.get(i % 61, i / 61, kAlpha), source.get(i % 61, i / 61, kAlpha)) << "pixel " << i;
+            }
+        }
+    });
+}
+
 TEST(EveryPreset, WritesOnlyTheCommonRectangle) {
     forEveryPreset([](const EffectTester& tester, ValueHost& host) {
         for (const std::int32_t format : kFormats) {
