@@ -33,9 +33,7 @@ protected:
         std::filesystem::remove_all(folder, error);
     }
 
-    static void clearReports() {
-        EXPECT_TRUE(platform::removeCrashReports());
-    }
+    static void clearReports() { EXPECT_TRUE(platform::removeCrashReports()); }
 
     /// The reports, once there are so many.
     static std::vector<platform::CrashReport> reportsOnceThereAre(std::size_t count) {
