@@ -27,7 +27,9 @@ endif()
 if(NOT LUMISET_SANITIZE)
   target_compile_options(lumiset_options INTERFACE
     -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
-  if(NOT WIN32)
+  if(WIN32)
+    target_link_options(lumiset_options INTERFACE -fstack-protector-strong)  # finds what the guards call
+  else()
     target_compile_options(lumiset_options INTERFACE -fcf-protection)
     target_link_options(lumiset_options INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
   endif()
