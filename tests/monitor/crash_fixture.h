@@ -37,7 +37,7 @@ protected:
 
     /// The reports, once there are so many.
     static std::vector<platform::CrashReport> reportsOnceThereAre(std::size_t count) {
-        for (int i = 0; i < 200 && platform::crashReports().size() < count; ++i) {
+        for (int i = 0; i < 1200 && platform::crashReports().size() < count; ++i) {
             std::this_thread::sleep_for(std::chrono::milliseconds(25));
         }
         return platform::crashReports();

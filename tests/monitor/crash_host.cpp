@@ -10,6 +10,7 @@
 #include <fstream>
 #include <thread>
 
+#include "platform/monitor_pipe.h"
 #include "tests/gpu/fake_gpu_host.h"
 #include "tests/monitor/system.h"
 
@@ -17,6 +18,18 @@ namespace lumiset::test {
 namespace {
 
 constexpr std::uint32_t kOutline = 2;
+
+/// A crash is noticed once the monitor that an earlier frame started has its pipe, and a loaded machine may take its
+/// time for that.
+void awaitMonitor() {
+    constexpr std::chrono::milliseconds kStep{10};
+    for (std::chrono::milliseconds waited{0}; waited < std::chrono::seconds(60); waited += kStep) {
+        if (platform::sendToMonitor("", platform::PipeRoom::kAll) != platform::PipeAttempt::kUnreachable) {
+            return;
+        }
+        std::this_thread::sleep_for(kStep);
+    }
+}
 
 /// What happens in the last frame.
 void prepareEnd(const std::string& end, FakeGPUHost& gpu) {
@@ -62,6 +75,9 @@ int host(const std::string& module, const std::string& end, int frames, const ch
     for (int frame = 1; frame <= frames; ++frame) {
         const bool last = frame == frames;
         if (last) {
+            if (frame > 1 && (end == "kill" || end == "fault")) {
+                awaitMonitor();
+            }
             prepareEnd(end, gpu);
         }
         const bool rendered = outline->ProcessFrameGPU(0, &effectHost, &gpu, &source, nullptr, &destination, nullptr);

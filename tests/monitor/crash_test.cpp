@@ -106,6 +106,9 @@ TEST_F(CrashTest, GoesUnnoticedWithoutAMonitorAndFramesRenderAllTheSame) {
     std::filesystem::copy_file(program, monitorAlone);
     EXPECT_TRUE(runHost(moduleAlone, "finish", 3));
     const std::filesystem::path starts = monitorAlone.parent_path() / "starts";
+    for (int i = 0; i < 1200 && (!std::filesystem::exists(starts) || std::filesystem::is_empty(starts)); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    }
     EXPECT_EQ(std::filesystem::file_size(starts), std::string("started").size());
 
     // One that runs and does not listen is not started again.
