@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "tests/support/host.h"
@@ -29,14 +30,14 @@ TEST(Frame, NegativeStrideStartsAtTheLastStoredRowAndTurnsTheFlag) {
 TEST(Frame, BitmapsKeepTheSignBitOfTheirHeight) {
     std::uint8_t pixels[2 * 3 * 4] = {};
     BitmapInfoHeader header{};
-    header.width = 3;
     header.bitCount = 32;
-    for (const std::int32_t height : {2, -2}) {
+    for (const auto& [width, height] : {std::pair{3, 2}, {3, -2}, {0, 2}, {0, -2}}) {
+        header.width = width;
         header.height = height;
         Frame frame;
         ASSERT_TRUE(frame.WrapBitmap(header, pixels));
         EXPECT_EQ(frame.Height(), 2);
-        EXPECT_EQ(frame.Stride(), 12);
+        EXPECT_EQ(frame.Stride(), 4 * width);
         EXPECT_EQ(frame.Format(), kFormatBgra8);
         EXPECT_EQ(frame.Flipped(), height < 0);
     }
