@@ -75,7 +75,7 @@ bool sameValue(const ParamInfo& info, const ParamValue& a, const ParamValue& b) 
         case kParamBoolean:
             return (a.boolean != 0) == (b.boolean != 0);
         case kParamPoint:
-            return std::memcmp(&a, &b, sizeof a) == 0;
+            return a.words[0] == b.words[0] && a.words[1] == b.words[1];
         default:
             return a.words[0] == b.words[0];
     }
