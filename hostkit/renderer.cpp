@@ -1,8 +1,10 @@
 #include "hostkit/renderer.h"
 
 #include <algorithm>
+#include <deque>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "hostkit/parameter_text.h"
 
@@ -13,20 +15,8 @@ constexpr std::size_t kFree = std::numeric_limits<std::size_t>::max();
 
 }  // namespace
 
-void Renderer::processFrame(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
-                            const FrameRenderInfo& info) const {
-    RenderHost host(stage.parameters, info.timeSeconds, m_allocator, m_threads);
-    if (m_firstChoice && m_firstChoice(*stage.effect.get(), host, source, destination, info)) {
-        return;
-    }
-    if (!stage.effect->ProcessFrame(&host, &source, nullptr, &destination, &info)) {
-        throw RenderError("The effect \"" + stage.parameters.effect().name + "\" could not render the frame at " +
-                          formatNumber(info.timeSeconds, 3) + " seconds.");
-    }
-}
-
-void Renderer::renderStage(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
-                           const FrameContext& context) const {
+std::vector<Renderer::Part> Renderer::partsOf(const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                                              const FrameContext& context) {
     FrameRenderInfo info{};
     info.timeSeconds = context.timeSeconds;
     info.field = FrameRenderInfo::kWholeFrame;
@@ -36,26 +26,49 @@ void Renderer::renderStage(const EffectStage& stage, const VideoFrameDesc& sourc
         info.pixelAspect = context.pixelAspect;
     }
     if (context.fields == FieldOrder::kProgressive) {
-        processFrame(stage, source, destination, info);
-        return;
+        return {{source, destination, info}};
     }
     info.flags |= FrameRenderInfo::kHasField;
     if (context.fields == FieldOrder::kTopFieldAlone || context.fields == FieldOrder::kBottomFieldAlone) {
         info.field = context.fields == FieldOrder::kBottomFieldAlone ? 1 : 0;
-        processFrame(stage, source, destination, info);
-        return;
+        return {{source, destination, info}};
     }
+    std::vector<Part> parts;
     for (const bool bottom : {false, true}) {
-        const VideoFrameDesc sourceField = fieldOf(source, bottom);
-        const VideoFrameDesc destinationField = fieldOf(destination, bottom);
-        if (sourceField.height == 0) {
-            continue;
+        const VideoFrameDesc field = fieldOf(source, bottom);
+        if (field.height > 0) {
+            const bool second = bottom == (context.fields == FieldOrder::kTopFirst);
+            info.field = bottom ? 1 : 0;
+            info.timeSeconds = context.timeSeconds + (second ? context.durationSeconds / 2.0 : 0.0);
+            parts.push_back({field, fieldOf(destination, bottom), info});
         }
-        const bool second = bottom == (context.fields == FieldOrder::kTopFirst);
-        info.field = bottom ? 1 : 0;
-        info.timeSeconds = context.timeSeconds + (second ? context.durationSeconds / 2.0 : 0.0);
-        processFrame(stage, sourceField, destinationField, info);
     }
+    return parts;
+}
+
+void Renderer::process(const EffectStage& stage, const Part& part) const {
+    RenderHost host(stage.parameters, part.info.timeSeconds, m_allocator, m_threads);
+    if (!stage.effect->ProcessFrame(&host, &part.source, nullptr, &part.destination, &part.info)) {
+        throw RenderError("The effect \"" + stage.parameters.effect().name + "\" could not render the frame at " +
+                          formatNumber(part.info.timeSeconds, 3) + " seconds.");
+    }
+}
+
+// Both fields of a frame have to get equally far: where the second one does not, the first is rendered once more.
+std::size_t Renderer::chooseFirst(std::size_t first, std::size_t count, const std::vector<Part>& parts) const {
+    for (std::size_t i = 0; count > 0 && i < parts.size();) {
+        const Part& part = parts[i];
+        std::deque<RenderHost> hosts;
+        std::vector<EffectCall> calls;
+        for (std::size_t k = first; k < first + count; ++k) {
+            hosts.emplace_back(m_chain[k].parameters, part.info.timeSeconds, m_allocator, m_threads);
+            calls.push_back({*m_chain[k].effect.get(), hosts.back()});
+        }
+        const std::size_t done = m_firstChoice(calls, part.source, part.destination, part.info);
+        i = done < count && i > 0 ? 0 : i + 1;
+        count = done;
+    }
+    return count;
 }
 
 std::size_t Renderer::takeScratch(const VideoFrameDesc& like) {
@@ -91,34 +104,66 @@ void Renderer::render(const VideoFrameDesc& source, const VideoFrameDesc& destin
         inputs[0] = m_scratch[converted].desc();
         convertFrame(source, inputs[0]);
     }
-    for (std::size_t i = 0; i < m_chain.size(); ++i) {
-        const EffectStage& stage = m_chain[i];
-        if (i + 1 == m_chain.size() && destination.format == format) {
-            inputs[i + 1] = destination;
-        } else {
-            const std::size_t output = takeScratch(source);
-            m_freeAfter[output] = lastReader(i + 1);
-            inputs[i + 1] = m_scratch[output].desc();
+    // The frame behind so many stages.
+    const auto placeFor = [&](std::size_t stages) {
+        if (stages == m_chain.size() && destination.format == format) {
+            return destination;
         }
-        renderStage(stage, inputs[i], inputs[i + 1], context);
-        for (const EffectStage::GroupMix& each : stage.mixes) {
-            mixFrames(inputs[i + 1 - each.stages], inputs[i + 1], each.mix);
+        const std::size_t output = takeScratch(source);
+        m_freeAfter[output] = lastReader(stages);
+        return m_scratch[output].desc();
+    };
+    for (std::size_t i = 0; i < m_chain.size();) {
+        const std::size_t run = m_firstChoice ? runLength(i) : 1;
+        VideoFrameDesc output = placeFor(i + run);
+        std::size_t done = m_firstChoice ? chooseFirst(i, run, partsOf(inputs[i], output, context)) : 0;
+        const std::size_t end = i + std::max(done, std::size_t{1});
+        if (end < i + run) {
+            // The run's last frame is not to be read by one of its own stages.
+            const VideoFrameDesc unfinished = std::exchange(output, placeFor(end));
+            if (done > 0) {
+                convertFrame(unfinished, output);
+            }
         }
-        std::replace(m_freeAfter.begin(), m_freeAfter.end(), i, kFree);
+        if (done == 0) {
+            for (const Part& part : partsOf(inputs[i], output, context)) {
+                process(m_chain[i], part);
+            }
+        }
+        inputs[end] = output;
+        for (const EffectStage::GroupMix& each : m_chain[end - 1].mixes) {
+            mixFrames(inputs[end - each.stages], output, each.mix);
+        }
+        std::replace_if(
+            m_freeAfter.begin(), m_freeAfter.end(), [end](std::size_t last) { return last < end; }, kFree);
+        i = end;
     }
     if (destination.format != format) {
         convertFrame(inputs.back(), destination);
     }
 }
 
-std::size_t Renderer::lastReader(std::size_t stage) const {
-    std::size_t last = stage;
+std::size_t Renderer::lastMix(std::size_t stage) const {
+    std::size_t last = kFree;
     for (std::size_t i = stage; i < m_chain.size(); ++i) {
         for (const EffectStage::GroupMix& each : m_chain[i].mixes) {
             last = i + 1 == stage + each.stages ? i : last;
         }
     }
     return last;
+}
+
+std::size_t Renderer::lastReader(std::size_t stage) const {
+    const std::size_t last = lastMix(stage);
+    return last != kFree ? last : stage;
+}
+
+std::size_t Renderer::runLength(std::size_t stage) const {
+    std::size_t end = stage + 1;
+    while (end < m_chain.size() && m_chain[end - 1].mixes.empty() && lastMix(end) == kFree) {
+        ++end;
+    }
+    return end - stage;
 }
 
 }  // namespace lumiset::hostkit

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -44,10 +45,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Renders one frame through an effect in another way than `IVideoEffect::ProcessFrame`, with the same arguments. On
-/// false the destination is as it was.
-using StageRenderer = std::function<bool(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
-                                         const VideoFrameDesc& destination, const FrameRenderInfo& info)>;
+/// One effect's turn at a frame.
+struct EffectCall {
+    IVideoGPUEffect& effect;
+    IEffectHost& host;
+};
+
+/// Renders one frame through effects in turn in another way than `IVideoEffect::ProcessFrame`, and answers how many of
+/// them it did, from the first on: the destination holds the last one's picture. On 0 it is as it was.
+using RunRenderer = std::function<std::size_t(std::span<const EffectCall> calls, const VideoFrameDesc& source,
+                                              const VideoFrameDesc& destination, const FrameRenderInfo& info)>;
 
 /// Renders frames through effects, one after the other, on the processor. A renderer keeps its buffers from
 /// frame to frame and is used by one thread at a time; renderers on one chain may work at the same time.
@@ -58,8 +65,8 @@ public:
              IHostParallel* threads = nullptr)
         : m_chain(chain), m_format(format), m_allocator(allocator), m_threads(threads) {}
 
-    /// Tries `first` for every effect's frame before the processor.
-    void setFirstChoice(StageRenderer first) { m_firstChoice = std::move(first); }
+    /// Tries `first` before the processor, for as many effects at once as have nothing to be done between them.
+    void setFirstChoice(RunRenderer first) { m_firstChoice = std::move(first); }
 
     /// Renders `source` to `destination`, frames of one size in any of the host formats. The frames must not
     /// overlap. An interlaced frame's fields are rendered each on its own at their own times. Throws
@@ -67,12 +74,23 @@ public:
     void render(const VideoFrameDesc& source, const VideoFrameDesc& destination, const FrameContext& context);
 
 private:
-    void renderStage(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
-                     const FrameContext& context) const;
-    void processFrame(const EffectStage& stage, const VideoFrameDesc& source, const VideoFrameDesc& destination,
-                      const FrameRenderInfo& info) const;
+    /// A frame or a field with what its effects are told of it.
+    struct Part {
+        VideoFrameDesc source;
+        VideoFrameDesc destination;
+        FrameRenderInfo info;
+    };
+    [[nodiscard]] static std::vector<Part> partsOf(const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                                                   const FrameContext& context);
+    void process(const EffectStage& stage, const Part& part) const;
+    /// Renders stages from `first` on by the first choice, `count` of them or fewer, and answers how many.
+    [[nodiscard]] std::size_t chooseFirst(std::size_t first, std::size_t count, const std::vector<Part>& parts) const;
+    /// How many stages from this one on have nothing to be done between them, and no frame that is needed again.
+    [[nodiscard]] std::size_t runLength(std::size_t stage) const;
     /// An unused frame of the source's size and the chain's format.
     [[nodiscard]] std::size_t takeScratch(const VideoFrameDesc& like);
+    /// The last stage whose result is mixed with the frame in front of this one; the largest number for none.
+    [[nodiscard]] std::size_t lastMix(std::size_t stage) const;
     /// The last stage that reads the frame in front of this one.
     [[nodiscard]] std::size_t lastReader(std::size_t stage) const;
 
@@ -80,7 +98,7 @@ private:
     PixelFormat m_format;
     IHostAllocator* m_allocator;
     IHostParallel* m_threads;
-    StageRenderer m_firstChoice;
+    RunRenderer m_firstChoice;
     std::vector<FrameBuffer> m_scratch;
     std::vector<std::size_t> m_freeAfter;  ///< for each of `m_scratch` the stage that needs it last
 };

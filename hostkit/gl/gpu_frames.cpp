@@ -11,23 +11,25 @@ GPUFrames::GPUFrames(Listener listener)
 }
 
 void GPUFrames::serve(Renderer& renderer) {
-    renderer.setFirstChoice([this](IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
-                                   const VideoFrameDesc& destination, const FrameRenderInfo& info) {
-        return render(effect, host, source, destination, info);
-    });
+    renderer.setFirstChoice([this](std::span<const EffectCall> calls, const VideoFrameDesc& source,
+                                   const VideoFrameDesc& destination,
+                                   const FrameRenderInfo& info) { return render(calls, source, destination, info); });
 }
 
-bool GPUFrames::render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
-                       const VideoFrameDesc& destination, const FrameRenderInfo& info) {
+std::size_t GPUFrames::render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
+                              const VideoFrameDesc& destination, const FrameRenderInfo& info) {
     const std::lock_guard<std::timed_mutex> frame(m_frame);
     // Left behind again each time: a thread that ended with the context would keep it, and what is in it, for ever.
     m_gl.takeThread();
-    const bool rendered = m_renderer.render(effect, host, source, destination, info);
+    const std::size_t done = m_renderer.render(calls, source, destination, info);
     m_gl.leaveThread();
-    if (!rendered && m_left.insert(effect.GetEffectName()).second && m_listener.leftToOthers) {
-        m_listener.leftToOthers(effect.GetEffectName());
+    if (done < calls.size()) {
+        const char* const name = calls[done].effect.GetEffectName();
+        if (m_left.insert(name).second && m_listener.leftToOthers) {
+            m_listener.leftToOthers(name);
+        }
     }
-    return rendered;
+    return done;
 }
 
 void GPUFrames::stop() {

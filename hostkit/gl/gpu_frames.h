@@ -3,6 +3,7 @@
 #include <functional>
 #include <mutex>
 #include <set>
+#include <span>
 #include <string>
 
 #include "hostkit/gl/gpu_renderer.h"
@@ -27,8 +28,8 @@ public:
     void serve(Renderer& renderer);
 
     /// Like `GPURenderer::render`, on any thread.
-    [[nodiscard]] bool render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
-                              const VideoFrameDesc& destination, const FrameRenderInfo& info);
+    [[nodiscard]] std::size_t render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
+                                     const VideoFrameDesc& destination, const FrameRenderInfo& info);
 
     /// Waits for the frame under way, a few seconds at most, and lets no other begin, for a program that is to end: in
     /// the middle of a frame that would look like a crash of the driver's.

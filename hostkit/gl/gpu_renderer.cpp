@@ -46,30 +46,54 @@ bool GPURenderer::canRender(IVideoGPUEffect& effect, IEffectHost& host) {
 
 bool GPURenderer::render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
                          const VideoFrameDesc& destination, const FrameRenderInfo& info) {
-    GLEffectHost glHost(host, m_gl);
-    if (!isFrame(source) || !isFrame(destination) || source.format != destination.format ||
-        !canRender(effect, glHost)) {
-        return false;
+    const EffectCall call{effect, host};
+    return render(std::span(&call, 1), source, destination, info) == 1;
+}
+
+std::size_t GPURenderer::render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
+                                const VideoFrameDesc& destination, const FrameRenderInfo& info) {
+    if (!isFrame(source) || !isFrame(destination) || source.format != destination.format) {
+        return 0;
+    }
+    const bool sameSize = source.width == destination.width && source.height == destination.height;
+    const std::size_t most = sameSize ? calls.size() : 1;
+    std::size_t able = 0;
+    for (; able < most; ++able) {
+        GLEffectHost host(calls[able].host, m_gl);
+        if (!canRender(calls[able].effect, host)) {
+            break;
+        }
+    }
+    if (able == 0) {
+        return 0;
     }
     try {
-        HeldTexture from(m_gl, source);
-        HeldTexture to(m_gl, destination);
-        m_gl.upload(source, from.get());
+        HeldTexture first(m_gl, source);
+        HeldTexture second(m_gl, destination);
+        GPUTexture* from = &first.get();
+        GPUTexture* to = &second.get();
+        m_gl.upload(source, *from);
         if (source.width < destination.width || source.height < destination.height) {
-            m_gl.upload(destination, to.get());  // what lies outside the common rectangle stays
+            m_gl.upload(destination, *to);  // what lies outside the common rectangle stays
         }
-        to.get().flipped = (destination.flipped != 0) != (destination.stride < 0) ? 1 : 0;
-        if (!effect.ProcessFrameGPU(0, &glHost, &m_gl, &from.get(), nullptr, &to.get(), &info)) {
-            return false;
+        std::size_t done = 0;
+        for (; done < able; ++done) {
+            to->flipped = (destination.flipped != 0) != (destination.stride < 0) ? 1 : 0;
+            GLEffectHost host(calls[done].host, m_gl);
+            if (!calls[done].effect.ProcessFrameGPU(0, &host, &m_gl, from, nullptr, to, &info) ||
+                !m_gl.checkErrors("rendering")) {
+                break;
+            }
+            std::swap(from, to);
         }
-        if (!m_gl.checkErrors("rendering")) {
-            return false;
+        if (done == 0) {
+            return 0;
         }
-        m_gl.download(to.get(), destination);
-        return m_gl.checkErrors("reading a frame");
+        m_gl.download(*from, destination);
+        return m_gl.checkErrors("reading a frame") ? done : 0;
     } catch (const GLError& error) {
         m_gl.report(error.what());
-        return false;
+        return 0;
     }
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <map>
+#include <span>
 #include <utility>
 
 #include "host/video_effect.h"
 #include "hostkit/com_ptr.h"
 #include "hostkit/gl/gl_host.h"
+#include "hostkit/renderer.h"
 
 namespace lumiset::hostkit {
 
@@ -43,6 +45,10 @@ public:
     /// and the frame is to be rendered by `ProcessFrame`. Frames that are no host's frames are refused too.
     [[nodiscard]] bool render(IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
                               const VideoFrameDesc& destination, const FrameRenderInfo& info);
+
+    /// The same through effects in turn, as a `RunRenderer`: the frame stays in textures between them.
+    [[nodiscard]] std::size_t render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
+                                     const VideoFrameDesc& destination, const FrameRenderInfo& info);
 
 private:
     [[nodiscard]] bool canRender(IVideoGPUEffect& effect, IEffectHost& host);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -128,6 +129,69 @@ TEST(Renderer, RendersEachFieldAtItsTimeAndWeavesThemAgain) {
             EXPECT_EQ(destination.row(y)[0], 40 + y) << "rows stand in their places";
             EXPECT_EQ(destination.row(y)[1], y % 2);
             EXPECT_EQ(destination.row(y)[2], second ? 11 : 10);
+        }
+    }
+}
+
+TEST(Renderer, TakesWhatItsFirstChoiceDoesWhereverThatStops) {
+    test::FakeEffect effect;
+    effect.render = [](IEffectHost* host, const VideoFrameDesc& source, const VideoFrameDesc& destination,
+                       const FrameRenderInfo& info) {
+        ParamValue value{};
+        host->GetParamValue(11, &value, kParamSlider);
+        for (std::int32_t y = 0; y < source.height; ++y) {
+            const int step = static_cast<int>(100.0F * value.slider + 0.5F) + static_cast<int>(info.timeSeconds);
+            std::memmove(storedRow(destination, y), storedRow(source, y), 4);
+            storedRow(destination, y)[1] = static_cast<std::uint8_t>(3 * storedRow(source, y)[1] + step);
+        }
+        return true;
+    };
+    const EffectDescription description = describeEffect(effect, 0);
+    std::vector<EffectStage> chain;
+    for (const char* step : {"1", "2", "3", "4", "5", "6"}) {
+        chain.push_back(stageOf(effect, description));
+        chain.back().parameters.set("#11", step);
+    }
+    chain[3].mixes = {{1, {0.5F, nullptr}}, {2, {0.5F, nullptr}}};
+    FrameBuffer source(1, 4, kFormatArgb8);
+    for (std::int32_t y = 0; y < 4; ++y) {
+        std::memset(source.row(y), 255, 4);
+        source.row(y)[1] = static_cast<std::uint8_t>(20 + y);
+    }
+    for (const PixelFormat format : {kFormatArgb8, kFormatBgra8}) {
+        for (const FieldOrder order : {FieldOrder::kProgressive, FieldOrder::kTopFirst}) {
+            const auto rendered = [&](const RunRenderer& first) {
+                FrameBuffer result(1, 4, format);
+                std::memset(result.desc().data, 255, static_cast<std::size_t>(result.desc().stride) * 4);
+                Renderer renderer(chain, kFormatArgb8);
+                renderer.setFirstChoice(first);
+                renderer.render(source.desc(), result.desc(), {10.0, 2.0, 1.0, order});
+                std::vector<int> rows;
+                for (std::int32_t y = 0; y < 4; ++y) {
+                    rows.push_back(result.row(y)[format == kFormatArgb8 ? 1 : 2]);
+                }
+                return rows;
+            };
+            const std::vector<int> expected = rendered({});
+            for (std::size_t most = 0; most < 5; ++most) {
+                for (std::size_t lessInTheSecondField = 0; lessInTheSecondField <= most; ++lessInTheSecondField) {
+                    std::size_t longest = 0;
+                    const RunRenderer first = [&](std::span<const EffectCall> calls, const VideoFrameDesc& from,
+                                                  const VideoFrameDesc& to, const FrameRenderInfo& info) {
+                        longest = std::max(longest, calls.size());
+                        const std::size_t end =
+                            std::min(calls.size(), info.field == 1 ? most - lessInTheSecondField : most);
+                        VideoFrameDesc last = from;
+                        for (std::size_t i = 0; i < end; ++i) {
+                            EXPECT_TRUE(calls[i].effect.ProcessFrame(&calls[i].host, &last, nullptr, &to, &info));
+                            last = to;
+                        }
+                        return end;
+                    };
+                    EXPECT_EQ(rendered(first), expected) << most << ", " << lessInTheSecondField << " less";
+                    EXPECT_EQ(longest, 2U) << "stages without a mix between them or a frame that is mixed";
+                }
+            }
         }
     }
 }

@@ -123,12 +123,13 @@ media::Picture renderedInGL(IEffectLibrary& library, const std::vector<hostkit::
     driver = gl.info().renderer;
     hostkit::GPURenderer gpu(gl);
     hostkit::Renderer renderer(chain, kFormatBgra8);
-    renderer.setFirstChoice([&](IVideoGPUEffect& effect, IEffectHost& host, const VideoFrameDesc& source,
+    renderer.setFirstChoice([&](std::span<const hostkit::EffectCall> calls, const VideoFrameDesc& source,
                                 const VideoFrameDesc& destination, const FrameRenderInfo& info) {
-        if (!gpu.render(effect, host, source, destination, info)) {
-            throw hostkit::GLError(refusalInOpenGL(library, effect.GetEffectName()) + reason);
+        const std::size_t done = gpu.render(calls, source, destination, info);
+        if (done < calls.size()) {
+            throw hostkit::GLError(refusalInOpenGL(library, calls[done].effect.GetEffectName()) + reason);
         }
-        return true;
+        return done;
     });
     return rendered(renderer, moment);
 }
