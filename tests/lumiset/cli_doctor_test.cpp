@@ -69,6 +69,21 @@ TEST(Doctor, NamesTheEffectsThatCrashed) {
     EXPECT_NE(examine().finding("Crashes", "Old TV")["remedy"], "");
 }
 
+TEST(Doctor, NamesLooksThatCannotBeUsed) {
+    const TemporaryFolder folder;
+    const WithEnvironment data("XDG_DATA_HOME", folder.path().string());
+    std::filesystem::create_directories(folder / "lumiset/looks");
+    EXPECT_EQ(examine().finding("Looks", "0 of one's own in " + folder.path().string())["remedy"], "");
+    writeFile(folder / "lumiset/looks/good.lumilook", R"({"lumilook": 1, "effects": [{"effect": "Outline"}]})");
+    writeFile(folder / "lumiset/looks/bad.lumilook", R"({"lumilook": 1, "effects": [{"effect": "Out\u001bline"}]})");
+    const Examination found = examine();
+    EXPECT_EQ(found.status, 0);
+    EXPECT_EQ(found.finding("Looks", "1 of one's own")["remedy"], "");
+    const Json bad = found.finding("Looks", "bad.lumilook");
+    EXPECT_NE(bad["remedy"], "");
+    EXPECT_EQ(bad["found"].get<std::string>().find('\x1b'), std::string::npos) << "no terminal's orders";
+}
+
 /// A folder that hosts search, of which nothing can be loaded.
 TEST(Doctor, LooksIntoThePlugins) {
     const TemporaryFolder folder;

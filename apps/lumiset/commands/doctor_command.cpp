@@ -18,6 +18,7 @@
 #include "apps/lumiset/user_options.h"
 #include "hostkit/frame_buffer.h"
 #include "hostkit/gl/gl_host.h"
+#include "hostkit/look_files.h"
 #include "platform/crash_reports.h"
 
 namespace lumiset::app {
@@ -142,6 +143,19 @@ std::string outputOf(const char* command) {
     return text;
 }
 
+/// Files that cannot be used are left out by other commands, or told of in the middle of something else.
+void addLooks(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue) {
+    std::vector<std::string> faults;
+    const std::vector<hostkit::KnownLook> looks = hostkit::knownLooks(catalogue, faults);
+    const auto own = std::count_if(looks.begin(), looks.end(), [](const auto& look) { return !look.file.empty(); });
+    const std::string folder = hostkit::ownLooksFolder().string();
+    findings.push_back({"Looks", fmt::format("{} of ours, {} of one's own{}", static_cast<long>(looks.size()) - own,
+                                             own, folder.empty() ? "" : " in " + printable(folder))});
+    for (const std::string& fault : faults) {
+        findings.push_back({"Looks", printable(fault), "Mend the file or remove it."});
+    }
+}
+
 void addTools(std::vector<Finding>& findings) {
     for (const char* name : {"ffmpeg", "melt", "gst-launch-1.0"}) {
         const std::filesystem::path path = programInPath(name);
@@ -178,6 +192,7 @@ std::vector<Finding> examine(Program& program) {
     findings.push_back(glFinding());
     if (loaded) {
         findings.push_back(crashesFinding());
+        addLooks(findings, program.catalogue());
         addFrei0rFolders(findings, program.catalogue());
         addOpenFxFolders(findings, program.catalogue());
     }
@@ -211,11 +226,11 @@ std::string reportJson(const std::vector<Finding>& findings) {
 }  // namespace
 
 void addDoctorCommand(CLI::App& app, Program& program) {
-    CLI::App& command =
-        addCommand(app, "doctor", "Tells what of an installation is there",
-                   "Tells what of an installation is there, and what to do about what is not.\n\n"
-                   "Looks for the module, its monitor, OpenGL, the folders of frei0r and OpenFX plug-ins and the "
-                   "programs that use the former.\nThe exit status is 0 when effects can be rendered.\n");
+    CLI::App& command = addCommand(
+        app, "doctor", "Tells what of an installation is there",
+        "Tells what of an installation is there, and what to do about what is not.\n\n"
+        "Looks for the module, its monitor, OpenGL, one's own looks, the folders of frei0r and OpenFX plug-ins and "
+        "the programs that use the former.\nThe exit status is 0 when effects can be rendered.\n");
     const auto json = std::make_shared<bool>(false);
     command.add_flag("--json", *json, "as JSON");
     program.onChosen(command, [json, &program] {
