@@ -27,6 +27,7 @@ void addPixelPrimitives(Cases& cases);
 void addFilterPrimitives(Cases& cases);
 void addGeometryPrimitives(Cases& cases);
 void addOperations(Cases& cases);
+void addOpenFX(Cases& cases);
 /// Every effect with every preset through the module's exports, formats 0 and 3.
 void addEffects(Cases& cases);
 

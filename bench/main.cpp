@@ -101,6 +101,7 @@ int main(int argc, char** argv) try {
     addFilterPrimitives(all);
     addGeometryPrimitives(all);
     addOperations(all);
+    addOpenFX(all);
     addEffects(all);
     const std::regex wanted(filter, std::regex::icase);
     Cases cases;

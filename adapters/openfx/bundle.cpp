@@ -5,6 +5,7 @@
 #include "hostkit/host_allocator.h"
 #include "hostkit/names.h"
 #include "hostkit/report.h"
+#include "hostkit/thread_pool.h"
 
 namespace lumiset::openfx {
 
@@ -43,6 +44,14 @@ hostkit::ComPtr<IHostAllocator> Bundle::scratch() const {
     return m_scratch;
 }
 
+hostkit::ComPtr<IHostParallel> Bundle::threads() const {
+    const std::lock_guard lock(m_mutex);
+    if (!m_threads) {
+        m_threads = hostkit::ThreadPool::create(hostkit::wantedThreads()).query<IHostParallel>();
+    }
+    return m_threads;
+}
+
 void Bundle::removeInstance(bool keepScratch) const {
     if (--m_instances == 0 && !keepScratch) {
         freeScratch();
@@ -50,9 +59,11 @@ void Bundle::removeInstance(bool keepScratch) const {
 }
 
 void Bundle::freeScratch() const {
-    hostkit::ComPtr<IHostAllocator> old;
+    hostkit::ComPtr<IHostAllocator> memory;
+    hostkit::ComPtr<IHostParallel> threads;
     const std::lock_guard lock(m_mutex);
-    std::swap(old, m_scratch);
+    std::swap(memory, m_scratch);
+    std::swap(threads, m_threads);
 }
 
 }  // namespace lumiset::openfx

@@ -36,10 +36,12 @@ public:
 
     /// Scratch memory that frames leave to those after them.
     [[nodiscard]] hostkit::ComPtr<IHostAllocator> scratch() const;
-    /// Gives it back to the system; renders that are under way keep theirs until they end.
+    /// Threads of our own, for hosts that offer none.
+    [[nodiscard]] hostkit::ComPtr<IHostParallel> threads() const;
+    /// Gives both back to the system; renders that are under way keep theirs until they end.
     void freeScratch() const;
 
-    /// Instances there are. With the last of them goes the scratch memory, unless `keepScratch`.
+    /// Instances there are. With the last of them go memory and threads, unless `keepScratch`.
     void addInstance() const { ++m_instances; }
     void removeInstance(bool keepScratch) const;
 
@@ -51,6 +53,7 @@ private:
     mutable std::atomic<int> m_instances{0};
     mutable std::mutex m_mutex;
     mutable hostkit::ComPtr<IHostAllocator> m_scratch;
+    mutable hostkit::ComPtr<IHostParallel> m_threads;
 };
 
 }  // namespace lumiset::openfx

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "adapters/openfx/abi/names.h"
+#include "adapters/openfx/host_threads.h"
 #include "adapters/openfx/transfer.h"
 #include "hostkit/renderer.h"
 
@@ -86,7 +87,12 @@ public:
         : m_instance(instance),
           m_args(inArgs),
           m_time(inArgs.getDouble(prop::kTime, 0.0)),
-          m_memory(instance.bundle().scratch()) {}
+          m_memory(instance.bundle().scratch()),
+          m_threads(hostThreads(instance.host())) {
+        if (!m_threads) {
+            m_threads = instance.bundle().threads();
+        }
+    }
 
     void run() {
         const Image output(m_instance, m_instance.output(), m_time);
@@ -137,7 +143,7 @@ private:
         }
         const ScratchFrame to(m_memory, width, height, format);
         const std::vector<hostkit::EffectStage> chain{{m_instance.effect().object, m_instance.valuesAt(m_time)}};
-        hostkit::Renderer renderer(chain, format, m_memory.get());
+        hostkit::Renderer renderer(chain, format, m_memory.get(), m_threads.get());
         const bool bottom = plan.order == hostkit::FieldOrder::kBottomFieldAlone;
         renderer.render(plan.oneOfTwo ? hostkit::fieldOf(from.desc(), bottom) : from.desc(),
                         plan.oneOfTwo ? hostkit::fieldOf(to.desc(), bottom) : to.desc(), contextOf(source, plan));
@@ -150,6 +156,7 @@ private:
     const Properties& m_args;
     double m_time;
     hostkit::ComPtr<IHostAllocator> m_memory;
+    hostkit::ComPtr<IHostParallel> m_threads;
 };
 
 }  // namespace

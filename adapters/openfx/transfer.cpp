@@ -1,6 +1,7 @@
 #include "adapters/openfx/transfer.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <vector>
 
@@ -108,11 +109,36 @@ void swapRow(const std::uint8_t* in, std::uint8_t* out, int width, std::uint32_t
     }
 }
 
+/// Most rows are opaque, and alpha changes nothing there.
+bool isOpaque(const std::uint8_t* row, int width) {
+    std::uint32_t all = 0xFFFFFFFFU;
+    for (int x = 0; x < width; ++x, row += 4) {
+        std::uint32_t pixel = 0;
+        std::memcpy(&pixel, row, 4);
+        all &= pixel;
+    }
+    return (all & 0xFF000000U) == 0xFF000000U;
+}
+
+/// 2^32 divided by each alpha, rounded up: a product with it is exact for numerators of 16 bits, and much quicker than
+/// a division.
+constexpr auto kInverse = [] {
+    std::array<std::uint64_t, 256> inverse{};
+    for (std::uint64_t alpha = 1; alpha < 256; ++alpha) {
+        inverse[alpha] = ((std::uint64_t{1} << 32U) + alpha - 1) / alpha;
+    }
+    return inverse;
+}();
+
 void unpremultiply(std::uint8_t* row, int width) {
+    if (isOpaque(row, width)) {
+        return;
+    }
     for (int x = 0; x < width; ++x, row += 4) {
         const unsigned alpha = row[kAlpha];
         for (int i = 0; i < 3 && alpha != 0; ++i) {
-            row[i] = static_cast<std::uint8_t>(std::min((row[i] * 255U + alpha / 2) / alpha, 255U));
+            const std::uint64_t colour = (row[i] * 255U + alpha / 2) * kInverse[alpha] >> 32U;
+            row[i] = static_cast<std::uint8_t>(std::min<std::uint64_t>(colour, 255));
         }
     }
 }
@@ -129,6 +155,9 @@ void unpremultiply(float* row, int width) {
 }
 
 void premultiply(std::uint8_t* row, int width) {
+    if (isOpaque(row, width)) {
+        return;
+    }
     for (int x = 0; x < width; ++x, row += 4) {
         for (int i = 0; i < 3; ++i) {
             row[i] = static_cast<std::uint8_t>((row[i] * unsigned{row[kAlpha]} + 127U) / 255U);

@@ -224,6 +224,10 @@ Status clearPersistentMessage(void* effect) {
 // Threads.
 
 Status multiThread(void (*work)(unsigned, unsigned, void*), unsigned count, void* context) {
+    ++threading().calls;
+    if (threading().refuses) {
+        return kErrExists;
+    }
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < count; ++i) {
         threads.emplace_back(work, i, count, context);
@@ -412,6 +416,11 @@ Bundle::Bundle(const std::string& path) : m_file(::dlopen(path.c_str(), RTLD_NOW
 
 Bundle::~Bundle() {
     ::dlclose(m_file);
+}
+
+Threading& threading() {
+    static Threading s_threading;
+    return s_threading;
 }
 
 int heldPictures() {

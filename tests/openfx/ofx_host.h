@@ -2,6 +2,7 @@
 
 // A host that loads the built bundle as OpenFX hosts do, and complains of what it does that not every host allows.
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -124,6 +125,13 @@ private:
 
 /// Pictures that were fetched and not given back.
 [[nodiscard]] int heldPictures();
+
+/// The suite for threads of every host.
+struct Threading {
+    std::atomic<int> calls{0};
+    bool refuses = false;  ///< as within one of its own threads
+};
+Threading& threading();
 
 /// What the draw suite was asked for: "loop 4".
 std::vector<std::string>& drawings();

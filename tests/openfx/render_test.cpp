@@ -246,6 +246,28 @@ TEST(Rendering, SaysWhyItCannot) {
     EXPECT_EQ(use.render(), kErrMissingHostFeature);
 }
 
+TEST(Rendering, DividesLargeFramesAmongTheHostsThreadsOrItsOwn) {
+    const Layout layout{.bounds = {0, 0, 640, 360}};
+    Profile without;
+    without.missingSuites = {"OfxMultiThreadSuite 1"};
+    const struct {
+        Profile profile;
+        bool refuses;
+        bool asks;
+    } rows[] = {{{}, false, true}, {{}, true, true}, {without, false, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        Use use("Alpha Processor", row.profile);
+        use.setLayouts(layout, layout);
+        threading().calls = 0;
+        threading().refuses = row.refuses;
+        EXPECT_EQ(use.render(), kOk);
+        threading().refuses = false;
+        EXPECT_EQ(threading().calls > 0, row.asks);
+        EXPECT_EQ(difference(use.output->memory, use.expected()), "");
+    }
+}
+
 // One effect in several hosts' threads, instances of their own and one shared, and MLT's way: everything for a frame.
 TEST(Rendering, WorksInSeveralThreadsAtOnce) {
     Use shared("Old TV");
