@@ -3,6 +3,7 @@
 #include <fstream>
 #include <random>
 
+#include "hostkit/gl/gl_api.h"
 #include "hostkit/preset_file.h"
 #include "tests/openfx/use.h"
 
@@ -149,18 +150,22 @@ TEST(PresetFiles, AreSavedAndLoaded) {
     fs::remove_all(folder);
 }
 
-/// An overlay of an effect in use.
-class Overlays : public testing::TestWithParam<const char*> {
-protected:
-    Overlays() : use("Selective Tint", Profile{.name = GetParam()}) {
-        auto* entry = use.descriptor->props.get<void*>("OfxImageEffectPluginPropOverlayInteractV2");
+/// The overlay of an effect in use.
+class Overlay {
+public:
+    explicit Overlay(Profile profile) : use("Selective Tint", std::move(profile)) {
+        auto* entry = use.descriptor->props.get<void*>(use.host.profile.missingSuites.empty()
+                                                           ? "OfxImageEffectPluginPropOverlayInteractV2"
+                                                           : "OfxImageEffectPluginPropOverlayInteractV1");
         main = reinterpret_cast<MainEntry*>(entry);
         interact.put("OfxPropEffectInstance", {static_cast<void*>(use.instance.get())});
         EXPECT_EQ(act("OfxActionDescribe"), kOk);
         EXPECT_EQ(act("OfxActionCreateInstance"), kOk);
         use.instance->clips["Source"].region = {10, 20, 210, 120};
     }
-    ~Overlays() override { EXPECT_EQ(act("OfxActionDestroyInstance"), kOk); }
+    ~Overlay() { EXPECT_EQ(act("OfxActionDestroyInstance"), kOk); }
+    Overlay(const Overlay&) = delete;
+    Overlay& operator=(const Overlay&) = delete;
 
     Status act(const char* action, PointD pen = {}, int key = 0) {
         Arguments arguments;
@@ -173,6 +178,15 @@ protected:
         entry.mainEntry = main;
         return use.host.call(entry, action, reinterpret_cast<EffectObject*>(&interact), &arguments);
     }
+
+    Use use;
+    PropertySet interact{"interact"};
+    MainEntry* main = nullptr;
+};
+
+class Overlays : public testing::TestWithParam<const char*>, protected Overlay {
+protected:
+    Overlays() : Overlay(Profile{.name = GetParam()}) {}
     /// The corner at the lower right, as a person sees it, in canonical coordinates.
     [[nodiscard]] PointD corner() {
         const std::vector<double>& numbers = use.instance->param("bottom_right").numbers;
@@ -180,10 +194,6 @@ protected:
                    ? PointD{numbers[0], numbers[1]}
                    : PointD{10.0 + 200.0 * numbers[0], 120.0 - 100.0 * numbers[1]};
     }
-
-    Use use;
-    PropertySet interact{"interact"};
-    MainEntry* main = nullptr;
 };
 
 TEST_P(Overlays, ShowAndMoveTheCorners) {
@@ -214,6 +224,66 @@ TEST_P(Overlays, ShowAndMoveTheCorners) {
     EXPECT_EQ(act("OfxInteractActionPenUp"), kOk);
     EXPECT_NEAR(corner().x, 210.0, 1e-4);
     EXPECT_NEAR(corner().y, 20.0, 1e-4);
+}
+
+TEST(OverlayInOpenGL, IsDrawnWhereTheHostHasNoSuiteForIt) {
+    constexpr int kWidth = 220;
+    constexpr int kHeight = 140;
+    std::unique_ptr<hostkit::GLContext> context;
+    try {
+        context = hostkit::createGLContext();
+    } catch (const hostkit::GLError& error) {
+        GTEST_SKIP() << "No OpenGL here, nothing is tested: " << error.what();
+    }
+    context->makeCurrent();
+    const hostkit::GLApi gl(*context);
+    GLuint texture = 0;
+    GLuint buffer = 0;
+    gl.GenTextures(1, &texture);
+    gl.BindTexture(GL_TEXTURE_2D, texture);
+    gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, kWidth, kHeight, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+    gl.GenFramebuffers(1, &buffer);
+    gl.BindFramebuffer(GL_FRAMEBUFFER, buffer);
+    gl.FramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+    gl.Viewport(0, 0, kWidth, kHeight);
+    // What a host may have left: grey, textured, lit.
+    gl.Enable(GL_TEXTURE_2D);
+    gl.Enable(GL_LIGHTING);
+    const auto call = [&]<class... Args>(const char* name, Args... args) {
+        reinterpret_cast<void (*)(Args...)>(context->procAddress(name))(args...);
+    };
+    call("glClearColor", 0.5F, 0.5F, 0.5F, 1.0F);
+    call("glClear", GLbitfield{GL_COLOR_BUFFER_BIT});
+    call("glOrtho", 0.0, double{kWidth}, 0.0, double{kHeight}, -1.0, 1.0);
+
+    Overlay overlay({.missingSuites = {"OfxDrawSuite 1"}});
+    overlay.use.instance->param("top_left").numbers = {0.1, 0.1};
+    overlay.use.instance->param("top_right").numbers = {0.9, 0.1};
+    overlay.use.instance->param("bottom_left").numbers = {0.1, 0.7};
+    overlay.use.instance->param("bottom_right").numbers = {0.9, 0.7};
+    EXPECT_EQ(overlay.act("OfxInteractActionDraw"), kOk);
+    EXPECT_EQ(gl.GetError(), GLenum{GL_NO_ERROR});
+    float lit = 0;
+    gl.GetFloatv(GL_LIGHTING, &lit);
+    EXPECT_EQ(lit, 1.0F) << "the host's state is as it was";
+
+    std::vector<std::uint8_t> pixels(std::size_t{4} * kWidth * kHeight);
+    gl.ReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    const auto lightest = [&](int x, int y) {  // of the pixels around a place
+        int most = 0;
+        for (int i = 0; i < 9; ++i) {
+            most =
+                std::max<int>(most, pixels[static_cast<std::size_t>(4 * ((y + i / 3 - 1) * kWidth + x + i % 3 - 1))]);
+        }
+        return most;
+    };
+    EXPECT_EQ(lightest(110, 110), 255) << "the upper edge";
+    EXPECT_EQ(lightest(110, 50), 255) << "the lower";
+    EXPECT_EQ(lightest(30, 80), 255) << "the left";
+    EXPECT_EQ(lightest(190, 80), 255) << "the right";
+    EXPECT_EQ(lightest(110, 80), 128) << "within";
+    EXPECT_EQ(lightest(110, 30), 128) << "outside";
+    context->release();
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, Overlays, testing::Values("fr.inria.Natron", "org.example.host"));
