@@ -15,7 +15,11 @@ struct ChildEnd {
 };
 
 /// Runs the program that calls this once more, with these arguments; what it writes to standard error is seen. It is
-/// ended after `limit`. Throws `std::runtime_error` when it cannot be started.
+/// ended after `limit`. On Windows an argument must not have quotes in it. Throws `std::runtime_error` when it cannot
+/// be started.
 ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit);
+
+/// From now on a crash of this program ends it at once: nobody is asked, no debugger starts and no memory is dumped.
+void crashQuietly();
 
 }  // namespace lumiset::platform

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include "tests/support/effect_tester.h"
@@ -177,38 +175,6 @@ TEST(EveryPreset, KeepsAlphaUnlessTheEffectTellsOtherwise) {
     });
 }
 
-TEST(EveryPreset, WritesOnlyTheCommonRectangle) {
-    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
-        for (const std::int32_t format : kFormats) {
-            Picture source = testCard(40, 24, {.format = format});
-            Picture cropped = testCard(31, 20, {.format = format});
-            for (std::int32_t y = 0; y < 20; ++y) {
-                for (std::int32_t x = 0; x < 31; ++x) {
-                    for (const Channel channel : {kRed, kGreen, kBlue, kAlpha}) {
-                        cropped.set(x, y, channel, source.get(x, y, channel));
-                    }
-                }
-            }
-            Picture larger(50, 20, {.format = format});
-            drawTestCard(larger);
-            const Picture before = larger;
-            const FrameRenderInfo info = frameInfo(1.25);
-            ASSERT_TRUE(tester.render(host, cropped, larger, &info));
-            Picture smaller(31, 20, {.format = format});
-            ASSERT_TRUE(tester.render(host, source, smaller, &info));
-            Picture expected = before;
-            for (std::int32_t y = 0; y < 20; ++y) {
-                for (std::int32_t x = 0; x < 31; ++x) {
-                    for (const Channel channel : {kRed, kGreen, kBlue, kAlpha}) {
-                        expected.set(x, y, channel, smaller.get(x, y, channel));
-                    }
-                }
-            }
-            EXPECT_EQ(larger.bytes(), expected.bytes());
-        }
-    });
-}
-
 TEST(EveryPreset, WritesEveryPixelOfEverySizeAndNothingElse) {
     forEveryPreset([](const EffectTester& tester, ValueHost& host) {
         // The last one is wide enough for steps that work in bands of rows to have several.
@@ -227,92 +193,6 @@ TEST(EveryPreset, WritesEveryPixelOfEverySizeAndNothingElse) {
             }
         }
     });
-}
-
-TEST(EveryPreset, RendersTheSameFromManyThreadsInAnyOrder) {
-    forEveryPreset([](const EffectTester& tester, ValueHost& host) {
-        Picture source = testCard(48, 32, {});
-        std::vector<Picture> expected;
-        for (int frame = 0; frame < 4; ++frame) {
-            expected.push_back(rendered(tester, host, source, {}, frameInfo(0.3 * frame)));
-        }
-        std::vector<double> differences(4, 1.0);
-        {
-            std::vector<std::jthread> threads;
-            for (std::size_t frame = 0; frame < 4; ++frame) {
-                threads.emplace_back([&, frame] {
-                    const std::size_t mine = 3 - frame;
-                    Picture own = source;
-                    Picture result(48, 32, {});
-                    const FrameRenderInfo info = frameInfo(0.3 * static_cast<double>(mine));
-                    if (tester.render(host, own, result, &info)) {
-                        differences[mine] = comparePictures(result, expected[mine]).largest;
-                    }
-                });
-            }
-        }
-        EXPECT_EQ(differences, std::vector<double>(4, 0.0));
-    });
-}
-
-TEST(EveryEffect, MakesHostileParameterValuesSafe) {
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    for (std::uint32_t index = 0; index < effectCount(); ++index) {
-        const EffectTester tester(index);
-        for (const float value : {nan, infinity, -infinity, -5.0F, 7.0F}) {
-            ValueHost host;
-            for (std::uint32_t param = 0; param < tester.paramCount(); ++param) {
-                host.values[param].point = {value, value};
-            }
-            FrameRenderInfo info = frameInfo(value);
-            info.flags = FrameRenderInfo::kHasPixelAspect | FrameRenderInfo::kHasField;
-            info.pixelAspect = value;
-            for (const std::int32_t format : {kFormatBgra8, kFormatArgbFloat}) {
-                Picture source = testCard(23, 19, {.format = format});
-                const Picture result = rendered(tester, host, source, {.format = format}, info);
-                EXPECT_TRUE(isFinite(result)) << tester.effect().GetEffectName() << " " << value;
-            }
-        }
-    }
-}
-
-TEST(EveryEffect, RefusesFramesThatItCannotRenderAndLeavesTheDestination) {
-    for (std::uint32_t index = 0; index < effectCount(); ++index) {
-        const EffectTester tester(index);
-        ValueHost host;
-        Picture source = testCard(16, 8, {.format = kFormatBgraFloat});
-        Picture destination = testCard(16, 8, {.format = kFormatBgraFloat});
-        const std::vector<std::uint8_t> before = destination.bytes();
-        using Spoil = void (*)(VideoFrameDesc&);
-        constexpr Spoil spoils[] = {
-            [](VideoFrameDesc& desc) { desc.data = nullptr; },
-            [](VideoFrameDesc& desc) { desc.width = 0; },
-            [](VideoFrameDesc& desc) { desc.height = -1; },
-            [](VideoFrameDesc& desc) { desc.stride = 16 * 16 - 4; },
-            [](VideoFrameDesc& desc) { desc.stride = std::numeric_limits<std::int32_t>::min(); },
-            [](VideoFrameDesc& desc) { desc.format = 2; },
-            [](VideoFrameDesc& desc) { desc.format = kFormatMask8; },
-            [](VideoFrameDesc& desc) { desc.format = kFormatArgbFloat; },
-            [](VideoFrameDesc& desc) { desc.bytesPerPixel = 4; },
-            [](VideoFrameDesc& desc) { desc.data = static_cast<char*>(desc.data) + 1; },
-        };
-        for (std::size_t i = 0; i < std::size(spoils); ++i) {
-            for (const bool spoilSource : {true, false}) {
-                VideoFrameDesc from = source.desc();
-                VideoFrameDesc to = destination.desc();
-                spoils[i](spoilSource ? from : to);
-                EXPECT_FALSE(tester.effect().ProcessFrame(&host, &from, nullptr, &to, nullptr)) << i;
-            }
-        }
-        const VideoFrameDesc good = source.desc();
-        EXPECT_FALSE(tester.effect().ProcessFrame(&host, nullptr, nullptr, &good, nullptr));
-        EXPECT_FALSE(tester.effect().ProcessFrame(&host, &good, nullptr, nullptr, nullptr));
-        EXPECT_EQ(destination.bytes(), before);
-        const VideoFrameDesc to = destination.desc();
-        EXPECT_TRUE(tester.effect().ProcessFrame(&host, &good, nullptr, &to, nullptr)) << "without a render info";
-        EXPECT_TRUE(tester.effect().ProcessFrame(nullptr, &good, nullptr, &to, nullptr)) << "without a host";
-    }
 }
 
 }  // namespace

@@ -8,17 +8,15 @@
 
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/usage_error.h"
-#include "apps/lumiset/validate/check.h"
+#include "apps/lumiset/validate/run.h"
 #include "hostkit/names.h"
-#include "platform/child_process.h"
 
 namespace lumiset::app {
 namespace {
 
 using validate::Check;
 using validate::Subject;
-
-constexpr std::chrono::seconds kLimit{300};
+using validate::Verdict;
 
 struct Request {
     Subject subject;
@@ -27,25 +25,9 @@ struct Request {
     bool inThisProcess = false;
 };
 
-struct Verdict {
-    const Check* check;
-    std::string finding;  ///< empty: the sentence holds
-};
-
-std::vector<const Check*> allChecks() {
-    std::vector<const Check*> all;
-    for (const auto& group :
-         {validate::libraryChecks(), validate::frameChecks(), validate::hostChecks(), validate::presetChecks()}) {
-        for (const Check& check : group) {
-            all.push_back(&check);
-        }
-    }
-    return all;
-}
-
 /// All, or those that were asked for. Throws `UsageError`.
 std::vector<const Check*> chosenChecks(const std::vector<std::string>& names) {
-    const std::vector<const Check*> all = allChecks();
+    const std::vector<const Check*> all = validate::allChecks();
     if (names.empty()) {
         return all;
     }
@@ -64,38 +46,10 @@ std::vector<const Check*> chosenChecks(const std::vector<std::string>& names) {
     return chosen;
 }
 
-std::string findingInThisProcess(const Check& check, const Subject& subject) {
-    try {
-        check.run(subject);
-        return {};
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-}
-
-/// Runs the check in a process of its own, which a broken module may end.
-std::string findingOf(const Check& check, const Subject& subject) {
-    const platform::ChildEnd end =
-        platform::runThisProgram({"validate", subject.module.string(), "--check", check.name, "--seed",
-                                  std::to_string(subject.seed), "--in-this-process"},
-                                 kLimit);
-    if (end.timedOut) {
-        return fmt::format("It does not end within {} seconds.", kLimit.count());
-    }
-    if (!end.crash.empty()) {
-        return "It ends the program: " + end.crash + '.';
-    }
-    if (end.status == kDone) {
-        return {};
-    }
-    return end.output.empty() ? fmt::format("It ends the program with status {}.", end.status) : end.output;
-}
-
 std::string jsonOf(const Request& request, const std::vector<Verdict>& verdicts) {
     nlohmann::ordered_json json{{"module", request.subject.module.string()},
                                 {"seed", request.subject.seed},
-                                {"holds", std::all_of(verdicts.begin(), verdicts.end(),
-                                                      [](const Verdict& each) { return each.finding.empty(); })},
+                                {"holds", validate::allHold(verdicts)},
                                 {"checks", nlohmann::ordered_json::array()}};
     for (const Verdict& each : verdicts) {
         json["checks"].push_back({{"name", each.check->name},
@@ -109,34 +63,19 @@ std::string jsonOf(const Request& request, const std::vector<Verdict>& verdicts)
 int validateModule(Request request) {
     const std::vector<const Check*> checks = chosenChecks(request.names);
     if (request.inThisProcess) {
-        const std::string finding = findingInThisProcess(*checks.front(), request.subject);
+        const std::string finding = validate::findingHere(*checks.front(), request.subject);
         printText(finding);
         return finding.empty() ? kDone : kFailed;
     }
     request.subject.module = std::filesystem::absolute(request.subject.module);
-    std::vector<Verdict> verdicts;
-    std::size_t broken = 0;
-    for (const Check* check : checks) {
-        verdicts.push_back({check, findingOf(*check, request.subject)});
-        const std::string& finding = verdicts.back().finding;
-        broken += finding.empty() ? 0U : 1U;
-        if (!request.json) {
-            printText(
-                fmt::format("{}  {:<11}{}\n", finding.empty() ? "holds " : "BROKEN", check->name, check->sentence));
-            if (!finding.empty()) {
-                printText(fmt::format("{:<19}! {}\n", "", finding));
+    const std::vector<Verdict> verdicts =
+        validate::runChecks(checks, request.subject, {"validate"}, [&](const Verdict& verdict) {
+            if (!request.json) {
+                printText(validate::lineOf(verdict));
             }
-        }
-    }
-    if (request.json) {
-        printText(jsonOf(request, verdicts));
-    } else if (broken == 0) {
-        printText(fmt::format("\nAll {} checks hold.\n", checks.size()));
-    } else {
-        printText(fmt::format("\n{} of {} checks are broken; \"--seed {}\" shows them again.\n", broken, checks.size(),
-                              request.subject.seed));
-    }
-    return broken == 0 ? kDone : kFailed;
+        });
+    printText(request.json ? jsonOf(request, verdicts) : validate::summaryOf(verdicts, request.subject));
+    return validate::allHold(verdicts) ? kDone : kFailed;
 }
 
 std::string introduction() {
@@ -145,7 +84,7 @@ std::string introduction() {
         "Each check runs in a process of its own, so a crash is a finding like any other. The exit status is 0 when "
         "all "
         "hold and 1 when one is broken. The checks:\n\n";
-    for (const Check* check : allChecks()) {
+    for (const Check* check : validate::allChecks()) {
         text += fmt::format("{}: {}\n", check->name, check->sentence);
     }
     return text;
