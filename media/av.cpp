@@ -1,5 +1,7 @@
 #include "media/av.h"
 
+#include <stdlib.h>
+
 #include <mutex>
 
 #include <fmt/format.h>
@@ -31,7 +33,10 @@ int avCheck(int result, const std::string& what) {
 
 void silenceLibraries() {
     static std::once_flag once;
-    std::call_once(once, [] { av_log_set_level(AV_LOG_QUIET); });
+    std::call_once(once, [] {
+        av_log_set_level(AV_LOG_QUIET);
+        setenv("SVT_LOG", "0", 0);  // SVT-AV1 writes to the terminal by itself
+    });
 }
 
 }  // namespace lumiset::media

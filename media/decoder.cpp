@@ -86,6 +86,9 @@ void Decoder::openContainer() {
     }
     for (unsigned i = 0; i < container->nb_streams; i++) {
         container->streams[i]->discard = static_cast<int>(i) == index ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+        AVCodecParameters* copy = allocated(avcodec_parameters_alloc());
+        m_tracks.emplace_back(copy, FreeByAddress<avcodec_parameters_free>());
+        avCheck(avcodec_parameters_copy(copy, container->streams[i]->codecpar), "Cannot read " + shown);
     }
     m_stream = container->streams[index];
 }

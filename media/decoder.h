@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "media/av.h"
 #include "media/completeness.h"
@@ -40,6 +41,7 @@ public:
     bool seek(std::int64_t pts);
 
     AVFormatContext* container() const { return m_container.get(); }
+    const std::vector<std::shared_ptr<const AVCodecParameters>>& tracks() const { return m_tracks; }
     AVStream* stream() const { return m_stream; }
     /// True for a picture file, or a sequence of them.
     bool isStill() const;
@@ -59,6 +61,7 @@ private:
     AvInput m_container;
     AvCodecContext m_codec;
     AVStream* m_stream = nullptr;
+    std::vector<std::shared_ptr<const AVCodecParameters>> m_tracks;
     AvFrame m_frame;
     AvPacket m_packet;
     bool m_anyFrame = false;

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <set>
 
 #include <fmt/format.h>
 
@@ -32,6 +33,34 @@ Chroma chromaOf(const AVPixFmtDescriptor& descriptor) {
     return descriptor.log2_chroma_h == 0 ? Chroma::k422 : Chroma::k420;
 }
 
+std::string nameOfChroma(const AVPixFmtDescriptor& descriptor) {
+    const int across = 4 >> descriptor.log2_chroma_w;
+    return fmt::format("4:{}:{}", across, descriptor.log2_chroma_h == 0 ? across : 0);
+}
+
+// Deep video of the limited range may hold whiter than white. Codecs overshoot a little at edges, which is no loss.
+bool reachesBeyondWhite(const AVFrame& frame) {
+    const auto layout = planeLayout(static_cast<AVPixelFormat>(frame.format));
+    if (!layout || layout->type != SampleType::kWord || layout->depth <= 8 || !layout->planar ||
+        colorOf(frame).range != ColorRange::kLimited || layout->family != Family::kYuv) {
+        return false;
+    }
+    constexpr int kRowStep = 4;
+    const int scale = 1 << (layout->depth - 8);
+    const int least = 12 * scale;
+    const int most = 240 * scale;
+    std::int64_t beyond = 0;
+    for (int y = 0; y < frame.height; y += kRowStep) {
+        const auto* row = reinterpret_cast<const std::uint16_t*>(frame.data[0] + std::ptrdiff_t{y} * frame.linesize[0]);
+        int count = 0;
+        for (int x = 0; x < frame.width; x++) {
+            count += static_cast<int>(row[x] < least) + static_cast<int>(row[x] > most);
+        }
+        beyond += count;
+    }
+    return beyond * kRowStep * 1000 > std::int64_t{frame.width} * frame.height;
+}
+
 class FileSource final : public Source {
 public:
     FileSource(const Input& input, const SourceOptions& options) : m_input(input), m_options(options) { open(); }
@@ -42,6 +71,7 @@ public:
     void convert(RawPicture& raw, Picture& picture) override;
     void restart(double startSeconds) override;
     Origin origin() const override;
+    std::vector<std::string> notes() const override;
 
 private:
     void open();
@@ -49,6 +79,7 @@ private:
     void describeLength();
     void collectSideData(const AVFrame& first);
     void findDisplayMatrix(const AVFrame& first);
+    void noticeLosses(const AVFrame& frame);
     void goToStart();
     const AVFrame* nextFrame();
     std::int64_t ptsOf(const AVFrame& frame) const;
@@ -65,6 +96,8 @@ private:
     std::array<std::int32_t, 9> m_displayMatrix{};
     bool m_turned = false;
     bool m_upright = true;
+    bool m_limited = false;        ///< levels beyond black or white have been seen
+    std::set<std::string> m_lost;  ///< what pictures had beside their samples
 };
 
 void FileSource::open() {
@@ -111,6 +144,8 @@ void FileSource::collectSideData(const AVFrame& first) {
         {AV_PKT_DATA_MASTERING_DISPLAY_METADATA, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA},
         {AV_PKT_DATA_CONTENT_LIGHT_LEVEL, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL},
         {AV_PKT_DATA_ICC_PROFILE, AV_FRAME_DATA_ICC_PROFILE},
+        {AV_PKT_DATA_STEREO3D, AV_FRAME_DATA_STEREO3D},
+        {AV_PKT_DATA_SPHERICAL, AV_FRAME_DATA_SPHERICAL},
     };
     for (const auto& [inStream, inFrame] : kKinds) {
         std::size_t size = 0;
@@ -123,6 +158,45 @@ void FileSource::collectSideData(const AVFrame& first) {
             m_format.sideData.push_back({inStream, {bytes, bytes + size}});
         }
     }
+}
+
+// What belongs to single pictures, which no effect could keep true and no sink takes.
+void FileSource::noticeLosses(const AVFrame& frame) {
+    constexpr std::pair<AVFrameSideDataType, const char*> kKinds[] = {
+        {AV_FRAME_DATA_DYNAMIC_HDR_PLUS, "dynamic HDR data (HDR10+)"},
+        {AV_FRAME_DATA_DYNAMIC_HDR_VIVID, "dynamic HDR data (HDR Vivid)"},
+        {AV_FRAME_DATA_DOVI_METADATA, "dynamic HDR data (Dolby Vision)"},
+        {AV_FRAME_DATA_DOVI_RPU_BUFFER, "dynamic HDR data (Dolby Vision)"},
+        {AV_FRAME_DATA_A53_CC, "closed captions"},
+        {AV_FRAME_DATA_AFD, "active format description"},
+        {AV_FRAME_DATA_PANSCAN, "pan and scan data"},
+        {AV_FRAME_DATA_FILM_GRAIN_PARAMS, "film grain data"},
+    };
+    for (int i = 0; i < frame.nb_side_data; i++) {
+        for (const auto& [kind, name] : kKinds) {
+            if (frame.side_data[i]->type == kind) {
+                m_lost.insert(name);
+            }
+        }
+    }
+    m_limited = m_limited || reachesBeyondWhite(frame);
+    if (av_stream_get_side_data(m_decoder->stream(), AV_PKT_DATA_DOVI_CONF, nullptr) != nullptr) {
+        m_lost.insert("dynamic HDR data (Dolby Vision)");
+    }
+}
+
+std::vector<std::string> FileSource::notes() const {
+    std::vector<std::string> notes;
+    for (const std::string& lost : m_lost) {
+        notes.push_back(fmt::format("The input's {} {} left out.", lost, lost == "closed captions" ? "are" : "is"));
+    }
+    if (m_limited) {
+        notes.emplace_back("The input has levels beyond nominal black or white, which are limited to them.");
+    }
+    if (m_input.isPipe() && m_decoder->container()->nb_streams > 1) {
+        notes.emplace_back("Of standard input only the pictures are read; its other tracks are left out.");
+    }
+    return notes;
 }
 
 void FileSource::describe(const AVFrame& first) {
@@ -150,8 +224,11 @@ void FileSource::describe(const AVFrame& first) {
         m_options.depth = Depth::kFloat;
     }
     m_format.depth = m_options.depth;
-    m_format.chroma = chromaOf(descriptor);
     const PictureColor color = colorOf(first);
+    m_format.chroma = chromaOf(descriptor);
+    if (color.matrix != AVCOL_SPC_RGB && descriptor.nb_components >= 3) {
+        m_format.chromaName = nameOfChroma(descriptor);
+    }
     m_format.color.alpha = color.alpha;
     if (!m_decoder->isStill()) {
         m_format.color.matrix = color.matrix == AVCOL_SPC_RGB ? AVCOL_SPC_UNSPECIFIED : first.colorspace;
@@ -258,6 +335,7 @@ bool FileSource::fetch(RawPicture& raw) {
     if (frame == nullptr) {
         return false;
     }
+    noticeLosses(*frame);
     const std::int64_t pts = ptsOf(*frame);
     const double seconds = secondsOf(pts);
     const double half = 0.5 * m_format.timeBase.value();
@@ -304,8 +382,9 @@ Source::Origin FileSource::origin() const {
     if (m_input.isPipe() || m_decoder->isStill()) {
         return {};
     }
-    return {m_input.url(), static_cast<double>(m_firstPts) * m_format.timeBase.value(), m_options.startSeconds,
-            m_options.startSeconds + m_options.durationSeconds};
+    return {m_input.url(),          static_cast<double>(m_firstPts) * m_format.timeBase.value(),
+            m_options.startSeconds, m_options.startSeconds + m_options.durationSeconds,
+            m_format.frameRate,     m_decoder->tracks()};
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+struct AVCodecParameters;
 struct AVFrame;
 
 namespace lumiset::media {
@@ -77,6 +78,7 @@ struct VideoFormat {
     std::vector<SideData> sideData;
     StillDetails details;  ///< of picture files
     Chroma chroma = Chroma::k444;
+    std::string chromaName{};  ///< "4:1:1" for example; empty for RGB and grey
     PictureColor color;
     std::int64_t frameCount = 0;  ///< pictures to come, an estimate for progress; 0 when unknown
     double durationSeconds = 0;   ///< length of what will be read; 0 when unknown
@@ -174,14 +176,20 @@ public:
         double firstPictureSeconds = 0;  ///< the container's own time of `pts` 0
         double startSeconds = 0;
         double endSeconds = std::numeric_limits<double>::infinity();
+        Rational frameRate{0, 1};
+        /// What each of the file's tracks is, which takes time to find out.
+        std::vector<std::shared_ptr<const AVCodecParameters>> tracks{};
     };
     virtual Origin origin() const { return {}; }
+    /// What of the file has not become part of the pictures, a sentence each; complete after the last one.
+    virtual std::vector<std::string> notes() const { return {}; }
 };
 
 struct SinkOptions {
     /// Video codec: h264, prores, qtrle, ffv1, vp9, mpeg2; empty: the usual one for the extension.
     std::string codec;
     int quality = -1;  ///< H.264 and VP9: constant rate factor, lower is better; JPEG: 2..31; -1: high quality
+    int bits = 0;      ///< a sample, where the codec has them; 0: the source's for float pictures, 8 for others
     int threads = 0;   ///< threads for conversion and encoding; 0: one a core
 };
 

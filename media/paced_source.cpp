@@ -42,6 +42,8 @@ public:
         return origin;
     }
 
+    std::vector<std::string> notes() const override { return m_source->notes(); }
+
     void restart(double startSeconds) override {
         m_source->restart(m_format.still ? 0.0 : std::max(0.0, startSeconds - kLeadIn));
         m_hasCurrent = false;

@@ -4,123 +4,70 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <span>
-#include <string_view>
+
+#include "media/still_bytes.h"
+#include "media/tiff_directory.h"
+#include "media/webp_chunks.h"
 
 namespace lumiset::media {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-using View = std::span<const std::uint8_t>;
-
 constexpr std::uint8_t kPngSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr std::size_t kPngHeaderEnd = 8 + 25;  // signature and the chunk that comes first
 constexpr double kMetersPerInch = 0.0254;
+constexpr std::size_t kSegment = 65000;  // as much as a segment of JPEG takes, and a little less
 
-bool startsWith(View bytes, std::string_view text) {
-    return bytes.size() >= text.size() && std::memcmp(bytes.data(), text.data(), text.size()) == 0;
-}
-
-bool isPng(View file) {
+bool isPng(ByteView file) {
     return file.size() > kPngHeaderEnd && std::equal(std::begin(kPngSignature), std::end(kPngSignature), file.begin());
 }
 
-bool isJpeg(View file) {
+bool isWebp(ByteView file) {
+    return file.size() > 12 && startsWith(file, "RIFF") && startsWith(file.subspan(8), "WEBP");
+}
+
+bool isJpeg(ByteView file) {
     return file.size() > 4 && file[0] == 0xFF && file[1] == 0xD8;
 }
 
-std::uint32_t bigEndian(View bytes, std::size_t at, int count) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(count); i++) {
-        value = value << 8 | bytes[at + i];
-    }
-    return value;
+double dotsPerInchOf(const std::vector<TiffEntry>& entries) {
+    constexpr double kInches = 2;
+    constexpr double kCentimeters = 3;
+    const double unit = tiffNumber(entries, kTiffResolutionUnit);
+    const double value = tiffNumber(entries, kTiffXResolution);
+    return unit == kInches || unit == 0 ? value : unit == kCentimeters ? value * 2.54 : 0;
 }
 
-void putBigEndian(Bytes& bytes, std::uint32_t value, int count) {
-    for (int i = count - 1; i >= 0; i--) {
-        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+// The picture has been turned upright, so that nothing is left to turn, and a small picture that is kept beside it
+// would show it as it was.
+void settle(Bytes& exif) {
+    const auto number = [&](std::size_t at, std::size_t count) {
+        return exif[0] == 'M' ? bigEndian(exif, at, count) : littleEndian(exif, at, count);
+    };
+    if (readTiff(exif).empty()) {
+        return;
     }
-}
-
-// The first directory of a TIFF structure, which Exif is too.
-class Directory {
-public:
-    static constexpr int kOrientation = 0x112;
-    static constexpr int kXResolution = 0x11A;
-    static constexpr int kResolutionUnit = 0x128;
-
-    explicit Directory(View bytes) : m_bytes(bytes), m_big(startsWith(bytes, "MM")) {
-        if (bytes.size() >= 8 && (m_big || startsWith(bytes, "II"))) {
-            m_begin = number(4, 4);
+    const std::size_t begin = number(4, 4);
+    const std::size_t end = begin + 2 + std::size_t{12} * number(begin, 2);
+    for (std::size_t at = begin + 2; at < end && at + 12 <= exif.size(); at += 12) {
+        if (number(at, 2) == kTiffOrientation) {
+            exif[at + 8] = exif[0] == 'M' ? 0 : 1;
+            exif[at + 9] = exif[0] == 'M' ? 1 : 0;
         }
     }
-
-    /// Where the value of an entry stands; 0: there is no such entry.
-    std::size_t find(unsigned tag) const {
-        const std::size_t count = m_begin == 0 || m_begin + 2 > m_bytes.size() ? 0 : number(m_begin, 2);
-        for (std::size_t i = 0; i < count; i++) {
-            const std::size_t entry = m_begin + 2 + 12 * i;
-            if (entry + 12 > m_bytes.size()) {
-                break;
-            }
-            if (number(entry, 2) == tag) {
-                return entry + 8;
-            }
-        }
-        return 0;
-    }
-
-    std::uint32_t number(std::size_t at, int count) const {
-        if (m_big) {
-            return bigEndian(m_bytes, at, count);
-        }
-        std::uint32_t value = 0;
-        for (int i = count - 1; i >= 0; i--) {
-            value = value << 8 | m_bytes[at + static_cast<std::size_t>(i)];
-        }
-        return value;
-    }
-
-    double dotsPerInch() const {
-        const std::size_t place = find(kXResolution);
-        const std::size_t at = place == 0 ? 0 : number(place, 4);
-        if (at == 0 || at + 8 > m_bytes.size() || number(at + 4, 4) == 0) {
-            return 0;
-        }
-        const double value = static_cast<double>(number(at, 4)) / number(at + 4, 4);
-        const std::size_t unit = find(kResolutionUnit);
-        const unsigned kind = unit == 0 ? 2 : number(unit, 2);
-        return kind == 2 ? value : kind == 3 ? value * 2.54 : 0;
-    }
-
-    bool isBig() const { return m_big; }
-
-private:
-    View m_bytes;
-    bool m_big;
-    std::size_t m_begin = 0;
-};
-
-// The picture has been turned upright, so that nothing is left to turn.
-void clearOrientation(Bytes& exif) {
-    const Directory directory(exif);
-    if (const std::size_t at = directory.find(Directory::kOrientation); at != 0) {
-        exif[at] = directory.isBig() ? 0 : 1;
-        exif[at + 1] = directory.isBig() ? 1 : 0;
+    if (end + 4 <= exif.size()) {
+        std::fill_n(exif.begin() + static_cast<std::ptrdiff_t>(end), 4, std::uint8_t{0});
     }
 }
 
-StillDetails readPng(View file) {
+StillDetails readPng(ByteView file) {
     StillDetails details;
     for (std::size_t at = 8; at + 12 <= file.size();) {
         const std::size_t length = bigEndian(file, at, 4);
         if (length > file.size() - at - 12) {
             break;
         }
-        const View type = file.subspan(at + 4, 4);
-        const View data = file.subspan(at + 8, length);
+        const ByteView type = file.subspan(at + 4, 4);
+        const ByteView data = file.subspan(at + 8, length);
         if (startsWith(type, "pHYs") && length == 9 && data[8] == 1) {
             details.dotsPerInch = bigEndian(data, 0, 4) * kMetersPerInch;
         } else if (startsWith(type, "eXIf")) {
@@ -131,7 +78,7 @@ StillDetails readPng(View file) {
     return details;
 }
 
-StillDetails readJpeg(View file) {
+StillDetails readJpeg(ByteView file) {
     StillDetails details;
     constexpr std::string_view kExif("Exif\0\0", 6);
     for (std::size_t at = 2; at + 4 <= file.size() && file[at] == 0xFF && file[at + 1] != 0xDA;) {
@@ -139,7 +86,7 @@ StillDetails readJpeg(View file) {
         if (length < 2 || at + 2 + length > file.size()) {
             break;
         }
-        const View data = file.subspan(at + 4, length - 2);
+        const ByteView data = file.subspan(at + 4, length - 2);
         if (file[at + 1] == 0xE0 && startsWith(data, "JFIF") && data.size() >= 12 && data[7] > 0) {
             details.dotsPerInch = bigEndian(data, 8, 2) * (data[7] == 2 ? 2.54 : 1.0);
         } else if (file[at + 1] == 0xE1 && startsWith(data, kExif)) {
@@ -148,7 +95,7 @@ StillDetails readJpeg(View file) {
         at += 2 + length;
     }
     if (details.dotsPerInch == 0) {
-        details.dotsPerInch = Directory(details.exif).dotsPerInch();
+        details.dotsPerInch = dotsPerInchOf(readTiff(details.exif));
     }
     return details;
 }
@@ -179,7 +126,7 @@ Bytes pngChunks(const StillDetails& details, const Bytes& profile) {
     return chunks;
 }
 
-void putSegment(Bytes& to, std::uint8_t marker, std::string_view name, View data) {
+void putSegment(Bytes& to, std::uint8_t marker, std::string_view name, ByteView data) {
     to.push_back(0xFF);
     to.push_back(marker);
     putBigEndian(to, static_cast<std::uint32_t>(2 + name.size() + data.size()), 2);
@@ -188,7 +135,6 @@ void putSegment(Bytes& to, std::uint8_t marker, std::string_view name, View data
 }
 
 Bytes jpegSegments(const StillDetails& details, const Bytes& profile) {
-    constexpr std::size_t kMost = 65000;
     Bytes segments;
     if (details.dotsPerInch > 0) {
         const auto density = static_cast<std::uint32_t>(std::lround(std::min(details.dotsPerInch, 65535.0)));
@@ -198,12 +144,13 @@ Bytes jpegSegments(const StillDetails& details, const Bytes& profile) {
         data.insert(data.end(), {0, 0});
         putSegment(segments, 0xE0, std::string_view("JFIF\0", 5), data);
     }
-    if (!details.exif.empty() && details.exif.size() < kMost) {
+    if (!details.exif.empty()) {
         putSegment(segments, 0xE1, std::string_view("Exif\0\0", 6), details.exif);
     }
-    const std::size_t parts = (profile.size() + kMost - 1) / kMost;
-    for (std::size_t i = 0; i < parts && parts < 256; i++) {
-        const View part = View(profile).subspan(i * kMost, std::min(kMost, profile.size() - i * kMost));
+    const std::size_t parts = (profile.size() + kSegment - 1) / kSegment;
+    for (std::size_t i = 0; i < parts; i++) {
+        const ByteView part =
+            ByteView(profile).subspan(i * kSegment, std::min(kSegment, profile.size() - i * kSegment));
         Bytes data = {static_cast<std::uint8_t>(i + 1), static_cast<std::uint8_t>(parts)};
         data.insert(data.end(), part.begin(), part.end());
         putSegment(segments, 0xE2, std::string_view("ICC_PROFILE\0", 12), data);
@@ -211,30 +158,27 @@ Bytes jpegSegments(const StillDetails& details, const Bytes& profile) {
     return segments;
 }
 
-}  // namespace
-
-StillDetails readStillDetails(const Bytes& file) {
+StillDetails readWebp(ByteView file) {
+    constexpr std::string_view kExif("Exif\0\0", 6);  // which some programs put there too
     StillDetails details;
-    if (isPng(file)) {
-        details = readPng(file);
-    } else if (isJpeg(file)) {
-        details = readJpeg(file);
-    } else {
-        details.dotsPerInch = Directory(file).dotsPerInch();
-    }
-    clearOrientation(details.exif);
+    ByteView exif = webpChunk(file, "EXIF");
+    exif = exif.subspan(startsWith(exif, kExif) ? kExif.size() : 0);
+    details.exif.assign(exif.begin(), exif.end());
+    details.dotsPerInch = dotsPerInchOf(readTiff(details.exif));
     return details;
 }
 
-bool addStillDetails(Bytes& file, const StillDetails& details, const Bytes& profile) {
-    if (isPng(file)) {
-        const Bytes chunks = pngChunks(details, profile);
-        file.insert(file.begin() + kPngHeaderEnd, chunks.begin(), chunks.end());
-        return true;
-    }
-    if (!isJpeg(file)) {
-        return false;
-    }
+StillDetails readTiffFile(ByteView file) {
+    const std::vector<TiffEntry> entries = readTiff(file);
+    return {writeTiff(describingEntries(entries)), dotsPerInchOf(entries)};
+}
+
+void addToPng(Bytes& file, const StillDetails& details, const Bytes& profile) {
+    const Bytes chunks = pngChunks(details, profile);
+    file.insert(file.begin() + kPngHeaderEnd, chunks.begin(), chunks.end());
+}
+
+void addToJpeg(Bytes& file, const StillDetails& details, const Bytes& profile) {
     const Bytes segments = jpegSegments(details, profile);
     // A density of ours takes the place of the encoder's, which has to come first.
     std::size_t begin = 2;
@@ -247,7 +191,45 @@ bool addStillDetails(Bytes& file, const StillDetails& details, const Bytes& prof
         }
     }
     file.insert(file.begin() + static_cast<std::ptrdiff_t>(begin), segments.begin(), segments.end());
-    return true;
+}
+
+}  // namespace
+
+StillDetails readStillDetails(const Bytes& file) {
+    StillDetails details = isPng(file)    ? readPng(file)
+                           : isJpeg(file) ? readJpeg(file)
+                           : isWebp(file) ? readWebp(file)
+                                          : readTiffFile(file);
+    settle(details.exif);
+    return details;
+}
+
+KeptDetails addStillDetails(Bytes& file, const StillDetails& details, const Bytes& profile) {
+    if (isPng(file)) {
+        addToPng(file, details, profile);
+        return {true, true, true};
+    }
+    if (isJpeg(file)) {
+        constexpr std::size_t kMostSegments = 255;
+        const bool exifFits = details.exif.size() < kSegment;
+        const bool profileFits = profile.size() < kSegment * kMostSegments;
+        addToJpeg(file, {exifFits ? details.exif : Bytes(), details.dotsPerInch}, profileFits ? profile : Bytes());
+        return {exifFits, profileFits, true};
+    }
+    if (details.exif.empty() && profile.empty()) {
+        return {false, false, !isWebp(file) && !readTiff(file).empty()};
+    }
+    if (isWebp(file)) {
+        const bool added = addToWebp(file, details.exif, profile);
+        return {added, added, tiffNumber(readTiff(details.exif), kTiffXResolution) > 0};
+    }
+    std::vector<TiffEntry> entries = describingEntries(readTiff(details.exif));
+    if (!profile.empty()) {
+        constexpr std::uint16_t kUndefined = 7;
+        entries.push_back({kTiffColorProfile, kUndefined, static_cast<std::uint32_t>(profile.size()), profile});
+    }
+    const bool added = addToTiff(file, entries);
+    return {added, added, added};
 }
 
 }  // namespace lumiset::media

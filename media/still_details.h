@@ -4,12 +4,20 @@
 
 namespace lumiset::media {
 
-/// Finds what a PNG, JPEG or TIFF file tells about its picture beside the samples. Nothing in files of other kinds.
+/// Finds what a PNG, JPEG, TIFF or WebP file tells about its picture beside the samples. Nothing in files of other
+/// kinds.
 StillDetails readStillDetails(const std::vector<std::uint8_t>& file);
 
-/// Adds details and a colour profile (may be empty) to an encoded PNG or JPEG picture, save the resolution of PNG,
-/// which is the encoder's to write. False, the picture unchanged, for other kinds.
-bool addStillDetails(std::vector<std::uint8_t>& file, const StillDetails& details,
-                     const std::vector<std::uint8_t>& profile);
+/// What of the details a file holds, if there was any.
+struct KeptDetails {
+    bool exif = false;
+    bool profile = false;
+    bool resolution = false;
+};
+
+/// Adds details and a colour profile (may be empty) to an encoded PNG, JPEG, TIFF or WebP picture, save the resolution
+/// of PNG and TIFF, which is the encoder's to write.
+KeptDetails addStillDetails(std::vector<std::uint8_t>& file, const StillDetails& details,
+                            const std::vector<std::uint8_t>& profile);
 
 }  // namespace lumiset::media

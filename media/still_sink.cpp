@@ -19,7 +19,7 @@ public:
         : m_output(output), m_sequence(sequence), m_format(format), m_options(options) {
         silenceLibraries();
         m_number = sequence ? sequence->first.value_or(format.firstNumber) : 0;
-        planStill(nameOf(m_number), options, {format, format.color.hasAlpha(), false});
+        planStill(nameOf(m_number), options, {format, format.color.hasAlpha()});
         m_file.emplace(nameOf(m_number));  // fails early in a folder that is closed
     }
 
@@ -32,11 +32,11 @@ public:
         if (!m_encoder || alpha != m_alpha) {
             finishEncoder();
             m_alpha = alpha;
-            const bool deep = picture.depth == Depth::kFloat && m_format.bitDepth > 8;
             VideoFormat format = m_format;
             format.color = {};  // pictures are taken for sRGB; tags would have viewers change them
             format.interlaced = false;
-            const VideoPlan plan = planStill(nameOf(m_number), m_options, {format, alpha, deep});
+            const VideoPlan plan =
+                planStill(nameOf(m_number), m_options, {format, alpha, wantedBits(m_options, m_format, picture.depth)});
             if (m_written == 0) {
                 m_notes = plan.notes;
                 tellHdr();
@@ -83,9 +83,9 @@ private:
         std::vector<std::uint8_t> bytes(packet.data, packet.data + packet.size);
         const std::vector<std::uint8_t> profile = colorProfile();
         const StillDetails& details = m_format.details;
-        const bool kept = addStillDetails(bytes, details, profile);
-        if (!kept && m_saved == 0) {
-            tellLosses(details, profile);
+        const KeptDetails kept = addStillDetails(bytes, details, profile);
+        if (m_saved == 0) {
+            tellLosses(details, profile, kept);
         }
         m_saved++;
         m_file->write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -115,16 +115,19 @@ private:
         }
     }
 
-    void tellLosses(const StillDetails& details, const std::vector<std::uint8_t>& profile) {
-        const std::string extension = lowerExtension(m_output);
-        const auto tell = [&](bool lost, const char* what) {
+    void tellLosses(const StillDetails& details, const std::vector<std::uint8_t>& profile, const KeptDetails& kept) {
+        const auto tell = [&](bool lost, const std::string& what) {
             if (lost) {
                 m_notes.push_back(fmt::format("The input's {} is not written to a file like '{}'.", what, m_output));
             }
         };
-        tell(!profile.empty(), "colour profile (ICC)");
-        tell(!details.exif.empty(), "Exif data");
-        tell(details.dotsPerInch > 0 && !extension.starts_with("tif"), "resolution");
+        tell(!profile.empty() && !kept.profile, "colour profile (ICC)");
+        tell(!details.exif.empty() && !kept.exif, "Exif data");
+        tell(details.dotsPerInch > 0 && !kept.resolution, "resolution");
+        for (const SideData& side : m_format.sideData) {
+            tell(side.type != AV_PKT_DATA_ICC_PROFILE,
+                 av_packet_side_data_name(static_cast<AVPacketSideDataType>(side.type)));
+        }
     }
 
     std::string m_output;

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "media/track_transcoder.h"
+
 namespace lumiset::media {
 namespace {
 
@@ -15,7 +17,31 @@ void write(AVFormatContext* output, AVPacket& packet, AVStream& stream, AVRation
     av_packet_rescale_ts(&packet, timeBase, stream.time_base);
     packet.stream_index = stream.index;
     packet.pos = -1;
-    avCheck(av_interleaved_write_frame(output, &packet), "Cannot write the sound");
+    avCheck(av_interleaved_write_frame(output, &packet), "Cannot write what goes with the pictures");
+}
+
+bool isMatroska(const AVOutputFormat& container) {
+    return std::string(container.name) == "matroska";
+}
+
+bool isQuickTime(const AVOutputFormat& container) {
+    const std::string name = container.name;
+    return name == "mp4" || name == "mov";
+}
+
+bool holdsTimecode(const AVOutputFormat& container) {
+    return isMatroska(container) || isQuickTime(container) || std::string(container.name) == "mxf";
+}
+
+bool holds(const AVOutputFormat& container, AVCodecID id) {
+    // The library does not tell what transport streams hold.
+    constexpr AVCodecID kOfTransportStreams[] = {AV_CODEC_ID_AAC,  AV_CODEC_ID_AC3,         AV_CODEC_ID_EAC3,
+                                                 AV_CODEC_ID_MP2,  AV_CODEC_ID_MP3,         AV_CODEC_ID_DTS,
+                                                 AV_CODEC_ID_OPUS, AV_CODEC_ID_DVB_SUBTITLE};
+    const bool told =
+        std::string(container.name) == "mpegts" &&
+        std::find(std::begin(kOfTransportStreams), std::end(kOfTransportStreams), id) != std::end(kOfTransportStreams);
+    return told || avformat_query_codec(&container, id, FF_COMPLIANCE_NORMAL) == 1;
 }
 
 // Notes that would be the same are told once.
@@ -25,160 +51,35 @@ void tell(std::vector<std::string>& notes, const std::string& note) {
     }
 }
 
-// Decodes packets and encodes them as another codec. Gaps in the source become silence.
-class Transcoder {
-public:
-    Transcoder(const AVStream& source, const AVOutputFormat& container) {
-        const AVCodec* decoder = avcodec_find_decoder(source.codecpar->codec_id);
-        const AVCodec* encoder = avcodec_find_encoder(container.audio_codec);
-        if (decoder == nullptr || encoder == nullptr) {
-            throw MediaError(fmt::format("The sound, coded as {}, cannot be written to this kind of file.",
-                                         avcodec_get_name(source.codecpar->codec_id)));
-        }
-        const std::string failure = "The sound cannot be encoded anew";
-        m_decoder.reset(allocated(avcodec_alloc_context3(decoder)));
-        avCheck(avcodec_parameters_to_context(m_decoder.get(), source.codecpar), failure);
-        m_decoder->pkt_timebase = source.time_base;
-        avCheck(avcodec_open2(m_decoder.get(), decoder, nullptr), failure);
-
-        m_encoder.reset(allocated(avcodec_alloc_context3(encoder)));
-        m_encoder->sample_fmt = encoder->sample_fmts != nullptr ? encoder->sample_fmts[0] : AV_SAMPLE_FMT_S16;
-        m_encoder->sample_rate = supportedRate(*encoder, m_decoder->sample_rate);
-        const int channels = std::max(1, m_decoder->ch_layout.nb_channels);
-        if (channels <= 2 || m_decoder->ch_layout.order == AV_CHANNEL_ORDER_UNSPEC) {
-            av_channel_layout_default(&m_encoder->ch_layout, std::min(channels, 2));
-        } else {
-            avCheck(av_channel_layout_copy(&m_encoder->ch_layout, &m_decoder->ch_layout), failure);
-        }
-        m_encoder->time_base = {1, m_encoder->sample_rate};
-        m_encoder->bit_rate = 96000 * m_encoder->ch_layout.nb_channels;
-        m_encoder->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
-        if ((container.flags & AVFMT_GLOBALHEADER) != 0) {
-            m_encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-        }
-        avCheck(avcodec_open2(m_encoder.get(), encoder, nullptr), failure);
+// Finding out what tracks are means decoding some of them. The source has done that; in files whose header tells the
+// times of all packets nothing else is to be found.
+void takeTracks(AVFormatContext& input, const Source::Origin& origin) {
+    const std::string_view demuxer = input.iformat->name;
+    const bool timed = demuxer.starts_with("mov,") || demuxer.starts_with("matroska,");
+    if (!timed || input.nb_streams != origin.tracks.size()) {
+        avCheck(avformat_find_stream_info(&input, nullptr), "Cannot read the sound");
+        return;
     }
-
-    const AVCodecContext& encoder() const { return *m_encoder; }
-
-    // A null packet ends the stream. `baseSeconds` is taken off all times.
-    template <class Take>
-    void transcode(const AVPacket* packet, double baseSeconds, Take take) {
-        if (avcodec_send_packet(m_decoder.get(), packet) < 0 && packet != nullptr) {
-            return;  // a damaged packet leaves a gap
-        }
-        while (avcodec_receive_frame(m_decoder.get(), m_frame.get()) >= 0) {
-            resample(*m_frame, baseSeconds);
-            encodeReady(false, take);
-        }
-        if (packet == nullptr) {
-            encodeReady(true, take);
-            avcodec_send_frame(m_encoder.get(), nullptr);
-            receive(take);
-        }
+    for (unsigned i = 0; i < input.nb_streams; i++) {
+        avCheck(avcodec_parameters_copy(input.streams[i]->codecpar, origin.tracks[i].get()), "Cannot read the sound");
     }
-
-private:
-    static int supportedRate(const AVCodec& codec, int rate) {
-        int best = 0;
-        for (const int* r = codec.supported_samplerates; r != nullptr && *r != 0; r++) {
-            if (best == 0 || std::abs(*r - rate) < std::abs(best - rate)) {
-                best = *r;
-            }
-        }
-        return best == 0 ? rate : best;
-    }
-
-    void resample(const AVFrame& frame, double baseSeconds) {
-        if (!m_resampler) {
-            SwrContext* resampler = nullptr;
-            AVChannelLayout layout = frame.ch_layout;
-            if (layout.order == AV_CHANNEL_ORDER_UNSPEC) {
-                av_channel_layout_default(&layout, layout.nb_channels);
-            }
-            avCheck(
-                swr_alloc_set_opts2(&resampler, &m_encoder->ch_layout, m_encoder->sample_fmt, m_encoder->sample_rate,
-                                    &layout, static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr),
-                "The sound cannot be converted");
-            m_resampler.reset(resampler);
-            avCheck(swr_init(resampler), "The sound cannot be converted");
-        }
-        if (frame.best_effort_timestamp != AV_NOPTS_VALUE) {
-            const double seconds =
-                static_cast<double>(frame.best_effort_timestamp) * av_q2d(m_decoder->pkt_timebase) - baseSeconds;
-            const std::int64_t waiting = swr_get_delay(m_resampler.get(), m_encoder->sample_rate);
-            const std::int64_t samples = std::llround(seconds * m_encoder->sample_rate);
-            if (!m_started) {
-                m_started = true;
-                m_nextSample = samples;
-            }
-            const std::int64_t gap = samples - (m_nextSample + waiting);
-            if (gap > m_encoder->sample_rate / 20) {
-                swr_inject_silence(m_resampler.get(), static_cast<int>(gap));
-            }
-        }
-        avCheck(swr_convert(m_resampler.get(), nullptr, 0, const_cast<const std::uint8_t**>(frame.extended_data),
-                            frame.nb_samples),
-                "The sound cannot be converted");
-    }
-
-    template <class Take>
-    void encodeReady(bool everything, Take take) {
-        const int whole = m_encoder->frame_size > 0 ? m_encoder->frame_size : 1024;
-        while (m_resampler && swr_get_delay(m_resampler.get(), m_encoder->sample_rate) >= (everything ? 1 : whole)) {
-            AvFrame frame(allocated(av_frame_alloc()));
-            frame->nb_samples = whole;
-            frame->format = m_encoder->sample_fmt;
-            frame->sample_rate = m_encoder->sample_rate;
-            avCheck(av_channel_layout_copy(&frame->ch_layout, &m_encoder->ch_layout), "No memory for sound");
-            avCheck(av_frame_get_buffer(frame.get(), 0), "No memory for sound");
-            const int made = swr_convert(m_resampler.get(), frame->extended_data, whole, nullptr, 0);
-            if (made <= 0) {
-                break;
-            }
-            frame->nb_samples = made;
-            frame->pts = m_nextSample;
-            m_nextSample += made;
-            avCheck(avcodec_send_frame(m_encoder.get(), frame.get()), "The sound cannot be encoded anew");
-            receive(take);
-        }
-    }
-
-    template <class Take>
-    void receive(Take take) {
-        while (avcodec_receive_packet(m_encoder.get(), m_packet.get()) >= 0) {
-            take(*m_packet);
-            av_packet_unref(m_packet.get());
-        }
-    }
-
-    AvCodecContext m_decoder;
-    AvCodecContext m_encoder;
-    AvResampler m_resampler;
-    AvFrame m_frame{allocated(av_frame_alloc())};
-    AvPacket m_packet{allocated(av_packet_alloc())};
-    std::int64_t m_nextSample = 0;
-    bool m_started = false;
-};
+}
 
 }  // namespace
 
-// One stream of sound on its way.
+// One stream on its way.
 class TrackCopy::Track {
 public:
-    Track(const AVStream& source, AVFormatContext* output) : index(source.index), m_timeBase(source.time_base) {
-        const AVCodecID id = source.codecpar->codec_id;
-        const bool holds = avformat_query_codec(output->oformat, id, FF_COMPLIANCE_NORMAL) == 1;
-        if (!holds) {
-            transcoder = std::make_unique<Transcoder>(source, *output->oformat);
-        }
+    /// Packets go as they are without a transcoder.
+    Track(const AVStream& source, AVFormatContext* output, std::unique_ptr<TrackTranscoder> anew)
+        : index(source.index), transcoder(std::move(anew)), m_timeBase(source.time_base) {
         m_stream = allocated(avformat_new_stream(output, nullptr));
         if (transcoder) {
             avCheck(avcodec_parameters_from_context(m_stream->codecpar, &transcoder->encoder()),
-                    "Cannot describe the sound");
+                    "Cannot describe a track");
             m_stream->time_base = transcoder->encoder().time_base;
         } else {
-            avCheck(avcodec_parameters_copy(m_stream->codecpar, source.codecpar), "Cannot describe the sound");
+            avCheck(avcodec_parameters_copy(m_stream->codecpar, source.codecpar), "Cannot describe a track");
             m_stream->codecpar->codec_tag = 0;  // the container's own
             m_stream->time_base = source.time_base;
         }
@@ -203,7 +104,7 @@ public:
     }
 
     const int index;
-    std::unique_ptr<Transcoder> transcoder;
+    const std::unique_ptr<TrackTranscoder> transcoder;
 
 private:
     AVRational m_timeBase;
@@ -216,10 +117,10 @@ TrackCopy::TrackCopy(const Source::Origin& origin, double baseSeconds, AVFormatC
     AVFormatContext* input = nullptr;
     avCheck(avformat_open_input(&input, origin.path.c_str(), nullptr, nullptr), "Cannot read the sound");
     m_input.reset(input);
-    avCheck(avformat_find_stream_info(input, nullptr), "Cannot read the sound");
+    takeTracks(*input, origin);
     const int video = av_find_best_stream(input, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
     if (video >= 0) {
-        copyMetadata(*input->streams[video], origin.startSeconds);
+        copyMetadata(*input->streams[video], origin, notes);
     }
 
     // Before the first picture there is nothing to hear, save where the container can say so: there encoders' lead-in
@@ -246,30 +147,19 @@ TrackCopy::TrackCopy(const Source::Origin& origin, double baseSeconds, AVFormatC
 
 void TrackCopy::addStream(const AVStream& stream, std::vector<std::string>& notes) {
     const AVCodecParameters& codec = *stream.codecpar;
-    const char* name = avcodec_get_name(codec.codec_id);
-    const bool holds = avformat_query_codec(m_output->oformat, codec.codec_id, FF_COMPLIANCE_NORMAL) == 1;
     switch (codec.codec_type) {
         case AVMEDIA_TYPE_AUDIO:
             if (m_output->oformat->audio_codec == AV_CODEC_ID_NONE) {
                 tell(notes, "The sound is left out, as this kind of file holds none.");
-                return;
-            }
-            m_tracks.push_back(std::make_unique<Track>(stream, m_output));
-            if (m_tracks.back()->transcoder) {
-                tell(notes, fmt::format("The sound is encoded anew as {}, as this kind of file cannot hold {}.",
-                                        avcodec_get_name(m_output->oformat->audio_codec), name));
+            } else {
+                addTrack(stream, "sound", &soundTranscoder, notes);
             }
             return;
         case AVMEDIA_TYPE_SUBTITLE:
-            if (holds) {
-                m_tracks.push_back(std::make_unique<Track>(stream, m_output));
-            } else {
-                tell(notes,
-                     fmt::format("The subtitles ({}) are left out, as this kind of file cannot hold them.", name));
-            }
+            addTrack(stream, "subtitles", &subtitleTranscoder, notes);
             return;
         case AVMEDIA_TYPE_ATTACHMENT:
-            if (std::string(m_output->oformat->name) == "matroska") {
+            if (isMatroska(*m_output->oformat)) {
                 AVStream* copy = allocated(avformat_new_stream(m_output, nullptr));
                 avCheck(avcodec_parameters_copy(copy->codecpar, &codec), "Cannot describe an attachment");
                 av_dict_copy(&copy->metadata, stream.metadata, 0);
@@ -278,19 +168,75 @@ void TrackCopy::addStream(const AVStream& stream, std::vector<std::string>& note
             }
             return;
         case AVMEDIA_TYPE_VIDEO:
-            tell(notes, (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0
-                            ? "The cover picture is left out."
-                            : "Only the first video track is rendered; the others are left out.");
+            if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) {
+                tell(notes, "Only the first video track is rendered; the others are left out.");
+            } else if (!addCover(stream)) {
+                tell(notes, "The cover picture is left out, as this kind of file holds none.");
+            }
             return;
         default:
             // A track of time code is written anew from the metadata.
             if (codec.codec_tag != MKTAG('t', 'm', 'c', 'd')) {
-                tell(notes, "A track of data is left out.");
+                tell(notes, fmt::format("A track of data ({}) is left out.", avcodec_get_name(codec.codec_id)));
             }
     }
 }
 
-void TrackCopy::copyMetadata(const AVStream& video, double startSeconds) {
+void TrackCopy::addTrack(const AVStream& stream, const char* what,
+                         std::unique_ptr<TrackTranscoder> (*transcoderFor)(const AVStream&, const AVOutputFormat&),
+                         std::vector<std::string>& notes) {
+    const AVOutputFormat& container = *m_output->oformat;
+    const AVCodecID id = stream.codecpar->codec_id;
+    std::unique_ptr<TrackTranscoder> transcoder;
+    if (!holds(container, id)) {
+        transcoder = transcoderFor(stream, container);
+        if (!transcoder) {
+            tell(notes, fmt::format("The {} ({}) are left out, as this kind of file cannot hold them.", what,
+                                    avcodec_get_name(id)));
+            return;
+        }
+        tell(notes, fmt::format("The {} ({}) {} written anew as {}, as this kind of file cannot hold {}.", what,
+                                avcodec_get_name(id), stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO ? "is" : "are",
+                                avcodec_get_name(transcoder->encoder().codec_id),
+                                stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO ? "it" : "them"));
+    }
+    m_tracks.push_back(std::make_unique<Track>(stream, m_output, std::move(transcoder)));
+}
+
+// MP4 files have covers as tracks of one picture, Matroska's as attachments. QuickTime's own have no place for them.
+bool TrackCopy::addCover(const AVStream& stream) {
+    const AVPacket& picture = stream.attached_pic;
+    const AVCodecID id = stream.codecpar->codec_id;
+    const char* type = id == AV_CODEC_ID_PNG ? "png" : id == AV_CODEC_ID_MJPEG ? "jpeg" : nullptr;
+    const bool matroska = isMatroska(*m_output->oformat);
+    if (picture.size <= 0 || type == nullptr || !(matroska || std::string(m_output->oformat->name) == "mp4")) {
+        return false;
+    }
+    AVStream* copy = allocated(avformat_new_stream(m_output, nullptr));
+    av_dict_copy(&copy->metadata, stream.metadata, 0);
+    if (!matroska) {
+        avCheck(avcodec_parameters_copy(copy->codecpar, stream.codecpar), "Cannot describe the cover");
+        copy->codecpar->codec_tag = 0;
+        copy->disposition = AV_DISPOSITION_ATTACHED_PIC;
+        AvPacket packet(allocated(av_packet_clone(&picture)));
+        packet->stream_index = copy->index;
+        m_covers.push_back(std::move(packet));
+        return true;
+    }
+    const auto size = static_cast<std::size_t>(picture.size);
+    copy->codecpar->codec_type = AVMEDIA_TYPE_ATTACHMENT;
+    copy->codecpar->codec_id = id;
+    copy->codecpar->extradata = static_cast<std::uint8_t*>(allocated(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE)));
+    copy->codecpar->extradata_size = picture.size;
+    std::copy_n(picture.data, size, copy->codecpar->extradata);
+    av_dict_set(&copy->metadata, "mimetype", fmt::format("image/{}", type).c_str(), 0);
+    if (av_dict_get(copy->metadata, "filename", nullptr, 0) == nullptr) {
+        av_dict_set(&copy->metadata, "filename", id == AV_CODEC_ID_PNG ? "cover.png" : "cover.jpg", 0);
+    }
+    return true;
+}
+
+void TrackCopy::copyMetadata(const AVStream& video, const Source::Origin& origin, std::vector<std::string>& notes) {
     av_dict_copy(&m_output->metadata, m_input->metadata, 0);
     // These speak of the file as it was.
     for (const char* key : {"encoder", "major_brand", "minor_version", "compatible_brands", "duration", "timecode"}) {
@@ -306,12 +252,16 @@ void TrackCopy::copyMetadata(const AVStream& video, double startSeconds) {
     if (timecode == nullptr) {
         timecode = av_dict_get(m_input->metadata, "timecode", nullptr, 0);
     }
+    if (timecode != nullptr && !holdsTimecode(*m_output->oformat)) {
+        tell(notes, fmt::format("The time code ({}) is left out, as this kind of file holds none.", timecode->value));
+        return;
+    }
     AVTimecode first;
-    const AVRational rate = video.avg_frame_rate;
+    const AVRational rate = avRational(origin.frameRate);
     if (timecode != nullptr && rate.num > 0 &&
         av_timecode_init_from_string(&first, rate, timecode->value, nullptr) >= 0) {
         char text[AV_TIMECODE_STR_SIZE];
-        av_timecode_make_string(&first, text, static_cast<int>(std::llround(startSeconds * av_q2d(rate))));
+        av_timecode_make_string(&first, text, static_cast<int>(std::llround(origin.startSeconds * av_q2d(rate))));
         av_dict_set(metadata, "timecode", text, 0);
     }
 }
@@ -320,8 +270,8 @@ void TrackCopy::copyChapters(std::vector<std::string>& notes) {
     if (m_input->nb_chapters == 0) {
         return;
     }
-    const std::string container = m_output->oformat->name;
-    if (container != "mp4" && container != "mov" && container != "matroska" && container != "webm") {
+    const AVOutputFormat& container = *m_output->oformat;
+    if (!isQuickTime(container) && !isMatroska(container) && std::string(container.name) != "webm") {
         tell(notes, "The chapters are left out, as this kind of file holds none.");
         return;
     }
@@ -377,6 +327,10 @@ bool TrackCopy::fetch() {
 }
 
 void TrackCopy::copyUntil(double seconds) {
+    for (const AvPacket& cover : m_covers) {
+        avCheck(av_interleaved_write_frame(m_output, cover.get()), "Cannot write the cover");
+    }
+    m_covers.clear();
     while (fetch() && secondsOf(*m_packet) <= seconds) {
         m_waiting = false;
         trackOf(*m_packet)->add(m_packet.get(), m_base, m_output);

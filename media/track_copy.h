@@ -6,9 +6,11 @@
 
 namespace lumiset::media {
 
+class TrackTranscoder;
+
 /// Carries what a source file has beside its video into an output: sound, subtitles, chapters, attachments, metadata.
-/// Packets go as they are where the container can hold their codec; sound is encoded anew as its usual codec where not.
-/// A note tells of what cannot be kept.
+/// Packets go as they are where the container can hold their codec; sound and subtitles of text are written anew as its
+/// usual codec where not. A note tells of what cannot be kept.
 class TrackCopy {
 public:
     /// Adds the streams to `output`, whose header is not yet written. `baseSeconds` is the container's own time of the
@@ -26,7 +28,11 @@ public:
 private:
     class Track;
     void addStream(const AVStream& stream, std::vector<std::string>& notes);
-    void copyMetadata(const AVStream& video, double startSeconds);
+    void addTrack(const AVStream& stream, const char* what,
+                  std::unique_ptr<TrackTranscoder> (*transcoderFor)(const AVStream&, const AVOutputFormat&),
+                  std::vector<std::string>& notes);
+    bool addCover(const AVStream& stream);
+    void copyMetadata(const AVStream& video, const Source::Origin& origin, std::vector<std::string>& notes);
     void copyChapters(std::vector<std::string>& notes);
     bool fetch();
     double secondsOf(const AVPacket& packet) const;
@@ -41,6 +47,7 @@ private:
     double m_from;
     double m_until;
     std::vector<std::unique_ptr<Track>> m_tracks;
+    std::vector<AvPacket> m_covers;  ///< still to be written
 };
 
 }  // namespace lumiset::media

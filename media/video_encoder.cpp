@@ -1,5 +1,7 @@
 #include "media/video_encoder.h"
 
+#include <fmt/format.h>
+
 #include "media/picture_color.h"
 
 namespace lumiset::media {
@@ -65,6 +67,11 @@ AvCodecContext openEncoder(const VideoPlan& plan, const VideoFormat& format, AVR
     }
     const int result = avcodec_open2(context.get(), plan.codec, &options);
     av_dict_free(&options);
+    if (result == AVERROR(EINVAL) || result == AVERROR_EXTERNAL || result == AVERROR_UNKNOWN) {
+        // Most often a size: some codecs have a smallest one, or even ones alone.
+        throw MediaError(fmt::format("{}: it refuses pictures of {}x{}, {:.5g} a second.", failure, format.width,
+                                     format.height, format.frameRate.value()));
+    }
     avCheck(result, failure);
     return context;
 }

@@ -33,9 +33,9 @@ VideoPlan planH264(const SinkOptions& options, const PictureKind& kind) {
     // Halved chroma needs pairs of rows, in either field.
     const int rows = kind.format.interlaced ? 4 : 2;
     if (kind.format.width % 2 == 0 && kind.format.height % rows == 0) {
-        plan.format = kind.deep ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_YUV420P;
+        plan.format = kind.deep() ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_YUV420P;
     } else {
-        plan.format = kind.deep ? AV_PIX_FMT_YUV444P10LE : AV_PIX_FMT_YUV444P;
+        plan.format = kind.deep() ? AV_PIX_FMT_YUV444P10LE : AV_PIX_FMT_YUV444P;
         plan.notes.push_back(fmt::format(
             "{}x{} is no even size, so H.264 is written with full chroma (4:4:4), which some players cannot show.",
             kind.format.width, kind.format.height));
@@ -68,7 +68,7 @@ VideoPlan planFfv1(const SinkOptions&, const PictureKind& kind) {
     VideoPlan plan;
     plan.codec = encoder("ffv1");
     plan.options = {{"level", "3"}, {"slicecrc", "1"}, {"g", "1"}};
-    const int bits = kind.deep ? kind.format.bitDepth : 8;
+    const int bits = kind.bits;
     if (bits <= 8) {
         plan.format = kind.alpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
     } else if (bits <= 10) {
@@ -91,7 +91,7 @@ VideoPlan planVp9(const SinkOptions& options, const PictureKind& kind) {
     if (kind.format.interlaced) {
         plan.notes.emplace_back("VP9 has no place for fields, so players take the interlaced pictures for whole ones.");
     }
-    plan.format = kind.alpha ? AV_PIX_FMT_YUVA420P : kind.deep ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_YUV420P;
+    plan.format = kind.alpha ? AV_PIX_FMT_YUVA420P : kind.deep() ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_YUV420P;
     if (kind.alpha) {
         // The stream of alpha has to keep step with the colours, which hidden reference frames break.
         plan.options.emplace_back("auto-alt-ref", "0");
@@ -104,7 +104,7 @@ VideoPlan planY4m(const SinkOptions&, const PictureKind& kind) {
     plan.codec = encoder("wrapped_avframe");
     plan.keepsRange = true;
     plan.constantRate = true;
-    const int depth = !kind.deep ? 0 : kind.format.bitDepth <= 10 ? 1 : kind.format.bitDepth <= 12 ? 2 : 3;
+    const int depth = kind.bits <= 8 ? 0 : kind.bits <= 10 ? 1 : kind.bits <= 12 ? 2 : 3;
     static constexpr AVPixelFormat kFormats[3][4] = {
         {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV420P10LE, AV_PIX_FMT_YUV420P12LE, AV_PIX_FMT_YUV420P16LE},
         {AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV422P10LE, AV_PIX_FMT_YUV422P12LE, AV_PIX_FMT_YUV422P16LE},
@@ -135,12 +135,12 @@ VideoPlan planOther(const AVCodec* codec, const SinkOptions& options, const Pict
                                              avcodec_get_name(codec->id), av_q2d(rate), av_q2d(nearest)));
         }
     }
-    const AVPixelFormat wanted = kind.deep ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_BGRA;
+    const AVPixelFormat wanted = kind.deep() ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_BGRA;
     plan.format = codec->pix_fmts == nullptr
                       ? AV_PIX_FMT_YUV420P
                       : avcodec_find_best_pix_fmt_of_list(codec->pix_fmts, wanted, kind.alpha ? 1 : 0, nullptr);
     // What every player of a lossy codec can show.
-    for (const AVPixelFormat usual : {AV_PIX_FMT_YUV420P, kind.deep ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_NONE}) {
+    for (const AVPixelFormat usual : {AV_PIX_FMT_YUV420P, kind.deep() ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_NONE}) {
         for (const AVPixelFormat* f = codec->pix_fmts; !kind.alpha && f != nullptr && *f != AV_PIX_FMT_NONE; f++) {
             plan.format = *f == usual ? usual : plan.format;
         }
@@ -163,10 +163,10 @@ constexpr NamedCodec kCodecs[] = {
 // The codec for a container when none is asked for.
 std::string usualCodec(const AVOutputFormat& container, const PictureKind& kind) {
     const std::string name = container.name;
-    const bool deeperThanH264 = kind.deep && kind.format.bitDepth > 10;
+    const bool deeperThanH264 = kind.bits > 10;
     if (name == "mov") {
         // QuickTime files of cameras are H.264; of editors, with alpha or deep samples, ProRes.
-        return kind.alpha || kind.deep ? "prores" : "h264";
+        return kind.alpha || kind.deep() ? "prores" : "h264";
     }
     return name == "matroska" ? (kind.alpha || deeperThanH264 ? "ffv1" : "h264")
            : name == "webm"   ? "vp9"
@@ -176,13 +176,25 @@ std::string usualCodec(const AVOutputFormat& container, const PictureKind& kind)
                               : "";
 }
 
-// Tells of precision that the file cannot hold.
-VideoPlan withDepthNote(VideoPlan plan, const PictureKind& kind) {
-    const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(plan.format);
-    const int bits = descriptor == nullptr ? 0 : descriptor->comp[0].depth;
-    if (kind.deep && bits > 0 && bits < std::min(kind.format.bitDepth, 16)) {
+// Tells of what the pictures have and the file cannot hold.
+VideoPlan withNotes(VideoPlan plan, const PictureKind& kind) {
+    const AVPixFmtDescriptor& descriptor = *av_pix_fmt_desc_get(plan.format);
+    const int bits = descriptor.comp[0].depth;
+    const VideoFormat& format = kind.format;
+    if (kind.deep() && bits < std::min({kind.bits, format.bitDepth, 16})) {
         plan.notes.push_back(fmt::format("The input's {} bits a sample are reduced to {}, as {} is written here.",
-                                         kind.format.bitDepth, bits, plan.codec->name));
+                                         format.bitDepth, bits, plan.codec->name));
+    } else if (kind.deep() && bits <= 8) {
+        plan.notes.push_back(fmt::format("{} bits a sample are written, as {} has no more.", bits, plan.codec->name));
+    }
+    const bool rgb = (descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0;
+    const Chroma written = rgb || descriptor.log2_chroma_w == 0 ? Chroma::k444
+                           : descriptor.log2_chroma_h == 0      ? Chroma::k422
+                                                                : Chroma::k420;
+    if (!format.chromaName.empty() && written < format.chroma) {
+        plan.notes.push_back(fmt::format("The input's chroma ({}) is reduced to {}, as {} is written here.",
+                                         format.chromaName, written == Chroma::k420 ? "4:2:0" : "4:2:2",
+                                         plan.codec->name));
     }
     return plan;
 }
@@ -219,8 +231,8 @@ VideoPlan chooseStill(const std::string& fileName, const SinkOptions& options, c
     VideoPlan plan;
     if (extension == "png") {
         plan.codec = encoder("png");
-        plan.format = kind.deep ? (kind.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE)
-                                : (kind.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24);
+        plan.format = kind.deep() ? (kind.alpha ? AV_PIX_FMT_RGBA64BE : AV_PIX_FMT_RGB48BE)
+                                  : (kind.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24);
         plan.options = {{"pred", "paeth"}, {"compression_level", "4"}};
     } else if (extension == "jpg" || extension == "jpeg") {
         plan.codec = encoder("mjpeg");
@@ -233,8 +245,8 @@ VideoPlan chooseStill(const std::string& fileName, const SinkOptions& options, c
         plan.options = {{"quality", "92"}};
     } else if (extension == "tif" || extension == "tiff") {
         plan.codec = encoder("tiff");
-        plan.format = kind.deep ? (kind.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE)
-                                : (kind.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24);
+        plan.format = kind.deep() ? (kind.alpha ? AV_PIX_FMT_RGBA64LE : AV_PIX_FMT_RGB48LE)
+                                  : (kind.alpha ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGB24);
         plan.options = {{"compression_algo", "lzw"}};
     } else if (extension == "bmp") {
         plan.codec = encoder("bmp");
@@ -255,11 +267,11 @@ VideoPlan chooseStill(const std::string& fileName, const SinkOptions& options, c
 
 VideoPlan planVideo(const AVOutputFormat& container, const std::string& fileName, const SinkOptions& options,
                     const PictureKind& kind) {
-    return withDepthNote(chooseVideo(container, fileName, options, kind), kind);
+    return withNotes(chooseVideo(container, fileName, options, kind), kind);
 }
 
 VideoPlan planStill(const std::string& fileName, const SinkOptions& options, const PictureKind& kind) {
-    VideoPlan plan = withDepthNote(chooseStill(fileName, options, kind), kind);
+    VideoPlan plan = withNotes(chooseStill(fileName, options, kind), kind);
     const double perInch = std::min(kind.format.details.dotsPerInch, 65535.0);
     if (perInch >= 1 && plan.codec->id == AV_CODEC_ID_PNG) {
         plan.options.emplace_back("dpm", std::to_string(std::lround(std::min(perInch / 0.0254, 65535.0))));

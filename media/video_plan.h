@@ -25,8 +25,15 @@ struct VideoPlan {
 struct PictureKind {
     VideoFormat format;
     bool alpha = false;  ///< alpha is wanted
-    bool deep = false;   ///< float pictures of a source with more than 8 bits
+    int bits = 8;        ///< a sample that are wanted
+
+    bool deep() const { return bits > 8; }
 };
+
+/// What is wanted of pictures of a depth: as many bits as the options say, or for floats as many as their source has.
+inline int wantedBits(const SinkOptions& options, const VideoFormat& format, Depth depth) {
+    return options.bits > 0 ? options.bits : depth == Depth::kFloat ? format.bitDepth : 8;
+}
 
 /// Codec and settings for a container of the FFmpeg libraries. Throws MediaError, naming `fileName`.
 VideoPlan planVideo(const AVOutputFormat& container, const std::string& fileName, const SinkOptions& options,

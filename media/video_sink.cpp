@@ -71,15 +71,15 @@ VideoSink::VideoSink(const std::string& output, const VideoFormat& format, const
     avCheck(avformat_alloc_output_context2(&context, container, nullptr, url.c_str()), failure());
     m_output.reset(context);
     // Fails early where the container, the codec or the folder will not do; alpha and depth do not decide about that.
-    planVideo(*container, output, options, {format, format.color.hasAlpha(), false});
+    planVideo(*container, output, options, {format, format.color.hasAlpha()});
     const int opened = avio_open2(&context->pb, url.c_str(), AVIO_FLAG_WRITE, nullptr, nullptr);
     avCheck(opened, failure());
 }
 
 void VideoSink::begin(const Picture& first) {
-    const bool deep = first.depth == Depth::kFloat && m_format.bitDepth > 8;
     const bool alpha = m_format.color.hasAlpha() || !isOpaque(first);
-    m_plan = planVideo(*m_output->oformat, m_name, m_options, {m_format, alpha, deep});
+    m_plan = planVideo(*m_output->oformat, m_name, m_options,
+                       {m_format, alpha, wantedBits(m_options, m_format, first.depth)});
     m_notes.insert(m_notes.end(), m_plan.notes.begin(), m_plan.notes.end());
     if (m_format.color.isHdr()) {
         m_notes.push_back(fmt::format("The pictures are HDR ({}): effects work on the code values as they stand.",

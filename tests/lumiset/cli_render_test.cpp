@@ -235,6 +235,20 @@ TEST(Render, ReadsThePicturesThatAPatternStandsFor) {
     EXPECT_NE(none.err.find("There is no file that"), std::string::npos) << none.err;
 }
 
+TEST(Render, WritesAsManyBitsAsItIsAskedFor) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(runLumiset(outlineCommand("scene:32x16:0.2:10", folder / "clip.mp4")).status, 0);
+    const struct {
+        std::vector<std::string> options;
+        int bits;
+    } kCases[] = {
+        {{}, 8}, {{"--depth", "float"}, 10}, {{"--depth", "float", "--bits", "8"}, 8}, {{"--bits", "10"}, 10}};
+    for (const auto& each : kCases) {
+        EXPECT_EQ(runLumiset(outlineCommand(folder / "clip.mp4", folder / "out.mkv", each.options)).status, 0);
+        EXPECT_EQ(media::openSource(folder / "out.mkv")->format().bitDepth, each.bits);
+    }
+}
+
 TEST(Render, FailsWithOneSentenceAndLeavesTheOldOutput) {
     const TemporaryFolder folder;
     const std::string square = writeSquare(folder);

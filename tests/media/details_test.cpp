@@ -2,7 +2,8 @@
 
 #include "media/av.h"
 #include "media/still_details.h"
-#include "media/video_plan.h"
+#include "media/tiff_directory.h"
+#include "media/video_encoder.h"
 #include "tests/media/media_clip.h"
 #include "tests/media/media_fixture.h"
 
@@ -37,21 +38,30 @@ TEST_F(MediaDetails, DepthGoesAsFarAsTheFileCanHold) {
     struct Case {
         const char* file;
         const char* codec;
-        int bits;  ///< of the file; the input has 12
+        int bits;     ///< of the file; the input has 12
+        bool halves;  ///< the height of chroma, which the input has in full
+        int wanted = 0;
+        int input = 12;
     };
-    const Case cases[] = {{"a.mp4", "", 10},  {"x.mkv", "libx265", 10}, {"a.mov", "prores", 10}, {"a.mkv", "ffv1", 12},
-                          {"a.webm", "", 10}, {"a.y4m", "", 12},        {"a.png", "", 16},       {"a.tiff", "", 16},
-                          {"a.jpg", "", 8},   {"a.webp", "", 8},        {"a.mpg", "", 8}};
+    const Case cases[] = {
+        {"a.mp4", "", 10, true},        {"x.mkv", "libx265", 10, true}, {"a.mov", "prores", 10, false},
+        {"a.mkv", "ffv1", 12, false},   {"a.webm", "", 10, true},       {"a.y4m", "", 12, false},
+        {"a.png", "", 16, false},       {"a.tiff", "", 16, false},      {"a.jpg", "", 8, false},
+        {"a.webp", "", 8, false},       {"a.mpg", "", 8, true},         {"a.mp4", "", 8, true, 8},
+        {"a.mp4", "", 10, true, 10, 8}, {"a.y4m", "", 16, false, 16, 8}};
     const Picture deep = colorPatches(64, 48, false, Depth::kFloat);
     VideoFormat format = formatOf(deep, false);
-    format.bitDepth = 12;
     format.chroma = Chroma::k422;
+    format.chromaName = "4:2:2";
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.file) + " " + c.codec);
         SinkOptions options;
         options.codec = c.codec;
+        options.bits = c.wanted;
+        format.bitDepth = c.input;
         const std::vector<std::string> notes = writeOne(path(c.file), format, deep, options);
-        EXPECT_EQ(mentions(notes, "12 bits"), c.bits < 12);
+        EXPECT_EQ(mentions(notes, "12 bits"), c.wanted == 0 && c.bits < 12);
+        EXPECT_EQ(mentions(notes, "(4:2:2) is reduced to 4:2:0"), c.halves);
         SourceOptions reading;
         reading.keepDepth = true;
         const auto source = openSource(path(c.file), reading);
@@ -105,40 +115,69 @@ TEST_F(MediaDetails, HdrIsToldAndItsDataKept) {
     EXPECT_TRUE(mentions(writeOne(path("a.png"), format, picture), "HDR (PQ)"));
 }
 
+// A maker, an orientation that says upright, and below them an exposure of a fiftieth of a second.
+const std::vector<std::uint8_t> kExif = {'M',  'M',  0,    42,   0,   0,   0,   8, 0, 3,                            //
+                                         1,    0x0F, 0,    2,    0,   0,   0,   8, 0, 0, 0, 50,                     //
+                                         1,    0x12, 0,    3,    0,   0,   0,   1, 0, 1, 0, 0,                      //
+                                         0x87, 0x69, 0,    4,    0,   0,   0,   1, 0, 0, 0, 58,                     //
+                                         0,    0,    0,    0,                                                       //
+                                         'L',  'u',  'm',  'i',  's', 'e', 't', 0,                                  //
+                                         0,    1,    0x82, 0x9A, 0,   5,   0,   0, 0, 1, 0, 0,  0, 76, 0, 0, 0, 0,  //
+                                         0,    0,    0,    1,    0,   0,   0,   50};
+
+// What of it every kind of file holds.
+void expectExif(const std::vector<std::uint8_t>& exif) {
+    const std::vector<TiffEntry> entries = readTiff(exif);
+    ASSERT_GE(entries.size(), 2U);
+    EXPECT_EQ(std::string(entries[0].value.begin(), entries[0].value.end()), std::string("Lumiset\0", 8));
+    EXPECT_NEAR(tiffNumber(entries.back().below, 0x829A), 0.02, 1e-9);
+}
+
 TEST_F(MediaDetails, OfStillsGoFromFileToFile) {
     const Picture picture = colorPatches(16, 16, false);
     VideoFormat format = formatOf(picture, false);
     format.details.dotsPerInch = 300;
-    // One entry, the orientation, upright.
-    format.details.exif = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 1, 0x12, 0, 3, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0};
+    format.details.exif = kExif;
     std::vector<std::uint8_t> profile(132);
     profile[3] = 132;
     profile[8] = 4;
     std::copy_n("mntrRGB XYZ ", 12, profile.begin() + 12);
     std::copy_n("acsp", 4, profile.begin() + 36);
     format.sideData.push_back({AV_PKT_DATA_ICC_PROFILE, profile});
-    for (const char* name : {"a.png", "a.jpg"}) {
+    const Picture clear = colorPatches(16, 16, true);
+    // The last one is written from what the one before it tells.
+    for (const char* name : {"a.png", "a.jpg", "a.webp", "alpha.webp", "a.tiff", "again.png"}) {
         SCOPED_TRACE(name);
-        EXPECT_TRUE(writeOne(path(name), format, picture).empty());
+        const bool webp = std::string(name).ends_with("webp");
+        const Picture& written = std::string(name) == "alpha.webp" ? clear : picture;
+        EXPECT_EQ(mentions(writeOne(path(name), format, written), "resolution"), webp);
         const auto source = openSource(path(name));
-        EXPECT_NEAR(source->format().details.dotsPerInch, 300, 0.1);
-        EXPECT_EQ(source->format().details.exif, format.details.exif);
+        if (!webp) {
+            EXPECT_NEAR(source->format().details.dotsPerInch, 300, 0.1);
+        }
+        expectExif(source->format().details.exif);
         const SideData* side = sideDataOf(source->format(), AV_PKT_DATA_ICC_PROFILE);
         ASSERT_NE(side, nullptr);
         EXPECT_EQ(side->bytes, profile);
-        EXPECT_LE(worstDifference(readAll(*source).at(0), picture, 3, 3), 8);
+        EXPECT_LE(worstDifference(readAll(*source).at(0), written, 3, 3), webp ? 24 : 8);
+        format.details = source->format().details;
+        format.details.dotsPerInch = 300;
     }
-    const std::vector<std::string> notes = writeOne(path("a.tiff"), format, picture);
+    const std::vector<std::string> notes = writeOne(path("a.bmp"), format, picture);
     EXPECT_TRUE(mentions(notes, "colour profile"));
     EXPECT_TRUE(mentions(notes, "Exif"));
-    EXPECT_NEAR(openSource(path("a.tiff"))->format().details.dotsPerInch, 300, 0.1);
-    EXPECT_TRUE(mentions(writeOne(path("a.webp"), format, picture), "resolution"));
-    // An orientation is carried out when the picture is read, and no second time by those who read what is written.
-    std::vector<std::uint8_t> turned = format.details.exif;
-    turned[19] = 6;
-    turned.insert(turned.begin(), {0xFF, 0xD8, 0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0, 0});
+    EXPECT_TRUE(mentions(notes, "resolution"));
+    // What JPEG's segments are too small for.
+    format.details.exif.resize(70000);
+    EXPECT_TRUE(mentions(writeOne(path("b.jpg"), format, picture), "Exif"));
+    // An orientation is carried out when the picture is read, and no second time by those who read what is written; a
+    // small picture that the details have would not show what is written.
+    std::vector<std::uint8_t> turned = kExif;
+    turned[31] = 6;
+    turned[49] = 8;
+    turned.insert(turned.begin(), {0xFF, 0xD8, 0xFF, 0xE1, 0, 92, 'E', 'x', 'i', 'f', 0, 0});
     turned.insert(turned.end(), {0xFF, 0xDA, 0, 2});
-    EXPECT_EQ(readStillDetails(turned).exif, format.details.exif);
+    EXPECT_EQ(readStillDetails(turned).exif, kExif);
     // Damaged details are no reason to fail.
     std::vector<std::uint8_t> cut = {0xFF, 0xD8, 0xFF, 0xE1, 0xFF, 0xFF, 'E', 'x', 'i', 'f', 0, 0, 'M', 'M', 0, 42};
     EXPECT_TRUE(readStillDetails(cut).exif.empty());
@@ -151,8 +190,13 @@ TEST_F(MediaDetails, ChaptersTimeCodeAndAttachmentsFollowTheCut) {
     struct Case {
         const char* file;
         bool keepsAttachments;
+        bool keepsCover;
+        const char* subtitles;
     };
-    for (const Case& c : {Case{"copy.mkv", true}, {"copy.mov", false}}) {
+    for (const Case& c : {Case{"copy.mkv", true, true, ""},
+                          {"copy.mov", false, false, "(subrip) are written anew as mov_text"},
+                          {"copy.m4v", false, true, "(subrip) are written anew as mov_text"},
+                          {"copy.webm", false, false, "(subrip) are written anew as webvtt"}}) {
         SCOPED_TRACE(c.file);
         SourceOptions options;
         options.startSeconds = 0.4;
@@ -165,17 +209,59 @@ TEST_F(MediaDetails, ChaptersTimeCodeAndAttachmentsFollowTheCut) {
         const Contents contents = contentsOf(path(c.file));
         ASSERT_EQ(contents.chapters.size(), 2U);
         EXPECT_NEAR(contents.chapters[1], 0.6, 0.002);
-        EXPECT_EQ(contents.timecode, "01:00:00:10");
+        const bool webm = std::string(c.file) == "copy.webm";
+        EXPECT_EQ(contents.timecode, webm ? "" : "01:00:00:10");
+        EXPECT_EQ(mentions(sink->notes(), "time code"), webm);
         EXPECT_EQ(contents.attachments, c.keepsAttachments ? 1 : 0);
-        EXPECT_EQ(contents.subtitles, c.keepsAttachments ? 1 : 0);
+        EXPECT_EQ(contents.cover.empty(), !c.keepsCover);
+        EXPECT_TRUE(contents.cover.empty() || contents.cover == contentsOf(path("full.mkv")).cover);
+        EXPECT_NE(contents.subtitle.find("Hello"), std::string::npos);
+        EXPECT_NEAR(contents.subtitleSeconds, 0.6, 0.002);
         EXPECT_EQ(mentions(sink->notes(), "attachments"), !c.keepsAttachments);
-        EXPECT_EQ(mentions(sink->notes(), "subtitles (subrip)"), !c.keepsAttachments);
+        EXPECT_EQ(mentions(sink->notes(), "cover"), !c.keepsCover);
+        EXPECT_EQ(mentions(sink->notes(), "subtitles"), *c.subtitles != '\0');
+        EXPECT_TRUE(mentions(sink->notes(), c.subtitles) || *c.subtitles == '\0');
     }
     const auto source = openSource(path("full.mkv"));
     const auto sink = openSink(path("bare.y4m"), source->format(), {}, source.get());
     sink->write(readAll(*source).at(0));
     sink->finish();
-    EXPECT_TRUE(mentions(sink->notes(), "chapters"));
+    for (const char* lost : {"chapters", "time code (01:00:00:00)", "cover", "subtitles (subrip) are left out"}) {
+        EXPECT_TRUE(mentions(sink->notes(), lost)) << lost;
+    }
+}
+
+TEST_F(MediaDetails, OfSinglePicturesAndLevelsBeyondWhiteAreToldToBeLost) {
+    const Picture picture = flatPicture(64, 48, 100, 120, 140);
+    const VideoFormat format = formatOf(picture, false);
+    const VideoPlan plan = planVideo(*av_guess_format("mp4", nullptr, nullptr), "a.mp4", {}, {format});
+    VideoEncoder encoder(plan, format, {1, 25}, 1, false, "a.mp4");
+    const std::shared_ptr<AVFrame> frame = encoder.frameOf(picture);
+    AVFrameSideData* captions = av_frame_new_side_data(frame.get(), AV_FRAME_DATA_A53_CC, 3);
+    std::copy_n("\xFC\x94\x2C", 3, captions->data);
+    encoder.send(frame, 0);
+    encoder.sendEnd();
+    std::ofstream file(path("captions.h264"), std::ios::binary);
+    encoder.receive([&](AVPacket& packet) { file.write(reinterpret_cast<char*>(packet.data), packet.size); });
+    file.close();
+    // Limited range of 10 bits ends at 940.
+    const auto writeGrey = [&](const char* name, int level) {
+        std::ofstream grey(path(name), std::ios::binary);
+        grey << "YUV4MPEG2 W16 H16 F25:1 Ip A1:1 C420p10 XYSCSS=420P10\nFRAME\n";
+        for (int i = 0; i < 16 * 16 * 3 / 2; i++) {
+            const int sample = i < 256 ? level : 512;
+            grey << static_cast<char>(sample & 0xFF) << static_cast<char>(sample >> 8);
+        }
+    };
+    writeGrey("white.y4m", 940);
+    writeGrey("whiter.y4m", 1000);
+    for (const auto& [name, told] :
+         {std::pair{"captions.h264", "captions"}, {"whiter.y4m", "beyond"}, {"white.y4m", ""}}) {
+        const auto source = openSource(path(name));
+        EXPECT_EQ(readAll(*source).size(), 1U);
+        EXPECT_EQ(source->notes().size(), *told == '\0' ? 0U : 1U) << name;
+        EXPECT_TRUE(*told == '\0' || mentions(source->notes(), told)) << name;
+    }
 }
 
 }  // namespace

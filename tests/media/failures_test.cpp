@@ -87,6 +87,11 @@ TEST_F(MediaFailures, OfWritingAreOneClearSentenceAndLeaveNothing) {
     SinkOptions options;
     options.codec = "prores";
     expectClear(sentence([&] { openSink(path("a.webm"), format, options); }), "prores");
+    options.codec = "libx265";
+    const VideoFormat tiny = formatOf(flatPicture(2, 2, 0, 0, 0), false);
+    const std::string refused =
+        sentence([&] { openSink(path("a.mp4"), tiny, options)->write(flatPicture(2, 2, 0, 0, 0)); });
+    EXPECT_NE(refused.find("pictures of 2x2"), std::string::npos) << refused;
     expectClear(sentence([&] { openSink(path("none.mkv"), format)->finish(); }), "none.mkv");
     expectClear(sentence([&] { openSink(path("none.png"), format)->finish(); }), "none.png");
     expectClear(sentence([&] {

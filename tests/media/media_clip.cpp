@@ -184,13 +184,23 @@ void writeFullClip(const std::string& path) {
     AVStream* subtitles = avformat_new_stream(output.get(), nullptr);
     subtitles->codecpar->codec_type = AVMEDIA_TYPE_SUBTITLE;
     subtitles->codecpar->codec_id = AV_CODEC_ID_SUBRIP;
-    AVStream* attachment = avformat_new_stream(output.get(), nullptr);
-    attachment->codecpar->codec_type = AVMEDIA_TYPE_ATTACHMENT;
-    attachment->codecpar->codec_id = AV_CODEC_ID_TEXT;
-    attachment->codecpar->extradata = static_cast<std::uint8_t*>(av_mallocz(4 + AV_INPUT_BUFFER_PADDING_SIZE));
-    attachment->codecpar->extradata_size = 4;
-    av_dict_set(&attachment->metadata, "filename", "note.txt", 0);
-    av_dict_set(&attachment->metadata, "mimetype", "text/plain", 0);
+    const auto attach = [&](const char* name, const char* type, AVCodecID id, const std::string& bytes) {
+        AVStream* attachment = avformat_new_stream(output.get(), nullptr);
+        attachment->codecpar->codec_type = AVMEDIA_TYPE_ATTACHMENT;
+        attachment->codecpar->codec_id = id;
+        attachment->codecpar->extradata =
+            static_cast<std::uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+        attachment->codecpar->extradata_size = static_cast<int>(bytes.size());
+        std::copy(bytes.begin(), bytes.end(), attachment->codecpar->extradata);
+        av_dict_set(&attachment->metadata, "filename", name, 0);
+        av_dict_set(&attachment->metadata, "mimetype", type, 0);
+    };
+    attach("note.txt", "text/plain", AV_CODEC_ID_TEXT, "note");
+    const std::string cover = path + ".cover.png";
+    writePictures(cover, formatOf(flatPicture(8, 8, 0, 0, 0), false), {flatPicture(8, 8, 1, 2, 3)});
+    std::ifstream coverFile(cover, std::ios::binary);
+    attach("cover.png", "image/png", AV_CODEC_ID_PNG, {std::istreambuf_iterator<char>(coverFile), {}});
+    std::filesystem::remove(cover);
     for (const std::int64_t second : {0, 1}) {
         auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
         chapter->id = second + 1;
@@ -225,10 +235,22 @@ Contents contentsOf(const std::string& path) {
     for (unsigned i = 0; i < input->nb_streams; i++) {
         const AVMediaType type = input->streams[i]->codecpar->codec_type;
         contents.attachments += type == AVMEDIA_TYPE_ATTACHMENT ? 1 : 0;
-        contents.subtitles += type == AVMEDIA_TYPE_SUBTITLE ? 1 : 0;
+        const AVPacket& cover = input->streams[i]->attached_pic;
+        contents.cover.append(reinterpret_cast<const char*>(cover.data), static_cast<std::size_t>(cover.size));
         if (const AVDictionaryEntry* entry = av_dict_get(input->streams[i]->metadata, "timecode", nullptr, 0)) {
             contents.timecode = entry->value;
         }
+    }
+    const AvPacket packet(av_packet_alloc());
+    while (contents.subtitle.empty() && av_read_frame(input.get(), packet.get()) >= 0) {
+        const AVStream& stream = *input->streams[packet->stream_index];
+        // QuickTime's tracks have empty texts between the others.
+        if (stream.codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE && packet->size > 2) {
+            contents.subtitle.assign(reinterpret_cast<const char*>(packet->data),
+                                     static_cast<std::size_t>(packet->size));
+            contents.subtitleSeconds = static_cast<double>(packet->pts) * av_q2d(stream.time_base);
+        }
+        av_packet_unref(packet.get());
     }
     return contents;
 }

@@ -14,7 +14,7 @@ double soundLength(const std::string& path);
 /// Copies the video into another file, with a display matrix that turns it clockwise by 90 degrees.
 void remuxTurned(const std::string& from, const std::string& to);
 
-/// Two seconds at 25 pictures a second with a subtitle, an attachment, a time code from 01:00:00:00 on and two
+/// Two seconds at 25 pictures a second with a subtitle at second 1, an attachment, a cover, a time code from 01:00:00:00 on and two
 /// chapters, the second from second 1 on.
 void writeFullClip(const std::string& path);
 
@@ -23,7 +23,9 @@ struct Contents {
     std::vector<double> chapters;  ///< where they begin, in seconds
     std::string timecode;
     int attachments = 0;
-    int subtitles = 0;
+    std::string cover;     ///< a picture file
+    std::string subtitle;  ///< the first one's bytes
+    double subtitleSeconds = -1;
 };
 Contents contentsOf(const std::string& path);
 

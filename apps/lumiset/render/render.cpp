@@ -44,7 +44,8 @@ PixelFormat workFormat(const RenderRequest& request, media::Depth depth) {
 
 media::SourceOptions sourceOptions(const RenderRequest& request) {
     media::SourceOptions options;
-    options.depth = request.depth.value_or(media::Depth::kEightBit);
+    const bool fine = request.bits > 8;
+    options.depth = request.depth.value_or(fine ? media::Depth::kFloat : media::Depth::kEightBit);
     options.keepDepth = !request.depth.has_value();
     options.startSeconds = request.startSeconds;
     options.durationSeconds = request.durationSeconds;
@@ -83,6 +84,10 @@ public:
         media::SinkOptions options;
         options.codec = request.codec;
         options.quality = request.quality;
+        options.bits = request.bits;
+        if (request.bits == 0 && request.depth == media::Depth::kFloat) {
+            options.bits = std::max(10, format.bitDepth);
+        }
         options.threads = request.threads;
         m_sink = media::openSink(request.output, format, options, &source);
     }
@@ -116,7 +121,8 @@ public:
 
     void clearProgress() { m_progress.clear(); }
 
-    void finish() {
+    /// `notes` are told before the sink's own.
+    void finish(const std::vector<std::string>& notes) {
         tick();
         if (m_frames == 0) {
             throw media::MediaError(
@@ -125,6 +131,9 @@ public:
         m_sink->finish();
         m_progress.finish(m_frames, m_request.output);
         if (!m_request.quiet) {
+            for (const std::string& note : notes) {
+                tell(note + '\n');
+            }
             for (const std::string& note : m_sink->notes()) {
                 tell(note + '\n');
             }
@@ -188,7 +197,7 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     };
     try {
         OrderedPipeline<Job>(threads, std::move(steps)).run();
-        output.finish();
+        output.finish(source->notes());
     } catch (...) {
         output.clearProgress();
         throw;

@@ -15,6 +15,7 @@ struct RenderRequest {
     std::string output;
     std::vector<EffectRequest> effects;
     std::optional<media::Depth> depth;  ///< of the samples that effects work in; none: the input's
+    int bits = 0;  ///< a sample that are written; 0: the input's, or 10 and more of asked-for floats
     bool argb = false;
     int threads = 0;  ///< 0: one a core
     double startSeconds = 0.0;
