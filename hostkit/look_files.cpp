@@ -119,16 +119,16 @@ std::vector<KnownLook> knownLooks(const EffectCatalogue& catalogue, std::vector<
     return looks;
 }
 
-Look findLook(const EffectCatalogue& catalogue, const std::string& fileOrName) {
+KnownLook findLook(const EffectCatalogue& catalogue, const std::string& fileOrName) {
     if (isLookFile(fileOrName) || fileOrName.find('/') != std::string::npos) {
-        return loadLook(catalogue, fileOrName);
+        return {loadLook(catalogue, fileOrName), fileOrName};
     }
     std::vector<std::string> faults;
     std::vector<std::string> names;
     std::vector<KnownLook> looks = knownLooks(catalogue, faults);
     for (auto each = looks.rbegin(); each != looks.rend(); ++each) {
         if (equalIgnoringCase(each->look.name, trimmed(fileOrName))) {
-            return std::move(each->look);
+            return std::move(*each);
         }
         names.insert(names.begin(), each->look.name);
     }

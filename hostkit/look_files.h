@@ -30,6 +30,6 @@ struct KnownLook {
 
 /// The look of that name, in any case of letters, the person's own before ours; or else the file. What has a slash or
 /// the extension .lumilook in it is a file. Throws `LookError`.
-[[nodiscard]] Look findLook(const EffectCatalogue& catalogue, const std::string& fileOrName);
+[[nodiscard]] KnownLook findLook(const EffectCatalogue& catalogue, const std::string& fileOrName);
 
 }  // namespace lumiset::hostkit

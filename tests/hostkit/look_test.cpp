@@ -163,8 +163,8 @@ TEST(Look, OursCanAllBeUsedAndOnesOwnComeFirst) {
     std::ofstream(data / "lumiset/looks/broken.lumilook") << "{";
     EXPECT_EQ(knownLooks(catalogue(), faults).size(), ours.size() + 1);
     EXPECT_THAT(faults, testing::ElementsAre(HasSubstr("broken.lumilook")));
-    EXPECT_EQ(findLook(catalogue(), own.name).author, "Me");
-    EXPECT_EQ(findLook(catalogue(), file.string()).author, "Me");
+    EXPECT_EQ(findLook(catalogue(), own.name).look.author, "Me");
+    EXPECT_EQ(findLook(catalogue(), file.string()).look.author, "Me");
     EXPECT_THROW(static_cast<void>(findLook(catalogue(), "nothing at all")), LookError);
 
     // What cannot be written leaves the old file and nothing else.

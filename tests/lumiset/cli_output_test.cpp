@@ -22,6 +22,8 @@ protected:
             ASSERT_EQ(runLumiset(command).status, 0);
         }
         ASSERT_EQ(runLumiset({"preset", "save", folder / "glow.lumvc", "-e", "Outline"}).status, 0);
+        ASSERT_EQ(runLumiset({"look", "save", "Tape", "-e", "Outline"}).status, 0);
+        std::filesystem::create_hard_link(folder / "lumiset/looks/Tape.lumilook", folder / "tape.lumilook");
         std::filesystem::create_hard_link(folder / "clip.mp4", folder / "same.mp4");
         std::filesystem::create_symlink(folder / "clip.mp4", folder / "link.mp4");
         writeFile(folder / "old.mp4", "old");
@@ -33,6 +35,9 @@ protected:
     [[nodiscard]] std::string everything() const {
         Words files;
         for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+            if (entry.is_directory()) {
+                continue;
+            }
             files.push_back(entry.path().filename().string() + ':' + contentsOf(entry.path().string()));
         }
         std::sort(files.begin(), files.end());
@@ -44,6 +49,7 @@ protected:
     }
 
     TemporaryFolder folder;
+    WithEnvironment data{"XDG_DATA_HOME", folder.path().string()};
 };
 
 TEST_F(Output, IsNeverAnInput) {
@@ -56,6 +62,10 @@ TEST_F(Output, IsNeverAnInput) {
         {"render", folder / "shot_*.png", folder / "shot_01.png", "-e", "Outline"},
         {"render", "-", folder / "clip.mp4", "-e", "Outline"},
         {"render", folder / "clip.mp4", folder / "glow.lumvc", "-e", "Outline", "--preset-file", folder / "glow.lumvc"},
+        {"render", folder / "clip.mp4", folder / "tape.lumilook", "--look", "tape"},
+        {"render", folder / "clip.mp4", folder / "shot_01.png", "-e", "Outline", "--mask", folder / "shot_01.png"},
+        {"gallery", folder / "shot_01.png", folder / "tape.lumilook", "--look", folder / "tape.lumilook"},
+        {"look", "save", "Tape", "--look", folder / "tape.lumilook"},
         {"gallery", "Outline", folder / "shot_01.png", folder / "shot_01.png"},
         {"compare", folder / "shot_01.png", folder / "shot_01.png", "-e", "Outline"},
         {"preset", "save", folder / "glow.lumvc", "-e", "Outline", "--preset-file", folder / "glow.lumvc"},
@@ -78,6 +88,7 @@ TEST_F(Output, ReplacesAFileOnlyWhenAskedTo) {
         {"gallery", "Alpha Processor", folder / "clip.mp4", folder / "old.png", "--tile", "32"},
         {"preset", "save", folder / "glow.lumvc", "-e", "Outline"},
         {"preset", "convert", folder / "glow.lumvc", folder / "old.json"},
+        {"look", "save", folder / "tape.lumilook", "-e", "Old TV"},
     };
     for (const Words& command : kCommands) {
         const RunResult run = runLumiset(command);

@@ -156,7 +156,9 @@ int compare(const CompareOptions& options, Program& program) {
     const EffectRequest request = options.effects.request();
     const std::vector<hostkit::EffectStage> chain =
         buildChain(program.effectLibrary(), program.catalogue(), {request}, options.input);
-    options.guard.check(options.output, {options.input, request.presetFile});
+    std::vector<std::string> inputs = filesRead(program.catalogue(), {request});
+    inputs.push_back(options.input);
+    options.guard.check(options.output, inputs);
     Moment moment = readMoment(options.input,
                                options.time.empty() ? std::nullopt : std::optional(parseTime(options.time, "--time")));
     // In the middle of a frame in OpenGL a sudden end would look like a crash of the driver's.

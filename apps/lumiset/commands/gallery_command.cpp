@@ -85,7 +85,7 @@ bool movesWithTime(const std::vector<hostkit::EffectStage>& chain) {
 std::string labelOf(const hostkit::EffectCatalogue& catalogue, const EffectRequest& request) {
     std::string label;
     if (!request.look.empty()) {
-        label = hostkit::findLook(catalogue, request.look).name;
+        label = hostkit::findLook(catalogue, request.look).look.name;
     } else {
         const hostkit::EffectDescription& effect = catalogue.effect(request.name);
         label = effect.name;
@@ -185,10 +185,8 @@ int GalleryOptions::run(Program& program) const {
     const Gallery gallery = everyOne  ? everyPreset(program, m_words[0])
                             : m_looks ? everyLook(program, input)
                                       : chosenSettings(program, requests, input);
-    std::vector<std::string> inputs{input};
-    for (const EffectRequest& request : requests) {
-        inputs.push_back(request.presetFile);
-    }
+    std::vector<std::string> inputs = filesRead(program.catalogue(), requests);
+    inputs.push_back(input);
     m_guard.check(output, inputs);
     render(gallery, input, output);
     return kDone;

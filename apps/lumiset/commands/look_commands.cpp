@@ -12,6 +12,7 @@
 #include "apps/lumiset/help.h"
 #include "apps/lumiset/messages.h"
 #include "apps/lumiset/render/effect_options.h"
+#include "apps/lumiset/render/output_guard.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/look_files.h"
 #include "hostkit/look_json.h"
@@ -74,7 +75,7 @@ std::string settingText(const EffectDescription& effect, const LookParameter& se
 }
 
 int showLook(Program& program, const std::string& name, bool json) {
-    const Look look = hostkit::findLook(program.catalogue(), name);
+    const Look look = hostkit::findLook(program.catalogue(), name).look;
     if (json) {
         printText(hostkit::lookToJson(program.catalogue(), look));
         return kDone;
@@ -97,8 +98,9 @@ int showLook(Program& program, const std::string& name, bool json) {
 }
 
 struct SaveRequest {
-    explicit SaveRequest(CLI::App& command) : effects(command, EffectOptions::kAnimatedChain) {}
+    explicit SaveRequest(CLI::App& command) : effects(command, EffectOptions::kAnimatedChain), guard(command) {}
     EffectOptions effects;
+    OutputGuard guard;
     std::string file;
     std::string name;
     std::string about;
@@ -140,6 +142,7 @@ int saveLook(Program& program, const SaveRequest& request) {
     const std::vector<EffectRequest> requests = request.effects.requests();
     Look look = joined(program, requests);
     const std::filesystem::path file = fileFor(request.file);
+    request.guard.check(file.string(), filesRead(program.catalogue(), requests));
     look.name = request.name.empty() ? file.stem().string() : request.name;
     look.about = !request.about.empty() || requests.size() > 1 ? request.about : look.about;
     look.author = !request.author.empty() || requests.size() > 1 ? request.author : look.author;

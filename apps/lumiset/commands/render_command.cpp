@@ -27,6 +27,10 @@ public:
                        "samples that the effects work in: 8 or float [float where the input has more than 8 bits]")
             ->check(CLI::IsMember({"8", "float"}))
             ->option_text("DEPTH");
+        app.add_option("--bits", m_request.bits,
+                       "bits a sample to write, where the codec has them [the input's; 10 or more with --depth float]")
+            ->check(CLI::IsMember({8, 10, 12, 16}))
+            ->option_text("N");
         app.add_option("--layout", m_layout, "sample order that the effects work in: bgra or argb [bgra]")
             ->check(CLI::IsMember({"bgra", "argb"}))
             ->option_text("LAYOUT");
@@ -51,11 +55,9 @@ public:
         app.add_flag("--quiet,-q", m_request.quiet, "no progress and no summary");
     }
 
-    void guardOutput(const RenderRequest& request) const {
-        std::vector<std::string> inputs{request.input};
-        for (const EffectRequest& effect : request.effects) {
-            inputs.push_back(effect.presetFile);
-        }
+    void guardOutput(const hostkit::EffectCatalogue& catalogue, const RenderRequest& request) const {
+        std::vector<std::string> inputs = filesRead(catalogue, request.effects);
+        inputs.push_back(request.input);
         m_guard.check(request.output, inputs);
     }
 
@@ -103,7 +105,7 @@ void addRenderCommand(CLI::App& app, Program& program) {
         const RenderRequest request = options->request();
         const std::vector<hostkit::EffectStage> chain =
             buildChain(program.effectLibrary(), program.catalogue(), request.effects, request.input);
-        options->guardOutput(request);
+        options->guardOutput(program.catalogue(), request);
         render(request, program.effectLibrary(), chain);
         return kDone;
     });

@@ -146,6 +146,8 @@ void convertPreset(IEffectLibrary& library, const EffectCatalogue& catalogue, co
     std::string text;
     try {
         text = toJson ? presetToJson(preset) : presetFileText(library, preset);
+    } catch (const PresetJsonError& error) {
+        throw PresetFileError(fmt::format("{}: {}", from, error.what()));
     } catch (const PresetFileError&) {  // told of the name that it has for now
         throw PresetFileError(fmt::format("The file \"{}\" cannot be written.", to));
     }

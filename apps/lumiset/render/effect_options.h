@@ -78,6 +78,10 @@ private:
 [[nodiscard]] hostkit::Look lookOf(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
                                    const EffectRequest& request);
 
+/// The files that requests read: preset files, looks that are files, masks. Throws `hostkit::LookError`.
+[[nodiscard]] std::vector<std::string> filesRead(const hostkit::EffectCatalogue& catalogue,
+                                                 const std::vector<EffectRequest>& requests);
+
 /// The values that a request gives its one effect. Throws as `lookOf`.
 [[nodiscard]] hostkit::ParameterStore readParameters(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
                                                      const EffectRequest& request);

@@ -142,7 +142,7 @@ std::shared_ptr<const hostkit::Mask> readMask(const std::string& file) {
 Look lookOf(IEffectLibrary& library, const EffectCatalogue& catalogue, const EffectRequest& request) {
     Look look;
     if (!request.look.empty()) {
-        look = hostkit::findLook(catalogue, request.look);
+        look = hostkit::findLook(catalogue, request.look).look;
         look.strength = request.strength.value_or(look.strength);
         takeValues(catalogue, request, [&](const std::string& label) { return placeIn(catalogue, look, label); });
         return look;
@@ -159,6 +159,17 @@ Look lookOf(IEffectLibrary& library, const EffectCatalogue& catalogue, const Eff
     }
     takeValues(catalogue, request, [&](const std::string& label) { return Place{wanted, effect.parameter(label)}; });
     return look;
+}
+
+std::vector<std::string> filesRead(const EffectCatalogue& catalogue, const std::vector<EffectRequest>& requests) {
+    std::vector<std::string> files;
+    for (const EffectRequest& request : requests) {
+        files.insert(files.end(), {request.presetFile, request.mask});
+        if (!request.look.empty()) {
+            files.push_back(hostkit::findLook(catalogue, request.look).file.string());
+        }
+    }
+    return files;
 }
 
 hostkit::ParameterStore readParameters(IEffectLibrary& library, const EffectCatalogue& catalogue,

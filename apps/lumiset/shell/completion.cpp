@@ -178,7 +178,7 @@ void Place::addLooks() {
 
 void Place::addLookParameters(char mark) {
     try {
-        const hostkit::Look look = hostkit::findLook(m_program.catalogue(), m_look);
+        const hostkit::Look look = hostkit::findLook(m_program.catalogue(), m_look).look;
         const std::string before = m_before;
         for (const hostkit::LookEffect& each : look.effects) {
             m_before = before + each.effect + '/';
