@@ -187,6 +187,9 @@ VideoPlan withNotes(VideoPlan plan, const PictureKind& kind) {
     } else if (kind.deep() && bits <= 8) {
         plan.notes.push_back(fmt::format("{} bits a sample are written, as {} has no more.", bits, plan.codec->name));
     }
+    if (kind.alpha && (descriptor.flags & AV_PIX_FMT_FLAG_ALPHA) == 0) {
+        plan.notes.push_back(fmt::format("Transparency is laid over black, as {} has none here.", plan.codec->name));
+    }
     const bool rgb = (descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0;
     const Chroma written = rgb || descriptor.log2_chroma_w == 0 ? Chroma::k444
                            : descriptor.log2_chroma_h == 0      ? Chroma::k422
