@@ -14,8 +14,8 @@ double soundLength(const std::string& path);
 /// Copies the video into another file, with a display matrix that turns it clockwise by 90 degrees.
 void remuxTurned(const std::string& from, const std::string& to);
 
-/// Two seconds at 25 pictures a second with a subtitle at second 1, an attachment, a cover, a time code from 01:00:00:00 on and two
-/// chapters, the second from second 1 on.
+/// Two seconds at 25 pictures a second with a subtitle at second 1, an attachment, a cover, a time code from
+/// 01:00:00:00 on and two chapters, the second from second 1 on.
 void writeFullClip(const std::string& path);
 
 /// What a file has beside its video.
