@@ -11,13 +11,6 @@
 namespace lumiset::app {
 namespace {
 
-RenderRequest::Rate parseRate(const std::string& text) {
-    if (const auto rate = media::parseRate(text)) {
-        return {rate->num, rate->den};
-    }
-    throw UsageError("--fps takes a number or a fraction of pictures a second, not \"" + text + "\".");
-}
-
 class RenderOptions {
 public:
     explicit RenderOptions(CLI::App& app) : m_effects(app, EffectOptions::kMaskedChain), m_guard(app) {
@@ -79,7 +72,11 @@ public:
             }
         }
         if (!m_rate.empty()) {
-            request.frameRate = parseRate(m_rate);
+            const auto rate = media::parseRate(m_rate);
+            if (!rate) {
+                throw UsageError("--fps takes a number or a fraction of pictures a second, not \"" + m_rate + "\".");
+            }
+            request.frameRate = *rate;
         }
         return request;
     }

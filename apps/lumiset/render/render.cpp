@@ -49,7 +49,7 @@ media::SourceOptions sourceOptions(const RenderRequest& request) {
     options.keepDepth = !request.depth.has_value();
     options.startSeconds = request.startSeconds;
     options.durationSeconds = request.durationSeconds;
-    options.frameRate = {request.frameRate.num, request.frameRate.den};
+    options.frameRate = request.frameRate;
     options.threads = request.threads;
     return options;
 }

@@ -20,15 +20,11 @@ struct RenderRequest {
     int threads = 0;  ///< 0: one a core
     double startSeconds = 0.0;
     double durationSeconds = std::numeric_limits<double>::infinity();
-    std::string codec;  ///< empty: the usual one for the extension
-    int quality = -1;   ///< -1: the encoder's usual one
-    struct Rate {
-        int num = 0;
-        int den = 1;
-    };
-    Rate frameRate;      ///< pictures a second of an input image sequence; 0: the usual rate
-    bool alpha = false;  ///< the output has transparency whatever the first picture is like
-    bool gpu = false;    ///< in OpenGL where that is possible
+    std::string codec;          ///< empty: the usual one for the extension
+    int quality = -1;           ///< -1: the encoder's usual one
+    media::Rational frameRate;  ///< pictures a second of an input image sequence; 0: the usual rate
+    bool alpha = false;         ///< the output has transparency whatever the first picture is like
+    bool gpu = false;           ///< in OpenGL where that is possible
     bool quiet = false;
 };
 
