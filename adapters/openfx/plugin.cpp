@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <utility>
-#include <vector>
 
 #include "adapters/openfx/abi/suites.h"
 #include "adapters/openfx/actions.h"
@@ -37,21 +36,31 @@ constexpr std::array<Entry, sizeof...(kPlugins)> entries(std::index_sequence<kPl
     return {Entry{&setHost<kPlugins>, &mainEntry<kPlugins>}...};
 }
 
-/// One for each effect of the module; none without the module.
-std::vector<Plugin> makePlugins() {
-    static constexpr auto kEntries = entries(std::make_index_sequence<kMostPlugins>());
-    std::vector<Plugin> plugins;
-    const Bundle* bundle = Bundle::get();
-    for (std::size_t i = 0; bundle != nullptr && i < std::min(bundle->effects().size(), kMostPlugins); ++i) {
-        plugins.push_back({kImageEffectApi, kImageEffectApiVersion, bundle->effects()[i]->identifier.c_str(),
-                           LUMISET_VERSION_MAJOR, LUMISET_VERSION_MINOR, kEntries[i].setHost, kEntries[i].main});
+/// One for each effect of the module; none without the module. Nothing here can fail for want of memory.
+class PluginList {
+public:
+    PluginList() noexcept {
+        static constexpr auto kEntries = entries(std::make_index_sequence<kMostPlugins>());
+        const Bundle* bundle = Bundle::get();
+        m_count = bundle != nullptr ? std::min(bundle->effects().size(), kMostPlugins) : 0;
+        for (std::size_t i = 0; i < m_count; ++i) {
+            m_plugins[i] = {kImageEffectApi,       kImageEffectApiVersion, bundle->effects()[i]->identifier.c_str(),
+                            LUMISET_VERSION_MAJOR, LUMISET_VERSION_MINOR,  kEntries[i].setHost,
+                            kEntries[i].main};
+        }
     }
-    return plugins;
-}
+
+    [[nodiscard]] std::size_t count() const { return m_count; }
+    [[nodiscard]] Plugin* at(std::size_t index) { return index < m_count ? &m_plugins[index] : nullptr; }
+
+private:
+    std::array<Plugin, kMostPlugins> m_plugins{};
+    std::size_t m_count = 0;
+};
 
 /// Hosts keep the addresses.
-std::vector<Plugin>& plugins() noexcept {
-    static auto& made = *new std::vector<Plugin>(makePlugins());
+PluginList& plugins() noexcept {
+    static PluginList made;
     return made;
 }
 
@@ -63,11 +72,9 @@ lumiset::openfx::Status OfxSetHost(const lumiset::openfx::Host* host) {
 }
 
 int OfxGetNumberOfPlugins() {
-    return static_cast<int>(lumiset::openfx::plugins().size());
+    return static_cast<int>(lumiset::openfx::plugins().count());
 }
 
 lumiset::openfx::Plugin* OfxGetPlugin(int nth) {
-    std::vector<lumiset::openfx::Plugin>& plugins = lumiset::openfx::plugins();
-    return nth >= 0 && static_cast<std::size_t>(nth) < plugins.size() ? &plugins[static_cast<std::size_t>(nth)]
-                                                                      : nullptr;
+    return nth >= 0 ? lumiset::openfx::plugins().at(static_cast<std::size_t>(nth)) : nullptr;
 }
