@@ -10,8 +10,6 @@
 namespace lumiset::test {
 namespace {
 
-using namespace lumiset::test;
-
 class Helper final : public GPUHelper {
 public:
     [[nodiscard]] bool start(GPUResources& resources, IHostGL& gl) {

@@ -15,8 +15,6 @@
 
 namespace lumiset::test {
 
-using namespace lumiset::test;
-
 struct ReleaseInterface {
     void operator()(IUnknown* object) const { object->Release(); }
 };
