@@ -27,11 +27,12 @@ struct Request {
 
 /// All, or those that were asked for. Throws `UsageError`.
 std::vector<const Check*> chosenChecks(const std::vector<std::string>& names) {
-    const std::vector<const Check*> all = validate::allChecks();
+    std::vector<const Check*> all = validate::allChecks();
     if (names.empty()) {
         return all;
     }
     std::vector<std::string> known;
+    known.reserve(all.size());
     for (const Check* check : all) {
         known.emplace_back(check->name);
     }
