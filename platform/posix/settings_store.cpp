@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +19,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <tuple>
 
 #include "platform/pending_file.h"
 #include "platform/posix/descriptor.h"
@@ -133,22 +135,40 @@ std::vector<Line> linesOf(std::string_view bytes) {
     throw std::system_error(error, std::generic_category());
 }
 
-/// Waits for the lock, but not for ever: another process may have been stopped while it held it.
+/// Tells one state of a file from the next, for each is a file of its own.
+std::tuple<ino_t, time_t, long> stampOf(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? std::tuple(status.st_ino, status.st_ctim.tv_sec, status.st_ctim.tv_nsec)
+                                              : std::tuple<ino_t, time_t, long>();
+}
+
+/// Waits for the lock, but not for ever: another process may have been stopped while it held it. As long as others get
+/// on with their changes it is only a matter of our turn.
 Descriptor lockOf(const std::string& path) {
+    using std::chrono::steady_clock;
+    constexpr auto kPatience = std::chrono::seconds(2);  // without a change of the file
+    constexpr auto kLongest = std::chrono::seconds(30);
     std::error_code ignored;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
     Descriptor file(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
     if (!file) {
         fail(errno);
     }
-    for (int attempt = 0; attempt < 400; ++attempt) {
+    const auto start = steady_clock::now();
+    auto lastChange = start;
+    auto stamp = stampOf(path);
+    for (auto now = start; now - lastChange < kPatience && now - start < kLongest; now = steady_clock::now()) {
         if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             return file;
         }
         if (errno != EWOULDBLOCK && errno != EINTR) {
             fail(errno);
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        if (const auto next = stampOf(path); next != stamp) {
+            stamp = next;
+            lastChange = steady_clock::now();
+        }
     }
     fail(ETIMEDOUT);
 }

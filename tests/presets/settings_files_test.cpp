@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include "support/option_store.h"
 #include "tests/presets/preset_effect.h"
@@ -89,8 +91,17 @@ TEST_F(SettingsFiles, GiveUpOnALockThatIsNeverLeft) {
     ASSERT_EQ(::flock(lock, LOCK_EX), 0);
     EXPECT_FALSE(writeOption(kForcedCpu, false));
     EXPECT_TRUE(readOptions()[kForcedCpu]) << "reading waits for nobody";
-    ::close(lock);
+    // Others that get on with their changes, one after the other, are waited for however long it takes.
+    std::thread others([&] {
+        for (int i = 0; i < 3; ++i) {
+            writeFile(folder / "vantrel" / "Common.ini", "other=" + std::to_string(i));
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+        }
+        ::close(lock);
+    });
     EXPECT_TRUE(writeOption(kForcedCpu, false));
+    others.join();
+    EXPECT_EQ(platform::readSetting("Common", "other"), "2");
 }
 
 TEST_F(SettingsFiles, LoseNothingToOtherProcessesAndAreNeverTorn) {
