@@ -41,8 +41,8 @@ void copyVideo(AVFormatContext& input, AVFormatContext& output) {
     }
 }
 
-void writeBeep(AVFormatContext& output) {
-    AVStream& stream = *output.streams[1];
+void writeBeep(AVFormatContext& output, int track) {
+    const AVStream& stream = *output.streams[track];
     for (int begin = 0; begin < 2 * kRate; begin += kRate / 50) {
         const AvPacket packet(av_packet_alloc());
         require(av_new_packet(packet.get(), kRate / 50 * 2));
@@ -55,7 +55,7 @@ void writeBeep(AVFormatContext& output) {
         }
         packet->pts = packet->dts = av_rescale_q(begin, {1, kRate}, stream.time_base);
         packet->duration = av_rescale_q(kRate / 50, {1, kRate}, stream.time_base);
-        packet->stream_index = 1;
+        packet->stream_index = track;
         require(av_interleaved_write_frame(&output, packet.get()));
     }
 }
@@ -113,17 +113,20 @@ void writeFlashAndBeep(const std::string& path) {
     const AvOutput output = openOutput(path);
     AVStream* video = avformat_new_stream(output.get(), nullptr);
     require(avcodec_parameters_copy(video->codecpar, input->streams[0]->codecpar));
-    AVStream* sound = avformat_new_stream(output.get(), nullptr);
-    sound->codecpar->codec_type = AVMEDIA_TYPE_AUDIO;
-    sound->codecpar->codec_id = AV_CODEC_ID_PCM_S16LE;
-    sound->codecpar->format = AV_SAMPLE_FMT_S16;
-    sound->codecpar->sample_rate = kRate;
-    sound->codecpar->bits_per_coded_sample = 16;
-    av_channel_layout_default(&sound->codecpar->ch_layout, 1);
-    sound->time_base = {1, kRate};
+    for (int track = 1; track <= 2; track++) {
+        AVStream* sound = avformat_new_stream(output.get(), nullptr);
+        sound->codecpar->codec_type = AVMEDIA_TYPE_AUDIO;
+        sound->codecpar->codec_id = AV_CODEC_ID_PCM_S16LE;
+        sound->codecpar->format = AV_SAMPLE_FMT_S16;
+        sound->codecpar->sample_rate = kRate;
+        sound->codecpar->bits_per_coded_sample = 16;
+        av_channel_layout_default(&sound->codecpar->ch_layout, 1);
+        sound->time_base = {1, kRate};
+    }
     require(avformat_write_header(output.get(), nullptr));
     copyVideo(*input, *output);
-    writeBeep(*output);
+    writeBeep(*output, 1);
+    writeBeep(*output, 2);
     require(av_write_trailer(output.get()));
     avio_closep(&output->pb);
     std::filesystem::remove(silent);
@@ -235,6 +238,7 @@ Contents contentsOf(const std::string& path) {
     for (unsigned i = 0; i < input->nb_streams; i++) {
         const AVMediaType type = input->streams[i]->codecpar->codec_type;
         contents.attachments += type == AVMEDIA_TYPE_ATTACHMENT ? 1 : 0;
+        contents.sounds += type == AVMEDIA_TYPE_AUDIO ? 1 : 0;
         const AVPacket& cover = input->streams[i]->attached_pic;
         contents.cover.append(reinterpret_cast<const char*>(cover.data), static_cast<std::size_t>(cover.size));
         if (const AVDictionaryEntry* entry = av_dict_get(input->streams[i]->metadata, "timecode", nullptr, 0)) {

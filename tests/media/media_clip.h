@@ -5,8 +5,8 @@
 
 namespace lumiset::media {
 
-/// Two seconds of black with a white flash and a beep at second 1, a tenth of a second each; lossless video and sound,
-/// sound at 48000 samples a second.
+/// Two seconds of black with a white flash and a beep at second 1, a tenth of a second each; lossless video and two
+/// equal tracks of sound at 48000 samples a second.
 void writeFlashAndBeep(const std::string& path);
 /// Time of the first sound, and the length of all of it, in seconds.
 double firstLoudSecond(const std::string& path);
@@ -23,6 +23,7 @@ struct Contents {
     std::vector<double> chapters;  ///< where they begin, in seconds
     std::string timecode;
     int attachments = 0;
+    int sounds = 0;
     std::string cover;     ///< a picture file
     std::string subtitle;  ///< the first one's bytes
     double subtitleSeconds = -1;

@@ -245,6 +245,7 @@ TEST_F(MediaVideo, CarriesSoundInStep) {
         }
         sink->finish();
         EXPECT_EQ(sink->notes().size(), c.notes);
+        EXPECT_EQ(contentsOf(path(c.file)).sounds, 2);
         double flash = -1;
         for (const Picture& picture : readAll(path(c.file))) {
             if (flash < 0 && sampleOf(picture, 16, 16, 1) > 128) {
