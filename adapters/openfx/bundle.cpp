@@ -10,10 +10,10 @@
 namespace lumiset::openfx {
 
 Bundle::Bundle() {
-    const hostkit::EffectCatalogue catalogue(library());
+    const hostkit::EffectCatalogue catalogue(effectLibrary());
     for (const hostkit::EffectDescription& description : catalogue.effects()) {
         auto effect = std::make_unique<Effect>();
-        effect->object = hostkit::ComPtr<IVideoGPUEffect>::adopt(library().CreateEffect(description.index));
+        effect->object = hostkit::ComPtr<IVideoGPUEffect>::adopt(effectLibrary().CreateEffect(description.index));
         if (!effect->object) {
             throw hostkit::ModuleError("There is no memory for the effect \"" + description.name + "\".");
         }

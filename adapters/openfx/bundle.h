@@ -32,7 +32,7 @@ public:
     [[nodiscard]] static const Bundle* get() noexcept;
 
     [[nodiscard]] const std::vector<std::unique_ptr<const Effect>>& effects() const { return m_effects; }
-    [[nodiscard]] IEffectLibrary& library() const { return m_module.effectLibrary(); }
+    [[nodiscard]] IEffectLibrary& effectLibrary() const { return m_module.effectLibrary(); }
 
     /// Scratch memory that frames leave to those after them.
     [[nodiscard]] hostkit::ComPtr<IHostAllocator> scratch() const;

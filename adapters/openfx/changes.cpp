@@ -39,7 +39,8 @@ std::string chosenFile(const Instance& instance, double time) {
 
 void loadFile(const Instance& instance, double time) {
     hostkit::ParameterStore values = instance.valuesAt(time);
-    const std::string name = hostkit::loadPresetFile(instance.bundle().library(), chosenFile(instance, time), values);
+    const std::string name =
+        hostkit::loadPresetFile(instance.bundle().effectLibrary(), chosenFile(instance, time), values);
     instance.setValues(values, time, "Preset " + name);
 }
 
@@ -53,7 +54,7 @@ void saveFile(const Instance& instance, double time) {
         return;
     }
     // Values that move are saved as they are now.
-    hostkit::savePresetFile(instance.bundle().library(), file, instance.valuesAt(time));
+    hostkit::savePresetFile(instance.bundle().effectLibrary(), file, instance.valuesAt(time));
 }
 
 }  // namespace

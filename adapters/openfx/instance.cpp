@@ -205,7 +205,7 @@ ParameterStore Instance::valuesUnder(double time) const {
     const std::string file = m_host->tellsNoChanges() ? textAt(Role::kPresetFile, time) : "";
     if (!file.empty()) {
         try {
-            hostkit::loadPresetFile(m_bundle.library(), file, values);
+            hostkit::loadPresetFile(m_bundle.effectLibrary(), file, values);
         } catch (const hostkit::PresetFileError& error) {
             hostkit::report(error.what());
         }
