@@ -12,7 +12,7 @@
 namespace lumiset::hostkit {
 namespace {
 
-constexpr std::int64_t kAlignment = 64;
+constexpr std::int64_t kRowAlignment = 64;
 
 template <class To, class From>
 To convertSample(From value) {
@@ -61,7 +61,7 @@ std::uint8_t* rowOf(const VideoFrameDesc& frame, std::int32_t y) {
 }
 
 void FrameBuffer::Free::operator()(std::uint8_t* block) const {
-    ::operator delete[](block, std::align_val_t{kAlignment});
+    ::operator delete[](block, std::align_val_t{kRowAlignment});
 }
 
 FrameBuffer::FrameBuffer(std::int32_t width, std::int32_t height, PixelFormat format, FrameStorage storage) {
@@ -69,12 +69,12 @@ FrameBuffer::FrameBuffer(std::int32_t width, std::int32_t height, PixelFormat fo
         throw std::invalid_argument("a frame needs a positive size and one of the four host formats");
     }
     const std::int64_t used = std::int64_t{width} * formatBytesPerPixel(format) + storage.paddingBytes;
-    const std::int64_t stride = (used + kAlignment - 1) / kAlignment * kAlignment;
+    const std::int64_t stride = (used + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (stride > INT32_MAX || stride * height > PTRDIFF_MAX / 2) {
         throw std::length_error("the frame is too large");
     }
     m_block.reset(static_cast<std::uint8_t*>(::operator new[](
-        static_cast<std::size_t>(stride) * static_cast<std::size_t>(height), std::align_val_t{kAlignment})));
+        static_cast<std::size_t>(stride) * static_cast<std::size_t>(height), std::align_val_t{kRowAlignment})));
     m_desc.data = m_block.get();
     m_desc.width = width;
     m_desc.height = height;

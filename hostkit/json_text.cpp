@@ -9,7 +9,7 @@ namespace lumiset::hostkit {
 namespace {
 
 // What takes longer than it should, or fills the screen, when it is refused by name.
-constexpr std::size_t kMaxKeys = 1000;
+constexpr std::size_t kMaxMembers = 1000;
 constexpr std::size_t kMaxTextBytes = 1000;
 
 /// Sees the parts of a text while it is read, and throws for what nothing of this kind has.
@@ -35,7 +35,7 @@ public:
                 if (!m_keys.back().insert(part.get<std::string>()).second) {
                     throw JsonError('"' + part.get<std::string>() + "\" stands there twice.");
                 }
-                if (m_keys.back().size() > kMaxKeys) {
+                if (m_keys.back().size() > kMaxMembers) {
                     throw JsonError("It has more values than any effect.");
                 }
                 break;

@@ -23,14 +23,14 @@
 namespace lumiset::app {
 namespace {
 
-constexpr const char* kIntroduction =
+constexpr const char* kCompareIntroduction =
     R"(Renders one picture of INPUT on the processor and in OpenGL, and draws both with their difference.
 
 INPUT is whatever "lumiset render" reads. The largest difference and the peak signal-to-noise ratio go to standard
 output too. They count what can be seen: colours weigh as much as their pixel's alpha.
 )";
 
-constexpr const char* kFooter = R"(
+constexpr const char* kCompareFooter = R"(
 Example:
   lumiset compare title.mov compared.png --effect Outline --preset "Red Glow" --set Width=10 --time 1.5)";
 
@@ -215,8 +215,8 @@ int compare(const CompareOptions& options, Program& program) {
 
 void addCompareCommand(CLI::App& app, Program& program) {
     CLI::App& command =
-        addCommand(app, "compare", "Draws both renderers' pictures with their difference", kIntroduction);
-    command.footer(kFooter);
+        addCommand(app, "compare", "Draws both renderers' pictures with their difference", kCompareIntroduction);
+    command.footer(kCompareFooter);
     const auto options = std::make_shared<CompareOptions>(command);
     program.onChosen(command, [options, &program] { return compare(*options, program); });
 }

@@ -26,7 +26,7 @@ std::vector<fs::path> searchedFolders() {
 }
 
 /// The folder that was built or installed together with this program, or an empty path.
-fs::path ownFolder() {
+fs::path ownPluginFolder() {
     std::error_code error;
     for (const char* folder : {"frei0r-1", "../lib/frei0r-1"}) {
         fs::path path = (hostkit::codeDirectory() / folder).lexically_normal();
@@ -123,7 +123,7 @@ std::vector<fs::path> foldersIn(const char* variable) {
 
 void addFrei0rFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue) {
     std::vector<fs::path> folders = searchedFolders();
-    const fs::path own = ownFolder();
+    const fs::path own = ownPluginFolder();
     std::error_code error;
     const bool ownIsSearched = std::any_of(folders.begin(), folders.end(),
                                            [&](const fs::path& each) { return fs::equivalent(each, own, error); });

@@ -23,14 +23,14 @@
 namespace lumiset::app {
 namespace {
 
-constexpr const char* kIntroduction =
+constexpr const char* kGalleryIntroduction =
     R"(Draws a sheet with every preset of EFFECT on one picture of INPUT, the picture as it is first.
 
 INPUT is whatever "lumiset render" reads: an image, a sequence, a video, "-" or "scene". With --effect in place of
 EFFECT the sheet shows those settings instead, one picture for each --effect; --look likewise, and --looks all looks.
 )";
 
-constexpr const char* kFooter = R"(
+constexpr const char* kGalleryFooter = R"(
 Examples:
   lumiset gallery "Old TV" clip.mp4 old_tv.png
   lumiset gallery Outline title.mov glow.png --time 1:20 --columns 3 --tile 480
@@ -261,8 +261,8 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
 }  // namespace
 
 void addGalleryCommand(CLI::App& app, Program& program) {
-    CLI::App& command = addCommand(app, "gallery", "Draws a sheet of an effect's presets", kIntroduction);
-    command.footer(kFooter);
+    CLI::App& command = addCommand(app, "gallery", "Draws a sheet of an effect's presets", kGalleryIntroduction);
+    command.footer(kGalleryFooter);
     const auto options = std::make_shared<GalleryOptions>(command, false);
     program.onChosen(command, [options, &program] { return options->run(program); });
 }

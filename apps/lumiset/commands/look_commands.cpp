@@ -167,7 +167,7 @@ int checkLooks(Program& program, const std::vector<std::string>& files) {
     return status;
 }
 
-void addSave(CLI::App& look, Program& program) {
+void addLookSave(CLI::App& look, Program& program) {
     CLI::App& command = addCommand(look, "save", "Keeps effects with their settings as a look", help::kLookSave);
     const auto request = std::make_shared<SaveRequest>(command);
     command.add_option("FILE", request->file, "what to write, .lumilook, or a name alone")->required();
@@ -194,7 +194,7 @@ void addLookCommands(CLI::App& app, Program& program) {
     show.add_flag("--json", shown->second, "as its file has it");
     program.onChosen(show, [shown, &program] { return showLook(program, shown->first, shown->second); });
 
-    addSave(look, program);
+    addLookSave(look, program);
 
     CLI::App& check = addCommand(look, "check", "Tells of look files whether they can be used");
     const auto files = std::make_shared<std::vector<std::string>>();

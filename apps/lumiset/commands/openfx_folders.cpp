@@ -13,10 +13,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kBundle = "Lumiset.ofx.bundle";
-constexpr const char* kReinstall = "Install Lumiset again there, or remove its bundle.";
+constexpr const char* kReinstallBundle = "Install Lumiset again there, or remove its bundle.";
 
 /// The folder that holds the bundle which was built or installed together with this program, or an empty path.
-fs::path ownFolder() {
+fs::path ownBundleFolder() {
     std::error_code error;
     for (const char* folder : {".", "../OFX/Plugins"}) {
         fs::path path = (hostkit::codeDirectory() / folder).lexically_normal();
@@ -35,18 +35,18 @@ Finding findingOf(const fs::path& folder, std::size_t effects) {
         const auto count = reinterpret_cast<decltype(&OfxGetNumberOfPlugins)>(file.symbol("OfxGetNumberOfPlugins"));
         const auto get = reinterpret_cast<decltype(&OfxGetPlugin)>(file.symbol("OfxGetPlugin"));
         if (count == nullptr || get == nullptr) {
-            return {"OpenFX", bundle.string() + ": not a plug-in file", kReinstall};
+            return {"OpenFX", bundle.string() + ": not a plug-in file", kReinstallBundle};
         }
         const int plugins = count();
         const std::string found = fmt::format("{}: {} of {} plug-ins", bundle.string(), plugins, effects);
         if (plugins < static_cast<int>(effects)) {
-            return {"OpenFX", found, kReinstall};
+            return {"OpenFX", found, kReinstallBundle};
         }
         const std::string version = fmt::format("{}.{}.", get(0)->versionMajor, get(0)->versionMinor);
         const bool same = std::string_view(LUMISET_VERSION).substr(0, version.size()) == version;
-        return {"OpenFX", same ? found : found + " of another version", same ? "" : kReinstall};
+        return {"OpenFX", same ? found : found + " of another version", same ? "" : kReinstallBundle};
     } catch (const std::runtime_error& error) {
-        return {"OpenFX", bundle.string() + ": " + error.what(), kReinstall};
+        return {"OpenFX", bundle.string() + ": " + error.what(), kReinstallBundle};
     }
 }
 
@@ -55,7 +55,7 @@ Finding findingOf(const fs::path& folder, std::size_t effects) {
 void addOpenFxFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue) {
     std::vector<fs::path> folders = foldersIn("OFX_PLUGIN_PATH");
     folders.emplace_back("/usr/OFX/Plugins");
-    const fs::path own = ownFolder();
+    const fs::path own = ownBundleFolder();
     std::error_code error;
     const auto isOwn = [&](const fs::path& each) { return fs::equivalent(each, own, error); };
     const bool ownIsSearched = std::any_of(folders.begin(), folders.end(), isOwn);

@@ -52,7 +52,7 @@ int checkPresets(Program& program, const std::vector<std::string>& files) {
     return status;
 }
 
-void addSave(CLI::App& preset, Program& program) {
+void addPresetSave(CLI::App& preset, Program& program) {
     struct Request {
         explicit Request(CLI::App& command) : effect(command, EffectOptions::kOneEffect), guard(command) {}
         EffectOptions effect;
@@ -114,7 +114,7 @@ void addConvert(CLI::App& preset, Program& program) {
 void addPresetCommands(CLI::App& app, Program& program) {
     CLI::App& preset = addCommand(app, "preset", "Writes, shows, checks and converts preset files");
     preset.require_subcommand(1);
-    addSave(preset, program);
+    addPresetSave(preset, program);
     addLoad(preset, program);
     addCheck(preset, program);
     addConvert(preset, program);

@@ -57,9 +57,9 @@ const CLI::App* findCommand(const CLI::App& above, const std::string& word) {
 }
 
 /// What the words before the last one have led to.
-class Place {
+class PlaceInLine {
 public:
-    Place(const CLI::App& app, Program& program) : m_command(&app), m_program(program) {}
+    PlaceInLine(const CLI::App& app, Program& program) : m_command(&app), m_program(program) {}
 
     /// Takes one whole word.
     void pass(const std::string& word);
@@ -90,7 +90,7 @@ private:
     std::string m_before;  // stands before each candidate: "--effect="
 };
 
-const CLI::Option* Place::positional() const {
+const CLI::Option* PlaceInLine::positional() const {
     std::size_t i = 0;
     for (const CLI::Option* option : m_command->get_options()) {
         if (option->get_positional() && (i++ == m_positionals || option->get_items_expected_max() > 1)) {
@@ -100,7 +100,7 @@ const CLI::Option* Place::positional() const {
     return nullptr;
 }
 
-void Place::take(const CLI::Option& option, const std::string& value) {
+void PlaceInLine::take(const CLI::Option& option, const std::string& value) {
     if (option.check_lname("effect") || option.get_name(true) == "EFFECT") {
         m_effect = value;
         m_look.clear();
@@ -112,7 +112,7 @@ void Place::take(const CLI::Option& option, const std::string& value) {
     }
 }
 
-void Place::pass(const std::string& word) {
+void PlaceInLine::pass(const std::string& word) {
     if (m_waiting != nullptr) {
         take(*m_waiting, word);
         m_waiting = nullptr;
@@ -134,7 +134,7 @@ void Place::pass(const std::string& word) {
     }
 }
 
-const EffectDescription* Place::effect() {
+const EffectDescription* PlaceInLine::effect() {
     try {
         return m_effect.empty() ? nullptr : &m_program.catalogue().effect(m_effect);
     } catch (const hostkit::ParameterError&) {
@@ -142,11 +142,11 @@ const EffectDescription* Place::effect() {
     }
 }
 
-void Place::add(const std::string& text, const std::string& description) {
+void PlaceInLine::add(const std::string& text, const std::string& description) {
     m_completion.candidates.push_back({m_before + text, description});
 }
 
-void Place::addOptions() {
+void PlaceInLine::addOptions() {
     for (const CLI::Option* option : m_command->get_options()) {
         if (!option->get_lnames().empty() && !option->get_group().empty()) {
             add("--" + option->get_lnames().front(), option->get_description());
@@ -154,13 +154,13 @@ void Place::addOptions() {
     }
 }
 
-void Place::addCommands() {
+void PlaceInLine::addCommands() {
     for (const CLI::App* command : shownCommands(*m_command)) {
         add(command->get_name(), command->get_description());
     }
 }
 
-void Place::addParameters(const EffectDescription& effect, char mark) {
+void PlaceInLine::addParameters(const EffectDescription& effect, char mark) {
     m_completion.kind = Completion::kBeginnings;
     for (const ParameterDescription& parameter : effect.parameters) {
         add(effect.shortestName(parameter) + mark,
@@ -168,7 +168,7 @@ void Place::addParameters(const EffectDescription& effect, char mark) {
     }
 }
 
-void Place::addLooks() {
+void PlaceInLine::addLooks() {
     std::vector<std::string> faults;
     for (const hostkit::KnownLook& each : hostkit::knownLooks(m_program.catalogue(), faults)) {
         add(each.look.name, each.look.about);
@@ -176,7 +176,7 @@ void Place::addLooks() {
     m_completion.kind = m_completion.candidates.empty() ? Completion::kFiles : m_completion.kind;
 }
 
-void Place::addLookParameters(char mark) {
+void PlaceInLine::addLookParameters(char mark) {
     try {
         const hostkit::Look look = hostkit::findLook(m_program.catalogue(), m_look).look;
         const std::string before = m_before;
@@ -190,7 +190,7 @@ void Place::addLookParameters(char mark) {
     }
 }
 
-void Place::addParameterValues(const ParameterDescription& parameter, const std::string& label) {
+void PlaceInLine::addParameterValues(const ParameterDescription& parameter, const std::string& label) {
     m_before += label + '=';
     if (parameter.type == kParamBoolean) {
         add("on");
@@ -202,7 +202,7 @@ void Place::addParameterValues(const ParameterDescription& parameter, const std:
 }
 
 /// Which values these are is told by the option's name, and where that says nothing by what its help calls the value.
-void Place::addValues(const CLI::Option& option, std::string_view word) {
+void PlaceInLine::addValues(const CLI::Option& option, std::string_view word) {
     const std::string name = option.nonpositional() ? option.get_name() : option.get_name(true);
     const std::string& form = option.get_option_text();
     const std::string type = option.get_type_name();
@@ -251,7 +251,7 @@ void Place::addValues(const CLI::Option& option, std::string_view word) {
     }
 }
 
-Completion Place::completed(const std::string& word) {
+Completion PlaceInLine::completed(const std::string& word) {
     if (m_waiting != nullptr) {
         addValues(*m_waiting, word);
     } else if (readsOptions() && !word.empty() && word.front() == '-') {
@@ -285,7 +285,7 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
 /// are those of `app`; effects, presets and parameters are the module's, which is loaded when they are asked for.
 /// Throws where the module cannot be loaded.
 Completion complete(const CLI::App& app, Program& program, const std::vector<std::string>& words) {
-    Place place(app, program);
+    PlaceInLine place(app, program);
     for (std::size_t i = 1; i + 1 < words.size(); ++i) {
         place.pass(words[i]);
     }
