@@ -1,7 +1,7 @@
 #pragma once
 
-// What the 8-bit and the float blur share: the picture without its outer ring, its rows, the scratch block, and
-// the rows of the ring.
+// What the 8-bit and the float blur share: the picture without its outer ring, its rows, the way through them, and the
+// rows of the ring.
 
 #include <algorithm>
 #include <cstddef>
@@ -19,17 +19,17 @@ constexpr std::int32_t edgeRing(std::int32_t size) {
     return std::min(2, (size - 1) / 2);
 }
 
-/// The rows inside the ring, counted from 0; beyond them the nearest one.
+/// The rows inside the ring, counted from 0; beyond them the nearest one. Sources begin `skippedBytes` later.
 class InnerRows {
 public:
-    explicit InnerRows(const TriangularBlurJob& job)
-        : m_job(job), m_ring(edgeRing(job.height)), m_count(job.height - 2 * m_ring) {}
+    explicit InnerRows(const TriangularBlurJob& job, std::size_t skippedBytes = 0)
+        : m_job(job), m_ring(edgeRing(job.height)), m_count(job.height - 2 * m_ring), m_skippedBytes(skippedBytes) {}
 
     [[nodiscard]] std::int32_t count() const { return m_count; }
     /// Row of the picture.
     [[nodiscard]] std::int32_t pictureRow(std::int32_t y) const { return m_ring + std::clamp(y, 0, m_count - 1); }
     [[nodiscard]] const std::uint8_t* source(std::int32_t y) const {
-        return m_job.src + static_cast<std::ptrdiff_t>(m_job.srcStride) * pictureRow(y);
+        return m_job.src + static_cast<std::ptrdiff_t>(m_job.srcStride) * pictureRow(y) + m_skippedBytes;
     }
     [[nodiscard]] std::uint8_t* target(std::int32_t y) const {
         return m_job.dst + static_cast<std::ptrdiff_t>(m_job.dstStride) * pictureRow(y);
@@ -39,6 +39,7 @@ private:
     const TriangularBlurJob& m_job;
     std::int32_t m_ring;
     std::int32_t m_count;
+    std::size_t m_skippedBytes;
 };
 
 /// Rounds a count up so that what follows begins with a whole vector.
@@ -46,18 +47,88 @@ constexpr std::int64_t wholeVectors(std::int64_t count) {
     return (count + 63) / 64 * 64;
 }
 
-/// Sums of bytes are exact, wherever they start. Those of floats start anew in every band, whether there are threads or
-/// not, and the bands are so high that it costs little.
-enum BlurSums : std::int32_t { kSumsOfBytes = 2, kSumsOfFloats = 8 };
+/// Part of the vertical pass: columns of samples, and rows.
+struct BlurStrip {
+    std::size_t first;
+    std::size_t samples;
+    std::int32_t firstRow;
+    std::int32_t endRow;
+};
 
-/// Bands of the rows inside the ring.
-inline Bands blurBands(const TriangularBlurJob& job, BlurSums sums, const MemoryAllocator& allocator) {
-    constexpr std::int32_t kUnit = 16;
-    const ImgSize inner{job.width, InnerRows(job).count()};
-    const std::int32_t leastRows = sums * TriangularKernel(job.sizeY).half;
-    return sums == kSumsOfBytes ? bandsForThreads(&allocator, inner, leastRows, kUnit)
-                                : bandsOf(inner, leastRows, kUnit);
-}
+/// Part of the horizontal pass.
+struct BlurredRows {
+    std::int32_t first;
+    std::int32_t end;
+    std::int32_t task;  ///< parts that are done at the same time have different ones
+};
+
+/// The way of a blur through the picture: down the columns into groups of rows in scratch memory, and along these
+/// rows. Without threads a group goes through both passes while it is in the cache. With threads the columns are cut
+/// into strips, since a strip's sums go on from row to row: the strips of a block of rows are done at the same time as
+/// the rows of the block above it.
+class BlurPath {
+public:
+    /// `groupRows` rows go through both passes side by side. With threads a part is `taskRows` rows or `stripSamples`
+    /// columns, whole vectors, so that strips share none.
+    BlurPath(const TriangularBlurJob& job, std::int32_t groupRows, std::int32_t taskRows, std::size_t stripSamples,
+             const MemoryAllocator& allocator)
+        : m_rows(InnerRows(job).count()),
+          m_samples(static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.channels)),
+          m_groupRows(groupRows),
+          m_taskRows(taskRows),
+          m_stripSamples(stripSamples),
+          m_threads(bandsForThreads(&allocator, {job.width, job.height}).count() > 1 ? &allocator : nullptr) {}
+
+    /// Parts of the horizontal pass at the same time.
+    [[nodiscard]] std::int32_t tasks() const { return m_threads != nullptr ? kTasks : 1; }
+    /// Groups of rows that are in memory: those of two blocks.
+    [[nodiscard]] std::int32_t groups() const {
+        return m_threads != nullptr ? 2 * kTasks * m_taskRows / m_groupRows : 1;
+    }
+    /// Place in memory of the group that begins with row `y`.
+    [[nodiscard]] std::int32_t groupOf(std::int32_t y) const { return y / m_groupRows % groups(); }
+
+    /// Calls `down(BlurStrip)` and `along(BlurredRows)` for all of the picture.
+    template <class Down, class Along>
+    void run(const Down& down, const Along& along) const {
+        if (m_threads == nullptr) {
+            for (std::int32_t y = 0; y < m_rows; y += m_groupRows) {
+                const std::int32_t end = std::min(y + m_groupRows, m_rows);
+                down(BlurStrip{0, m_samples, y, end});
+                along(BlurredRows{y, end, 0});
+            }
+            return;
+        }
+        const std::int32_t blockRows = kTasks * m_taskRows;
+        const auto strips = static_cast<std::int32_t>((m_samples + m_stripSamples - 1) / m_stripSamples);
+        for (std::int32_t y = 0; y < m_rows + blockRows; y += blockRows) {
+            const std::int32_t end = std::min(y + blockRows, m_rows);
+            const std::int32_t stripsHere = y < m_rows ? strips : 0;
+            const std::int32_t above = y - blockRows;
+            const std::int32_t rowsAbove = above < 0 ? 0 : std::min(blockRows, m_rows - above);
+            runTasks(m_threads, stripsHere + (rowsAbove + m_taskRows - 1) / m_taskRows, [&](std::int32_t i) {
+                if (i < stripsHere) {
+                    const std::size_t first = static_cast<std::size_t>(i) * m_stripSamples;
+                    down(BlurStrip{first, std::min(m_stripSamples, m_samples - first), y, end});
+                } else {
+                    const std::int32_t task = i - stripsHere;
+                    const std::int32_t from = above + task * m_taskRows;
+                    along(BlurredRows{from, std::min(from + m_taskRows, above + rowsAbove), task});
+                }
+            });
+        }
+    }
+
+private:
+    static constexpr std::int32_t kTasks = 16;
+
+    std::int32_t m_rows;
+    std::size_t m_samples;
+    std::int32_t m_groupRows;
+    std::int32_t m_taskRows;
+    std::size_t m_stripSamples;
+    const MemoryAllocator* m_threads;
+};
 
 /// Fills the rows of the ring from the finished rows inside it; a kept sample is their own.
 template <class Sample>

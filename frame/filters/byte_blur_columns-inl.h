@@ -57,27 +57,6 @@ inline void startColumns(const InnerRows& rows, std::size_t samples, const Trian
     });
 }
 
-/// Sums of row `y`, from all rows that it is made of; for the first row of a band.
-inline void startColumnsAt(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
-                           std::int32_t bias, const ByteBlurScratch& scratch) {
-    const Sums d;
-    const std::size_t stored = hwy::RoundUpTo(samples, 2 * lanes()) * sizeof(std::int32_t);
-    std::memset(scratch.slopes, 0, stored);
-    std::memset(scratch.sums, 0, stored);
-    const std::int32_t skip = kernel.even ? 1 : 0;
-    alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
-        auto slope = hn::Zero(d);
-        auto sum = hn::Set(d, bias);
-        for (std::int32_t t = 1 - kernel.half - skip; t < kernel.half; ++t) {
-            const auto v = load(rows.source(y + t) + i);
-            sum = hn::Add(sum, hn::Mul(v, hn::Set(d, t >= 0 ? kernel.half - t : kernel.half + t + skip)));
-            slope = t >= 0 ? hn::Add(slope, v) : t < -skip ? hn::Sub(slope, v) : slope;
-        }
-        hn::Store(hn::Sub(slope, load(rows.source(y - kernel.half - skip) + i)), d, scratch.slopes + i);
-        hn::Store(sum, d, scratch.sums + i);
-    });
-}
-
 /// Differences of samples, which fit 16 bits: twice as many a vector.
 using Changes = hn::Repartition<std::int16_t, Sums>;
 

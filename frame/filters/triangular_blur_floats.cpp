@@ -20,13 +20,21 @@
 #define LUMISET_TRIANGULAR_BLUR_FLOATS
 namespace lumiset {
 
+/// Rows after which the sums start anew, so that errors do not add up; so many that it costs little.
+inline std::int32_t rowsOfFloatSums(const TriangularBlurJob& job) {
+    return bandsOf({job.width, InnerRows(job).count()}, 8 * TriangularKernel(job.sizeY).half, 16).rows;
+}
+
 struct FloatBlurScratch {
     double* slopes;      ///< S of each sample of a row
     double* sums;        ///< T of each sample of a row
     float* rows;         ///< four rows after the vertical pass (masks)
-    float* interleaved;  ///< four samples for each x, from some columns left of the picture
-    float* results;      ///< as `interleaved`, after the horizontal pass
+    float* interleaved;  ///< of each group four samples for each x, with columns left of the picture before them
+    float* results;      ///< of each task, as `interleaved`, after the horizontal pass
     std::int64_t rowStride;
+    std::int64_t interleavedStride;
+
+    [[nodiscard]] float* group(std::int32_t index) const { return interleaved + index * interleavedStride; }
 };
 
 }  // namespace lumiset
@@ -97,7 +105,7 @@ void startColumns(const InnerRows& rows, std::size_t samples, const TriangularKe
     });
 }
 
-/// Sums of row `y`, from all rows that it is made of; for the first row of a band.
+/// Sums of row `y`, from all rows that it is made of.
 void startColumnsAt(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
                     const FloatBlurScratch& scratch) {
     const Doubles d;
@@ -213,37 +221,50 @@ void separateRows(const float* interleaved, std::size_t width, float* const (&ro
 
 }  // namespace
 
-void blurFloats(const TriangularBlurJob& job, const FloatBlurScratch& scratch, std::int32_t firstRow,
-                std::int32_t rowCount) {
-    const TriangularKernel kernelX(job.sizeX);
-    const TriangularKernel kernelY(job.sizeY);
-    const InnerRows rows(job);
-    const std::size_t width = static_cast<std::size_t>(job.width);
-    const std::size_t samples = width * static_cast<std::size_t>(job.channels);
-    const auto target = [&](std::int32_t y) { return reinterpret_cast<float*>(rows.target(y)); };
-    if (firstRow == 0) {
-        startColumns(rows, samples, kernelY, scratch);
-    } else {
-        startColumnsAt(rows, firstRow, samples, kernelY, scratch);
-    }
-    const std::int32_t end = firstRow + rowCount;
-    const std::int32_t blockRows = job.channels == 4 ? 1 : 4;
-    for (std::int32_t y = firstRow; y < end; y += blockRows) {
-        if (blockRows == 1) {
-            blurredRow(rows, y, samples, kernelY, scratch, scratch.interleaved);
-        } else {
-            for (std::int32_t r = 0; r < 4; ++r) {
-                blurredRow(rows, y + r, samples, kernelY, scratch, scratch.rows + r * scratch.rowStride);
-            }
-            interleaveRows(scratch.rows, scratch.rowStride, width, scratch.interleaved);
+void blurFloatColumns(const TriangularBlurJob& job, const FloatBlurScratch& all, const BlurPath& path,
+                      const BlurStrip& strip) {
+    const TriangularKernel kernel(job.sizeY);
+    const InnerRows rows(job, strip.first * sizeof(float));
+    FloatBlurScratch scratch = all;
+    scratch.slopes += strip.first;
+    scratch.sums += strip.first;
+    scratch.rows += strip.first;
+    const std::int32_t startRows = rowsOfFloatSums(job);
+    const std::int32_t groupRows = job.channels == 4 ? 1 : 4;
+    for (std::int32_t y = strip.firstRow; y < strip.endRow; y += groupRows) {
+        if (y == 0) {
+            startColumns(rows, strip.samples, kernel, scratch);
+        } else if (y % startRows == 0) {
+            startColumnsAt(rows, y, strip.samples, kernel, scratch);
         }
-        spreadEdges(scratch.interleaved, job.width, kernelX.half + 1);
-        walkColumns(scratch.interleaved, job.width, kernelX, scratch.results);
-        if (blockRows == 1) {
-            finishColorRow(job, scratch.results, sourceRow(rows, y), target(y));
+        float* out = all.group(path.groupOf(y));
+        if (groupRows == 1) {
+            blurredRow(rows, y, strip.samples, kernel, scratch, out + strip.first);
+            continue;
+        }
+        for (std::int32_t r = 0; r < 4; ++r) {
+            blurredRow(rows, y + r, strip.samples, kernel, scratch, scratch.rows + r * scratch.rowStride);
+        }
+        interleaveRows(scratch.rows, scratch.rowStride, strip.samples, out + 4 * strip.first);
+    }
+}
+
+void blurFloatRows(const TriangularBlurJob& job, const FloatBlurScratch& scratch, const BlurPath& path,
+                   const BlurredRows& part) {
+    const TriangularKernel kernel(job.sizeX);
+    const InnerRows rows(job);
+    const auto target = [&](std::int32_t y) { return reinterpret_cast<float*>(rows.target(y)); };
+    float* results = scratch.results + part.task * scratch.interleavedStride;
+    const std::int32_t groupRows = job.channels == 4 ? 1 : 4;
+    for (std::int32_t y = part.first; y < part.end; y += groupRows) {
+        float* columns = scratch.group(path.groupOf(y));
+        spreadEdges(columns, job.width, kernel.half + 1);
+        walkColumns(columns, job.width, kernel, results);
+        if (groupRows == 1) {
+            finishColorRow(job, results, sourceRow(rows, y), target(y));
         } else {
             float* const targets[4] = {target(y), target(y + 1), target(y + 2), target(y + 3)};
-            separateRows(scratch.results, width, targets, std::min(4, end - y));
+            separateRows(results, static_cast<std::size_t>(job.width), targets, std::min(4, part.end - y));
         }
     }
 }
@@ -254,35 +275,43 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace lumiset {
 
-HWY_EXPORT(blurFloats);
+HWY_EXPORT(blurFloatColumns);
+HWY_EXPORT(blurFloatRows);
 
 bool triangularBlurFloats(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept {
+    constexpr std::size_t kStripSamples = 768;   // narrower ones leave too little of a row to fetch ahead
     constexpr std::int64_t kLargestVector = 16;  // samples
     const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = (TriangularKernel(job.sizeX).half + 4) / 4 * 4;
     const std::int64_t interleaved = wholeVectors(4 * (2 * before + job.width + kLargestVector));
     const std::int64_t rows = job.channels == 1 ? 4 * samples : 0;
-    const Bands bands = blurBands(job, kSumsOfFloats, allocator);
+    const BlurPath path(job, job.channels == 4 ? 1 : 4, job.channels == 4 ? 4 : 16, kStripSamples, allocator);
     ScratchBlock block(allocator);
-    block.add<double>(bands.count() * 2 * samples);
-    block.add<float>(bands.count() * rows);
-    block.add<float>(bands.count() * 2 * interleaved);
+    block.add<double>(samples);
+    block.add<double>(samples);
+    block.add<float>(rows);
+    block.add<float>(path.groups() * interleaved);
+    block.add<float>(path.tasks() * interleaved);
     if (!block.allocate()) {
         return false;
     }
-    auto* sums = block.take<double>(bands.count() * 2 * samples);
-    auto* maskRows = block.take<float>(bands.count() * rows);
-    auto* columns = block.take<float>(bands.count() * 2 * interleaved);
-    runTasks(&allocator, bands.count(), [&](std::int32_t band) {
-        FloatBlurScratch scratch{};
-        scratch.slopes = sums + 2 * band * samples;
-        scratch.sums = scratch.slopes + samples;
-        scratch.rows = maskRows + band * rows;
-        scratch.interleaved = columns + 2 * band * interleaved + 4 * before;
-        scratch.results = columns + (2 * band + 1) * interleaved;
-        scratch.rowStride = samples;
-        HWY_DYNAMIC_DISPATCH(blurFloats)(job, scratch, bands.first(band), bands.rowsOf(band));
-    });
+    FloatBlurScratch scratch{};
+    scratch.slopes = block.take<double>(samples);
+    scratch.sums = block.take<double>(samples);
+    scratch.rows = block.take<float>(rows);
+    scratch.rowStride = samples;
+    scratch.interleaved = block.take<float>(path.groups() * interleaved) + 4 * before;
+    scratch.results = block.take<float>(path.tasks() * interleaved);
+    scratch.interleavedStride = interleaved;
+    path.run(
+        [&](const BlurStrip& strip) {
+            HWY_DYNAMIC_DISPATCH(blurFloatColumns)
+            (job, scratch, path, strip);
+        },
+        [&](const BlurredRows& part) {
+            HWY_DYNAMIC_DISPATCH(blurFloatRows)
+            (job, scratch, path, part);
+        });
     fillRingRows<float>(job);
     return true;
 }
