@@ -107,11 +107,10 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Bytes are filtered in 16 bits.
-template <std::size_t kMaxLanes>
-struct Bytes {
+/// Bytes are filtered in 16 bits, one by one where a row is shorter than a vector.
+struct Byte {
     using Sample = std::uint8_t;
-    using D = hn::CappedTag<std::uint16_t, kMaxLanes>;
+    using D = hn::CappedTag<std::uint16_t, 1>;
     using V = hn::Vec<D>;
     static HWY_INLINE V load(const Sample* from) {
         return hn::PromoteTo(D(), hn::LoadU(hn::Rebind<std::uint8_t, D>(), from));
@@ -135,6 +134,12 @@ struct Floats {
         return hn::IfThenElseZero(hn::Ge(hn::Abs(value), hn::Set(D(), 1e-9F)), value);
     }
     static HWY_INLINE void store(V mean, Sample* to) { hn::StoreU(mean, D(), to); }
+};
+
+/// Whole vectors of bytes, as samples at even places in 16 bits each and those at odd places likewise.
+struct Bytes {
+    using Sample = std::uint8_t;
+    using D = hn::ScalableTag<Sample>;
 };
 
 /// One pass over `rows` rows of a vector's width. Returns the bits in which anything changed.
@@ -161,6 +166,49 @@ HWY_INLINE auto filterColumn(Plane<const typename Kind::Sample> src, Plane<typen
         above = here;
         here = below;
         centre = next;
+    }
+    return changed;
+}
+
+template <>
+HWY_INLINE auto filterColumn<Bytes>(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, std::int32_t x,
+                                    std::int32_t y, std::int32_t rows) {
+    const Bytes::D d;
+    const hn::Repartition<std::uint16_t, Bytes::D> d16;
+    const hn::RebindToSigned<decltype(d16)> dSigned;
+    using V = hn::Vec<decltype(d16)>;
+    struct Sums {
+        V even;
+        V odd;
+    };
+    const auto plus = [](Sums a, Sums b) HWY_ATTR { return Sums{hn::Add(a.even, b.even), hn::Add(a.odd, b.odd)}; };
+    const auto along = [&](std::int32_t row) HWY_ATTR {
+        const std::uint8_t* at = src.row(row) + x;
+        const auto even = [&](const std::uint8_t* from)
+                              HWY_ATTR { return hn::And(hn::BitCast(d16, hn::LoadU(d, from)), hn::Set(d16, 0xFF)); };
+        const auto odd = [&](const std::uint8_t* from)
+                             HWY_ATTR { return hn::ShiftRight<8>(hn::BitCast(d16, hn::LoadU(d, from))); };
+        const V here = even(at);
+        const V next = odd(at);
+        const V both = hn::Add(here, next);
+        return Sums{hn::Add(hn::Add(even(at - 1), here), both), hn::Add(both, hn::Add(next, odd(at + 1)))};
+    };
+    // A sixteenth, rounded to nearest: (sum * 2^11 + 2^14) >> 15.
+    const auto mean = [&](V sum) HWY_ATTR {
+        return hn::BitCast(d16, hn::MulFixedPoint15(hn::BitCast(dSigned, sum), hn::Set(dSigned, 1 << 11)));
+    };
+    Sums here = along(y);
+    Sums above = plus(along(y - 1), here);
+    auto changed = hn::Zero(d);
+    for (const std::int32_t end = y + rows; y < end; ++y) {
+        const Sums next = along(y + 1);
+        const Sums below = plus(here, next);
+        const Sums sum = plus(above, below);
+        const auto means = hn::BitCast(d, hn::Or(mean(sum.even), hn::ShiftLeft<8>(mean(sum.odd))));
+        changed = hn::Or(changed, hn::Xor(means, hn::LoadU(d, src.row(y) + x)));
+        hn::StoreU(means, d, dst.row(y) + x);
+        above = below;
+        here = next;
     }
     return changed;
 }
@@ -242,14 +290,13 @@ bool filterSeam(const RepeatedGaussJob& job, std::uint8_t* other, const BlockHis
 }
 
 /// Vectors, or single samples where a row is shorter than one.
-template <template <std::size_t> class Kind, class Work>
+template <class Whole, class Single, class Work>
 bool withVectors(const RepeatedGaussJob& job, const Work& work) {
-    using Whole = Kind<HWY_MAX_BYTES>;
-    return static_cast<std::size_t>(job.width) >= hn::Lanes(typename Whole::D()) + 2 ? work(Whole()) : work(Kind<1>());
+    return static_cast<std::size_t>(job.width) >= hn::Lanes(typename Whole::D()) + 2 ? work(Whole()) : work(Single());
 }
 template <class Work>
 bool withKind(const RepeatedGaussJob& job, const Work& work) {
-    return job.isFloat ? withVectors<Floats>(job, work) : withVectors<Bytes>(job, work);
+    return job.isFloat ? withVectors<Floats<HWY_MAX_BYTES>, Floats<1>>(job, work) : withVectors<Bytes, Byte>(job, work);
 }
 
 }  // namespace
