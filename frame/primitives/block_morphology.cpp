@@ -47,9 +47,13 @@ struct BlockPlan {
     std::int64_t stride;                          ///< bytes of a table row
     std::int32_t margin;                          ///< samples before column 0 of a strip; whole vectors
     std::int32_t strip;                           ///< samples
-    std::uint8_t* best;                           ///< rows of `kTile` samples
-    Bands bands;                                  ///< each with tables and best rows of its own
-    std::int64_t bandBytes;                       ///< from one band's to the next one's
+    std::int32_t strips;
+    Bands bands;
+    std::uint8_t* best;      ///< rows of `kTile` samples
+    std::int64_t partBytes;  ///< from one part's tables and best rows to the next one's
+
+    /// A part is a strip of a band.
+    [[nodiscard]] std::int32_t parts() const { return bands.count() * strips; }
 };
 
 }  // namespace lumiset
@@ -64,15 +68,14 @@ namespace hn = hwy::HWY_NAMESPACE;
 template <class T, bool kMinimum>
 class MorphologyStrip {
 public:
-    MorphologyStrip(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t band, std::int32_t first,
-                    std::int32_t samples)
+    MorphologyStrip(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t part, std::int32_t scratch)
         : m_job(job),
           m_plan(plan),
-          m_scratch(static_cast<std::ptrdiff_t>(plan.bandBytes * band)),
-          m_first(first),
-          m_samples(samples),
-          m_firstRow(plan.bands.first(band)),
-          m_endRow(m_firstRow + plan.bands.rowsOf(band)),
+          m_scratch(static_cast<std::ptrdiff_t>(plan.partBytes * scratch)),
+          m_first(part % plan.strips * plan.strip),
+          m_samples(std::min(plan.strip, job.width * job.channels - m_first)),
+          m_firstRow(plan.bands.first(part / plan.strips)),
+          m_endRow(m_firstRow + plan.bands.rowsOf(part / plan.strips)),
           m_nextRow(m_firstRow - plan.up) {}
 
     void run() {
@@ -255,7 +258,7 @@ private:
 
     const BlockMorphologyJob& m_job;
     const BlockPlan& m_plan;
-    std::ptrdiff_t m_scratch;  ///< of the band's own tables
+    std::ptrdiff_t m_scratch;  ///< of the part's own tables
     std::int32_t m_first;
     std::int32_t m_samples;
     std::int32_t m_firstRow;
@@ -263,21 +266,15 @@ private:
     std::int32_t m_nextRow;
 };
 
-template <class T, bool kMinimum>
-void runStrips(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t band) {
-    const std::int32_t samples = job.width * job.channels;
-    for (std::int32_t first = 0; first < samples; first += plan.strip) {
-        MorphologyStrip<T, kMinimum>(job, plan, band, first, std::min(plan.strip, samples - first)).run();
-    }
-}
-
 }  // namespace
 
-void morphologyStrips(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t band) {
+void morphologyPart(const BlockMorphologyJob& job, const BlockPlan& plan, std::int32_t part, std::int32_t scratch) {
     if (job.isFloat) {
-        job.minimum ? runStrips<float, true>(job, plan, band) : runStrips<float, false>(job, plan, band);
+        job.minimum ? MorphologyStrip<float, true>(job, plan, part, scratch).run()
+                    : MorphologyStrip<float, false>(job, plan, part, scratch).run();
     } else {
-        job.minimum ? runStrips<std::uint8_t, true>(job, plan, band) : runStrips<std::uint8_t, false>(job, plan, band);
+        job.minimum ? MorphologyStrip<std::uint8_t, true>(job, plan, part, scratch).run()
+                    : MorphologyStrip<std::uint8_t, false>(job, plan, part, scratch).run();
     }
 }
 
@@ -315,14 +312,20 @@ void planTables(BlockPlan& plan) {
     }
 }
 
-/// Strips bound the scratch memory; they are wide enough that what overlaps does not matter.
-void planStrips(BlockPlan& plan, const BlockMorphologyJob& job) {
+/// Strips bound the scratch memory; they are wide enough, and bands high enough, that what overlaps does not matter.
+void planParts(BlockPlan& plan, const BlockMorphologyJob& job, const MemoryAllocator& allocator) {
     const std::int64_t sampleBytes = job.isFloat ? 4 : 1;
     const std::int64_t samples = std::int64_t{job.width} * job.channels;
     plan.margin = (plan.left + kVectorRoom - 1) / kVectorRoom * kVectorRoom;
-    plan.strip = static_cast<std::int32_t>(
-        std::min<std::int64_t>(samples, std::max<std::int64_t>(2048, 2 * std::int64_t{plan.margin})));
-    plan.strip = (plan.strip + kVectorRoom - 1) / kVectorRoom * kVectorRoom;
+    std::int64_t strip = std::max<std::int64_t>(2048, 2 * std::int64_t{plan.margin});
+    plan.bands = bandsForThreads(&allocator, {job.width, job.height}, 4 * (plan.up + plan.down + 1), kBlockRows);
+    const bool isShared = bandsForThreads(&allocator, {job.width, job.height}).count() > 1;
+    if (isShared) {
+        const std::int64_t strips = samples / std::max<std::int64_t>(768, 6 * std::int64_t{plan.margin});
+        strip = samples / std::max<std::int64_t>(strips / 2 * 2, 1);
+    }
+    plan.strip = static_cast<std::int32_t>((std::min(samples, strip) + kVectorRoom - 1) / kVectorRoom * kVectorRoom);
+    plan.strips = static_cast<std::int32_t>((samples + plan.strip - 1) / plan.strip);
     // A doubled width reads up to its own block's width past the end.
     std::int64_t widest = 0;
     for (std::int32_t h = 0; h < plan.heightLevels; ++h) {
@@ -334,7 +337,7 @@ void planStrips(BlockPlan& plan, const BlockMorphologyJob& job) {
 
 }  // namespace
 
-HWY_EXPORT(morphologyStrips);
+HWY_EXPORT(morphologyPart);
 
 bool blockMorphology(const BlockMorphologyJob& job, MemoryAllocator& allocator) noexcept {
     const std::int64_t sampleBytes = job.isFloat ? 4 : 1;
@@ -354,10 +357,7 @@ bool blockMorphology(const BlockMorphologyJob& job, MemoryAllocator& allocator) 
         plan.down = std::max(plan.down, rectangle.down);
     }
     planTables(plan);
-    planStrips(plan, job);
-    constexpr std::int32_t kMostBands = 16;
-    plan.bands = bandsForThreads(&allocator, {job.width, job.height},
-                                 std::max(2 * (plan.up + plan.down + 1), job.height / kMostBands), kBlockRows);
+    planParts(plan, job, allocator);
     const auto eachTable = [&](const auto& work) {
         for (std::int32_t h = 0; h < plan.heightLevels; ++h) {
             for (std::int32_t w = 0; w < std::max(1, plan.widthLevels[h]); ++w) {
@@ -365,21 +365,23 @@ bool blockMorphology(const BlockMorphologyJob& job, MemoryAllocator& allocator) 
             }
         }
     };
-    plan.bandBytes = kBlockRows * kTile * sampleBytes;
-    eachTable([&](const BlockTable& table) { plan.bandBytes += table.rows * plan.stride; });
+    plan.partBytes = kBlockRows * kTile * sampleBytes;
+    eachTable([&](const BlockTable& table) { plan.partBytes += table.rows * plan.stride; });
+    // Parts that are done one after the other share their scratch memory.
+    const std::int32_t scratches = allocator.Threads() != nullptr ? plan.parts() : 1;
     ScratchBlock block(allocator);
-    block.add<std::uint8_t>(plan.bandBytes * plan.bands.count());
+    block.add<std::uint8_t>(plan.partBytes * scratches);
     if (!block.allocate()) {
         return false;
     }
-    plan.best = block.take<std::uint8_t>(plan.bandBytes * plan.bands.count());
+    plan.best = block.take<std::uint8_t>(plan.partBytes * scratches);
     std::uint8_t* next = plan.best + kBlockRows * kTile * sampleBytes;
     eachTable([&](BlockTable& table) {
         table.data = next;
         next += table.rows * plan.stride;
     });
-    runTasks(&allocator, plan.bands.count(), [&](std::int32_t band) {
-        HWY_DYNAMIC_DISPATCH(morphologyStrips)(job, plan, band);
+    runTasks(&allocator, plan.parts(), [&](std::int32_t part) {
+        HWY_DYNAMIC_DISPATCH(morphologyPart)(job, plan, part, scratches > 1 ? part : 0);
     });
     return true;
 }
