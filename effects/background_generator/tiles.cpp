@@ -6,7 +6,9 @@
 #include <numbers>
 #include <type_traits>
 
+#include "frame/bands.h"
 #include "frame/frame_operations.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {
@@ -85,32 +87,37 @@ template <class Sample>
 bool makePattern(const Frame& source, Frame& pattern, const TileAxis& columns, const TileAxis& rows,
                  MemoryAllocator& allocator) {
     using Weight = WeightOf<Sample>;
-    Frame fadedRow;
-    Frame bandWeights;  // one for each sample of the band
-    if (!fadedRow.Allocate(columns.length, 1, source.BytesPerPixel(), &allocator, source.Format(), false) ||
-        !bandWeights.Allocate(std::max(columns.band, 1), 1, formatBytesPerPixel(kFormatBgraFloat), &allocator,
-                              kFormatBgraFloat, false)) {
+    const auto period = static_cast<std::size_t>(columns.period) * 4;
+    const auto band = static_cast<std::size_t>(columns.band) * 4;
+    const Bands parts = bandsForThreads(&allocator, {columns.period, rows.period});
+    Frame fadedRows;  // one for each part
+    ScratchBlock block(allocator);
+    block.add<Weight>(columns.band * std::int64_t{4});
+    if (!fadedRows.Allocate(columns.length, parts.count(), source.BytesPerPixel(), &allocator, source.Format(),
+                            false) ||
+        !block.allocate()) {
         return false;
     }
-    auto* weights = bandWeights.row<Weight>(0);
-    const auto band = static_cast<std::size_t>(columns.band) * 4;
+    auto* weights = block.take<Weight>(columns.band * std::int64_t{4});
     for (std::size_t i = 0; i < band; ++i) {
         weights[i] = bandWeight<Sample>(static_cast<std::int32_t>(i / 4), columns.band);
     }
-    const auto period = static_cast<std::size_t>(columns.period) * 4;
-    for (std::int32_t y = 0; y < rows.period; ++y) {
-        const Sample* picture = source.row<Sample>(y);
-        if (y < rows.band) {
-            const Weight weight = bandWeight<Sample>(y, rows.band);
-            fadeRow(source.row<Sample>(y + rows.period), picture, fadedRow.row<Sample>(0), period + band,
-                    [weight](std::size_t) { return weight; });
-            picture = fadedRow.row<Sample>(0);
+    runTasks(&allocator, parts.count(), [&](std::int32_t part) {
+        for (std::int32_t y = parts.first(part); y < parts.first(part) + parts.rowsOf(part); ++y) {
+            const Sample* picture = source.row<Sample>(y);
+            if (y < rows.band) {
+                const Weight weight = bandWeight<Sample>(y, rows.band);
+                auto* fadedRow = fadedRows.row<Sample>(part);
+                fadeRow(source.row<Sample>(y + rows.period), picture, fadedRow, period + band,
+                        [weight](std::size_t) { return weight; });
+                picture = fadedRow;
+            }
+            Sample* out = pattern.row<Sample>(y);
+            fadeRow(picture + period, picture, out, band, [weights](std::size_t i) { return weights[i]; });
+            std::memcpy(out + band, picture + band, (period - band) * sizeof(Sample));
+            std::memcpy(out + period, out, 4 * sizeof(Sample));
         }
-        Sample* out = pattern.row<Sample>(y);
-        fadeRow(picture + period, picture, out, band, [weights](std::size_t i) { return weights[i]; });
-        std::memcpy(out + band, picture + band, (period - band) * sizeof(Sample));
-        std::memcpy(out + period, out, 4 * sizeof(Sample));
-    }
+    });
     return FrameCopyRect(pattern, 0, 0, columns.period + 1, 1, pattern, 0, rows.period);
 }
 
@@ -128,9 +135,24 @@ PieceTaps pieceTaps(const TileAxis& axis, const Piece& piece) {
     return {from, to, (from - piece.local) / axis.step};
 }
 
-bool copyPiece(const Frame& pattern, Frame& window, const Piece& x, const Piece& y) {
-    return FrameCopyRect(pattern, static_cast<std::int32_t>(x.local), static_cast<std::int32_t>(y.local),
-                         x.end - x.begin, y.end - y.begin, window, x.begin, y.begin);
+/// The window, whose pixels are those of the pattern.
+void copyPieces(const Frame& pattern, Frame& window, const TileAxis& columns, const TileAxis& rows,
+                const MemoryAllocator& allocator) {
+    const auto pixelBytes = static_cast<std::size_t>(pattern.BytesPerPixel());
+    inBands(&allocator, {window.Width(), window.Height()}, [&](std::int32_t first, std::int32_t count) {
+        return forEachPiece(rows, [&](const Piece& y) {
+            for (std::int32_t row = std::max(y.begin, first); row < std::min(y.end, first + count); ++row) {
+                const std::int32_t from = static_cast<std::int32_t>(y.local) + row - y.begin;
+                forEachPiece(columns, [&](const Piece& x) {
+                    std::memcpy(window.PixelAddress(x.begin, row, 0),
+                                pattern.PixelAddress(static_cast<std::int32_t>(x.local), from, 0),
+                                static_cast<std::size_t>(x.end - x.begin) * pixelBytes);
+                    return true;
+                });
+            }
+            return true;
+        });
+    });
 }
 
 }  // namespace
@@ -169,11 +191,12 @@ bool fillWindow(const Frame& source, Frame& window, const TileAxis& columns, con
             return false;
         }
     }
+    if (isShift) {
+        copyPieces(*pattern, window, columns, rows, allocator);
+        return true;
+    }
     return forEachPiece(rows, [&](const Piece& y) {
         return forEachPiece(columns, [&](const Piece& x) {
-            if (isShift) {
-                return copyPiece(*pattern, window, x, y);
-            }
             const PieceTaps across = pieceTaps(columns, x);
             const PieceTaps down = pieceTaps(rows, y);
             return FrameResizeRect(*pattern, window, {across.from, down.from, across.to, down.to},

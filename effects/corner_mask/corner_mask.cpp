@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/bands.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -16,12 +17,15 @@ constexpr float kNarrowestBlur = 3.0F;
 
 template <class Sample>
 void fillRects(Frame& mask, std::span<const PixelRect> rects, Sample value) {
-    for (const PixelRect& rect : rects) {
-        for (std::int32_t y = rect.top; y < rect.bottom; ++y) {
-            auto* row = mask.row<Sample>(y);
-            std::fill(row + rect.left, row + rect.right, value);
+    inBands(mask.Resources(), {mask.Width(), mask.Height()}, [&](std::int32_t first, std::int32_t count) {
+        for (const PixelRect& rect : rects) {
+            for (std::int32_t y = std::max(rect.top, first); y < std::min(rect.bottom, first + count); ++y) {
+                auto* row = mask.row<Sample>(y);
+                std::fill(row + rect.left, row + rect.right, value);
+            }
         }
-    }
+        return true;
+    });
 }
 
 /// False when there is no memory.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/bands.h"
 #include "frame/frame_operations.h"
 #include "frame/layout.h"
 #include "frame/primitives/status.h"
@@ -9,12 +10,12 @@
 namespace lumiset {
 namespace {
 
-/// Fills a rectangle, moved by `shift` to the right and down, as much of it as the frame holds.
-void DrawOverlayRect(Frame& frame, const PixelRect& rect, std::int32_t shift, std::uint32_t color) {
-    const std::int32_t left = rect.left + shift;
-    const std::int32_t top = rect.top + shift;
-    const std::int32_t width = std::min(rect.right + shift, frame.Width()) - left;
-    const std::int32_t height = std::min(rect.bottom + shift, frame.Height()) - top;
+/// Fills a rectangle, moved to the right and down, as much of it as the frame holds.
+void DrawOverlayRect(Frame& frame, const PixelRect& rect, std::int32_t right, std::int32_t down, std::uint32_t color) {
+    const std::int32_t left = rect.left + right;
+    const std::int32_t top = std::max(rect.top + down, 0);
+    const std::int32_t width = std::min(rect.right + right, frame.Width()) - left;
+    const std::int32_t height = std::min(rect.bottom + down, frame.Height()) - top;
     if (width > 0 && height > 0) {
         Frame part;
         part.WrapSubRect(frame, left, top, width, height, frame.Flipped());
@@ -22,14 +23,14 @@ void DrawOverlayRect(Frame& frame, const PixelRect& rect, std::int32_t shift, st
     }
 }
 
-void drawLines(Frame& frame, const OverlayLines& lines, std::int32_t shadow) {
+void drawLines(Frame& frame, const OverlayLines& lines, std::int32_t down, std::int32_t shadow) {
     if (shadow != 0) {
         for (const PixelRect& rect : lines.all()) {
-            DrawOverlayRect(frame, rect, shadow, kOutlineColor);
+            DrawOverlayRect(frame, rect, shadow, down + shadow, kOutlineColor);
         }
     }
     for (const PixelRect& rect : lines.all()) {
-        DrawOverlayRect(frame, rect, 0, kMarkColor);
+        DrawOverlayRect(frame, rect, 0, down, kMarkColor);
     }
 }
 
@@ -70,11 +71,10 @@ void blit(Frame& frame, const Frame& picture, std::int32_t x, std::int32_t y, st
     });
 }
 
-}  // namespace
-
-void drawOverlay(Frame& frame, const OverlayPlan& plan, const CCameraFont* font) noexcept {
-    drawLines(frame, plan.safeArea, plan.shadow);
-    drawLines(frame, plan.focusBox, plan.shadow);
+/// Everything moved down, as much of it as the frame holds.
+void drawMoved(Frame& frame, const OverlayPlan& plan, const CCameraFont* font, std::int32_t down) {
+    drawLines(frame, plan.safeArea, down, plan.shadow);
+    drawLines(frame, plan.focusBox, down, plan.shadow);
     if (font == nullptr) {
         return;
     }
@@ -82,10 +82,21 @@ void drawOverlay(Frame& frame, const OverlayPlan& plan, const CCameraFont* font)
         Frame picture;
         font->cell(mark.artwork, mark.cell, picture);
         if (plan.shadow != 0) {
-            blit(frame, picture, mark.x + plan.shadow, mark.y + plan.shadow, kOutlineColor);
+            blit(frame, picture, mark.x + plan.shadow, mark.y + down + plan.shadow, kOutlineColor);
         }
-        blit(frame, picture, mark.x, mark.y, mark.color);
+        blit(frame, picture, mark.x, mark.y + down, mark.color);
     }
+}
+
+}  // namespace
+
+void drawOverlay(Frame& frame, const OverlayPlan& plan, const CCameraFont* font) noexcept {
+    inBands(frame.Resources(), {frame.Width(), frame.Height()}, [&](std::int32_t first, std::int32_t rows) {
+        Frame band;
+        band.WrapSubRect(frame, 0, first, frame.Width(), rows, frame.Flipped());
+        drawMoved(band, plan, font, -first);
+        return true;
+    });
 }
 
 }  // namespace lumiset
