@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "tests/support/effect_tester.h"
+#include "tests/support/host_threads.h"
 
 namespace lumiset::test {
 namespace {
@@ -164,6 +165,55 @@ TEST(EveryPreset, RendersWholeOrNotAtAllWhenMemoryRunsOut) {
         }
     }
     EXPECT_GT(renders, 1000) << "the module's heap is watched too";
+}
+
+/// The outcome of a render on frames that are divided among threads.
+Outcome renderDivided(const EffectTester& tester, const ValueHost& values, Picture& source, int failAt,
+                      std::uint32_t threads) {
+    HostThreads pool(threads);
+    FailingHost host(failAt, values);
+    host.offers = &pool;
+    Outcome outcome{false, 0, Picture(source.width(), source.height(), source.storage())};
+    drawTestCard(outcome.result, true);
+    const VideoFrameDesc from = source.desc();
+    const VideoFrameDesc to = outcome.result.desc();
+    const FrameRenderInfo info = frameInfo(1.25);
+    outcome.answer = tester.effect().ProcessFrame(&host, &from, nullptr, &to, &info);
+    outcome.calls = host.calls();
+    EXPECT_EQ(host.outstanding(), 0U);
+    EXPECT_TRUE(host.freesAreValid());
+    EXPECT_EQ(pool.references(), 1);
+    return outcome;
+}
+
+TEST(EveryEffect, LacksMemoryOnManyThreadsAsOnOne) {
+    for (const std::int32_t format : {kFormatBgra8, kFormatBgraFloat}) {
+        Picture small(60, 40, {.format = format});
+        Picture large(520, 270, {.format = format});
+        drawTestCard(large);
+        for (std::uint32_t effect = 0; EffectTester(effect).exists(); ++effect) {
+            const EffectTester tester(effect);
+            // The preset that asks for memory most often.
+            int most = 0;
+            ValueHost values;
+            for (std::uint32_t preset = 0; preset < tester.presetCount(); ++preset) {
+                const ValueHost host = tester.presetHost(preset);
+                if (const int calls = renderDivided(tester, host, small, FailingHost::kNever, 1).calls; calls > most) {
+                    most = calls;
+                    values = host;
+                }
+            }
+            for (int failAt = 0; failAt <= most; ++failAt) {
+                SCOPED_TRACE(::testing::Message()
+                             << tester.effect().GetEffectName() << ", format " << format << ", allocation " << failAt);
+                const Outcome expected = renderDivided(tester, values, large, failAt, 1);
+                const Outcome divided = renderDivided(tester, values, large, failAt, 3);
+                EXPECT_EQ(divided.answer, expected.answer);
+                EXPECT_EQ(divided.calls, expected.calls);
+                EXPECT_TRUE(divided.result.bytes() == expected.result.bytes());
+            }
+        }
+    }
 }
 
 /// The size of what is reserved before the first write must suffice for every size of frame: a render that asks again
