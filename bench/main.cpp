@@ -8,6 +8,7 @@
 #include <string>
 
 #include "bench/bench_case.h"
+#include "bench/gpu.h"
 #include "bench/measure.h"
 #include "bench/threads.h"
 
@@ -77,6 +78,7 @@ int main(int argc, char** argv) try {
     std::uint32_t threads = 1;
     bool ultraHD = false;
     bool markdown = false;
+    bool gpu = false;
     app.add_flag("--json", json, "Print the results as JSON");
     app.add_flag("--list", list, "Print the names of the cases and stop");
     app.add_option("--filter", filter, "Run the cases whose names match this regular expression");
@@ -85,13 +87,17 @@ int main(int argc, char** argv) try {
     app.add_option("--threads", threads, "Time the effects on one thread and on so many, in time on the wall")
         ->check(CLI::Range(2, 256));
     app.add_flag("--uhd", ultraHD, "With --threads: frames of 3840 x 2160 instead of 1920 x 1080");
-    app.add_flag("--markdown", markdown, "With --threads: print a table in Markdown");
+    app.add_flag("--gpu", gpu, "Time the effects in OpenGL, without and with transfers");
+    app.add_flag("--markdown", markdown, "With --threads or --gpu: print a table in Markdown");
     CLI11_PARSE(app, argc, argv);
     if (!instructionSet.empty() && !limitInstructionSet(instructionSet)) {
         fmt::print(stderr, "This machine has no instruction set {}.\n", instructionSet);
         return 2;
     }
 
+    if (gpu) {
+        return lumiset::bench::measureGPU({filter, repetitions, markdown}) ? 0 : 1;
+    }
     if (threads > 1) {
         return lumiset::bench::measureThreads({threads, filter, ultraHD, repetitions, markdown}) ? 0 : 1;
     }

@@ -1,54 +1,64 @@
 #include "bench/threads.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
+#include <cstring>
+#include <functional>
 #include <limits>
 #include <regex>
-#include <span>
 #include <string>
-#include <vector>
 
+#include "bench/best.h"
 #include "bench/effect_subjects.h"
 #include "bench/frames.h"
 #include "bench/parts_meter.h"
+#include "bench/table.h"
 #include "hostkit/thread_pool.h"
 
 namespace lumiset::bench {
 namespace {
 
-/// The least of several runs, in milliseconds.
-struct Best {
-    double milliseconds = std::numeric_limits<double>::max();
-
-    template <class Work>
-    void measure(const Work& work) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
-        milliseconds = std::min(milliseconds, taken.count());
-    }
-};
-
 /// More threads than there are here, to tell what the parts of a frame allow.
 constexpr std::uint32_t kManyThreads[] = {4, 8, 16, 32};
 
-using Row = std::vector<std::string>;
+/// One frame's work on the calling thread (null) or with the help of others.
+using FrameWork = std::function<bool(std::size_t n, IHostParallel* threads)>;
 
-void printRow(const ThreadsOptions& options, const Row& row) {
-    if (options.markdown) {
-        fmt::print("| {} |\n", fmt::join(row, " | "));
-    } else {
-        fmt::print("{:<50}", row.front());
-        for (const std::string& cell : std::span(row).subspan(1)) {
-            fmt::print("{:>11}", cell);
-        }
-        fmt::print("\n");
+struct Gain {
+    bool done = true;
+    Best one;
+    Best many;
+    double whole = std::numeric_limits<double>::max();  ///< of the processor, in milliseconds, on one thread
+    FrameParts parts;
+
+    [[nodiscard]] double factor() const { return one.milliseconds / many.milliseconds; }
+};
+
+/// Turns on one thread and on many; the first, which makes what is kept, does not count.
+Gain measureGain(const FrameWork& work, IHostParallel& pool, int repetitions) {
+    Gain gain;
+    const auto run = [&](std::size_t n, IHostParallel* threads) { gain.done = work(n, threads) && gain.done; };
+    run(0, nullptr);
+    run(0, &pool);
+    for (int i = 0; i < repetitions; ++i) {
+        const auto n = static_cast<std::size_t>(i);
+        gain.one.measure([&] { run(n, nullptr); });
+        gain.many.measure([&] { run(n, &pool); });
     }
-    std::fflush(stdout);
+    PartsMeter meter;
+    for (std::size_t n = 0; n < 3; ++n) {
+        const double start = processorTime();
+        run(n, nullptr);
+        gain.whole = std::min(gain.whole, processorTime() - start);
+        meter.start();
+        run(n, &meter);
+        FrameParts again = meter.stop();
+        if (n == 0 || again.total() < gain.parts.total()) {
+            gain.parts = std::move(again);
+        }
+    }
+    return gain;
 }
 
 Row titles(const ThreadsOptions& options, std::int32_t width, std::int32_t height) {
@@ -57,11 +67,48 @@ Row titles(const ThreadsOptions& options, std::int32_t width, std::int32_t heigh
             fmt::format("{} threads", options.threads),
             "gain",
             "serial",
-            "cutting"};
+            "cutting",
+            "memcpys"};
     for (const std::uint32_t threads : kManyThreads) {
-        row.push_back(fmt::format("{} at most", threads));
+        row.push_back(fmt::format("{} threads", threads));
     }
     return row;
+}
+
+/// `copy` is that of a frame of the same format.
+Row rowOf(const std::string& name, const Gain& gain, const Gain& copy) {
+    Row row{name,
+            fmt::format("{:.2f}", gain.one.milliseconds),
+            fmt::format("{:.2f}", gain.many.milliseconds),
+            fmt::format("{:.2f}", gain.factor()),
+            fmt::format("{:.0f} %", 100 * gain.parts.serial / gain.whole),
+            fmt::format("{:+.0f} %", 100 * (gain.parts.total() / gain.whole - 1)),
+            fmt::format("{:.1f}", gain.one.milliseconds / copy.one.milliseconds)};
+    for (const std::uint32_t threads : kManyThreads) {
+        row.push_back(fmt::format("{:.1f}", gain.whole / gain.parts.onThreads(threads)));
+    }
+    return row;
+}
+
+/// A copy of whole frames, in the bands of every effect.
+FrameWork copying(const Pool& from, const Pool& to) {
+    return [&from, &to](std::size_t n, IHostParallel* threads) {
+        constexpr std::uint32_t kBands = 32;
+        struct Copy {
+            const std::uint8_t* from;
+            std::uint8_t* to;
+            std::size_t bytes;
+        } copy{from.bytes(n), to.bytes(n),
+               static_cast<std::size_t>(from.step()) * static_cast<std::size_t>(from.size().height) / kBands};
+        const auto band = [](void* context, std::uint32_t i) {
+            const auto& all = *static_cast<const Copy*>(context);
+            std::memcpy(all.to + i * all.bytes, all.from + i * all.bytes, all.bytes);
+        };
+        for (std::uint32_t i = 0; i < kBands && threads == nullptr; ++i) {
+            band(&copy, i);
+        }
+        return threads == nullptr || threads->Run(band, &copy, kBands);
+    };
 }
 
 }  // namespace
@@ -70,11 +117,8 @@ bool measureThreads(const ThreadsOptions& options) {
     const std::int32_t width = options.ultraHD ? 3840 : kWidth;
     const std::int32_t height = options.ultraHD ? 2160 : kHeight;
     const auto pool = hostkit::ThreadPool::create(options.threads);
-    const Row head = titles(options, width, height);
-    printRow(options, head);
-    if (options.markdown) {
-        fmt::print("|---|{}\n", fmt::join(Row(head.size() - 1, "---:|"), ""));
-    }
+    Table table(options.markdown);
+    table.print(titles(options, width, height));
     const std::regex wanted(options.filter, std::regex::icase);
     const auto subjects = effectSubjects();
     bool done = true;
@@ -82,46 +126,20 @@ bool measureThreads(const ThreadsOptions& options) {
     for (const auto& [format, suffix] : {std::pair{kFormatBgra8, "8"}, std::pair{kFormatBgraFloat, "float"}}) {
         const Pool from(format, width, height, Content::kPicture);
         const Pool to(format, width, height);
+        const Gain copy = measureGain(copying(from, to), *pool.get(), options.repetitions);
+        table.print(rowOf(fmt::format("memcpy, {}", suffix), copy, copy));
         for (const auto& subject : subjects) {
             const std::string name = fmt::format("{}, {}", subject->name, suffix);
             if (!std::regex_search(name, wanted)) {
                 continue;
             }
+            const auto render = [&](std::size_t n, IHostParallel* threads) {
+                return subject->render(from[n], to[n], threads);
+            };
+            const Gain gain = measureGain(render, *pool.get(), options.repetitions);
+            table.print(rowOf(name, gain, copy));
             any = true;
-            Best one;
-            Best many;
-            for (int i = 0; i <= options.repetitions && done; ++i) {
-                const auto n = static_cast<std::size_t>(i);
-                const Frame& source = from[n];
-                const Frame& target = to[n];
-                Best warmUp;
-                (i == 0 ? warmUp : one).measure([&] { done = subject->render(source, target) && done; });
-                (i == 0 ? warmUp : many).measure([&] { done = subject->render(source, target, pool.get()) && done; });
-            }
-            FrameParts parts;
-            PartsMeter meter;
-            double whole = std::numeric_limits<double>::max();
-            for (std::size_t n = 0; n < 3; ++n) {
-                const double start = processorTime();
-                done = subject->render(from[n], to[n]) && done;
-                whole = std::min(whole, processorTime() - start);
-                meter.start();
-                done = subject->render(from[n], to[n], &meter) && done;
-                FrameParts again = meter.stop();
-                if (n == 0 || again.total() < parts.total()) {
-                    parts = std::move(again);
-                }
-            }
-            Row row{name,
-                    fmt::format("{:.2f}", one.milliseconds),
-                    fmt::format("{:.2f}", many.milliseconds),
-                    fmt::format("{:.2f}", one.milliseconds / many.milliseconds),
-                    fmt::format("{:.0f} %", 100 * parts.serial / whole),
-                    fmt::format("{:+.0f} %", 100 * (parts.total() / whole - 1))};
-            for (const std::uint32_t threads : kManyThreads) {
-                row.push_back(fmt::format("{:.1f}", whole / parts.onThreads(threads)));
-            }
-            printRow(options, row);
+            done = done && gain.done;
         }
     }
     return done && any;

@@ -31,7 +31,7 @@ namespace lumiset::hostkit {
     F(ActiveTexture) F(AttachShader) F(BindFramebuffer) F(BindTexture) F(BlendColor)                     \
     F(BlendEquationSeparate) F(BlendFuncSeparate) F(CheckFramebufferStatus) F(CompileShader)             \
     F(CreateProgram) F(CreateShader) F(DeleteFramebuffers) F(DeleteProgram) F(DeleteShader)              \
-    F(DeleteTextures) F(Disable) F(Enable) F(FramebufferTexture2D) F(GenFramebuffers)                    \
+    F(DeleteTextures) F(Disable) F(Enable) F(Finish) F(FramebufferTexture2D) F(GenFramebuffers)          \
     F(GenTextures) F(GetActiveUniform) F(GetError) F(GetFloatv) F(GetIntegerv) F(GetProgramInfoLog)      \
     F(GetProgramiv) F(GetShaderInfoLog) F(GetShaderiv) F(GetString) F(GetUniformLocation)                \
     F(LinkProgram) F(PixelStorei) F(ReadPixels) F(ShaderSource) F(TexImage2D) F(TexParameteri)           \

@@ -54,6 +54,8 @@ public:
     void upload(const VideoFrameDesc& frame, GPUTexture& texture);
     /// Reads a texture of the frame's size, depth, channel and row order.
     void download(const GPUTexture& texture, const VideoFrameDesc& frame);
+    /// Returns when everything that was drawn is done.
+    void finish() { m_gl.Finish(); }
     void report(const std::string& message) { m_report(message); }
     /// Reports OpenGL errors since the last call; `doing` is what was done meanwhile. True without any.
     bool checkErrors(const char* doing);
