@@ -2,11 +2,31 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <string_view>
 #include <system_error>
 
 namespace lumiset::hostkit {
+namespace {
+
+/// Waits awake until `done()`, for as long as it takes to put a thread to sleep and to wake it: a frame is made of many
+/// small pieces of work.
+template <class Done>
+void waitAwake(const Done& done) {
+    constexpr auto kLongest = std::chrono::microseconds(50);
+    constexpr int kLooks = 32;  // between two looks at the clock
+    const auto end = std::chrono::steady_clock::now() + kLongest;
+    do {
+        for (int i = 0; i < kLooks; ++i) {
+            if (done()) {
+                return;
+            }
+        }
+    } while (std::chrono::steady_clock::now() < end);
+}
+
+}  // namespace
 
 ComPtr<ThreadPool> ThreadPool::create(std::uint32_t threads) {
     auto pool = ComPtr<ThreadPool>::adopt(new ThreadPool);
@@ -33,6 +53,7 @@ ThreadPool::~ThreadPool() {
     {
         const std::scoped_lock lock(m_mutex);
         m_stopping = true;
+        ++m_posted;
     }
     m_wake.notify_all();
     for (std::thread& thread : m_threads) {
@@ -80,11 +101,13 @@ bool ThreadPool::Run(ParallelTask task, void* context, std::uint32_t count) noex
         } catch (const std::bad_alloc&) {
             return false;
         }
+        ++m_posted;
     }
     for (std::uint32_t i = 1; i < std::min(count, GetThreadCount()); ++i) {
         m_wake.notify_one();
     }
     work.doSome([] { return true; });
+    waitAwake([&] { return work.helpers == 0; });
     std::unique_lock lock(m_mutex);
     std::erase(m_works, &work);
     m_helped.wait(lock, [&] { return work.helpers == 0; });
@@ -110,6 +133,12 @@ void ThreadPool::help() {
         --m_helping;
         if (--work->helpers == 0) {
             m_helped.notify_all();
+        }
+        if (unfinishedWork() == nullptr && hasRoomFor(1)) {
+            const std::uint32_t posted = m_posted;
+            lock.unlock();
+            waitAwake([&] { return m_posted != posted; });
+            lock.lock();
         }
     }
 }

@@ -14,7 +14,8 @@
 namespace lumiset::hostkit {
 
 /// Threads that render one frame together. Any number of render threads may share one pool: each works on its own
-/// frame, and the pool's own threads help as long as no more are at work than it was made for. They wait asleep.
+/// frame, and the pool's own threads help as long as no more are at work than it was made for. They wait asleep, but
+/// for the moment between two pieces of work of one frame.
 class ThreadPool final : public Counted<IHostParallel> {
 public:
     /// A pool of so many threads, the callers of `Run` among them; of fewer where the system has no more.
@@ -43,7 +44,7 @@ private:
         void* context;
         std::uint32_t count;
         std::atomic<std::uint32_t> next{0};
-        std::uint32_t helpers = 0;  // guarded by the pool's mutex
+        std::atomic<std::uint32_t> helpers{0};  // changed under the pool's mutex
 
         template <class Continue>
         void doSome(const Continue& mayContinue);
@@ -61,6 +62,7 @@ private:
     std::condition_variable m_wake;    // helpers wait for work
     std::condition_variable m_helped;  // a caller waits for its helpers
     std::vector<Work*> m_works;
+    std::atomic<std::uint32_t> m_posted{0};  ///< pieces of work so far, and the end
     bool m_stopping = false;
     std::vector<std::thread> m_threads;
     std::uint32_t m_size = 1;
