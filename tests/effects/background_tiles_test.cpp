@@ -8,6 +8,10 @@
 #include <random>
 #include <vector>
 
+#include "tests/frame/filter_support.h"
+#include "tests/support/host.h"
+#include "tests/support/host_threads.h"
+
 namespace lumiset {
 namespace {
 
@@ -24,6 +28,38 @@ TEST(BackgroundTiles, DriftIsSteadyAndStaysOnItsAxis) {
     for (const double seconds : {1e12, 1e300, 1.7e308}) {
         const PatternPosition far = positionAt(seconds, 0.3F, 1.0F, 0.9F, 0.9F);
         EXPECT_TRUE(far.x >= 0.0 && far.x < 1.0 && far.y >= 0.0 && far.y < 1.0) << seconds;
+    }
+}
+
+/// Windows of whole and of parts of pixels, with and without a fade, in parts that begin inside the fade.
+TEST(BackgroundTiles, WindowIsTheSameOnAnyNumberOfThreads) {
+    constexpr std::int32_t kWidth = 1301;
+    constexpr std::int32_t kHeight = 411;
+    for (const std::int32_t format : {kFormatBgra8, kFormatBgraFloat}) {
+        test::GuardedFrame source(kWidth, kHeight, format);
+        std::mt19937 random(7);
+        source.randomize(random);
+        for (const float crossFade : {0.0F, 0.9F}) {
+            for (const float magnify : {0.0F, 0.03F}) {
+                const TileAxis columns = tileAxis(kWidth, 70, crossFade, magnify, 0.3, 0.0);
+                const TileAxis rows = tileAxis(kHeight, 40, crossFade, magnify, 0.8, 0.0);
+                const auto windowBy = [&](std::uint32_t count, bool backwards) {
+                    test::HostThreads threads(count, backwards);
+                    test::ValueHost host;
+                    host.offers = &threads;
+                    MemoryAllocator memory(&host);
+                    test::GuardedFrame window(columns.windowLength(), rows.windowLength(), format);
+                    window.frame.UseResources(&memory);
+                    EXPECT_TRUE(fillWindow(source.frame, window.frame, columns, rows, memory));
+                    EXPECT_TRUE(window.guardsIntact());
+                    EXPECT_EQ(threads.runs() > 0, count > 1);
+                    return window.bytes();
+                };
+                const auto expected = windowBy(1, false);
+                EXPECT_TRUE(windowBy(2, true) == expected) << crossFade << ", " << magnify;
+                EXPECT_TRUE(windowBy(8, false) == expected) << crossFade << ", " << magnify;
+            }
+        }
     }
 }
 

@@ -80,6 +80,10 @@ TEST(FrameOperations, AreTheSameOnAnyNumberOfThreads) {
             const bool isColor = AlphaIndex(format) >= 0;
             GuardedFrame source(isColor ? 451 : 1733, isColor ? 317 : 141, format);
             source.randomize(random);
+            // Huge samples leave rounding errors in sums behind them, which tell where the sums began.
+            for (std::int32_t y = 3; isFloatFormat(format) && y < source.height(); y += 40) {
+                source.row<float>(y)[17 * y % source.samplesPerRow()] = 1e12F;
+            }
             for (const Operation& operation : kOperations) {
                 if (!(isColor ? operation.isForColor : operation.isForMasks)) {
                     continue;
