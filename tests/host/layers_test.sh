@@ -29,7 +29,8 @@ allow adapters/frei0r adapters/frei0r hostkit host
 allow adapters/openfx adapters/openfx hostkit host
 allow apps/gpu_monitor apps/gpu_monitor platform
 allow media media hostkit host platform
-allow apps/lumiset apps/lumiset adapters/frei0r adapters/openfx media hostkit host platform
+allow render render media hostkit host
+allow apps/lumiset apps/lumiset adapters/frei0r adapters/openfx render media hostkit host platform
 allow examples/minimal_host host
 allow examples/two_tones examples/two_tones effects gpu frame host platform
 
@@ -41,13 +42,13 @@ if [ -n "$found" ]; then
 fi
 
 # Hosts know the module by its boundary alone.
-found=$(grep -rnE '#include "module/' hostkit media adapters apps || true)
+found=$(grep -rnE '#include "module/' hostkit media render adapters apps || true)
 if [ -n "$found" ]; then
     printf 'hosts include no part of the module:\n%s\n' "$found"
     status=1
 fi
 
-found=$(grep -rnE '\b(_WIN32|__linux__|__unix__)\b' frame gpu effects support module host hostkit media adapters apps \
+found=$(grep -rnE '\b(_WIN32|__linux__|__unix__)\b' frame gpu effects support module host hostkit media render adapters apps \
     --include='*.h' --include='*.cpp' | grep -vE '/(posix|win32)/|^host/platform_call\.h' || true)
 if [ -n "$found" ]; then
     printf 'the operating system shows outside the platform layer:\n%s\n' "$found"

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <stdexcept>
 
-#include "apps/lumiset/render/ordered_pipeline.h"
+#include "render/ordered_pipeline.h"
 
 namespace lumiset::app {
 namespace {
@@ -23,7 +23,7 @@ std::vector<int> squares(int workers, int count, char failing = ' ') {
             throw std::runtime_error(std::string(1, step));
         }
     };
-    PipelineSteps<Number> steps;
+    render::PipelineSteps<Number> steps;
     steps.read = [&](Number& job) {
         failAt('r', next);
         job.value = next++;
@@ -46,7 +46,7 @@ std::vector<int> squares(int workers, int count, char failing = ' ') {
         --inMemory;
     };
     steps.tick = [] {};
-    OrderedPipeline<Number>(workers, std::move(steps)).run();
+    render::OrderedPipeline<Number>(workers, std::move(steps)).run();
     EXPECT_LE(most, workers + 4);
     return written;
 }

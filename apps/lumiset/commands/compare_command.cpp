@@ -14,11 +14,11 @@
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/render/output_guard.h"
-#include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/sheets/sheet.h"
 #include "hostkit/gl/gpu_renderer.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/thread_pool.h"
+#include "render/picture_frame.h"
 
 namespace lumiset::app {
 namespace {
@@ -111,7 +111,8 @@ int amplify(media::Picture& shown, float largest) {
 media::Picture rendered(hostkit::Renderer& renderer, Moment& moment) {
     media::Picture result;
     result.allocate(moment.picture.width, moment.picture.height, moment.picture.depth);
-    renderer.render(frameOf(moment.picture), frameOf(result), contextOf(moment.picture, moment.format));
+    renderer.render(render::frameOf(moment.picture), render::frameOf(result),
+                    render::contextOf(moment.picture, moment.format));
     return result;
 }
 

@@ -11,11 +11,11 @@
 #include "apps/lumiset/help.h"
 #include "apps/lumiset/messages.h"
 #include "apps/lumiset/render/effect_options.h"
-#include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/usage_error.h"
 #include "media/input_name.h"
 #include "media/picture_color.h"
 #include "media/scene_source.h"
+#include "render/picture_frame.h"
 
 namespace lumiset::app {
 namespace {
@@ -52,8 +52,8 @@ void describeClip(frei0r::Clip& clip, Program& program, const std::vector<Effect
     result.allocate(picture.width, picture.height, picture.depth);
     const std::vector<hostkit::EffectStage> chain =
         buildChain(program.effectLibrary(), program.catalogue(), requests, clip.input);
-    const hostkit::FrameContext context = contextOf(picture, format);
-    hostkit::Renderer(chain, kFormatBgra8).render(frameOf(picture), frameOf(result), context);
+    const hostkit::FrameContext context = render::contextOf(picture, format);
+    hostkit::Renderer(chain, kFormatBgra8).render(render::frameOf(picture), render::frameOf(result), context);
     clip.width = format.width;
     clip.height = format.height;
     clip.pixelAspect = context.pixelAspect;

@@ -10,15 +10,15 @@
 #include "apps/lumiset/render/effect_options.h"
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
-#include "apps/lumiset/render/ordered_pipeline.h"
 #include "apps/lumiset/render/output_guard.h"
-#include "apps/lumiset/render/picture_frame.h"
 #include "apps/lumiset/render/progress.h"
 #include "apps/lumiset/sheets/sheet.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/look_files.h"
 #include "hostkit/thread_pool.h"
+#include "render/ordered_pipeline.h"
+#include "render/picture_frame.h"
 
 namespace lumiset::app {
 namespace {
@@ -229,7 +229,7 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
     const auto pool = hostkit::ThreadPool::create(threads);
     std::size_t next = 0;
     std::int64_t done = 0;
-    PipelineSteps<Job> steps;
+    render::PipelineSteps<Job> steps;
     steps.read = [&](Job& job) {
         job.tile = next;
         return next++ < count;
@@ -238,7 +238,8 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
         job.result.allocate(moment.picture.width, moment.picture.height, moment.picture.depth);
         const hostkit::ThreadPool::Turn turn(*pool.get());
         hostkit::Renderer renderer(gallery.tiles[job.tile].chain, kFormatBgra8, allocator.get(), pool.get());
-        renderer.render(frameOf(moment.picture), frameOf(job.result), contextOf(moment.picture, moment.format));
+        renderer.render(render::frameOf(moment.picture), render::frameOf(job.result),
+                        render::contextOf(moment.picture, moment.format));
         sheet.place(job.tile + 1, job.result);
     };
     steps.write = [&](Job&) { ++done; };
@@ -247,7 +248,7 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
         progress.show(done);
     };
     try {
-        OrderedPipeline<Job>(static_cast<int>(threads), std::move(steps)).run();
+        render::OrderedPipeline<Job>(static_cast<int>(threads), std::move(steps)).run();
         sink->write(sheet.picture());
         checkInterruption();
         sink->finish();

@@ -13,6 +13,7 @@
 #include "hostkit/parameter_text.h"
 #include "hostkit/preset_file.h"
 #include "media/media.h"
+#include "render/file_render.h"
 
 namespace lumiset::app {
 namespace {
@@ -107,14 +108,11 @@ void takeValues(const EffectCatalogue& catalogue, const EffectRequest& request, 
 }
 
 double lengthOf(const std::string& input) {
-    const media::VideoFormat format = input != "-" ? media::openSource(input)->format() : media::VideoFormat();
-    if (format.frameCount == 1) {
-        return 1.0;  // a still picture
-    }
-    if (!(format.durationSeconds > 0.0)) {
+    const double seconds = input != "-" ? render::clipSeconds(media::openSource(input)->format()) : 0.0;
+    if (!(seconds > 0.0)) {
         throw UsageError(fmt::format("Keys in parts of the clip need its length, which \"{}\" does not tell.", input));
     }
-    return format.durationSeconds;
+    return seconds;
 }
 
 std::shared_ptr<const hostkit::Mask> readMask(const std::string& file) {

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace lumiset::app {
+namespace lumiset::render {
 
 /// The three steps of every job. An exception in any of them ends the run and is thrown on by it.
 template <class Job>
@@ -143,4 +143,4 @@ private:
     std::exception_ptr m_error;
 };
 
-}  // namespace lumiset::app
+}  // namespace lumiset::render

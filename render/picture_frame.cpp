@@ -1,6 +1,11 @@
-#include "apps/lumiset/render/picture_frame.h"
+#include "render/picture_frame.h"
 
-namespace lumiset::app {
+namespace lumiset::render {
+
+VideoFrameDesc frameOf(const media::Picture& picture) {
+    // The record is one for sources and destinations alike; nobody writes to a source.
+    return frameOf(const_cast<media::Picture&>(picture));
+}
 
 VideoFrameDesc frameOf(media::Picture& picture) {
     VideoFrameDesc frame{};
@@ -25,4 +30,4 @@ hostkit::FrameContext contextOf(const media::Picture& picture, const media::Vide
     return context;
 }
 
-}  // namespace lumiset::app
+}  // namespace lumiset::render
