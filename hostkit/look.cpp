@@ -62,7 +62,12 @@ std::vector<EffectStage> buildChain(IEffectLibrary& library, const EffectCatalog
                                     const std::vector<MaskedLook>& looks, double clipSeconds) {
     std::vector<EffectStage> chain;
     for (const auto& [look, mask] : looks) {
+        std::size_t stages = 0;
         for (const LookEffect& each : look.effects) {
+            if (each.off) {
+                continue;
+            }
+            ++stages;
             const EffectDescription& effect = catalogue.effect(each.effect);
             ParameterStore values = valuesOf(effect, each, clipSeconds);
             auto object = ComPtr<IVideoGPUEffect>::adopt(library.CreateEffect(effect.index));
@@ -74,8 +79,8 @@ std::vector<EffectStage> buildChain(IEffectLibrary& library, const EffectCatalog
                 chain.back().mixes.push_back({1, mixOf(each.strength, nullptr)});
             }
         }
-        if (!look.effects.empty() && (look.strength < 100.0 || mask != nullptr)) {
-            chain.back().mixes.push_back({look.effects.size(), mixOf(look.strength, mask)});
+        if (stages > 0 && (look.strength < 100.0 || mask != nullptr)) {
+            chain.back().mixes.push_back({stages, mixOf(look.strength, mask)});
         }
     }
     return chain;

@@ -41,6 +41,7 @@ struct LookEffect {
     std::string preset{};                     ///< unique name of the one that it starts from; empty: the defaults
     std::vector<LookParameter> parameters{};  ///< on top of that, each index once
     double strength = 100.0;                  ///< in percent
+    bool off = false;                         ///< kept, but not rendered
 
     /// What it sets of a parameter, added where there is nothing yet.
     LookParameter& of(const ParameterDescription& parameter);
@@ -54,6 +55,7 @@ struct Look {
     std::string author{};     ///< one line
     double strength = 100.0;  ///< of all of it, in percent
     std::vector<LookEffect> effects{};
+    std::string clip{};  ///< the file that it was made on, for programs that show both; empty: none
 };
 
 /// A look on a clip, shown only where a mask wants it.

@@ -20,6 +20,7 @@ constexpr std::size_t kMaxEffects = 100;
 constexpr std::size_t kMaxKeys = 10000;  // of one parameter
 constexpr std::size_t kMaxLineBytes = 200;
 constexpr std::size_t kMaxAboutBytes = 1000;
+constexpr std::size_t kMaxClipBytes = 4096;
 
 bool isControl(char each) {
     return static_cast<unsigned char>(each) < 0x20 || each == 0x7F;
@@ -88,7 +89,7 @@ void readKeys(const ParameterDescription& parameter, const Json& json, LookParam
 }
 
 LookEffect effectFrom(const EffectCatalogue& catalogue, const Json& json) {
-    checkJsonKeys(json, {"effect", "preset", "strength", "values", "keys"}, "An effect of a look");
+    checkJsonKeys(json, {"effect", "off", "preset", "strength", "values", "keys"}, "An effect of a look");
     const auto name = jsonMember(json, "effect", &Json::is_string, "an effect's name", kLimits).get<std::string>();
     const EffectDescription& description = catalogue.effect(name);
     LookEffect effect{description.name};
@@ -96,6 +97,8 @@ LookEffect effectFrom(const EffectCatalogue& catalogue, const Json& json) {
         effect.preset = description.preset(preset).uniqueName;
     }
     effect.strength = strengthFrom(json);
+    effect.off =
+        json.contains("off") && jsonMember(json, "off", &Json::is_boolean, "true or false", kLimits).get<bool>();
     if (json.contains("values")) {
         readParameters(description, jsonMember(json, "values", &Json::is_object, "an object of labels", kLimits),
                        effect, [](const ParameterDescription& parameter, const Json& value, LookParameter& place) {
@@ -114,7 +117,7 @@ Look lookFrom(const EffectCatalogue& catalogue, const Json& json, const std::str
         json["lumilook"].get<double>() > kLookVersion) {
         throw JsonError("It is written for a newer program.");
     }
-    checkJsonKeys(json, {"lumilook", "name", "about", "author", "strength", "effects"}, "A look");
+    checkJsonKeys(json, {"lumilook", "name", "about", "author", "clip", "strength", "effects"}, "A look");
     if (!json.contains("lumilook") || json["lumilook"] != kLookVersion) {
         throw JsonError("A look has \"lumilook\", the version of its form, which is 1.");
     }
@@ -122,6 +125,7 @@ Look lookFrom(const EffectCatalogue& catalogue, const Json& json, const std::str
     if (look.name.empty()) {
         look.name = otherwise;
     }
+    look.clip = textFrom(json, "clip");
     checkLookTexts(look);
     const Json& effects = jsonMember(json, "effects", &Json::is_array, "a list of effects", kLimits);
     if (effects.empty() || effects.size() > kMaxEffects) {
@@ -143,6 +147,9 @@ Json keysJson(const ParameterDescription& parameter, const std::vector<LookParam
 
 Json effectJson(const EffectDescription& description, const LookEffect& effect) {
     Json json{{"effect", description.name}};
+    if (effect.off) {
+        json["off"] = true;
+    }
     if (!effect.preset.empty()) {
         json["preset"] = description.preset(effect.preset).uniqueName;
     }
@@ -192,6 +199,9 @@ void checkLookTexts(const Look& look) {
     if (look.about.size() > kMaxAboutBytes) {
         throw LookError("What is said about a look has at most 1000 bytes.");
     }
+    if (look.clip.size() > kMaxClipBytes) {
+        throw LookError("The name of a look's clip has at most 4096 bytes.");
+    }
 }
 
 std::string lookToJson(const EffectCatalogue& catalogue, const Look& look) {
@@ -201,6 +211,9 @@ std::string lookToJson(const EffectCatalogue& catalogue, const Look& look) {
     }
     if (!look.author.empty()) {
         json["author"] = look.author;
+    }
+    if (!look.clip.empty()) {
+        json["clip"] = look.clip;
     }
     if (look.strength < 100.0) {
         json["strength"] = look.strength;

@@ -18,8 +18,8 @@ inline constexpr int kLookVersion = 1;
 [[nodiscard]] Look lookFromJson(const EffectCatalogue& catalogue, const std::string& text,
                                 const std::string& otherwise);
 
-/// Throws `LookError` for a name or an author that is no single line of at most 200 bytes, and for an `about` of more
-/// than 1000.
+/// Throws `LookError` for a name or an author that is no single line of at most 200 bytes, for an `about` of more
+/// than 1000, and for a `clip` of more than 4096.
 void checkLookTexts(const Look& look);
 
 /// Reads a part of the clip, "50%", or seconds as `parseTime` does; false for anything else.

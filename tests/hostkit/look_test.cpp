@@ -66,8 +66,12 @@ TEST(Look, ReadsBackToTheSameBits) {
             }
         }
     }
+    written.effects[1].off = true;
+    written.clip = "/clips/a wedding.mp4";
     const std::string text = lookToJson(catalogue(), written);
     const Look read = lookFromJson(catalogue(), text, "other");
+    EXPECT_EQ(read.clip, written.clip);
+    EXPECT_TRUE(read.effects[1].off);
     EXPECT_EQ(lookToJson(catalogue(), read), text);
     EXPECT_EQ(read.strength, written.strength);
     ASSERT_EQ(read.effects.size(), written.effects.size());

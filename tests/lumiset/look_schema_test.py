@@ -27,6 +27,8 @@ BAD_FORMS = (
     '{"lumilook": 1, "name": "%s", "effects": [{"effect": "Outline"}]}' % ("x" * 201),
     '{"lumilook": 1, "strength": 101, "effects": [{"effect": "Outline"}]}',
     '{"lumilook": 1, "effects": [{"preset": "Red Glow"}]}',
+    '{"lumilook": 1, "clip": 5, "effects": [{"effect": "Outline"}]}',
+    EFFECT % ', "off": 1',
     EFFECT % ', "strength": "all"',
     EFFECT % ', "strength": -1',
     EFFECT % ', "values": [1]',

@@ -26,6 +26,9 @@ std::vector<frei0r::Settings> readSettings(Program& program, const EffectOptions
     for (const EffectRequest& request : options.requests()) {
         const hostkit::Look look = lookOf(program.effectLibrary(), program.catalogue(), request);
         for (const hostkit::LookEffect& each : look.effects) {
+            if (each.off) {
+                continue;
+            }
             const bool moves = std::any_of(each.parameters.begin(), each.parameters.end(),
                                            [](const hostkit::LookParameter& set) { return !set.keys.empty(); });
             if (moves || each.strength < 100.0 || look.strength < 100.0) {

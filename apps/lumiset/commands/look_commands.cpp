@@ -88,7 +88,7 @@ int showLook(Program& program, const std::string& name, bool json) {
         text += '\n' + effect.name;
         text += each.preset.empty() ? "" : fmt::format(", preset \"{}\"", each.preset);
         text += each.strength < 100.0 ? fmt::format(", strength {}", percentText(each.strength)) : "";
-        text += '\n';
+        text += each.off ? ", off\n" : "\n";
         for (const LookParameter& set : each.parameters) {
             text += settingText(effect, set);
         }
