@@ -31,6 +31,7 @@ allow apps/gpu_monitor apps/gpu_monitor platform
 allow media media hostkit host platform
 allow render render media hostkit host
 allow apps/lumiset apps/lumiset adapters/frei0r adapters/openfx render media hostkit host platform
+allow apps/studio/core apps/studio/core render media hostkit host platform
 allow examples/minimal_host host
 allow examples/two_tones examples/two_tones effects gpu frame host platform
 
