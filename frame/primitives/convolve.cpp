@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <type_traits>
 
 #include "frame/primitives/check.h"
 
@@ -38,23 +39,55 @@ struct ConvolvePlanes {
 }  // namespace lumiset
 #endif
 
-// Plain loops: compiled for each instruction set, they vectorise as they are.
 HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
 
+namespace hn = hwy::HWY_NAMESPACE;
+
 constexpr std::int32_t kChunk = 512;  ///< samples that are summed together
 
-/// Adds up one chunk of a row.
+/// Adds what some elements of the kernel, from `first` on, give to the sums of a chunk of a row.
+template <std::int32_t kTaps, class Sum, class T, class Tap>
+HWY_INLINE void addTaps(const T* src, std::int32_t count, std::ptrdiff_t tapStep, const ConvolveKernel<Tap>& kernel,
+                        std::int32_t first, Sum* HWY_RESTRICT sums) {
+    const T* from = src + tapStep * (first - kernel.anchor);
+    Sum taps[static_cast<std::size_t>(kTaps)];
+    for (std::int32_t k = 0; k < kTaps; ++k) {
+        taps[k] = static_cast<Sum>(kernel.taps[kernel.size - 1 - first - k]);
+    }
+    std::int32_t i = 0;
+    if constexpr (!std::is_same_v<Sum, std::int64_t>) {
+        const hn::ScalableTag<Sum> d;
+        const hn::Rebind<T, decltype(d)> dSample;
+        const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
+        for (; i + lanes <= count; i += lanes) {
+            auto sum = hn::LoadU(d, sums + i);
+            for (std::int32_t k = 0; k < kTaps; ++k) {
+                const auto samples = hn::PromoteTo(d, hn::LoadU(dSample, from + tapStep * k + i));
+                sum = hn::Add(sum, hn::Mul(hn::Set(d, taps[k]), samples));
+            }
+            hn::StoreU(sum, d, sums + i);
+        }
+    }
+    for (; i < count; ++i) {
+        for (std::int32_t k = 0; k < kTaps; ++k) {
+            sums[i] += taps[k] * static_cast<Sum>(from[tapStep * k + i]);
+        }
+    }
+}
+
+/// Adds up one chunk of a row, several elements at a time, so that the sums are seldom loaded and stored.
 template <class Sum, class T, class Tap>
 void sumChunk(const T* src, std::int32_t count, std::ptrdiff_t tapStep, const ConvolveKernel<Tap>& kernel, Sum* sums) {
-    std::fill_n(sums, count, Sum{0});
-    for (std::int32_t k = 0; k < kernel.size; ++k) {
-        const T* from = src + tapStep * (k - kernel.anchor);
-        const Sum tap = static_cast<Sum>(kernel.taps[kernel.size - 1 - k]);
-        for (std::int32_t i = 0; i < count; ++i) {
-            sums[i] += tap * static_cast<Sum>(from[i]);
-        }
+    constexpr std::int32_t kTogether = 8;
+    std::fill(sums, sums + count, Sum{0});
+    std::int32_t k = 0;
+    for (; k + kTogether <= kernel.size; k += kTogether) {
+        addTaps<kTogether>(src, count, tapStep, kernel, k, sums);
+    }
+    for (; k < kernel.size; ++k) {
+        addTaps<1>(src, count, tapStep, kernel, k, sums);
     }
 }
 
