@@ -176,6 +176,35 @@ void filterRow(const float* HWY_RESTRICT first, const std::int32_t* HWY_RESTRICT
     }
 }
 
+/// One row of pixels along x, straight from the source: better than to spread all of a row of which less is left. Next
+/// to its ends the edge pixel counts.
+template <class T, std::size_t kTaps>
+void filterPixels(const T* row, std::int32_t rowWidth, const std::int32_t* starts, const float* weights, float* out,
+                  std::size_t width) {
+    const hn::FixedTag<float, 4> d;
+    const hn::Rebind<T, decltype(d)> dSample;
+    const auto load = [&](std::int32_t pixel) HWY_ATTR {
+        const T* at = row + std::ptrdiff_t{4} * pixel;
+        if constexpr (sizeof(T) == 1) {
+            return hn::ConvertTo(d, hn::PromoteTo(hn::RebindToSigned<decltype(d)>(), hn::LoadU(dSample, at)));
+        } else {
+            return hn::LoadU(dSample, at);
+        }
+    };
+    for (std::size_t x = 0; x < width; ++x) {
+        const float* w = weights + x * kTaps;
+        const std::int32_t start = starts[x];
+        const bool isInside = start >= 0 && start + static_cast<std::int32_t>(kTaps) <= rowWidth;
+        auto sum = hn::Zero(d);
+        for (std::size_t k = 0; k < kTaps; ++k) {
+            const std::int32_t pixel = start + static_cast<std::int32_t>(k);
+            const auto product = hn::Mul(load(isInside ? pixel : std::clamp(pixel, 0, rowWidth - 1)), hn::Set(d, w[k]));
+            sum = k == 0 ? product : hn::Add(sum, product);
+        }
+        hn::StoreU(sum, d, out + 4 * x);
+    }
+}
+
 /// The weighted sum of rows, to one row of the destination.
 template <class T, std::size_t kTaps>
 void sumRows(const float* const* rows, const float* weights, T* HWY_RESTRICT out, std::size_t samples) {
@@ -226,9 +255,13 @@ void resizeBand(const ResizeJob<T>& job, const ResizeScratch& parts, std::uint8_
             auto* kept = reinterpret_cast<float*>(keptRows + slot * parts.rowBytes);
             if (held[slot] != row) {
                 held[slot] = row;
-                const float* first =
-                    spreadRow<T, kChannels>(job.src.row(row), static_cast<std::size_t>(job.srcSize.width), sourceRow);
-                filterRow<kChannels, kTaps>(first, starts, weights, tapStride, kept, width);
+                if (kChannels == 4 && job.srcSize.width > job.dstSize.width) {
+                    filterPixels<T, kTaps>(job.src.row(row), job.srcSize.width, starts, weights, kept, width);
+                } else {
+                    const float* first = spreadRow<T, kChannels>(
+                        job.src.row(row), static_cast<std::size_t>(job.srcSize.width), sourceRow);
+                    filterRow<kChannels, kTaps>(first, starts, weights, tapStride, kept, width);
+                }
             }
             rows[k] = kept;
         }
