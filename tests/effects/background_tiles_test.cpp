@@ -41,8 +41,8 @@ TEST(BackgroundTiles, WindowIsTheSameOnAnyNumberOfThreads) {
         source.randomize(random);
         for (const float crossFade : {0.0F, 0.9F}) {
             for (const float magnify : {0.0F, 0.03F}) {
-                const TileAxis columns = tileAxis(kWidth, 70, crossFade, magnify, 0.3, 0.0);
-                const TileAxis rows = tileAxis(kHeight, 40, crossFade, magnify, 0.8, 0.0);
+                const TileAxis columns = tileAxis(kWidth, 70, crossFade, magnify, 0.5, 0.0);
+                const TileAxis rows = tileAxis(kHeight, 40, crossFade, magnify, 0.5, 0.0);
                 const auto windowBy = [&](std::uint32_t count, bool backwards) {
                     test::HostThreads threads(count, backwards);
                     test::ValueHost host;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <thread>
 #include <vector>
@@ -49,6 +50,32 @@ TEST(ThreadPool, CallsEveryPartOnceForManyCallersAtOnce) {
             }
         }
         EXPECT_EQ(wrong, 0);
+    }
+}
+
+/// A helper at work longer than anyone waits awake.
+TEST(ThreadPool, ReturnsWhenItsHelpersHaveEnded) {
+    struct Pair {
+        std::atomic<int> begun{0};
+        std::atomic<int> ended{0};
+        std::thread::id caller = std::this_thread::get_id();
+    };
+    const ComPtr<ThreadPool> pool = ThreadPool::create(2);
+    for (int i = 0; i < 5; ++i) {
+        Pair pair;
+        const auto meet = [](void* context, std::uint32_t) {
+            auto& both = *static_cast<Pair*>(context);
+            for (++both.begun; both.begun < 2;) {
+                std::this_thread::yield();
+            }
+            if (std::this_thread::get_id() != both.caller) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            }
+            ++both.ended;
+        };
+        ASSERT_TRUE(pool->Run(meet, &pair, 2));
+        EXPECT_EQ(pair.ended, 2);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2 * (i % 2)));  // the next helper is asleep or awake
     }
 }
 
