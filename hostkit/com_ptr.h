@@ -6,7 +6,8 @@
 
 namespace lumiset::hostkit {
 
-/// Holds one reference to an interface and gives it back.
+/// Holds one reference to an interface and gives it back. One pointer is used by one thread at a time; its copies may
+/// be used by others, as objects count their references atomically.
 template <class Interface>
 class ComPtr {
 public:
@@ -16,6 +17,13 @@ public:
         ComPtr pointer;
         pointer.m_object = object;
         return pointer;
+    }
+    /// Takes a reference of its own to an object that somebody else holds, or null.
+    static ComPtr held(Interface* object) {
+        if (object != nullptr) {
+            object->AddRef();
+        }
+        return adopt(object);
     }
     ComPtr(const ComPtr& other) : m_object(other.m_object) {
         if (m_object != nullptr) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <vector>
 
 namespace lumiset::hostkit {
 
@@ -26,6 +27,10 @@ private:
 /// Folder of the file that holds this code: the running program, or the shared library that the host kit is linked
 /// into. Symbolic links are followed. Empty when the system does not tell.
 std::filesystem::path codeDirectory();
+
+/// Folders of the libraries that are installed for all users, the machine's own first; none where programs bring
+/// theirs.
+std::vector<std::filesystem::path> systemLibraryDirectories();
 
 /// File name that the system gives a shared library called `stem`.
 std::filesystem::path dynamicLibraryName(const char* stem);

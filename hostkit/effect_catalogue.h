@@ -13,8 +13,9 @@
 
 namespace lumiset::hostkit {
 
+/// A named setting of an effect's parameters.
 struct PresetDescription {
-    std::uint32_t index = 0;
+    std::uint32_t index = 0;  ///< as `IVideoEffect::GetPresetValue` takes it
     std::string name;
     /// By which `EffectDescription::preset` finds it: the name, with a number from 2 behind it where presets before it
     /// have the same.
@@ -23,9 +24,9 @@ struct PresetDescription {
     std::vector<std::optional<ParamValue>> values;
 };
 
-/// One effect as the module describes it.
+/// One effect as the module describes it. Any number of threads may read it.
 struct EffectDescription {
-    static constexpr std::uint32_t kDependsOnTime = 0x4000;
+    static constexpr std::uint32_t kDependsOnTime = 0x4000;  ///< in `flags`: the picture moves with time
 
     std::uint32_t index = 0;  ///< as `IEffectLibrary::CreateEffect` takes it
     std::string name;
@@ -52,7 +53,8 @@ struct EffectDescription {
 /// Reads everything that an effect tells about itself.
 [[nodiscard]] EffectDescription describeEffect(IVideoGPUEffect& effect, std::uint32_t index);
 
-/// All effects of a module.
+/// All effects of a module, in the module's order. Stays what it is: any number of threads may read it, and references
+/// into it hold as long as it lives.
 class EffectCatalogue {
 public:
     /// Asks the library for its effects; those that this build does not have are left out.

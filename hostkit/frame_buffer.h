@@ -15,7 +15,8 @@ struct FrameStorage {
     std::int32_t paddingBytes = 0;  ///< kept free after each row, before the row is rounded up to 64 bytes
 };
 
-/// A picture that owns its memory. Rows start at multiples of 64 bytes.
+/// A picture that owns its memory. Rows start at multiples of 64 bytes. Used by one thread at a time while it is
+/// written.
 class FrameBuffer {
 public:
     FrameBuffer() = default;

@@ -1,8 +1,11 @@
 #include "hostkit/look.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 #include <utility>
+
+#include "hostkit/parameter_text.h"
 
 namespace lumiset::hostkit {
 namespace {
@@ -10,6 +13,22 @@ namespace {
 const ParameterDescription& parameterOf(const EffectDescription& effect, std::uint32_t index) {
     const ParameterDescription* found = effect.parameterAt(index);
     return found != nullptr ? *found : effect.parameter('#' + std::to_string(index));  // which says that it has none
+}
+
+void check(const Look& look, const Mask* mask) {
+    const auto isPercent = [](double number) { return number >= 0.0 && number <= 100.0; };
+    bool right = isPercent(look.strength);
+    for (const LookEffect& each : look.effects) {
+        right = right && isPercent(each.strength);
+    }
+    if (!right) {
+        throw ParameterError("A strength is a number from 0 to 100.");
+    }
+    if (mask != nullptr &&
+        (mask->width < 1 || mask->height < 1 ||
+         mask->values.size() != static_cast<std::size_t>(mask->width) * static_cast<std::size_t>(mask->height))) {
+        throw ParameterError("A mask has a width, a height and as many values as pixels.");
+    }
 }
 
 Mix mixOf(double percent, std::shared_ptr<const Mask> mask) {
@@ -26,6 +45,33 @@ LookParameter& LookEffect::of(const ParameterDescription& parameter) {
     }
     parameters.push_back({parameter.index, parameter.defaultValue, {}});
     return parameters.back();
+}
+
+void LookEffect::set(const EffectDescription& description, std::string_view name, std::string_view value) {
+    const ParameterDescription& parameter = description.parameter(name);
+    const ParamValue read = parseValue(parameter, value);
+    LookParameter& wanted = of(parameter);
+    wanted.value = read;
+    wanted.keys.clear();
+}
+
+void LookEffect::addKey(const EffectDescription& description, std::string_view name, const LookTime& time,
+                        std::string_view value) {
+    const ParameterDescription& parameter = description.parameter(name);
+    const ParamValue read = parseValue(parameter, value);
+    if (!std::isfinite(time.at) || time.at < 0.0 || (time.isPart && time.at > 100.0)) {
+        throw ParameterError("A keyframe of " + parameter.label +
+                             " needs a time of 0 seconds or later, or a part of the clip from 0 to 100 percent.");
+    }
+    std::vector<LookParameter::Key>& keys = of(parameter).keys;
+    const auto same = std::find_if(keys.begin(), keys.end(), [&](const LookParameter::Key& key) {
+        return key.time.isPart == time.isPart && !(key.time.at < time.at) && !(time.at < key.time.at);
+    });
+    if (same != keys.end()) {
+        same->value = read;
+    } else {
+        keys.push_back({time, read});
+    }
 }
 
 bool hasKeysInParts(const Look& look) {
@@ -62,6 +108,7 @@ std::vector<EffectStage> buildChain(IEffectLibrary& library, const EffectCatalog
                                     const std::vector<MaskedLook>& looks, double clipSeconds) {
     std::vector<EffectStage> chain;
     for (const auto& [look, mask] : looks) {
+        check(look, mask.get());
         std::size_t stages = 0;
         for (const LookEffect& each : look.effects) {
             if (each.off) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <system_error>
 
+#include "hostkit/dynamic_library.h"
+
 namespace lumiset::hostkit {
 
 std::filesystem::path findModule(const std::filesystem::path& home) {
@@ -22,7 +24,26 @@ std::filesystem::path findModule(const std::filesystem::path& home) {
                       " nor in the folders beside it; set LUMISET_MODULE to its path.");
 }
 
-Module::Module(const std::filesystem::path& path) : m_path(path.empty() ? findModule(codeDirectory()) : path) {
+namespace {
+
+std::filesystem::path findAnyModule() {
+    try {
+        return findModule(codeDirectory());
+    } catch (const ModuleError&) {
+        std::error_code error;
+        for (const std::filesystem::path& folder : systemLibraryDirectories()) {
+            const std::filesystem::path place = folder / "lumiset" / dynamicLibraryName("vantrel_lumiset5");
+            if (std::filesystem::exists(place, error)) {
+                return place;
+            }
+        }
+        throw;
+    }
+}
+
+}  // namespace
+
+Module::Module(const std::filesystem::path& path) : m_path(path.empty() ? findAnyModule() : path) {
     std::error_code error;
     if (!std::filesystem::exists(m_path, error)) {
         throw ModuleError("There is no effects module at " + m_path.string() + ".");

@@ -6,9 +6,10 @@
 
 #include "host/effect_library.h"
 #include "hostkit/com_ptr.h"
-#include "hostkit/dynamic_library.h"
 
 namespace lumiset::hostkit {
+
+class DynamicLibrary;
 
 /// The module cannot be found or used; the text is a whole sentence.
 class ModuleError : public std::runtime_error {
@@ -21,11 +22,13 @@ public:
 /// where programs and plug-ins find it, in the build folder and installed. Throws `ModuleError`.
 [[nodiscard]] std::filesystem::path findModule(const std::filesystem::path& home);
 
-/// The loaded effects module. Everything obtained from it must be released before it goes.
+/// The loaded effects module. Everything obtained from it must be released before it goes. Any number of threads may
+/// use it at once.
 class Module {
 public:
     /// Loads the module from `path`; where that is empty, the one that `findModule` finds from the folder of the
-    /// program or shared library that holds this code. Throws `ModuleError`.
+    /// program or shared library that holds this code, or else the one that is installed for all users of the machine,
+    /// in /usr/local/lib/lumiset or /usr/lib/lumiset. Throws `ModuleError`.
     explicit Module(const std::filesystem::path& path = {});
     ~Module();
     Module(const Module&) = delete;

@@ -14,7 +14,7 @@ namespace lumiset::hostkit {
 /// may read it.
 class ParameterStore {
 public:
-    /// All parameters at their defaults. `effect` must outlive the store.
+    /// All parameters at their defaults, which hold at all times. `effect` must outlive the store.
     explicit ParameterStore(const EffectDescription& effect);
 
     /// Takes over a preset's values; parameters with keyframes become constant.

@@ -1,5 +1,6 @@
 #include "hostkit/preset_file.h"
 
+#include <cstring>
 #include <filesystem>
 #include <new>
 #include <system_error>
@@ -88,6 +89,18 @@ std::string loadPresetFile(IEffectLibrary& library, const std::string& path, Par
         }
     }
     return outcome.name;
+}
+
+void loadPresetFile(IEffectLibrary& library, const EffectDescription& effect, const std::string& path,
+                    LookEffect& wanted) {
+    ParameterStore values(effect);
+    loadPresetFile(library, path, values);
+    for (const ParameterDescription& parameter : effect.parameters) {
+        const ParamValue value = values.valueAt(parameter, 0.0);
+        if (std::memcmp(&value, &parameter.defaultValue, sizeof value) != 0) {
+            wanted.of(parameter) = {parameter.index, value, {}};
+        }
+    }
 }
 
 void savePresetFile(IEffectLibrary& library, const std::string& path, const ParameterStore& parameters) {

@@ -5,6 +5,7 @@
 
 #include "host/effect_library.h"
 #include "host/preset_saver.h"
+#include "hostkit/look.h"
 #include "hostkit/parameter_store.h"
 
 namespace lumiset::hostkit {
@@ -21,6 +22,11 @@ public:
 /// Reads a preset file for the store's effect and takes its values over; parameters with keyframes become constant.
 /// Returns the preset's name. Throws `PresetFileError`, with the store unchanged.
 std::string loadPresetFile(IEffectLibrary& library, const std::string& path, ParameterStore& parameters);
+
+/// Reads a preset file for `effect`, and sets in `wanted` what is not at its default. Throws `PresetFileError`, with
+/// `wanted` unchanged.
+void loadPresetFile(IEffectLibrary& library, const EffectDescription& effect, const std::string& path,
+                    LookEffect& wanted);
 
 /// Writes the values at the start of time as a preset file; an existing one is replaced whole or not at all. Throws
 /// `PresetFileError`.

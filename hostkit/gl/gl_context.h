@@ -1,17 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
 
 #include "host/arb_table.h"
+#include "hostkit/gl/gl_error.h"
 
 namespace lumiset::hostkit {
-
-/// OpenGL cannot be used here; the text is a whole sentence.
-class GLError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// An OpenGL context without a window.
 class GLContext {

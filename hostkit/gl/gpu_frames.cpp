@@ -1,14 +1,36 @@
 #include "hostkit/gl/gpu_frames.h"
 
 #include <chrono>
+#include <mutex>
+#include <set>
 #include <utility>
+
+#include "hostkit/gl/gpu_renderer.h"
 
 namespace lumiset::hostkit {
 
-GPUFrames::GPUFrames(Listener listener)
-    : m_listener(std::move(listener)), m_gl([this](const std::string& sentence) { hear(sentence); }) {
-    m_gl.leaveThread();
+struct GPUFrames::Inside {
+    explicit Inside(Listener wanted) : listener(std::move(wanted)) {}
+
+    void hear(const std::string& sentence) {
+        if (heard.insert(sentence).second && listener.driver) {
+            listener.driver(sentence);
+        }
+    }
+
+    Listener listener;
+    std::set<std::string> heard;
+    std::set<std::string> left;
+    std::timed_mutex frame;  ///< held while one renders
+    GLHost gl{[this](const std::string& sentence) { hear(sentence); }};
+    GPURenderer renderer{gl};
+};
+
+GPUFrames::GPUFrames(Listener listener) : m_inside(std::make_unique<Inside>(std::move(listener))) {
+    m_inside->gl.leaveThread();
 }
+
+GPUFrames::~GPUFrames() = default;
 
 void GPUFrames::serve(Renderer& renderer) {
     renderer.setFirstChoice([this](std::span<const EffectCall> calls, const VideoFrameDesc& source,
@@ -18,15 +40,15 @@ void GPUFrames::serve(Renderer& renderer) {
 
 std::size_t GPUFrames::render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
                               const VideoFrameDesc& destination, const FrameRenderInfo& info) {
-    const std::lock_guard<std::timed_mutex> frame(m_frame);
+    const std::lock_guard<std::timed_mutex> frame(m_inside->frame);
     // Left behind again each time: a thread that ended with the context would keep it, and what is in it, for ever.
-    m_gl.takeThread();
-    const std::size_t done = m_renderer.render(calls, source, destination, info);
-    m_gl.leaveThread();
+    m_inside->gl.takeThread();
+    const std::size_t done = m_inside->renderer.render(calls, source, destination, info);
+    m_inside->gl.leaveThread();
     if (done < calls.size()) {
         const char* const name = calls[done].effect.GetEffectName();
-        if (m_left.insert(name).second && m_listener.leftToOthers) {
-            m_listener.leftToOthers(name);
+        if (m_inside->left.insert(name).second && m_inside->listener.leftToOthers) {
+            m_inside->listener.leftToOthers(name);
         }
     }
     return done;
@@ -34,13 +56,7 @@ std::size_t GPUFrames::render(std::span<const EffectCall> calls, const VideoFram
 
 void GPUFrames::stop() {
     // Kept: whoever wants to begin another frame waits for the end of the program.
-    static_cast<void>(m_frame.try_lock_for(std::chrono::seconds(5)));
-}
-
-void GPUFrames::hear(const std::string& sentence) {
-    if (m_heard.insert(sentence).second && m_listener.driver) {
-        m_listener.driver(sentence);
-    }
+    static_cast<void>(m_inside->frame.try_lock_for(std::chrono::seconds(5)));
 }
 
 }  // namespace lumiset::hostkit

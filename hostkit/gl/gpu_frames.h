@@ -1,12 +1,11 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
-#include <set>
+#include <memory>
 #include <span>
 #include <string>
 
-#include "hostkit/gl/gpu_renderer.h"
+#include "hostkit/gl/gl_error.h"
 #include "hostkit/renderer.h"
 
 namespace lumiset::hostkit {
@@ -15,19 +14,23 @@ namespace lumiset::hostkit {
 /// renders with it; what it does not render is left to the processor.
 class GPUFrames {
 public:
-    /// Who wants to know. Each sentence and each effect is told once; on the thread that renders.
+    /// Who wants to know. Each sentence and each effect is told once; on the thread that renders. Both may be empty.
     struct Listener {
         std::function<void(const std::string& sentence)> driver;      ///< what OpenGL complains of
         std::function<void(const std::string& effect)> leftToOthers;  ///< the effect does not render here
     };
 
-    /// Throws `GLError` where there is no OpenGL that effects can use.
+    /// Makes a context without a window. Throws `GLError` where there is no OpenGL that effects can use.
     explicit GPUFrames(Listener listener);
+    ~GPUFrames();
+    GPUFrames(const GPUFrames&) = delete;
+    GPUFrames& operator=(const GPUFrames&) = delete;
 
     /// Gives the renderer its first choice. `renderer` must not outlive this object.
     void serve(Renderer& renderer);
 
-    /// Like `GPURenderer::render`, on any thread.
+    /// Renders through effects in turn, as a `RunRenderer`, on any thread, which waits while another one renders: the
+    /// frame stays on the graphics card between them. Throws nothing but std::bad_alloc and `GLError`.
     [[nodiscard]] std::size_t render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
                                      const VideoFrameDesc& destination, const FrameRenderInfo& info);
 
@@ -36,14 +39,8 @@ public:
     void stop();
 
 private:
-    void hear(const std::string& sentence);
-
-    Listener m_listener;
-    std::set<std::string> m_heard;
-    std::set<std::string> m_left;
-    std::timed_mutex m_frame;  ///< held while one renders
-    GLHost m_gl;
-    GPURenderer m_renderer{m_gl};
+    struct Inside;
+    std::unique_ptr<Inside> m_inside;
 };
 
 }  // namespace lumiset::hostkit

@@ -40,6 +40,10 @@ std::filesystem::path codeDirectory() {
     return error ? std::filesystem::path() : file.parent_path();
 }
 
+std::vector<std::filesystem::path> systemLibraryDirectories() {
+    return {"/usr/local/lib", "/usr/lib"};
+}
+
 std::filesystem::path dynamicLibraryName(const char* stem) {
     return "lib" + std::string(stem) + ".so";
 }

@@ -39,6 +39,10 @@ std::filesystem::path codeDirectory() {
     return error ? std::filesystem::path() : whole.parent_path();
 }
 
+std::vector<std::filesystem::path> systemLibraryDirectories() {
+    return {};
+}
+
 std::filesystem::path dynamicLibraryName(const char* stem) {
     return std::string(stem) + ".dll";
 }

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "apps/lumiset/render/effect_options.h"
@@ -65,19 +64,6 @@ Place placeIn(const EffectCatalogue& catalogue, Look& look, const std::string& l
     }
     throw UsageError(fmt::format("\"{}\" names no effect of the look \"{}\", as in \"{}/Label=value\". It has {}.",
                                  label, look.name, names.front(), hostkit::quotedList(names)));
-}
-
-/// The values of a preset file, as far as they are not the defaults.
-void takePresetFile(IEffectLibrary& library, const EffectDescription& effect, const std::string& file,
-                    LookEffect& wanted) {
-    hostkit::ParameterStore values(effect);
-    hostkit::loadPresetFile(library, file, values);
-    for (const ParameterDescription& parameter : effect.parameters) {
-        const ParamValue value = values.valueAt(parameter, 0.0);
-        if (std::memcmp(&value, &parameter.defaultValue, sizeof value) != 0) {
-            wanted.of(parameter).value = value;
-        }
-    }
 }
 
 /// Sets in a look what a command line says behind it. `placeOf(label)` tells where.
@@ -153,7 +139,7 @@ Look lookOf(IEffectLibrary& library, const EffectCatalogue& catalogue, const Eff
         wanted.preset = effect.preset(request.preset).uniqueName;
     }
     if (!request.presetFile.empty()) {
-        takePresetFile(library, effect, request.presetFile, wanted);
+        hostkit::loadPresetFile(library, effect, request.presetFile, wanted);
     }
     takeValues(catalogue, request, [&](const std::string& label) { return Place{wanted, effect.parameter(label)}; });
     return look;
