@@ -14,10 +14,10 @@
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/render/output_guard.h"
-#include "apps/lumiset/sheets/sheet.h"
 #include "hostkit/gl/gpu_renderer.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/thread_pool.h"
+#include "media/sheet.h"
 #include "render/picture_frame.h"
 
 namespace lumiset::app {
@@ -179,7 +179,7 @@ int compare(const CompareOptions& options, Program& program) {
     checkInterruption();
     const media::Picture onProcessor = rendered(renderer, moment);
 
-    Sheet::Plan plan;
+    media::Sheet::Plan plan;
     plan.tileWidth = options.tileWidth > 0 ? options.tileWidth : std::clamp(moment.picture.width, 32, kWidestTile);
     plan.columns = 3;
     plan.pictureWidth = moment.picture.width;
@@ -196,7 +196,7 @@ int compare(const CompareOptions& options, Program& program) {
                                         : chain.front().parameters.effect().name + ": " + request.preset;
     plan.note = fmt::format("{}, at {}, by {}", difference.text(), secondsText(moment.picture.timeSeconds), driver);
     plan.labels = {"Processor", "OpenGL", fmt::format("Difference, {} times", scale)};
-    Sheet sheet(plan);
+    media::Sheet sheet(plan);
     sheet.place(0, onProcessor);
     sheet.place(1, inGL);
     sheet.place(2, shown);

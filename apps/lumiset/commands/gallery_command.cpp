@@ -12,11 +12,11 @@
 #include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/render/output_guard.h"
 #include "apps/lumiset/render/progress.h"
-#include "apps/lumiset/sheets/sheet.h"
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/look_files.h"
 #include "hostkit/thread_pool.h"
+#include "media/sheet.h"
 #include "render/ordered_pipeline.h"
 #include "render/picture_frame.h"
 
@@ -195,7 +195,7 @@ int GalleryOptions::run(Program& program) const {
 void GalleryOptions::render(const Gallery& gallery, const std::string& input, const std::string& output) const {
     Moment moment = readMoment(input, m_time.empty() ? std::nullopt : std::optional(parseTime(m_time, "--time")));
     watchForInterruption();
-    Sheet::Plan plan;
+    media::Sheet::Plan plan;
     plan.title = m_title.empty() ? gallery.title : m_title;
     if (gallery.movesWithTime) {
         plan.note = "at " + secondsText(moment.picture.timeSeconds);
@@ -209,7 +209,7 @@ void GalleryOptions::render(const Gallery& gallery, const std::string& input, co
     plan.pixelAspect = moment.format.pixelAspect.value();
     plan.columns = m_columns;
     plan.tileWidth = m_tileWidth;
-    Sheet sheet(plan);
+    media::Sheet sheet(plan);
     media::SinkOptions sinkOptions;
     sinkOptions.quality = m_quality;
     std::unique_ptr<media::Sink> sink = media::openSink(output, sheet.format(), sinkOptions);

@@ -1,4 +1,4 @@
-#include "apps/lumiset/sheets/sheet.h"
+#include "media/sheet.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 
 #include "media/lettering.h"
 
-namespace lumiset::app {
+namespace lumiset::media {
 namespace {
 
 using Ink = std::array<float, 3>;  // blue, green, red
@@ -50,25 +50,25 @@ int chooseColumns(int tiles, int cellWidth, int cellHeight) {
 
 /// Draws a line of text whose capitals are `height` pixels, smaller where it is wider than `room`, and cut where it
 /// cannot be read any more.
-void drawLine(media::Picture& sheet, std::string text, float left, float top, float height, float room, bool centred,
+void drawLine(Picture& sheet, std::string text, float left, float top, float height, float room, bool centred,
               const Ink& ink) {
     constexpr float kLeastHeight = 6.0F;
-    const float wanted = media::textWidth(text, height);
+    const float wanted = textWidth(text, height);
     if (wanted > room) {
         const float smaller = std::max(height * room / wanted, std::min(height, kLeastHeight));
         top += (height - smaller) / 2;
         height = smaller;
     }
-    if (media::textWidth(text, height) > room * 1.01F) {
-        while (!text.empty() && media::textWidth(text + "...", height) > room) {
+    if (textWidth(text, height) > room * 1.01F) {
+        while (!text.empty() && textWidth(text + "...", height) > room) {
             text.pop_back();
         }
         text += "...";
     }
     if (centred) {
-        left += (room - media::textWidth(text, height)) / 2;
+        left += (room - textWidth(text, height)) / 2;
     }
-    const media::TextImage letters = media::drawText(text, height, left - std::floor(left));
+    const TextImage letters = drawText(text, height, left - std::floor(left));
     const int x0 = static_cast<int>(std::floor(left)) + letters.left;
     const int y0 = static_cast<int>(std::lround(top)) + letters.top;
     for (int y = std::max(0, y0); y < std::min(sheet.height, y0 + letters.height); ++y) {
@@ -103,7 +103,7 @@ Sheet::Sheet(const Plan& plan) : m_tileWidth(plan.tileWidth > 0 ? plan.tileWidth
                  tiles);
     const int rows = (tiles + m_columns - 1) / m_columns;
     m_sheet.allocate(m_columns * (m_tileWidth + m_gap) + m_gap,
-                     m_headHeight + rows * (m_tileHeight + m_labelHeight + m_gap), media::Depth::kEightBit);
+                     m_headHeight + rows * (m_tileHeight + m_labelHeight + m_gap), Depth::kEightBit);
     for (int y = 0; y < m_sheet.height; ++y) {
         for (int x = 0; x < m_sheet.width; ++x) {
             std::uint8_t* pixel = m_sheet.row(y) + 4 * x;
@@ -130,7 +130,7 @@ int Sheet::tileTop(std::size_t tile) const {
     return m_headHeight + static_cast<int>(tile) / m_columns * (m_tileHeight + m_labelHeight + m_gap);
 }
 
-void Sheet::place(std::size_t tile, const media::Picture& picture) {
+void Sheet::place(std::size_t tile, const Picture& picture) {
     const int square = std::max(4, m_tileWidth / 40);
     std::vector<float> sums(static_cast<std::size_t>(picture.width) * 4);
     for (int y = 0; y < m_tileHeight; ++y) {
@@ -162,11 +162,11 @@ void Sheet::place(std::size_t tile, const media::Picture& picture) {
     }
 }
 
-media::VideoFormat Sheet::format() const {
-    media::VideoFormat format;
+VideoFormat Sheet::format() const {
+    VideoFormat format;
     format.width = m_sheet.width;
     format.height = m_sheet.height;
     return format;
 }
 
-}  // namespace lumiset::app
+}  // namespace lumiset::media

@@ -6,7 +6,7 @@
 
 #include "media/media.h"
 
-namespace lumiset::app {
+namespace lumiset::media {
 
 /// A sheet of pictures of one size in rows and columns, with a title above and a label under each.
 class Sheet {
@@ -27,11 +27,11 @@ public:
 
     /// Draws an 8-bit picture into its place, scaled to the tile and over a checkerboard where it is transparent.
     /// Different tiles may be placed from several threads at once.
-    void place(std::size_t tile, const media::Picture& picture);
+    void place(std::size_t tile, const Picture& picture);
 
-    [[nodiscard]] const media::Picture& picture() const { return m_sheet; }
-    /// For `media::openSink`.
-    [[nodiscard]] media::VideoFormat format() const;
+    [[nodiscard]] const Picture& picture() const { return m_sheet; }
+    /// For `openSink`.
+    [[nodiscard]] VideoFormat format() const;
 
 private:
     [[nodiscard]] int tileLeft(std::size_t tile) const;
@@ -43,7 +43,7 @@ private:
     int m_gap;
     int m_labelHeight;  ///< room under a picture
     int m_headHeight;   ///< room above the first row
-    media::Picture m_sheet;
+    Picture m_sheet;
 };
 
-}  // namespace lumiset::app
+}  // namespace lumiset::media
