@@ -8,15 +8,52 @@ install(TARGETS ${LUMISET_FREI0R_PLUGINS} LIBRARY DESTINATION lib/frei0r-1)
 # Hosts look in /usr/OFX/Plugins; where the prefix is another one OFX_PLUGIN_PATH tells them.
 install(DIRECTORY ${CMAKE_BINARY_DIR}/Lumiset.ofx.bundle DESTINATION OFX/Plugins USE_SOURCE_PERMISSIONS)
 
-# For authors of hosts.
+# For authors of hosts: the boundary, and the host kit in one archive.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/host DESTINATION include/lumiset
   FILES_MATCHING PATTERN "*.h")
-configure_file(${CMAKE_CURRENT_LIST_DIR}/lumiset.pc.in ${CMAKE_BINARY_DIR}/lumiset.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/lumiset.pc DESTINATION lib/pkgconfig)
+foreach(header ${LUMISET_HOSTKIT_HEADERS})
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${PROJECT_SOURCE_DIR}/hostkit/${header} DESTINATION include/lumiset/hostkit/${folder})
+endforeach()
+add_library(lumiset_hostkit_archive STATIC
+  $<TARGET_OBJECTS:lumiset_hostkit> $<TARGET_OBJECTS:lumiset_hostkit_gl> $<TARGET_OBJECTS:lumiset_module_file>
+  $<FILTER:$<TARGET_OBJECTS:lumiset_platform>,INCLUDE,/pending_[a-z]+\\.cpp>)  # what the kit uses of it
+set_target_properties(lumiset_hostkit_archive PROPERTIES
+  LINKER_LANGUAGE CXX
+  OUTPUT_NAME lumiset_hostkit
+  ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/archive)
+install(TARGETS lumiset_hostkit_archive ARCHIVE DESTINATION lib)
+set(packages lumiset lumiset-hostkit)
+if(LUMISET_BUILD_C)
+  install(TARGETS lumiset_c LIBRARY DESTINATION lib)
+  install(FILES ${PROJECT_SOURCE_DIR}/bindings/c/lumiset.h DESTINATION include)
+  list(APPEND packages lumiset-c)
+endif()
+foreach(package ${packages})
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${CMAKE_BINARY_DIR}/${package}.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/${package}.pc DESTINATION lib/pkgconfig)
+endforeach()
 include(CMakePackageConfigHelpers)
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/LumisetConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_LIST_DIR}/LumisetConfig.cmake ${CMAKE_BINARY_DIR}/LumisetConfigVersion.cmake
   DESTINATION lib/cmake/Lumiset)
+
+if(LUMISET_BUILD_PYTHON)
+  install(DIRECTORY ${LUMISET_PYTHON_PACKAGE} DESTINATION lib/python3/dist-packages COMPONENT python
+    PATTERN __pycache__ EXCLUDE)
+endif()
+
+# The pages, with their pictures and examples.
+set(documents ${CMAKE_BINARY_DIR}/documents)
+file(GLOB_RECURSE pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/* ${PROJECT_SOURCE_DIR}/examples/*)
+add_custom_command(OUTPUT ${documents}/README.md
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${documents}
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${documents}
+  COMMAND ${PROJECT_SOURCE_DIR}/scripts/docs --installed ${documents}
+  DEPENDS ${pages} ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/scripts/docs
+  VERBATIM)
+add_custom_target(lumiset_documents ALL DEPENDS ${documents}/README.md)
+install(DIRECTORY ${documents}/ DESTINATION share/doc/lumiset)
 
 # Made from the tables by the build: manual page, completions, descriptions for editors.
 install(DIRECTORY ${CMAKE_BINARY_DIR}/share/ DESTINATION share)

@@ -15,7 +15,7 @@ const ParameterDescription& parameterOf(const EffectDescription& effect, std::ui
     return found != nullptr ? *found : effect.parameter('#' + std::to_string(index));  // which says that it has none
 }
 
-void check(const Look& look, const Mask* mask) {
+void checkLook(const Look& look, const Mask* mask) {
     const auto isPercent = [](double number) { return number >= 0.0 && number <= 100.0; };
     bool right = isPercent(look.strength);
     for (const LookEffect& each : look.effects) {
@@ -108,7 +108,7 @@ std::vector<EffectStage> buildChain(IEffectLibrary& library, const EffectCatalog
                                     const std::vector<MaskedLook>& looks, double clipSeconds) {
     std::vector<EffectStage> chain;
     for (const auto& [look, mask] : looks) {
-        check(look, mask.get());
+        checkLook(look, mask.get());
         std::size_t stages = 0;
         for (const LookEffect& each : look.effects) {
             if (each.off) {

@@ -20,7 +20,7 @@ constexpr float kWhite = std::is_same_v<Sample, float>          ? 1.0F
                                                                 : 65535.0F;
 
 template <class To, class From>
-To convertSample(From value) {
+To sampleFrom(From value) {
     if constexpr (std::is_same_v<From, To>) {
         return value;
     } else if constexpr (std::is_same_v<To, float>) {
@@ -50,14 +50,14 @@ Sample overBlack(Sample color, Sample alpha) {
 }
 
 template <class Sample>
-Sample load(const std::uint8_t* from) {
+Sample loadSample(const std::uint8_t* from) {
     Sample sample;
     std::memcpy(&sample, from, sizeof sample);
     return sample;
 }
 
 template <class Sample>
-void store(std::uint8_t* to, Sample sample) {
+void storeSample(std::uint8_t* to, Sample sample) {
     std::memcpy(to, &sample, sizeof sample);
 }
 
@@ -90,8 +90,8 @@ struct KnownPlaces {
 /// Bytes of R, G, B, A to B, G, R, A and back: whole pixels at once, which the compiler makes vector instructions of.
 void swapRedAndBlue(const std::uint8_t* __restrict from, std::uint8_t* __restrict to, std::int32_t width) {
     for (std::int32_t x = 0; x < width; ++x, from += 4, to += 4) {
-        const auto pixel = load<std::uint32_t>(from);
-        store(to, (pixel & 0xFF00FF00U) | (pixel >> 16 & 0xFFU) | (pixel & 0xFFU) << 16);
+        const auto pixel = loadSample<std::uint32_t>(from);
+        storeSample(to, (pixel & 0xFF00FF00U) | (pixel >> 16 & 0xFFU) | (pixel & 0xFFU) << 16);
     }
 }
 
@@ -109,12 +109,12 @@ void importRow(const std::uint8_t* __restrict from, const Places places, std::ui
     constexpr To kOpaque = static_cast<To>(kWhite<To>);
     auto* __restrict to = reinterpret_cast<To*>(frame);
     for (std::int32_t x = 0; x < width; ++x, from += places.pixel, to += 4) {
-        to[0] = convertSample<To>(load<From>(from + places.blue));
-        to[1] = convertSample<To>(load<From>(from + places.green));
-        to[2] = convertSample<To>(load<From>(from + places.red));
+        to[0] = sampleFrom<To>(loadSample<From>(from + places.blue));
+        to[1] = sampleFrom<To>(loadSample<From>(from + places.green));
+        to[2] = sampleFrom<To>(loadSample<From>(from + places.red));
         to[3] = kOpaque;
         if constexpr (kHasAlpha) {
-            to[3] = convertSample<To>(load<From>(from + places.alpha));
+            to[3] = sampleFrom<To>(loadSample<From>(from + places.alpha));
         }
     }
 }
@@ -128,14 +128,14 @@ void exportRow(const std::uint8_t* __restrict frame, std::uint8_t* __restrict to
     const auto* __restrict from = reinterpret_cast<const From*>(frame);
     for (std::int32_t x = 0; x < width; ++x, from += 4, to += places.pixel) {
         if constexpr (kHasAlpha) {
-            store(to + places.blue, convertSample<To>(from[0]));
-            store(to + places.green, convertSample<To>(from[1]));
-            store(to + places.red, convertSample<To>(from[2]));
-            store(to + places.alpha, convertSample<To>(from[3]));
+            storeSample(to + places.blue, sampleFrom<To>(from[0]));
+            storeSample(to + places.green, sampleFrom<To>(from[1]));
+            storeSample(to + places.red, sampleFrom<To>(from[2]));
+            storeSample(to + places.alpha, sampleFrom<To>(from[3]));
         } else {
-            store(to + places.blue, convertSample<To>(overBlack(from[0], from[3])));
-            store(to + places.green, convertSample<To>(overBlack(from[1], from[3])));
-            store(to + places.red, convertSample<To>(overBlack(from[2], from[3])));
+            storeSample(to + places.blue, sampleFrom<To>(overBlack(from[0], from[3])));
+            storeSample(to + places.green, sampleFrom<To>(overBlack(from[1], from[3])));
+            storeSample(to + places.red, sampleFrom<To>(overBlack(from[2], from[3])));
         }
     }
 }

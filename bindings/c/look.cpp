@@ -145,6 +145,10 @@ lumiset_status lumiset_look_effect_strength(lumiset_look* look, uint32_t effect,
     return guarded([&] { Place(look, effect).effect->strength = percentOf(percent); });
 }
 
+lumiset_status lumiset_look_effect_off(lumiset_look* look, uint32_t effect, int off) {
+    return guarded([&] { Place(look, effect).effect->off = off != 0; });
+}
+
 lumiset_status lumiset_look_strength(lumiset_look* look, double percent) {
     return guarded([&] { needed(look, "a look").masked.look.strength = percentOf(percent); });
 }

@@ -151,6 +151,8 @@ LUMISET_API lumiset_status lumiset_look_key(lumiset_look* look, uint32_t effect,
 LUMISET_API lumiset_status lumiset_look_load_preset(lumiset_look* look, uint32_t effect, const char* file);
 /* How much of an effect shows, or of the whole look, in percent from 0 to 100. */
 LUMISET_API lumiset_status lumiset_look_effect_strength(lumiset_look* look, uint32_t effect, double percent);
+/* Leaves an effect out where `off` is not 0, but keeps it in the look. */
+LUMISET_API lumiset_status lumiset_look_effect_off(lumiset_look* look, uint32_t effect, int off);
 LUMISET_API lumiset_status lumiset_look_strength(lumiset_look* look, double percent);
 /* Where the look shows: width * height values of 0 (nowhere) to 1, rows from the top, stretched over each picture. They
  * are copied. NULL: everywhere. */

@@ -1,4 +1,4 @@
-# The Debian package: everything that is installed, below /usr.
+# The Debian packages, below /usr: everything that is installed, but for the Python package, which is one of its own.
 set(LUMISET_MAINTAINER "The Lumiset authors <lumiset@example.org>" CACHE STRING "Who maintains the package")
 
 set(CPACK_GENERATOR DEB)
@@ -14,15 +14,28 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME lumiset)
+set(CPACK_DEBIAN_UNSPECIFIED_DESCRIPTION
 "Ten effects, among them outlines, old television sets and viewfinders, with
 presets. The program lumiset renders images and video through them, frei0r
 plug-ins bring them to ffmpeg, melt, Kdenlive, Shotcut and GStreamer, an OpenFX
-bundle to editors and compositors, and headers are there for programs that want to load the module themselves.")
+bundle to editors and compositors. For programmers there are a host kit in C++,
+a C interface and the documents.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-lumiset)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+"Ten effects, among them outlines, old television sets and viewfinders, with
+presets, for NumPy arrays.")
+if(LUMISET_BUILD_PYTHON)
+  math(EXPR after "${LUMISET_PYTHON_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "lumiset (= ${PROJECT_VERSION}), python3-numpy, \
+python3 (>= 3.${LUMISET_PYTHON_MINOR}), python3 (<< 3.${after})")
+endif()
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # These are looked for while the program runs, so they are not among the libraries that it is linked with.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libegl1, libgl1, libgl1-mesa-dri")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ffmpeg, kdenlive, melt, zenity")
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS "libegl1, libgl1, libgl1-mesa-dri")
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS "ffmpeg, kdenlive, melt, python3-lumiset, zenity")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 

@@ -1,5 +1,6 @@
 // What a larger host does beside the minimal one. The page about hosts shows these, and this file has them compiled.
 
+// ---- What it includes
 #include "host/effect_library.h"
 #include "host/gpu_host.h"
 

@@ -6,6 +6,7 @@
 //
 // On Linux: g++ -std=c++20 -I FOLDER_ABOVE_HOST minimal_host.cpp -ldl
 
+// ---- What it includes
 #include <cstdint>
 #include <cstdio>
 #include <fstream>

@@ -32,6 +32,9 @@ allow media media hostkit host platform
 allow render render media hostkit host
 allow apps/lumiset apps/lumiset adapters/frei0r adapters/openfx render media hostkit host platform
 allow apps/studio/core apps/studio/core render media hostkit host platform
+allow bindings/c bindings/c hostkit host
+allow bindings/python bindings/python media hostkit host
+allow examples/kit_host hostkit
 allow examples/minimal_host host
 allow examples/two_tones examples/two_tones effects gpu frame host platform
 
@@ -42,14 +45,23 @@ if [ -n "$found" ]; then
     status=1
 fi
 
+# What is installed of the host kit includes nothing that is not.
+while IFS= read -r include; do
+    if ! grep -qE "^  ${include#hostkit/}$" hostkit/CMakeLists.txt; then
+        printf 'installed headers of the host kit include %s, which is not installed\n' "$include"
+        status=1
+    fi
+done < <(sed -n '/LUMISET_HOSTKIT_HEADERS/,/PARENT_SCOPE/s|^  \(.*\.h\)$|hostkit/\1|p' hostkit/CMakeLists.txt |
+    xargs sed -n 's|^#include "\(hostkit/.*\)"$|\1|p')
+
 # Hosts know the module by its boundary alone.
-found=$(grep -rnE '#include "module/' hostkit media render adapters apps || true)
+found=$(grep -rnE '#include "module/' hostkit media render adapters apps bindings || true)
 if [ -n "$found" ]; then
     printf 'hosts include no part of the module:\n%s\n' "$found"
     status=1
 fi
 
-found=$(grep -rnE '\b(_WIN32|__linux__|__unix__)\b' frame gpu effects support module host hostkit media render adapters apps \
+found=$(grep -rnE '\b(_WIN32|__linux__|__unix__)\b' frame gpu effects support module host hostkit media render adapters apps bindings \
     --include='*.h' --include='*.cpp' | grep -vE '/(posix|win32)/|^host/platform_call\.h' || true)
 if [ -n "$found" ]; then
     printf 'the operating system shows outside the platform layer:\n%s\n' "$found"

@@ -13,6 +13,18 @@ fail() {
 
 files_in() { (cd "$1" && find . -type f | sort); }
 
+# links_are_whole FOLDER: what its pages link to and show is there.
+links_are_whole() {
+    local page target count=0
+    while IFS=: read -r page target; do
+        count=$((count + 1))
+        [ -e "$(dirname "$page")/$target" ] || fail "$page links to $target, which is not there"
+    done < <(find "$1" -name '*.md' -print0 |
+        xargs -0 awk '/^```/ { code = !code } !code { while (match($0, /\]\([^):#]+/)) {
+            print FILENAME ":" substr($0, RSTART + 2, RLENGTH - 2); $0 = substr($0, RSTART + RLENGTH) } }')
+    [ "$count" -gt 50 ] || fail "$1 has $count links only"
+}
+
 # works PREFIX: the programs and plug-ins below it work, and use nothing but what is there.
 works() {
     local prefix=$1 count report pictures
@@ -28,6 +40,19 @@ works() {
         "OpenFX          $prefix/OFX/Plugins/Lumiset.ofx.bundle: $count of $count plug-ins"; do
         grep -qF "$line" <<<"$report" || fail "doctor does not say: $line" "$report"
     done
+
+    if [ -d "$prefix/lib/python3/dist-packages/lumiset" ]; then
+        PYTHONPATH=$prefix/lib/python3/dist-packages "$prefix/bin/lumiset" doctor |
+            grep -qx "Python  *$prefix/lib/python3/dist-packages/lumiset" || fail "doctor does not find the Python package"
+        PYTHONPATH=$prefix/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 - "$prefix" <<'END' || fail "$prefix: Python"
+import sys
+import lumiset, numpy
+assert lumiset.module_path() == sys.argv[1] + "/lib/lumiset/libvantrel_lumiset5.so", lumiset.module_path()
+grey = numpy.full((40, 60, 3), 128, numpy.uint8)
+assert (lumiset.old_tv(grey, "Snow") != grey).any()
+END
+    fi
+    links_are_whole "$prefix/share/doc/lumiset"
 
     pictures=$(for filter in null frei0r=lumiset_old_tv; do
         FREI0R_PATH="$prefix/lib/frei0r-1" ffmpeg -v error -f lavfi -i testsrc=s=160x90 -vf "$filter" -frames:v 1 \

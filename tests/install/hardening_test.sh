@@ -37,6 +37,6 @@ while IFS= read -r file; do
     for symbol in ${symbols//@*/}; do
         grep -A1 "<$symbol>:$" <<<"$code" | grep -qE "endbr64|^$" || lacks "no mark at $symbol"
     done
-done < <(find "$root/tree" -type f \( -perm -u+x -o -name '*.so' -o -name '*.ofx' \))
-[ "$checked" -ge 13 ] || problems+=("only $checked programs and libraries were looked at")
+done < <(find "$root/tree" -type f \( -perm -u+x -o -name '*.so*' -o -name '*.ofx' \))
+[ "$checked" -ge 14 ] || problems+=("only $checked programs and libraries were looked at")
 [ ${#problems[@]} -eq 0 ] || fail "${problems[@]}"

@@ -6,7 +6,16 @@ cpack=$1 build=$2
 
 (cd "$build" && "$cpack" -G DEB -B "$root/packed" -D CPACK_DEBIAN_COMPRESSION_TYPE=none >"$root/log" 2>&1) || fail "$(cat "$root/log")"
 package=$(echo "$root"/packed/lumiset_*.deb)
+python=$(echo "$root"/packed/python3-lumiset_*.deb)
 dpkg-deb -x "$package" "$root/system"
+[ ! -e "$root/system/usr/lib/python3" ] || fail "the package has the Python package in it"
+if [ -e "$python" ]; then
+    dpkg-deb -x "$python" "$root/system"
+    depends=$(dpkg-deb -f "$python" Depends)
+    for wanted in "lumiset (= $(dpkg-deb -f "$package" Version))" python3-numpy "python3 (>= 3." libc6; do
+        [[ $depends == *"$wanted"* ]] || fail "the Python package does not depend on $wanted: $depends"
+    done
+fi
 works "$root/system/usr"
 
 # What it is linked with must be installed with it.
@@ -19,7 +28,7 @@ for file in share/man/man1/lumiset.1.gz share/doc/lumiset/{copyright,changelog.g
     share/zsh/vendor-completions/_lumiset include/lumiset/host/effect_library.h lib/pkgconfig/lumiset.pc; do
     [ -s "$file" ] || fail "$file is missing or empty"
 done
-wrong=$(find . ! -perm -u=r,g=r,o=r -o -type d ! -perm 755 -o -perm /022)
+wrong=$(find . ! -type l \( ! -perm -u=r,g=r,o=r -o -type d ! -perm 755 -o -perm /022 \))
 [ -z "$wrong" ] || fail "These have wrong permissions:" "$wrong"
 gzip -dc share/doc/lumiset/changelog.gz | dpkg-parsechangelog -l - -S Version | grep -qxF \
     "$(dpkg-deb -f "$package" Version)" || fail "the changelog is of another version"

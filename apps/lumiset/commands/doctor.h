@@ -26,4 +26,7 @@ void addFrei0rFolders(std::vector<Finding>& findings, const hostkit::EffectCatal
 /// The same of the OpenFX bundle: whether its plug-ins can be used.
 void addOpenFxFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue);
 
+/// Where the Python package is, and whether Python looks there.
+void addPythonFolder(std::vector<Finding>& findings);
+
 }  // namespace lumiset::app

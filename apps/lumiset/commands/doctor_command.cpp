@@ -196,6 +196,7 @@ std::vector<Finding> examine(Program& program) {
         addFrei0rFolders(findings, program.catalogue());
         addOpenFxFolders(findings, program.catalogue());
     }
+    addPythonFolder(findings);
     addTools(findings);
     return findings;
 }
@@ -226,11 +227,12 @@ std::string reportJson(const std::vector<Finding>& findings) {
 }  // namespace
 
 void addDoctorCommand(CLI::App& app, Program& program) {
-    CLI::App& command = addCommand(
-        app, "doctor", "Tells what of an installation is there",
-        "Tells what of an installation is there, and what to do about what is not.\n\n"
-        "Looks for the module, its monitor, OpenGL, one's own looks, the folders of frei0r and OpenFX plug-ins and "
-        "the programs that use the former.\nThe exit status is 0 when effects can be rendered.\n");
+    CLI::App& command =
+        addCommand(app, "doctor", "Tells what of an installation is there",
+                   "Tells what of an installation is there, and what to do about what is not.\n\n"
+                   "Looks for the module, its monitor, OpenGL, one's own looks, the folders of frei0r and OpenFX "
+                   "plug-ins, the Python package "
+                   "and programs that use frei0r.\nThe exit status is 0 when effects can be rendered.\n");
     const auto json = std::make_shared<bool>(false);
     command.add_flag("--json", *json, "as JSON");
     program.onChosen(command, [json, &program] {
