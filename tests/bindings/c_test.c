@@ -275,6 +275,14 @@ static void renders(const lumiset_library* library, const char* folder) {
     CHECK(lumiset_look_mask(look, mask, 2, 1) == LUMISET_OK);
     lumiset_renderer_free(renderer);
     renderer = lumiset_renderer_new(look, 3.0);
+    CHECK(lumiset_render(renderer, &from, &to, 2.0) == LUMISET_OK);
+    CHECK(memcmp(half, source, sizeof half) == 0);
+    lumiset_renderer_free(renderer);
+    /* Without its mask, but with its effects left out. */
+    CHECK(lumiset_look_mask(look, NULL, 0, 0) == LUMISET_OK);
+    CHECK(lumiset_look_effect_off(look, 0, 1) == LUMISET_OK && lumiset_look_effect_off(look, 1, 1) == LUMISET_OK);
+    memset(half, 0, sizeof half);
+    renderer = lumiset_renderer_new(look, 3.0);
     lumiset_look_free(look);
     CHECK(lumiset_render(renderer, &from, &to, 2.0) == LUMISET_OK);
     CHECK(memcmp(half, source, sizeof half) == 0);
