@@ -87,24 +87,61 @@ struct KnownPlaces {
     }
 };
 
+std::uint32_t withRedAndBlueSwapped(std::uint32_t pixel) {
+    return (pixel & 0xFF00FF00U) | (pixel >> 16 & 0xFFU) | (pixel & 0xFFU) << 16;
+}
+
 /// Bytes of R, G, B, A to B, G, R, A and back: whole pixels at once, which the compiler makes vector instructions of.
 void swapRedAndBlue(const std::uint8_t* __restrict from, std::uint8_t* __restrict to, std::int32_t width) {
     for (std::int32_t x = 0; x < width; ++x, from += 4, to += 4) {
-        const auto pixel = loadSample<std::uint32_t>(from);
-        storeSample(to, (pixel & 0xFF00FF00U) | (pixel >> 16 & 0xFFU) | (pixel & 0xFFU) << 16);
+        storeSample(to, withRedAndBlueSwapped(loadSample<std::uint32_t>(from)));
     }
 }
 
-template <class From, class To, bool kHasAlpha, class Places>
-constexpr bool kSwapsBytes = std::is_same_v<From, std::uint8_t>&& std::is_same_v<To, std::uint8_t>&& kHasAlpha&&
-    std::is_same_v<Places, KnownPlaces<std::uint8_t, 2, 1, 0, 3, 4>>;
+/// Three bytes to four of an opaque pixel, `width` of them, each read with the byte behind it.
+template <bool kSwap>
+void addAlpha(const std::uint8_t* __restrict from, std::uint8_t* __restrict to, std::int32_t width) {
+    for (std::int32_t x = 0; x < width; ++x, from += 3, to += 4) {
+        const auto pixel = loadSample<std::uint32_t>(from);
+        storeSample(to, (kSwap ? withRedAndBlueSwapped(pixel) : pixel) | 0xFF000000U);
+    }
+}
+
+/// Four bytes to three, `width` of them, each written with a byte behind it. False, and nothing is written, where a
+/// pixel is not opaque.
+template <bool kSwap>
+bool dropAlpha(const std::uint8_t* __restrict from, std::uint8_t* __restrict to, std::int32_t width) {
+    std::uint32_t all = 0xFF000000U;
+    for (std::int32_t x = 0; x < width; ++x) {
+        all &= loadSample<std::uint32_t>(from + 4 * std::ptrdiff_t{x});
+    }
+    if (all != 0xFF000000U) {
+        return false;
+    }
+    for (std::int32_t x = 0; x < width; ++x, from += 4, to += 3) {
+        const auto pixel = loadSample<std::uint32_t>(from);
+        storeSample(to, kSwap ? withRedAndBlueSwapped(pixel) : pixel);
+    }
+    return true;
+}
+
+/// Bytes in the usual orders have loops of their own.
+template <class From, class To, class Places>
+constexpr bool kAreKnownBytes =
+    std::is_same_v<From, std::uint8_t>&& std::is_same_v<To, std::uint8_t> && !std::is_same_v<Places, AnyPlaces>;
 
 /// Frames here are B, G, R, A.
 template <class From, class To, bool kHasAlpha, class Places>
 void importRow(const std::uint8_t* __restrict from, const Places places, std::uint8_t* __restrict frame,
                std::int32_t width) {
-    if constexpr (kSwapsBytes<From, To, kHasAlpha, Places>) {
-        return swapRedAndBlue(from, frame, width);
+    if constexpr (kAreKnownBytes<From, To, Places>) {
+        if constexpr (kHasAlpha) {
+            return swapRedAndBlue(from, frame, width);
+        }
+        addAlpha<Places::red == 0>(from, frame, width - 1);
+        from += 3 * (width - 1);
+        frame += 4 * (width - 1);
+        width = 1;  // behind the last pixel there may be nothing to read
     }
     constexpr To kOpaque = static_cast<To>(kWhite<To>);
     auto* __restrict to = reinterpret_cast<To*>(frame);
@@ -122,8 +159,15 @@ void importRow(const std::uint8_t* __restrict from, const Places places, std::ui
 template <class From, class To, bool kHasAlpha, class Places>
 void exportRow(const std::uint8_t* __restrict frame, std::uint8_t* __restrict to, const Places places,
                std::int32_t width) {
-    if constexpr (kSwapsBytes<From, To, kHasAlpha, Places>) {
-        return swapRedAndBlue(frame, to, width);
+    if constexpr (kAreKnownBytes<From, To, Places>) {
+        if constexpr (kHasAlpha) {
+            return swapRedAndBlue(frame, to, width);
+        }
+        if (dropAlpha<Places::red == 0>(frame, to, width - 1)) {
+            frame += 4 * (width - 1);
+            to += 3 * (width - 1);
+            width = 1;  // behind the last pixel there may be something else
+        }
     }
     const auto* __restrict from = reinterpret_cast<const From*>(frame);
     for (std::int32_t x = 0; x < width; ++x, from += 4, to += places.pixel) {

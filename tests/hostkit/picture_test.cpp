@@ -148,17 +148,21 @@ TEST(Picture, EffectsWorkInPicturesThatTheModuleKnows) {
         const char* order;
         SampleType samples;
         int offset;
+        int stride;
         bool worksIn;
     };
-    for (const Case& each : {Case{"BGRA", SampleType::kUint8, 1, true}, Case{"ARGB", SampleType::kUint8, 0, true},
-                             Case{"BGRA", SampleType::kFloat, 4, true}, Case{"ARGB", SampleType::kFloat, 0, true},
-                             Case{"BGRA", SampleType::kFloat, 2, false}, Case{"BGRA", SampleType::kUint16, 0, false},
-                             Case{"RGBA", SampleType::kUint8, 0, false}, Case{"BGR", SampleType::kUint8, 0, false}}) {
+    for (const Case& each :
+         {Case{"BGRA", SampleType::kUint8, 1, 79, true}, Case{"ARGB", SampleType::kUint8, 0, 80, true},
+          Case{"BGRA", SampleType::kFloat, 4, 80, true}, Case{"ARGB", SampleType::kFloat, 0, 76, true},
+          Case{"BGRA", SampleType::kFloat, 2, 80, false}, Case{"BGRA", SampleType::kFloat, 0, 78, false},
+          Case{"BGRA", SampleType::kUint16, 0, 80, false}, Case{"RGBA", SampleType::kUint8, 0, 80, false},
+          Case{"BGR", SampleType::kUint8, 0, 80, false}}) {
         SCOPED_TRACE(std::string(each.order) + " at " + std::to_string(each.offset));
-        const PictureView source =
-            interleavedPicture(from + each.offset, kWidth, kHeight, each.samples, each.order, 80);
-        const PictureView destination =
-            interleavedPicture(to + (kHeight - 1) * 80 + each.offset, kWidth, kHeight, each.samples, each.order, -80);
+        const auto viewIn = [&](std::uint8_t* memory, std::ptrdiff_t stride) {
+            return interleavedPicture(memory + each.offset, kWidth, kHeight, each.samples, each.order, stride);
+        };
+        const PictureView source = viewIn(from, each.stride);
+        const PictureView destination = viewIn(to + (kHeight - 1) * each.stride, -each.stride);
         fill(source);
         renderer.render(source, destination, {});
         EXPECT_EQ(faultIn(destination, source.hasAlpha), "");
