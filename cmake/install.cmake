@@ -61,3 +61,15 @@ install(FILES ${PROJECT_SOURCE_DIR}/docs/lumilook.schema.json DESTINATION share/
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION share/doc/lumiset RENAME copyright)
 # The terms of the font that the program carries along.
 install(FILES /usr/share/doc/fonts-dejavu-core/copyright DESTINATION share/doc/lumiset RENAME copyright.DejaVu)
+
+# The desktop program, a package of its own: who renders on a server wants no window system.
+if(TARGET lumiset-studio)
+  set(studio ${PROJECT_SOURCE_DIR}/apps/studio)
+  install(TARGETS lumiset-studio RUNTIME DESTINATION bin COMPONENT studio)
+  install(FILES ${studio}/share/lumiset-studio.desktop DESTINATION share/applications COMPONENT studio)
+  install(FILES ${studio}/icons/lumiset-studio.svg DESTINATION share/icons/hicolor/scalable/apps COMPONENT studio)
+  install(FILES ${studio}/share/org.lumiset.Studio.metainfo.xml DESTINATION share/metainfo COMPONENT studio)
+  install(FILES ${studio}/share/lumiset-studio.xml DESTINATION share/mime/packages COMPONENT studio)
+  install(FILES ${studio}/share/lumiset-studio.1 DESTINATION share/man/man1 COMPONENT studio)
+  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION share/doc/lumiset-studio RENAME copyright COMPONENT studio)
+endif()

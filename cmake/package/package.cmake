@@ -1,4 +1,5 @@
-# The Debian packages, below /usr: everything that is installed, but for the Python package, which is one of its own.
+# The Debian packages, below /usr: everything that is installed, but for the Python package and the desktop program,
+# which are ones of their own: servers need no window system.
 set(LUMISET_MAINTAINER "The Lumiset authors <lumiset@example.org>" CACHE STRING "Who maintains the package")
 
 set(CPACK_GENERATOR DEB)
@@ -32,6 +33,12 @@ if(LUMISET_BUILD_PYTHON)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "lumiset (= ${PROJECT_VERSION}), python3-numpy, \
 python3 (>= 3.${LUMISET_PYTHON_MINOR}), python3 (<< 3.${after})")
 endif()
+set(CPACK_DEBIAN_STUDIO_PACKAGE_NAME lumiset-studio)
+set(CPACK_DEBIAN_STUDIO_PACKAGE_DEPENDS "lumiset (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_STUDIO_DESCRIPTION
+"The desktop program: looks and presets as pictures of the present frame, values
+and corners to drag, keys, comparison with the source, and export to what was
+seen, byte for byte.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # These are looked for while the program runs, so they are not among the libraries that it is linked with.
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS "libegl1, libgl1, libgl1-mesa-dri")

@@ -35,6 +35,8 @@ allow apps/studio/core apps/studio/core render media hostkit host platform
 allow bindings/c bindings/c hostkit host
 allow bindings/python bindings/python media hostkit host
 allow examples/kit_host hostkit
+allow apps/studio/model apps/studio/model apps/studio/core render media hostkit host
+allow apps/studio/views apps/studio/views apps/studio/model apps/studio/core render media hostkit host
 allow examples/minimal_host host
 allow examples/two_tones examples/two_tones effects gpu frame host platform
 

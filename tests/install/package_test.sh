@@ -23,6 +23,17 @@ depends=$(dpkg-deb -f "$package" Depends)
 for library in libc6 libavcodec libhwy libfmt; do
     [[ $depends == *"$library"* ]] || fail "the package does not depend on $library: $depends"
 done
+[[ $depends != *libqt6* ]] || fail "the package for servers needs a window system: $depends"
+studio=$(echo "$root"/packed/lumiset-studio_*.deb)
+if [ -f "$studio" ]; then
+    dpkg-deb -f "$studio" Depends | grep -q 'libqt6widgets6.*lumiset (= \|lumiset (= .*libqt6widgets6' || fail "lumiset-studio does not say what it needs"
+    dpkg-deb -x "$studio" "$root/system"
+    QT_QPA_PLATFORM=offscreen "$root/system/usr/bin/lumiset-studio" --version | grep -q "^studio " || fail "lumiset-studio does not start"
+    for file in bin/lumiset-studio share/applications/lumiset-studio.desktop share/man/man1/lumiset-studio.1.gz \
+        share/icons/hicolor/scalable/apps/lumiset-studio.svg share/metainfo/org.lumiset.Studio.metainfo.xml; do
+        [ -s "$root/system/usr/$file" ] || fail "$file is missing or empty"
+    done
+fi
 cd "$root/system/usr"
 for file in share/man/man1/lumiset.1.gz share/doc/lumiset/{copyright,changelog.gz} \
     share/zsh/vendor-completions/_lumiset include/lumiset/host/effect_library.h lib/pkgconfig/lumiset.pc; do

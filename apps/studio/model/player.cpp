@@ -1,0 +1,75 @@
+#include "apps/studio/model/player.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "apps/studio/model/preview.h"
+
+namespace lumiset::studio {
+
+Player::Player(Preview& preview, QObject* parent) : QObject(parent), m_preview(preview) {
+    m_elapsed.start();
+    m_timer.setSingleShot(true);
+    m_timer.setTimerType(Qt::PreciseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &Player::tick);
+    connect(&preview, &Preview::clipOpened, this, &Player::stop);
+    connect(&preview, &Preview::rangeChanged, this, [this] {
+        if (m_clock) {
+            play(m_clock->speed());
+        }
+    });
+}
+
+void Player::play(double speed) {
+    if (m_preview.clip() == nullptr || m_preview.clip()->frameCount < 2) {
+        return;
+    }
+    m_preview.setPlaying(true);
+    m_clock.emplace(m_preview.frame(), m_preview.framesPerSecond(), speed, m_preview.range(), m_loops, now());
+    tick();
+    emit changed();
+}
+
+void Player::stop() {
+    m_timer.stop();
+    if (m_clock) {
+        m_clock.reset();
+        m_preview.setPlaying(false);
+        emit changed();
+    }
+}
+
+void Player::shuttle(int direction) {
+    const bool further = speed() * direction > 0.0;
+    play(direction * (further ? std::min(8.0, std::abs(speed()) * 2.0) : 1.0));
+}
+
+void Player::step(qint64 frames) {
+    stop();
+    m_preview.setFrame(m_preview.frame() + frames);
+}
+
+void Player::stepSeconds(double seconds) {
+    step(std::llround(seconds * m_preview.framesPerSecond()));
+}
+
+void Player::setLoops(bool loops) {
+    m_loops = loops;
+    if (m_clock) {
+        play(m_clock->speed());
+    }
+    emit changed();
+}
+
+void Player::tick() {
+    const auto frame = m_clock->frameAt(now());
+    if (!frame) {
+        m_preview.setFrame(m_clock->speed() > 0.0 ? m_preview.range().last : m_preview.range().first);
+        stop();
+        return;
+    }
+    m_preview.setFrame(*frame);
+    m_timer.start(std::max(1, static_cast<int>(std::ceil((m_clock->nextDue(now()) - now()) * 1000.0))));
+}
+
+}  // namespace lumiset::studio

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QString>
+
+class QApplication;
+class QPalette;
+
+namespace lumiset::studio {
+
+enum class Theme { kSystem, kLight, kDark };
+
+/// Colours that palettes have no place for.
+struct Colors {
+    QColor surround;    ///< around the picture
+    QColor secondText;  ///< on windows and panels
+    QColor line;        ///< between things
+    QColor track;       ///< of sliders
+    QColor warning;
+    QColor error;
+    QColor cached;  ///< of the bar that tells what is ready
+};
+[[nodiscard]] const Colors& colors();
+
+/// Style, palette and font of the whole program. `kSystem` follows the desktop's wish, as long as it can be asked.
+void applyTheme(QApplication& application, Theme theme);
+[[nodiscard]] bool isDark(const QPalette& palette);
+
+/// An icon of ours in the colour of the palette's text, pale where it is disabled. It follows the theme when the
+/// program asks for it anew.
+[[nodiscard]] QIcon themeIcon(const QString& name);
+
+// Steps of all distances, in pixels at scale 1.
+inline constexpr int kStep = 4;
+inline constexpr int kGap = 8;
+inline constexpr int kRowHeight = 28;
+
+}  // namespace lumiset::studio
