@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 namespace lumiset {
 
-/// Sums that are kept between groups of rows, and the groups between the passes.
+/// What is found once for a picture; sums that are kept between groups of rows, and the groups between the passes.
 struct ByteBlurScratch {
+    std::optional<float> factorX;  ///< `roundingFactor` of the divisors
+    std::optional<float> factorY;
     std::int32_t* slopes;   ///< S of each sample of a row
     std::int32_t* sums;     ///< T of each sample of a row
     std::uint32_t* packed;  ///< masks: four groups of four rows, a sample's four in one word

@@ -78,11 +78,10 @@ void blurRows(const TriangularBlurJob& job, const TriangularKernel& kernel, cons
 
 /// Calls `work(bool constant for an even size, rounding)`.
 template <class Work>
-void withKernel(const TriangularKernel& kernel, const Work& work) {
+void withKernel(const TriangularKernel& kernel, const std::optional<float>& factor, const Work& work) {
     const auto withRounding = [&](const auto& rounding) {
         kernel.even ? work(std::true_type(), rounding) : work(std::false_type(), rounding);
     };
-    const auto factor = roundingFactor(kernel.divisor);
     factor ? withRounding(FactorRounding(kernel.divisor, *factor)) : withRounding(WholeRounding(kernel.divisor));
 }
 
@@ -91,14 +90,14 @@ void withKernel(const TriangularKernel& kernel, const Work& work) {
 void blurByteColumns(const TriangularBlurJob& job, const ByteBlurScratch& scratch, const BlurPath& path,
                      const BlurStrip& strip) {
     const TriangularKernel kernel(job.sizeY);
-    withKernel(kernel, [&](auto even, const auto& rounding) {
+    withKernel(kernel, scratch.factorY, [&](auto even, const auto& rounding) {
         blurColumns<decltype(even)::value>(job, kernel, rounding, scratch, path, strip);
     });
 }
 void blurByteRows(const TriangularBlurJob& job, const ByteBlurScratch& scratch, const BlurPath& path,
                   const BlurredRows& part) {
     const TriangularKernel kernel(job.sizeX);
-    withKernel(kernel, [&](auto even, const auto& rounding) {
+    withKernel(kernel, scratch.factorX, [&](auto even, const auto& rounding) {
         blurRows<decltype(even)::value>(job, kernel, rounding, scratch, path, part);
     });
 }
@@ -130,6 +129,8 @@ bool triangularBlurBytes(const TriangularBlurJob& job, MemoryAllocator& allocato
         return false;
     }
     ByteBlurScratch scratch{};
+    scratch.factorX = roundingFactor(TriangularKernel(job.sizeX).divisor);
+    scratch.factorY = roundingFactor(TriangularKernel(job.sizeY).divisor);
     scratch.slopes = block.take<std::int32_t>(samples);
     scratch.sums = block.take<std::int32_t>(samples);
     scratch.packed = block.take<std::uint32_t>(4 * packed);
