@@ -246,6 +246,34 @@ TEST(Convert, TakesTheChromaOfEachFieldFromWhereItLies) {
     }
 }
 
+// Chroma that rises evenly along the row. Where a frame does not say, samples of limited range lie on the left of their
+// two pixels (Rec. ITU-T H.264, figure E-1), those of full range between them, as JFIF has them.
+TEST(Convert, TakesChromaFromWhereTheFrameSaysOrItsRangeImplies) {
+    struct Case {
+        AVChromaLocation said;
+        AVColorRange range;
+        double place;  ///< of the chroma sample, in pixels right of the left one
+    };
+    for (const auto& [said, range, place] : {Case{AVCHROMA_LOC_UNSPECIFIED, AVCOL_RANGE_MPEG, 0},
+                                             {AVCHROMA_LOC_UNSPECIFIED, AVCOL_RANGE_JPEG, 0.5},
+                                             {AVCHROMA_LOC_CENTER, AVCOL_RANGE_MPEG, 0.5},
+                                             {AVCHROMA_LOC_LEFT, AVCOL_RANGE_JPEG, 0}}) {
+        const AvFrame frame = makeFrame(AV_PIX_FMT_YUV420P, 64, 16);
+        frame->chroma_location = said;
+        frame->color_range = range;
+        frame->colorspace = AVCOL_SPC_BT709;
+        fill(*frame, 0, [](int, int) { return 126; });
+        fill(*frame, 1, [](int x, int) { return 128 + 4 * (x - 16); });
+        fill(*frame, 2, [](int, int) { return 128; });
+        Picture picture;
+        FrameReader(64, 16, Depth::kFloat).read(*frame, picture);
+        const bool full = range == AVCOL_RANGE_JPEG;
+        const double blue = 2 * (1 - 0.0722) * (full ? 1 : 255.0 / 224);
+        const double expected = (full ? 126 : 110 * 255.0 / 219) + blue * 4 * ((32 - place) / 2 - 16);
+        EXPECT_NEAR(sampleOf(picture, 32, 8, 0), expected, 0.6) << said << ' ' << range;
+    }
+}
+
 TEST(Convert, KeepsAndBlendsAlpha) {
     for (const AVPixelFormat format : {AV_PIX_FMT_YUVA420P, AV_PIX_FMT_YUVA444P10LE, AV_PIX_FMT_RGBA, AV_PIX_FMT_ARGB,
                                        AV_PIX_FMT_GBRAP, AV_PIX_FMT_RGBA64BE, AV_PIX_FMT_YA8}) {
