@@ -115,22 +115,23 @@ TEST_F(MediaDetails, HdrIsToldAndItsDataKept) {
     EXPECT_TRUE(mentions(writeOne(path("a.png"), format, picture), "HDR (PQ)"));
 }
 
-// A maker, an orientation that says upright, and below them an exposure of a fiftieth of a second.
-const std::vector<std::uint8_t> kExif = {'M',  'M',  0,    42,   0,   0,   0,   8, 0, 3,                            //
-                                         1,    0x0F, 0,    2,    0,   0,   0,   8, 0, 0, 0, 50,                     //
-                                         1,    0x12, 0,    3,    0,   0,   0,   1, 0, 1, 0, 0,                      //
-                                         0x87, 0x69, 0,    4,    0,   0,   0,   1, 0, 0, 0, 58,                     //
-                                         0,    0,    0,    0,                                                       //
-                                         'L',  'u',  'm',  'i',  's', 'e', 't', 0,                                  //
-                                         0,    1,    0x82, 0x9A, 0,   5,   0,   0, 0, 1, 0, 0,  0, 76, 0, 0, 0, 0,  //
-                                         0,    0,    0,    1,    0,   0,   0,   50};
+// A maker, an orientation that says upright, and below them an exposure of 3/500 s, which is another number with its
+// bytes the wrong way round.
+const std::vector<std::uint8_t> kExif = {'M',  'M',  0,    42,   0,   0,   0,   8,   0, 3,                            //
+                                         1,    0x0F, 0,    2,    0,   0,   0,   8,   0, 0, 0, 50,                     //
+                                         1,    0x12, 0,    3,    0,   0,   0,   1,   0, 1, 0, 0,                      //
+                                         0x87, 0x69, 0,    4,    0,   0,   0,   1,   0, 0, 0, 58,                     //
+                                         0,    0,    0,    0,                                                         //
+                                         'L',  'u',  'm',  'i',  's', 'e', 't', 0,                                    //
+                                         0,    1,    0x82, 0x9A, 0,   5,   0,   0,   0, 1, 0, 0,  0, 76, 0, 0, 0, 0,  //
+                                         0,    0,    0,    3,    0,   0,   1,   0xF4};
 
 // What of it every kind of file holds.
 void expectExif(const std::vector<std::uint8_t>& exif) {
     const std::vector<TiffEntry> entries = readTiff(exif);
     ASSERT_GE(entries.size(), 2U);
     EXPECT_EQ(std::string(entries[0].value.begin(), entries[0].value.end()), std::string("Lumiset\0", 8));
-    EXPECT_NEAR(tiffNumber(entries.back().below, 0x829A), 0.02, 1e-9);
+    EXPECT_NEAR(tiffNumber(entries.back().below, 0x829A), 0.006, 1e-9);
 }
 
 TEST_F(MediaDetails, OfStillsGoFromFileToFile) {
