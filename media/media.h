@@ -188,9 +188,10 @@ public:
 struct SinkOptions {
     /// Video codec: h264, prores, qtrle, ffv1, vp9, mpeg2; empty: the usual one for the extension.
     std::string codec;
-    int quality = -1;  ///< H.264 and VP9: constant rate factor, lower is better; JPEG: 2..31; -1: high quality
-    int bits = 0;      ///< a sample, where the codec has them; 0: the source's for float pictures, 8 for others
-    int threads = 0;   ///< threads for conversion and encoding; 0: one a core
+    /// H.264, HEVC, VP8, VP9, AV1: constant rate factor, lower is better; JPEG, MPEG: 2..31; -1: high quality
+    int quality = -1;
+    int bits = 0;     ///< a sample, where the codec has them; 0: the source's for float pictures, 8 for others
+    int threads = 0;  ///< threads for conversion and encoding; 0: one a core
 };
 
 /// Takes pictures in order of time. Used from one thread at a time, save `prepare`. Nothing stands under the final name

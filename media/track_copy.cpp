@@ -44,6 +44,21 @@ bool holds(const AVOutputFormat& container, AVCodecID id) {
     return told || avformat_query_codec(&container, id, FF_COMPLIANCE_NORMAL) == 1;
 }
 
+// ISO 639-2 has two codes for some languages, and QuickTime's table knows the bibliographic ones alone.
+void nameForQuickTime(AVDictionary*& metadata) {
+    constexpr std::pair<std::string_view, const char*> kBibliographic[] = {
+        {"bod", "tib"}, {"ces", "cze"}, {"cym", "wel"}, {"deu", "ger"}, {"ell", "gre"}, {"eus", "baq"}, {"fas", "per"},
+        {"fra", "fre"}, {"hye", "arm"}, {"isl", "ice"}, {"kat", "geo"}, {"mkd", "mac"}, {"mya", "bur"}, {"msa", "may"},
+        {"nld", "dut"}, {"ron", "rum"}, {"slk", "slo"}, {"sqi", "alb"}, {"zho", "chi"}};
+    const AVDictionaryEntry* language = av_dict_get(metadata, "language", nullptr, 0);
+    for (const auto& [code, bibliographic] : kBibliographic) {
+        if (language != nullptr && code == language->value) {
+            av_dict_set(&metadata, "language", bibliographic, 0);
+            return;
+        }
+    }
+}
+
 // Notes that would be the same are told once.
 void tell(std::vector<std::string>& notes, const std::string& note) {
     if (std::find(notes.begin(), notes.end(), note) == notes.end()) {
@@ -85,6 +100,9 @@ public:
         }
         m_stream->disposition = source.disposition;
         av_dict_copy(&m_stream->metadata, source.metadata, 0);
+        if (std::string_view(output->oformat->name) == "mov") {
+            nameForQuickTime(m_stream->metadata);
+        }
     }
 
     void add(AVPacket* packet, double base, AVFormatContext* output) {
@@ -175,8 +193,9 @@ void TrackCopy::addStream(const AVStream& stream, std::vector<std::string>& note
             }
             return;
         default:
-            // A track of time code is written anew from the metadata.
-            if (codec.codec_tag != MKTAG('t', 'm', 'c', 'd')) {
+            // Tracks of time code and of chapters' names are written anew from what they tell.
+            if (codec.codec_tag != MKTAG('t', 'm', 'c', 'd') &&
+                (codec.codec_tag != MKTAG('t', 'e', 'x', 't') || m_input->nb_chapters == 0)) {
                 tell(notes, fmt::format("A track of data ({}) is left out.", avcodec_get_name(codec.codec_id)));
             }
     }

@@ -1,5 +1,8 @@
 #include "media/video_encoder.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include <fmt/format.h>
 
 #include "media/picture_color.h"
@@ -28,6 +31,16 @@ PictureColor codedColor(const VideoPlan& plan, const VideoFormat& format) {
         color.transfer = color.transfer == AVCOL_TRC_UNSPECIFIED ? AVCOL_TRC_BT709 : color.transfer;
     }
     return color;
+}
+
+// Encoders take smaller pictures than come back as they were.
+bool readsBack(AVCodecID codec, const VideoFormat& format) {
+    constexpr int kBlock = 16;
+    constexpr int kNarrowestTheora = 18;  // that FFmpeg decodes
+    if (codec == AV_CODEC_ID_VP8 || codec == AV_CODEC_ID_UTVIDEO) {
+        return std::min(format.width, format.height) >= kBlock;
+    }
+    return codec != AV_CODEC_ID_THEORA || format.width >= kNarrowestTheora;
 }
 
 AvCodecContext openEncoder(const VideoPlan& plan, const VideoFormat& format, AVRational timeBase, int threads,
@@ -67,7 +80,10 @@ AvCodecContext openEncoder(const VideoPlan& plan, const VideoFormat& format, AVR
     }
     const int result = avcodec_open2(context.get(), plan.codec, &options);
     av_dict_free(&options);
-    if (result == AVERROR(EINVAL) || result == AVERROR_EXTERNAL || result == AVERROR_UNKNOWN) {
+    const int refusals[] = {AVERROR(EINVAL), AVERROR(ENOSYS),     AVERROR_EXTERNAL,
+                            AVERROR_UNKNOWN, AVERROR_INVALIDDATA, AVERROR_PATCHWELCOME};
+    if (!readsBack(plan.codec->id, format) ||
+        std::find(std::begin(refusals), std::end(refusals), result) != std::end(refusals)) {
         // Most often a size: some codecs have a smallest one, or even ones alone.
         throw MediaError(fmt::format("{}: it refuses pictures of {}x{}, {:.5g} a second.", failure, format.width,
                                      format.height, format.frameRate.value()));

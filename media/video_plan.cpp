@@ -67,7 +67,11 @@ VideoPlan planAnimation(const SinkOptions&, const PictureKind& kind) {
 VideoPlan planFfv1(const SinkOptions&, const PictureKind& kind) {
     VideoPlan plan;
     plan.codec = encoder("ffv1");
-    plan.options = {{"level", "3"}, {"slicecrc", "1"}, {"g", "1"}};
+    plan.options = {{"g", "1"}};
+    // Slices of a few pixels do not read back as they were written.
+    if (std::min(kind.format.width, kind.format.height) >= 16) {
+        plan.options.insert(plan.options.end(), {{"level", "3"}, {"slicecrc", "1"}});
+    }
     const int bits = kind.bits;
     if (bits <= 8) {
         plan.format = kind.alpha ? AV_PIX_FMT_BGRA : AV_PIX_FMT_BGR0;
@@ -114,6 +118,33 @@ VideoPlan planY4m(const SinkOptions&, const PictureKind& kind) {
     return plan;
 }
 
+// Encoders that know no fixed quantiser, but a factor that keeps the quality even.
+struct FactorCodec {
+    const char* name;
+    int usual;
+    Options more;
+};
+const FactorCodec* factorCodec(std::string_view name) {
+    static const FactorCodec kFactorCodecs[] = {
+        {"libx265", 20, {{"x265-params", "log-level=none"}}},  // or it writes to the terminal by itself
+        {"libaom-av1", 22, {{"b", "0"}, {"cpu-used", "6"}, {"row-mt", "1"}}},
+        {"libsvtav1", 24, {{"preset", "8"}}},
+        {"libvpx", 8, {{"b", "100M"}, {"cpu-used", "2"}}},  // a limit, which it does without only in VP9
+    };
+    const auto* const found = std::find_if(std::begin(kFactorCodecs), std::end(kFactorCodecs),
+                                           [&](const FactorCodec& each) { return name == each.name; });
+    return found == std::end(kFactorCodecs) ? nullptr : found;
+}
+
+// x265 3.5 weighs blocks by eights when it looks ahead, and writes behind the rows of smaller pictures.
+constexpr int kSmallestHevcTree = 64;
+
+// Where halved chroma is refused for pictures of odd sizes.
+bool needsFullChroma(const AVCodec& codec, const VideoFormat& format) {
+    const std::string_view name = codec.name;
+    return (name == "libx265" || name == "utvideo") && (format.width % 2 != 0 || format.height % 2 != 0);
+}
+
 // Any other encoder: its best pixel format, a fixed fine quantiser, and pictures at a constant rate, which is all that
 // the older codecs know.
 VideoPlan planOther(const AVCodec* codec, const SinkOptions& options, const PictureKind& kind) {
@@ -122,8 +153,13 @@ VideoPlan planOther(const AVCodec* codec, const SinkOptions& options, const Pict
     plan.constantRate = true;
     plan.codesFields = codec->id == AV_CODEC_ID_MPEG2VIDEO || codec->id == AV_CODEC_ID_MPEG4;
     plan.qscale = options.quality >= 1 ? options.quality : 2;
-    if (std::string_view(codec->name) == "libx265") {
-        plan.options = {{"x265-params", "log-level=error"}};  // it writes to the terminal by itself
+    if (const FactorCodec* factor = factorCodec(codec->name)) {
+        plan.qscale = -1;
+        plan.options = factor->more;
+        plan.options.emplace_back("crf", rateFactor(options, factor->usual));
+        if (codec->id == AV_CODEC_ID_HEVC && std::min(kind.format.width, kind.format.height) < kSmallestHevcTree) {
+            plan.options.front().second += ":cutree=0";
+        }
     }
     if (codec->supported_framerates != nullptr) {
         const AVRational rate = avRational(kind.format.frameRate);
@@ -140,7 +176,11 @@ VideoPlan planOther(const AVCodec* codec, const SinkOptions& options, const Pict
                       ? AV_PIX_FMT_YUV420P
                       : avcodec_find_best_pix_fmt_of_list(codec->pix_fmts, wanted, kind.alpha ? 1 : 0, nullptr);
     // What every player of a lossy codec can show.
-    for (const AVPixelFormat usual : {AV_PIX_FMT_YUV420P, kind.deep() ? AV_PIX_FMT_YUV420P10LE : AV_PIX_FMT_NONE}) {
+    const bool full = needsFullChroma(*codec, kind.format);
+    for (const AVPixelFormat usual :
+         {full ? AV_PIX_FMT_YUV444P : AV_PIX_FMT_YUV420P, !kind.deep() ? AV_PIX_FMT_NONE
+                                                          : full       ? AV_PIX_FMT_YUV444P10LE
+                                                                       : AV_PIX_FMT_YUV420P10LE}) {
         for (const AVPixelFormat* f = codec->pix_fmts; !kind.alpha && f != nullptr && *f != AV_PIX_FMT_NONE; f++) {
             plan.format = *f == usual ? usual : plan.format;
         }
@@ -191,6 +231,12 @@ VideoPlan withNotes(VideoPlan plan, const PictureKind& kind) {
         plan.notes.push_back(fmt::format("Transparency is laid over black, as {} has none here.", plan.codec->name));
     }
     const bool rgb = (descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0;
+    if (descriptor.nb_components < 3 && (descriptor.flags & AV_PIX_FMT_FLAG_PAL) == 0) {
+        plan.notes.push_back(fmt::format("Colours are written as greys, as {} has no others.", plan.codec->name));
+    } else if (bits < 5) {
+        plan.notes.push_back(
+            fmt::format("Colours are reduced to those of a palette, as {} is written here.", plan.codec->name));
+    }
     const Chroma written = rgb || descriptor.log2_chroma_w == 0 ? Chroma::k444
                            : descriptor.log2_chroma_h == 0      ? Chroma::k422
                                                                 : Chroma::k420;

@@ -45,7 +45,8 @@ private:
     AVStream* m_stream = nullptr;
     VideoPlan m_plan;
     std::int64_t m_firstPts = 0;
-    std::int64_t m_nextPts = 0;  ///< in the encoder's units; the earliest that is still free
+    std::int64_t m_nextPts = 0;   ///< in the encoder's units; the earliest that is still free
+    std::int64_t m_tooClose = 0;  ///< pictures that a constant rate has no time for
     std::vector<std::string> m_notes;
 };
 
@@ -159,6 +160,7 @@ void VideoSink::write(const ReadyPicture& ready) {
     if (m_plan.constantRate) {
         pts = std::llround(static_cast<double>(pts) * m_format.timeBase.value() * m_format.frameRate.value());
         if (pts < m_nextPts) {
+            ++m_tooClose;
             return;
         }
         // The picture before lasts until this one.
@@ -197,6 +199,10 @@ void VideoSink::finish() {
     }
     m_encoder->sendEnd();
     writeReadyPackets();
+    if (m_tooClose > 0) {
+        m_notes.push_back(fmt::format("{} of the input's pictures {} left out, as {:.5g} a second are written here.",
+                                      m_tooClose, m_tooClose == 1 ? "is" : "are", m_format.frameRate.value()));
+    }
     if (m_tracks) {
         m_tracks->finish();
     }

@@ -1,6 +1,17 @@
 #include "render/picture_frame.h"
 
+#include <cmath>
+
 namespace lumiset::render {
+namespace {
+
+/// Programs that scale pictures to whole pixels write shapes like 400:401. Nobody sees these, and other programs'
+/// plug-ins are told of a square as well.
+double withoutRounding(double pixelAspect) {
+    return std::abs(pixelAspect - 1.0) < 0.005 ? 1.0 : pixelAspect;
+}
+
+}  // namespace
 
 VideoFrameDesc frameOf(const media::Picture& picture) {
     // The record is one for sources and destinations alike; nobody writes to a source.
@@ -23,7 +34,7 @@ hostkit::FrameContext contextOf(const media::Picture& picture, const media::Vide
     context.timeSeconds = picture.timeSeconds;
     const double rate = format.frameRate.value();
     context.durationSeconds = rate > 0.0 ? 1.0 / rate : 0.0;
-    context.pixelAspect = format.pixelAspect.value();
+    context.pixelAspect = withoutRounding(format.pixelAspect.value());
     if (picture.interlaced) {
         context.fields = picture.topFieldFirst ? hostkit::FieldOrder::kTopFirst : hostkit::FieldOrder::kBottomFirst;
     }

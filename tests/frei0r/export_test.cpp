@@ -143,6 +143,21 @@ TEST(ExportedLines, LeaveOutWhatIsAtItsDefaultAndQuoteTheRest) {
         EXPECT_NE(ffmpegCommand({settingsOf(values)}, clip).find(name[1] == ':' ? " file:a:b.mp4" : " a=b.mp4"),
                   std::string::npos);
     }
+    // Alpha goes over black where the file has none; pictures in a row have a rate and a first number.
+    clip = {"s_%03d.png", "a.mkv"};
+    clip.width = clip.height = 32;
+    clip.alpha = true;
+    clip.sequenceRate = 30;
+    clip.firstNumber = 7;
+    for (const auto& [output, over] :
+         {std::pair{"a.mkv", false}, {"a.mov", false}, {"a.mp4", true}, {"a.png", false}}) {
+        clip.output = output;
+        const std::string line = ffmpegCommand({settingsOf(values)}, clip);
+        EXPECT_EQ(line.find("premultiply=inplace=1") != std::string::npos, over) << line;
+        EXPECT_EQ(line.rfind("ffmpeg -framerate 30 -start_number 7 -i s_%03d.png ", 0), 0U) << line;
+    }
+    clip.input = "s_*.png";
+    EXPECT_EQ(ffmpegCommand({settingsOf(values)}, clip).rfind("ffmpeg -framerate 30 -pattern_type glob ", 0), 0U);
 }
 
 TEST(ExportedTemplate, IsNamedAsAsked) {

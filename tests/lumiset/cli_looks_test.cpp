@@ -12,9 +12,9 @@ using testing::HasSubstr;
 class Looks : public testing::Test {
 protected:
     /// The bytes of a clip that was rendered with these options.
-    std::string rendered(std::vector<std::string> options) {
+    std::string rendered(std::vector<std::string> options, const std::string& input = "scene:64x36:0.5:10") {
         const std::string file = folder / "out.y4m";
-        options.insert(options.begin(), {"render", "scene:64x36:0.5:10", file, "-q", "-y"});
+        options.insert(options.begin(), {"render", input, file, "-q", "-y"});
         const RunResult run = runLumiset(options);
         EXPECT_EQ(run.status, 0) << run.err;
         return contentsOf(file);
@@ -35,6 +35,23 @@ TEST_F(Looks, RenderAsTheLineThatMadeThem) {
     EXPECT_EQ(rendered({"--look", "tape"}), direct);
     EXPECT_EQ(rendered({"--look", folder / "lumiset/looks/Tape.lumilook", "--strength", "100"}), direct);
     EXPECT_THAT(runLumiset({"look", "list"}).out, HasSubstr("As it was."));
+    ASSERT_EQ(runLumiset({"look", "save", "Other", "--look", "Only Red", "--about", "Said anew."}).status, 0);
+    EXPECT_THAT(runLumiset({"look", "show", "Other"}).out, HasSubstr("Said anew."));
+
+    // They come in place of its keys.
+    for (const auto& [option, value] : {std::pair{"--set", "Contrast=40"}, {"--key", "Contrast@0=40"}}) {
+        std::vector<std::string> plain(line.begin(), line.begin() + 10);
+        plain.insert(plain.end(), {option, value});
+        EXPECT_EQ(rendered({"--look", "tape", option, std::string("Old TV/") + value}), rendered(plain));
+    }
+
+    // A part of the clip is a time in it; a still picture is the beginning of a second.
+    const auto keyed = [&](const std::string& end, const std::string& input) {
+        return rendered({"-e", "Old TV", "--key", "Contrast@0=0", "--key", "Contrast@" + end + "=40"}, input);
+    };
+    EXPECT_EQ(keyed("50%", "scene:64x36:0.5:10"), keyed("0.25", "scene:64x36:0.5:10"));
+    ASSERT_EQ(runLumiset({"render", "scene:64x36:0.04", folder / "still.png", "-q", "-e", "Outline"}).status, 0);
+    EXPECT_EQ(keyed("50%", folder / "still.png"), keyed("0.5", folder / "still.png"));
 
     // Values on top of it, and effects behind it.
     std::vector<std::string> changed = line;
@@ -53,12 +70,15 @@ TEST_F(Looks, RenderAsTheLineThatMadeThem) {
 TEST_F(Looks, ShowWhereTheMaskIsWhiteAndAsMuchAsTheirStrengthSays) {
     const std::string mask = folder / "mask.png";
     media::Picture picture;
-    picture.allocate(2, 1, media::Depth::kEightBit);
-    const std::uint8_t halves[] = {255, 255, 255, 255, 0, 0, 0, 255};
-    std::copy(std::begin(halves), std::end(halves), picture.row(0));
+    picture.allocate(2, 2, media::Depth::kEightBit);
+    // White on the left; black, and white that is transparent, on the right.
+    const std::uint8_t halves[2][8] = {{255, 255, 255, 255, 0, 0, 0, 255}, {255, 255, 255, 255, 255, 255, 255, 0}};
+    for (int y = 0; y < 2; ++y) {
+        std::copy(std::begin(halves[y]), std::end(halves[y]), picture.row(y));
+    }
     media::VideoFormat format;
     format.width = 2;
-    format.height = 1;
+    format.height = 2;
     const auto sink = media::openSink(mask, format);
     sink->write(picture);
     sink->finish();
@@ -100,8 +120,11 @@ TEST_F(Looks, ComplainOfWhatCannotBe) {
         {{"render", "scene", "x.png", "-e", "Outline", "--strength", "101"}, 2, "0 to 100"},
         {{"render", "-", "x.png", "--look", keys}, 2, "length"},
         {{"render", "scene", "x.png", "-e", "Outline", "--mask", "nowhere.png"}, 1, "nowhere.png"},
-        {{"export", "ffmpeg", "--look", keys}, 2, "keys"},
+        {{"export", "ffmpeg", "--look", keys}, 2, "has keys"},
         {{"look", "save", folder / "a.json", "-e", "Outline"}, 2, ".lumilook"},
+        {{"look", "save", folder / "a.lumilook", "--look", "Only Red", "--strength", "50", "-e", "Outline"},
+         2,
+         "saved alone"},
         {{"look", "check", keys, folder / "b.lumilook"}, 1, ""},
         {{"gallery", "--looks", "scene", "x.png", "-e", "Outline"}, 2, "all looks"},
     };

@@ -145,19 +145,48 @@ TEST_F(MediaPictures, OfGreyAndDeepFilesAreReadExactly) {
     EXPECT_EQ(bits.row(0)[4 * 7], 0);  // 1 is ink
 }
 
-TEST_F(MediaPictures, OfOddSizesStayWhole) {
-    const Picture picture = colorPatches(33, 17, false);
-    for (const char* name : {"a.mp4", "a.webm", "a.mov", "a.jpg", "a.y4m"}) {
-        SCOPED_TRACE(name);
-        VideoFormat format = formatOf(picture, false);
-        const auto sink = openSink(path(name), format);
-        sink->write(picture);
-        sink->finish();
-        EXPECT_EQ(sink->notes().size(), std::string(name) == "a.mp4" || std::string(name) == "a.mov" ? 1U : 0U);
-        const std::vector<Picture> read = readAll(path(name));
-        ASSERT_EQ(read.size(), 1U);
-        EXPECT_EQ(read[0].width, 33);
-        EXPECT_EQ(read[0].height, 17);
+TEST_F(MediaPictures, OfEverySizeComeBackOrAreRefused) {
+    struct Sized {
+        const char* file;
+        const char* codec;
+        int least;  ///< width that is written
+    };
+    const Sized kinds[] = {{"a.png", "", 1},         {"a.jpg", "", 1},         {"a.webp", "", 1},
+                           {"a.tiff", "", 1},        {"a.bmp", "", 1},         {"a.mp4", "", 1},
+                           {"a.mov", "prores", 1},   {"a.mov", "qtrle", 1},    {"a.mkv", "ffv1", 1},
+                           {"a.webm", "", 1},        {"a.y4m", "", 1},         {"a.avi", "", 1},
+                           {"a.mkv", "libx265", 32}, {"a.avi", "utvideo", 16}, {"a.ogv", "", 18},
+                           {"a.mkv", "libvpx", 16},  {"a.mkv", "dnxhd", 1920}};
+    for (const auto& [width, height] : {std::pair{1, 1}, {2, 1}, {1, 2}, {3, 3}, {7, 2}, {15, 17}, {33, 33}}) {
+        const std::string size = std::to_string(width) + "x" + std::to_string(height);
+        for (const Sized& kind : kinds) {
+            SCOPED_TRACE(size + ' ' + kind.file + ' ' + kind.codec);
+            std::vector<Picture> pictures;
+            const bool still = std::string_view("png jpg webp tiff bmp").find(kind.file + 2) != std::string_view::npos;
+            for (int i = 0; i < (still ? 1 : 3); i++) {
+                pictures.push_back(flatPicture(width, height, 60, 200 - 50 * i, 40 + 60 * i));
+            }
+            SinkOptions options;
+            options.codec = kind.codec;
+            const auto write = [&] { writePictures(path(kind.file), formatOf(pictures[0], false), pictures, options); };
+            if (width < kind.least) {
+                try {
+                    write();
+                    ADD_FAILURE() << "not refused";
+                } catch (const MediaError& error) {
+                    EXPECT_NE(std::string(error.what()).find("pictures of " + size), std::string::npos) << error.what();
+                }
+                EXPECT_TRUE(files().empty());
+                continue;
+            }
+            write();
+            const std::vector<Picture> read = readAll(path(kind.file));
+            ASSERT_EQ(read.size(), pictures.size());
+            for (std::size_t i = 0; i < read.size(); i++) {
+                EXPECT_LE(worstDifference(read[i], pictures[i], 0, 3), 12) << "picture " << i;
+            }
+            std::filesystem::remove(path(kind.file));
+        }
     }
 }
 

@@ -102,8 +102,8 @@ std::string ffmpegFilters(const std::string& plugins, const Clip& clip, const st
         filters += plugins;
     }
     // What has no alpha takes the colours over black.
-    const bool keepsAlpha =
-        format.find('a') != std::string::npos || hasExtension(clip.output, {".png", ".tif", ".tiff", ".webp", ".bmp"});
+    const bool keepsAlpha = format.find('a') != std::string::npos ||
+                            hasExtension(clip.output, {".png", ".tif", ".tiff", ".webp", ".bmp", ".mkv"});
     if (clip.alpha && !keepsAlpha) {
         filters += ",premultiply=inplace=1";
     }

@@ -34,7 +34,8 @@ public:
         app.add_option("--duration", m_duration, "how much of the input to render, likewise")->option_text("TIME");
         app.add_option("--codec", m_request.job.codec, "video codec of the output [the usual one for its extension]")
             ->option_text("NAME");
-        app.add_option("--quality", m_request.job.quality, "H.264, VP9: constant rate factor; JPEG: 2 (best) to 31")
+        app.add_option("--quality", m_request.job.quality,
+                       "H.264, HEVC, VP8, VP9, AV1: constant rate factor; JPEG, MPEG: 2 (best) to 31")
             ->check(CLI::Range(0, 63))
             ->option_text("N");
         app.add_option("--fps", m_rate,
