@@ -6,6 +6,8 @@
 #include <QTimer>
 #include <cstdio>
 #include <exception>
+#include <span>
+#include <string_view>
 
 #include "apps/studio/model/studio.h"
 #include "apps/studio/views/main_window.h"
@@ -77,6 +79,12 @@ int run(QApplication& application) {
 }  // namespace lumiset::studio
 
 int main(int argc, char** argv) {
+    // Answers without a display, too.
+    for (const std::string_view argument : std::span(argv + 1, argv + argc)) {
+        if (argument == "--help" || argument == "-h" || argument == "--version" || argument == "-v") {
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        }
+    }
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName("lumiset");
     QCoreApplication::setApplicationName("studio");

@@ -32,7 +32,7 @@ def blocks_of(page):
     for block in BLOCK.finditer(page.read_text()):
         text = re.sub(r"\\\n\s*", "", block["text"])
         lines = [line for line in text.splitlines() if line.strip() and not line.startswith("#")]
-        if all(line.startswith(PROGRAM) for line in lines) and "<!-- not run:" not in block["before"]:
+        if all(line.startswith(PROGRAM + " ") for line in lines) and "<!-- not run:" not in block["before"]:
             yield lines
 
 
