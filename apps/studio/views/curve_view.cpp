@@ -106,9 +106,10 @@ void CurveView::paintEvent(QPaintEvent* /*event*/) {
     const double rate = m_studio.preview.framesPerSecond();
     const double end = static_cast<double>(m_studio.preview.clip()->frameCount - 1) / rate;
     std::vector<double> times = keys;
-    for (double x = m_timeline.xOf(0.0); x <= width(); x += 2.0) {
-        const double perSecond = (m_timeline.xOf(1.0) - m_timeline.xOf(0.0)) * rate;
-        times.push_back(std::min(end, (x - m_timeline.xOf(0.0)) / std::max(1e-9, perSecond)));
+    const double start = m_timeline.xOf(0.0);
+    const double perSecond = std::max(1e-9, (m_timeline.xOf(1.0) - start) * rate);
+    for (int x = 0; start + x <= width(); x += 2) {
+        times.push_back(std::min(end, x / perSecond));
     }
     std::sort(times.begin(), times.end());
     const bool holds = m_parameter->type == kParamBoolean || m_parameter->type == kParamChoice;

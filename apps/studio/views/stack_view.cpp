@@ -41,8 +41,10 @@ public:
         pale.setAlphaF(0.45F);
         painter->setPen(Qt::NoPen);
         painter->setBrush(pale);
-        for (int dot = 0; dot < 6; ++dot) {
-            painter->drawEllipse(QPointF(row.left() + 6 + dot % 2 * 4, row.center().y() - 4 + dot / 2 * 4), 1.1, 1.1);
+        for (const int x : {6, 10}) {
+            for (const int y : {-4, 0, 4}) {
+                painter->drawEllipse(QPointF(row.left() + x, row.center().y() + y), 1.1, 1.1);
+            }
         }
         const QRectF box = boxRect(option.rect);
         painter->setPen(QPen(ink, 1.3));
