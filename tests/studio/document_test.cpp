@@ -99,6 +99,13 @@ TEST_F(DocumentTest, SavesAndOpensWithTheClip) {
     EXPECT_EQ(studio.clip(), "scene:320x180:2");
 }
 
+TEST_F(DocumentTest, ALookWithoutAClipIsShownOnTheScene) {
+    Studio fresh;
+    fresh.openFiles({LUMISET_SOURCE "/looks/only_red.lumilook"});
+    ASSERT_TRUE(waitFor([&] { return fresh.preview.shot().picture != nullptr; }));
+    EXPECT_FALSE(fresh.document.look().effects.empty());
+}
+
 TEST_F(DocumentTest, TellsOfFilesThatCannotBeUsed) {
     QString told;
     QObject::connect(&studio, &Studio::failed, [&](const QString& text) { told = text; });

@@ -94,6 +94,8 @@ void Studio::openFiles(const QStringList& files) {
     }
     if (!clips.isEmpty()) {
         openClip(clips.front());
+    } else if (m_clip.isEmpty() && document.look().clip.empty()) {
+        openClip({});  // a look or preset needs something to be seen on
     }
     if (clips.size() > 1) {
         emit clipsOffered(clips);
