@@ -202,7 +202,7 @@ std::string EffectDescription::plainName(const ParameterDescription& wanted) con
             (other.group == wanted.group ? sameBox : otherBox) = true;
         }
     }
-    const std::string plain = sameBox && wanted.type == kParamColor ? wanted.label + " Color" : wanted.label;
+    std::string plain = sameBox && wanted.type == kParamColor ? wanted.label + " Color" : wanted.label;
     if (!otherBox || wanted.group.empty()) {
         return plain;
     }

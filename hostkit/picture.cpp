@@ -200,7 +200,7 @@ void withPlaces(const PictureView& view, const Visit& visit) {
 template <class Visit>
 void withSamples(const PictureView& view, const Visit& visit) {
     switch (view.samples) {
-        case SampleType::kUint8:
+        case SampleType::kUint8:  // NOLINT(bugprone-branch-clone): the branches differ in their types
             return visit(std::uint8_t());
         case SampleType::kUint16:
             return visit(std::uint16_t());

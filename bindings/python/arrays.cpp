@@ -31,7 +31,7 @@ std::string shapeText(const py::array& array) {
 }  // namespace
 
 std::string orderFor(const std::string& order, py::ssize_t channels) {
-    const std::string usual = channels == 3 ? "RGB" : "RGBA";
+    std::string usual = channels == 3 ? "RGB" : "RGBA";
     if (order.empty()) {
         return usual;
     }

@@ -12,6 +12,7 @@ class PythonRenderer {
 public:
     PythonRenderer(const std::vector<std::shared_ptr<LookObject>>& looks, double clipSeconds) {
         std::vector<hostkit::MaskedLook> masked;
+        masked.reserve(looks.size());
         for (const std::shared_ptr<LookObject>& each : looks) {
             masked.push_back(each->masked);
         }

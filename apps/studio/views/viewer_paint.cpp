@@ -199,8 +199,9 @@ void Viewer::paintLoupe(QPainter& painter) const {
     painter.setClipPath(round);
     painter.fillRect(glass, colors().surround);
     painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    constexpr int kReach = kAcross / 2;
     painter.drawImage(glass, imageOf(m_studio.preview.shot().picture),
-                      QRectF(x - kAcross / 2, y - kAcross / 2, kAcross, kAcross));
+                      QRectF(x - kReach, y - kReach, kAcross, kAcross));
     painter.restore();
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(QColor(0, 0, 0, 160), 4));
