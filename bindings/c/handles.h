@@ -48,13 +48,13 @@ struct lumiset_library {
 };
 
 struct lumiset_look {
-    lumiset::bindings::SharedLibrary library;
+    lumiset::bindings::SharedLibrary shared;
     lumiset::hostkit::MaskedLook masked;
     std::string text{};
 };
 
 struct lumiset_renderer {
-    lumiset::bindings::SharedLibrary library;
+    lumiset::bindings::SharedLibrary shared;
     std::vector<lumiset::hostkit::EffectStage> chain;
-    lumiset::hostkit::PictureRenderer renderer{chain, library->allocator.get(), library->threads.get()};
+    lumiset::hostkit::PictureRenderer renderer{chain, shared->allocator.get(), shared->threads.get()};
 };

@@ -18,16 +18,16 @@ const SharedLibrary& sharedOf(const lumiset_library* library) {
 
 /// An effect of a look with what is known of it.
 struct Place {
-    Place(lumiset_look* look, std::uint32_t number) : library(*needed(look, "a look").library) {
+    Place(lumiset_look* look, std::uint32_t number) : opened(*needed(look, "a look").shared) {
         std::vector<hostkit::LookEffect>& effects = look->masked.look.effects;
         if (number >= effects.size()) {
             throw ArgumentError("The look has no effect number " + std::to_string(number) + " of " +
                                 std::to_string(effects.size()) + '.');
         }
         effect = &effects[number];
-        description = &library.catalogue.effect(effect->effect);
+        description = &opened.catalogue.effect(effect->effect);
     }
-    const Library& library;
+    const Library& opened;
     hostkit::LookEffect* effect;
     const hostkit::EffectDescription* description;
 };
@@ -76,14 +76,14 @@ void lumiset_look_free(lumiset_look* look) {
 
 lumiset_status lumiset_look_save(const lumiset_look* look, const char* file) {
     return guarded([&] {
-        hostkit::saveLook(needed(look, "a look").library->catalogue, look->masked.look, neededText(file, "a file"));
+        hostkit::saveLook(needed(look, "a look").shared->catalogue, look->masked.look, neededText(file, "a file"));
     });
 }
 
 const char* lumiset_look_text(lumiset_look* look) {
     return guardedPointer([&] {
         lumiset_look& known = needed(look, "a look");
-        known.text = hostkit::lookToJson(known.library->catalogue, known.masked.look);
+        known.text = hostkit::lookToJson(known.shared->catalogue, known.masked.look);
         return known.text.c_str();
     });
 }
@@ -91,7 +91,7 @@ const char* lumiset_look_text(lumiset_look* look) {
 lumiset_status lumiset_look_add(lumiset_look* look, const char* effect, const char* preset) {
     return guarded([&] {
         const auto& description =
-            needed(look, "a look").library->catalogue.effect(neededText(effect, "an effect's name"));
+            needed(look, "a look").shared->catalogue.effect(neededText(effect, "an effect's name"));
         hostkit::LookEffect added{description.name};
         if (preset != nullptr) {
             added.preset = description.preset(preset).uniqueName;
@@ -136,7 +136,7 @@ lumiset_status lumiset_look_key(lumiset_look* look, uint32_t effect, const char*
 lumiset_status lumiset_look_load_preset(lumiset_look* look, uint32_t effect, const char* file) {
     return guarded([&] {
         const Place place(look, effect);
-        hostkit::loadPresetFile(place.library.module.effectLibrary(), *place.description, neededText(file, "a file"),
+        hostkit::loadPresetFile(place.opened.module.effectLibrary(), *place.description, neededText(file, "a file"),
                                 *place.effect);
     });
 }

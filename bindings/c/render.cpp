@@ -57,7 +57,7 @@ lumiset_renderer* lumiset_renderer_new_chain(const lumiset_look* const* looks, s
         std::vector<hostkit::MaskedLook> chain;
         for (size_t i = 0; i < count; ++i) {
             const lumiset_look& look = needed(looks[i], "a look");
-            if (look.library != looks[0]->library) {
+            if (look.shared != looks[0]->shared) {
                 throw ArgumentError("The looks of a chain are made with one library.");
             }
             chain.push_back(look.masked);
@@ -65,7 +65,7 @@ lumiset_renderer* lumiset_renderer_new_chain(const lumiset_look* const* looks, s
         if (!std::isfinite(clip_seconds) || clip_seconds < 0.0) {
             throw ArgumentError("The length of a clip is a number of seconds from 0 on.");
         }
-        const SharedLibrary& library = looks[0]->library;
+        const SharedLibrary& library = looks[0]->shared;
         if (!(clip_seconds > 0.0) && std::any_of(chain.begin(), chain.end(), [](const hostkit::MaskedLook& each) {
                 return hostkit::hasKeysInParts(each.look);
             })) {
@@ -92,7 +92,7 @@ lumiset_status lumiset_render_frame(lumiset_renderer* renderer, const lumiset_pi
         const hostkit::PictureView from = viewOf(source);
         const hostkit::PictureView to = viewOf(destination);
         const hostkit::FrameContext context = contextOf(seconds, frame);
-        const hostkit::ThreadPool::Turn turn(*known.library->threads.get());
+        const hostkit::ThreadPool::Turn turn(*known.shared->threads.get());
         known.renderer.render(from, to, context);
     });
 }

@@ -290,7 +290,7 @@ static void renders(const lumiset_library* library, const char* folder) {
 }
 
 struct Job {
-    const lumiset_library* library;
+    const lumiset_library* effects;
     const lumiset_look* look;
     uint8_t result[4 * kPixels];
     int done;
@@ -306,9 +306,9 @@ static void* work(void* context) {
     for (int i = 0; i < 20; ++i) {
         draw(job->result);
         job->done = lumiset_render(renderer, &to, &to, 1.0) == LUMISET_OK && job->done;
-        job->done = lumiset_find_effect(job->library, "Outline", &number) == LUMISET_OK && job->done;
+        job->done = lumiset_find_effect(job->effects, "Outline", &number) == LUMISET_OK && job->done;
     }
-    lumiset_find_effect(job->library, "Nothing", &number);
+    lumiset_find_effect(job->effects, "Nothing", &number);
     snprintf(job->error, sizeof job->error, "%s", lumiset_error());
     lumiset_renderer_free(renderer);
     return NULL;
@@ -321,7 +321,7 @@ static void rendersOnThreads(const lumiset_library* library) {
     uint32_t number;
     CHECK(lumiset_find_effect(library, "Outlines", &number) == LUMISET_UNKNOWN_NAME);
     for (int i = 0; i < 4; ++i) {
-        jobs[i].library = library;
+        jobs[i].effects = library;
         jobs[i].look = look;
         CHECK(pthread_create(&threads[i], NULL, work, &jobs[i]) == 0);
     }
