@@ -63,7 +63,16 @@ endif()
 
 # lumiset_library(NAME SOURCES... ) declares a static library of the project. What it builds on is linked
 # with target_link_libraries(NAME PUBLIC ...).
+# Files that Highway includes once for each instruction set are left out of unity builds, which join files into one.
 function(lumiset_library name)
   add_library(${name} STATIC ${ARGN})
+  foreach(source IN LISTS ARGN)
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${source})
+      file(STRINGS ${source} vectors REGEX "^#include \"hwy/foreach_target.h\"|^#include <hwy/foreach_target.h>" LIMIT_COUNT 1)
+      if(vectors)
+        set_source_files_properties(${source} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+      endif()
+    endif()
+  endforeach()
   target_link_libraries(${name} PUBLIC lumiset_options)
 endfunction()

@@ -35,6 +35,7 @@ struct EffectDescription {
     std::vector<ParameterDescription> parameters;
     std::vector<PresetDescription> presets;
 
+    [[nodiscard]] bool dependsOnTime() const { return (flags & kDependsOnTime) != 0; }
     /// The parameter called `name`: its label, `Group/Label` or `#` and its index, in any case of letters.
     /// Throws `ParameterError` for an unknown name and for a label that several parameters share.
     [[nodiscard]] const ParameterDescription& parameter(std::string_view name) const;

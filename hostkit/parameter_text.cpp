@@ -197,6 +197,23 @@ std::string formatValue(const ParameterDescription& parameter, const ParamValue&
                         parameter.wholeNumbers ? 0 : 2);
 }
 
+const char* typeName(ParamType type) {
+    switch (type) {
+        case kParamPoint:
+            return "point";
+        case kParamChoice:
+            return "choice";
+        case kParamSlider:
+            return "slider";
+        case kParamColor:
+            return "color";
+        case kParamBoolean:
+            return "boolean";
+        default:
+            return "group";
+    }
+}
+
 std::string describeRange(const ParameterDescription& parameter) {
     switch (parameter.type) {
         case kParamPoint:

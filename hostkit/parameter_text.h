@@ -21,6 +21,8 @@ namespace lumiset::hostkit {
 
 /// What `parseValue` takes, in a few words: "0 to 100", "on or off", "#RRGGBB".
 [[nodiscard]] std::string describeRange(const ParameterDescription& parameter);
+/// "slider", "color", "point", "choice", "boolean" or "group".
+[[nodiscard]] const char* typeName(ParamType type);
 
 /// A number with at most `decimals` decimals and without trailing zeros, whatever the locale.
 [[nodiscard]] std::string formatNumber(double number, int decimals);

@@ -18,10 +18,6 @@ struct Effect {
     hostkit::ComPtr<IVideoGPUEffect> object;
     std::vector<Parameter> parameters;
     std::string identifier;  ///< the plug-in's, for good
-
-    [[nodiscard]] bool movesWithTime() const {
-        return (description.flags & hostkit::EffectDescription::kDependsOnTime) != 0;
-    }
 };
 
 /// The effects of the module that lies in the bundle.

@@ -23,7 +23,7 @@ Status getClipPreferences(const Instance& instance, const Properties& outArgs) {
     if (source.getString(prop::kComponents) != value::kRgb) {
         outArgs.set(prop::kPremultiplication, alpha == value::kOpaque ? value::kUnpremultiplied : alpha.c_str());
     }
-    outArgs.set(prop::kFrameVarying, instance.effect().movesWithTime() ? 1 : 0);
+    outArgs.set(prop::kFrameVarying, instance.effect().description.dependsOnTime() ? 1 : 0);
     return kOk;
 }
 

@@ -92,7 +92,7 @@ lumiset_status lumiset_describe_effect(const lumiset_library* library, uint32_t 
         told.name = known.name.c_str();
         told.parameters = static_cast<uint32_t>(known.parameters.size());
         told.presets = static_cast<uint32_t>(known.presets.size());
-        told.moves = (known.flags & hostkit::EffectDescription::kDependsOnTime) != 0 ? 1 : 0;
+        told.moves = known.dependsOnTime() ? 1 : 0;
     });
 }
 

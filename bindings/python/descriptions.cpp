@@ -14,21 +14,6 @@ struct ParameterRef {
     const hostkit::ParameterDescription* parameter;
 };
 
-const char* typeName(ParamType type) {
-    switch (type) {
-        case kParamPoint:
-            return "point";
-        case kParamChoice:
-            return "choice";
-        case kParamColor:
-            return "color";
-        case kParamBoolean:
-            return "boolean";
-        default:
-            return "slider";
-    }
-}
-
 py::object optionalNumber(const ParameterRef& ref, float number) {
     return ref.parameter->type == kParamSlider ? py::object(py::float_(static_cast<double>(number)))
                                                : py::object(py::none());
@@ -51,7 +36,7 @@ void addDescriptions(py::module_& module) {
         .def_property_readonly(
             "tip", [](const ParameterRef& self) { return self.parameter->tip; }, "What it does.")
         .def_property_readonly(
-            "type", [](const ParameterRef& self) { return typeName(self.parameter->type); },
+            "type", [](const ParameterRef& self) { return hostkit::typeName(self.parameter->type); },
             "slider, color, point, choice or boolean.")
         .def_property_readonly(
             "minimum", [](const ParameterRef& self) { return optionalNumber(self, self.parameter->minimum); },
@@ -79,10 +64,7 @@ void addDescriptions(py::module_& module) {
             "function", [](const EffectRef& self) { return hostkit::identifierOf(self.effect->name); },
             "Name of its function in this package.")
         .def_property_readonly(
-            "depends_on_time",
-            [](const EffectRef& self) {
-                return (self.effect->flags & hostkit::EffectDescription::kDependsOnTime) != 0;
-            },
+            "depends_on_time", [](const EffectRef& self) { return self.effect->dependsOnTime(); },
             "Whether the picture moves with time by itself.")
         .def_property_readonly("parameters",
                                [](const EffectRef& self) {

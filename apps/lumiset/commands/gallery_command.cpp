@@ -54,17 +54,13 @@ struct Job {
     media::Picture result;
 };
 
-bool dependsOnTime(const hostkit::EffectDescription& effect) {
-    return (effect.flags & hostkit::EffectDescription::kDependsOnTime) != 0;
-}
-
 Gallery everyPreset(Program& program, const std::string& name) {
     const hostkit::EffectDescription& effect = program.catalogue().effect(name);
     const auto object = hostkit::ComPtr<IVideoGPUEffect>::adopt(program.effectLibrary().CreateEffect(effect.index));
     if (!object) {
         throw std::bad_alloc();
     }
-    Gallery gallery{effect.name, dependsOnTime(effect), {}};
+    Gallery gallery{effect.name, effect.dependsOnTime(), {}};
     for (const hostkit::PresetDescription& preset : effect.presets) {
         hostkit::ParameterStore parameters(effect);
         parameters.apply(preset);
@@ -76,7 +72,7 @@ Gallery everyPreset(Program& program, const std::string& name) {
 bool movesWithTime(const std::vector<hostkit::EffectStage>& chain) {
     return std::any_of(chain.begin(), chain.end(), [](const hostkit::EffectStage& stage) {
         const auto& parameters = stage.parameters.effect().parameters;
-        return dependsOnTime(stage.parameters.effect()) ||
+        return stage.parameters.effect().dependsOnTime() ||
                std::any_of(parameters.begin(), parameters.end(),
                            [&](const auto& parameter) { return stage.parameters.hasKeys(parameter); });
     });

@@ -20,23 +20,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kLineWidth = 100;
 
-const char* typeName(ParamType type) {
-    switch (type) {
-        case kParamPoint:
-            return "point";
-        case kParamChoice:
-            return "choice";
-        case kParamSlider:
-            return "slider";
-        case kParamColor:
-            return "color";
-        case kParamBoolean:
-            return "boolean";
-        default:
-            return "group";
-    }
-}
-
 std::string rangeText(const ParameterDescription& parameter) {
     switch (parameter.type) {
         case kParamPoint:
@@ -141,7 +124,7 @@ Json parameterJson(const EffectDescription& effect, const ParameterDescription& 
               {"name", effect.shortestName(parameter)},
               {"label", parameter.label},
               {"group", parameter.group},
-              {"type", typeName(parameter.type)}};
+              {"type", hostkit::typeName(parameter.type)}};
     if (parameter.type == kParamSlider) {
         json["minimum"] = rounded(static_cast<double>(parameter.minimum));
         json["maximum"] = rounded(static_cast<double>(parameter.maximum));
@@ -154,15 +137,11 @@ Json parameterJson(const EffectDescription& effect, const ParameterDescription& 
     return json;
 }
 
-bool dependsOnTime(const EffectDescription& effect) {
-    return (effect.flags & EffectDescription::kDependsOnTime) != 0;
-}
-
 Json effectJson(const EffectDescription& effect) {
     return {{"name", effect.name},
             {"index", effect.index},
             {"flags", effect.flags},
-            {"dependsOnTime", dependsOnTime(effect)}};
+            {"dependsOnTime", effect.dependsOnTime()}};
 }
 
 std::string printed(const Json& json) {
@@ -181,7 +160,7 @@ std::string listText(const hostkit::EffectCatalogue& catalogue) {
         const std::string parameters =
             fmt::format("{:2} parameter{},", effect.parameters.size(), plural(effect.parameters.size()));
         text += fmt::format("{:<{}}  {:<14}  {:2} preset{}{}\n", effect.name, width, parameters, effect.presets.size(),
-                            plural(effect.presets.size()), dependsOnTime(effect) ? ", moves with time" : "");
+                            plural(effect.presets.size()), effect.dependsOnTime() ? ", moves with time" : "");
     }
     return text;
 }
@@ -201,7 +180,7 @@ std::string listJson(const hostkit::EffectCatalogue& catalogue) {
 /// One effect's parameters and presets in tables.
 std::string showText(const EffectDescription& effect) {
     std::string text = fmt::format("{}{}\n\nParameters\n{}", effect.name,
-                                   dependsOnTime(effect) ? " (moves with time)" : "", parametersText(effect));
+                                   effect.dependsOnTime() ? " (moves with time)" : "", parametersText(effect));
     const bool shared = std::any_of(effect.parameters.begin(), effect.parameters.end(),
                                     [&](const auto& each) { return effect.shortestName(each) != each.label; });
     if (shared) {
