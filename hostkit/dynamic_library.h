@@ -28,6 +28,12 @@ private:
 /// into. Symbolic links are followed. Empty when the system does not tell.
 std::filesystem::path codeDirectory();
 
+/// The file that the code at this address was loaded from; empty when the system does not tell.
+std::filesystem::path fileOfCode(const void* address);
+
+/// From now on the plug-in that holds this code stays loaded: hosts close it while their threads may still be in it.
+void keepThisCodeLoaded();
+
 /// Folders of the libraries that are installed for all users, the machine's own first; none where programs bring
 /// theirs.
 std::vector<std::filesystem::path> systemLibraryDirectories();

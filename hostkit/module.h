@@ -17,9 +17,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// The file that the environment variable LUMISET_MODULE names. Where it is not set, `libvantrel_lumiset5.so` in the
-/// first of these that has it: `home`, `..` from there, `../lib/lumiset`, `../lib`, `../lumiset`. These are the places
-/// where programs and plug-ins find it, in the build folder and installed. Throws `ModuleError`.
+/// The file that the environment variable LUMISET_MODULE names. Where it is not set, `libvantrel_lumiset5.so`
+/// (`vantrel_lumiset5.dll` on Windows) in the first of these that has it: `home`, `..` from there, `../lib/lumiset`,
+/// `../lib`, `../lumiset`. These are the places where programs and plug-ins find it, in the build folder and installed.
+/// Throws `ModuleError`.
 [[nodiscard]] std::filesystem::path findModule(const std::filesystem::path& home);
 
 /// The loaded effects module. Everything obtained from it must be released before it goes. Any number of threads may
@@ -28,7 +29,7 @@ class Module {
 public:
     /// Loads the module from `path`; where that is empty, the one that `findModule` finds from the folder of the
     /// program or shared library that holds this code, or else the one that is installed for all users of the machine,
-    /// in /usr/local/lib/lumiset or /usr/lib/lumiset. Throws `ModuleError`.
+    /// in /usr/local/lib/lumiset or /usr/lib/lumiset, on Windows in Lumiset among the programs. Throws `ModuleError`.
     explicit Module(const std::filesystem::path& path = {});
     ~Module();
     Module(const Module&) = delete;

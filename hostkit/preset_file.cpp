@@ -1,12 +1,13 @@
 #include "hostkit/preset_file.h"
 
 #include <cstring>
-#include <filesystem>
 #include <new>
-#include <system_error>
+#include <optional>
+#include <utility>
 
 #include "host/reference_count.h"
 #include "hostkit/com_ptr.h"
+#include "platform/text.h"
 
 namespace lumiset::hostkit {
 namespace {
@@ -52,13 +53,11 @@ ComPtr<IPresetSaver> presetSaver(IEffectLibrary& library) {
 }
 
 std::wstring wide(const std::string& path) {
-    try {
-        // Unlike wstring() this follows no locale.
-        const std::u32string text = std::filesystem::path(path).u32string();
-        return {text.begin(), text.end()};
-    } catch (const std::system_error&) {
+    std::optional<std::wstring> text = platform::fromUtf8(path);
+    if (!text) {
         throw PresetFileError("The name of the preset file \"" + path + "\" is not a text in UTF-8.");
     }
+    return *std::move(text);
 }
 
 std::uint32_t load(IEffectLibrary& library, const std::string& path, const ParameterStore& parameters,

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "hostkit/dynamic_library.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/names.h"
 #include "hostkit/preset_file.h"
@@ -33,7 +34,9 @@ Effect::Effect(std::uint32_t index)
 
 const Effect* Effect::load(std::uint32_t index) noexcept {
     try {
-        return new Effect(index);
+        const auto* const effect = new Effect(index);
+        hostkit::keepThisCodeLoaded();
+        return effect;
     } catch (const std::exception& error) {
         hostkit::report(error.what());
         return nullptr;

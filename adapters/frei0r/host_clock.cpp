@@ -1,16 +1,18 @@
 #include "adapters/frei0r/host_clock.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string>
+#include <string_view>
+
+#include "hostkit/dynamic_library.h"
 
 namespace lumiset::frei0r {
 
-bool countsMilliseconds(std::string_view callerFile) {
-    constexpr auto kNames = std::to_array<std::string_view>({"libavfilter", "ffmpeg", "ffplay", "ffprobe"});
-    const std::string_view name = callerFile.substr(callerFile.rfind('/') + 1);
+bool countsMilliseconds(const std::filesystem::path& callerFile) {
+    constexpr auto kNames = std::to_array<std::string_view>({"libavfilter", "avfilter", "ffmpeg", "ffplay", "ffprobe"});
+    const std::string name = callerFile.filename().string();
     return std::any_of(kNames.begin(), kNames.end(), [&](std::string_view each) { return name.starts_with(each); });
 }
 
@@ -21,9 +23,7 @@ double HostClock::seconds(double hostTime, const void* caller) {
     }
     if (caller != m_caller) {
         m_caller = caller;
-        Dl_info info{};
-        const bool known = ::dladdr(caller, &info) != 0 && info.dli_fname != nullptr;
-        m_unit = known && countsMilliseconds(info.dli_fname) ? 1e-3 : 1.0;
+        m_unit = countsMilliseconds(hostkit::fileOfCode(caller)) ? 1e-3 : 1.0;
     }
     return hostTime * m_unit;
 }

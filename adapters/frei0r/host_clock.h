@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
+#include <filesystem>
 
 namespace lumiset::frei0r {
 
@@ -10,7 +10,7 @@ inline constexpr double kUsualFrameRate = 25.0;
 
 /// True for the files of the one family of hosts that gives times in milliseconds, FFmpeg: its filter library, or one
 /// of its programs with that library built in. The others give seconds.
-[[nodiscard]] bool countsMilliseconds(std::string_view callerFile);
+[[nodiscard]] bool countsMilliseconds(const std::filesystem::path& callerFile);
 
 /// Turns the times that a host hands to one instance into seconds.
 class HostClock {

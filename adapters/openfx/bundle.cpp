@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "hostkit/dynamic_library.h"
 #include "hostkit/host_allocator.h"
 #include "hostkit/names.h"
 #include "hostkit/report.h"
@@ -27,7 +28,9 @@ Bundle::Bundle() {
 const Bundle* Bundle::get() noexcept {
     static const Bundle* const loaded = []() noexcept -> const Bundle* {
         try {
-            return new Bundle;
+            const auto* const bundle = new Bundle;
+            hostkit::keepThisCodeLoaded();
+            return bundle;
         } catch (const std::exception& error) {
             hostkit::report(error.what());
             return nullptr;

@@ -40,6 +40,13 @@ std::filesystem::path codeDirectory() {
     return error ? std::filesystem::path() : file.parent_path();
 }
 
+std::filesystem::path fileOfCode(const void* address) {
+    Dl_info info{};
+    return ::dladdr(address, &info) != 0 && info.dli_fname != nullptr ? info.dli_fname : "";
+}
+
+void keepThisCodeLoaded() {}  // plug-ins are linked to stay
+
 std::vector<std::filesystem::path> systemLibraryDirectories() {
     return {"/usr/local/lib", "/usr/lib"};
 }

@@ -2,7 +2,6 @@
 
 // A small frei0r host, and what its pictures are held against: the same effect rendered by the host kit.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "adapters/frei0r/frei0r_abi.h"
+#include "hostkit/dynamic_library.h"
 #include "hostkit/effect_catalogue.h"
 #include "hostkit/module.h"
 #include "hostkit/renderer.h"
@@ -21,10 +21,7 @@ namespace lumiset::frei0r {
 /// One plug-in file, loaded from the path that a host would find it under.
 class PluginFile {
 public:
-    explicit PluginFile(const std::filesystem::path& path) : m_handle(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-        if (m_handle == nullptr) {
-            throw std::runtime_error(::dlerror());
-        }
+    explicit PluginFile(const std::filesystem::path& path) : m_file(path) {
         resolve(init, "f0r_init");
         resolve(deinit, "f0r_deinit");
         resolve(getPluginInfo, "f0r_get_plugin_info");
@@ -35,10 +32,6 @@ public:
         resolve(getParamValue, "f0r_get_param_value");
         resolve(update, "f0r_update");
     }
-    ~PluginFile() { ::dlclose(m_handle); }
-    PluginFile(const PluginFile&) = delete;
-    PluginFile& operator=(const PluginFile&) = delete;
-
     [[nodiscard]] Frei0rPluginInfo info() const {
         Frei0rPluginInfo info{};
         getPluginInfo(&info);
@@ -72,13 +65,13 @@ public:
 private:
     template <class Function>
     void resolve(Function& function, const char* name) {
-        function = reinterpret_cast<Function>(::dlsym(m_handle, name));
+        function = reinterpret_cast<Function>(m_file.symbol(name));
         if (function == nullptr) {
             throw std::runtime_error(std::string("not exported: ") + name);
         }
     }
 
-    void* m_handle;
+    hostkit::DynamicLibrary m_file;
 };
 
 using Pixels = std::vector<std::uint32_t>;
@@ -145,7 +138,7 @@ inline std::filesystem::path pluginFolder() {
     return LUMISET_FREI0R_FOLDER;
 }
 inline std::filesystem::path pluginPath(const std::string& name) {
-    return pluginFolder() / (name + ".so");
+    return pluginFolder() / (name + LUMISET_FREI0R_SUFFIX);
 }
 
 /// The module and its effects, as the host kit knows them.

@@ -1,7 +1,5 @@
 // What hosts do to plug-ins beside rendering one frame after the other.
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -13,15 +11,12 @@
 #include "adapters/frei0r/host_clock.h"
 #include "tests/frei0r/frei0r_host.h"
 #include "tests/frei0r/stand_in.h"
+#include "tests/support/system.h"
 
 namespace lumiset::frei0r {
 namespace {
 
-/// Bytes that the heap has handed out; 0 where a sanitizer keeps the heap.
-std::size_t heapInUse() {
-    const struct mallinfo2 info = ::mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
+using test::heapInUse;
 
 TEST(Hosting, TakesWhatNoHostShouldDo) {
     const PluginFile file(pluginPath("lumiset_outline"));
@@ -53,9 +48,9 @@ TEST(Hosting, TakesWhatNoHostShouldDo) {
 
 TEST(Hosting, LivesWithoutTheModule) {
     // A copy of its own, which nothing has been asked of before.
-    const std::filesystem::path copy = std::filesystem::path(testing::TempDir()) / "lumiset_outline_alone.so";
+    const std::filesystem::path copy = testing::TempDir() + "lumiset_outline_alone" LUMISET_FREI0R_SUFFIX;
     std::filesystem::copy_file(pluginPath("lumiset_outline"), copy, std::filesystem::copy_options::overwrite_existing);
-    ::setenv("LUMISET_MODULE", "/nowhere/module.so", 1);
+    test::setVariable("LUMISET_MODULE", "/nowhere/module.so");
     testing::internal::CaptureStderr();
     {
         const PluginFile file(copy);
@@ -65,7 +60,7 @@ TEST(Hosting, LivesWithoutTheModule) {
         EXPECT_EQ(file.construct(8, 8), nullptr);
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "lumiset: There is no effects module at /nowhere/module.so.\n");
-    ::unsetenv("LUMISET_MODULE");
+    test::setVariable("LUMISET_MODULE", nullptr);
     std::filesystem::remove(copy);
 }
 
@@ -166,8 +161,9 @@ TEST(Hosting, KeepsInstancesSmall) {
 }
 
 TEST(HostClock, KnowsTheFamilyThatCountsMilliseconds) {
-    for (const char* file : {"/usr/lib/x86_64-linux-gnu/libavfilter.so.8", "libavfilter.so.10.1.100", "/opt/bin/ffmpeg",
-                             "ffplay", "/opt/ffmpeg-7/bin/ffprobe", "/opt/bin/ffmpeg_g"}) {
+    for (const char* file :
+         {"/usr/lib/x86_64-linux-gnu/libavfilter.so.8", "libavfilter.so.10.1.100", "/opt/bin/ffmpeg", "ffplay",
+          "/opt/ffmpeg-7/bin/ffprobe", "/opt/bin/ffmpeg_g", "/opt/bin/ffmpeg.exe", "avfilter-9.dll"}) {
         EXPECT_TRUE(countsMilliseconds(file)) << file;
     }
     for (const char* file : {"/usr/lib/x86_64-linux-gnu/mlt-7/libmltfrei0r.so", "/usr/bin/melt", "",

@@ -1,7 +1,5 @@
 #include "tests/openfx/ofx_host.h"
 
-#include <dlfcn.h>
-
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -402,20 +400,14 @@ Status TestHost::changed(EffectObject& instance, const std::string& param, const
     return call(*instance.plugin, "OfxActionInstanceChanged", &instance, &arguments);
 }
 
-Bundle::Bundle(const std::string& path) : m_file(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-    if (m_file == nullptr) {
-        throw std::runtime_error(::dlerror());
-    }
-    m_count = reinterpret_cast<int (*)()>(::dlsym(m_file, "OfxGetNumberOfPlugins"));
-    m_get = reinterpret_cast<Plugin* (*)(int)>(::dlsym(m_file, "OfxGetPlugin"));
-    m_setHost = reinterpret_cast<Status (*)(const Host*)>(::dlsym(m_file, "OfxSetHost"));
+Bundle::Bundle(const std::string& path)
+    : m_file(path),
+      m_count(reinterpret_cast<int (*)()>(m_file.symbol("OfxGetNumberOfPlugins"))),
+      m_get(reinterpret_cast<Plugin* (*)(int)>(m_file.symbol("OfxGetPlugin"))),
+      m_setHost(reinterpret_cast<Status (*)(const Host*)>(m_file.symbol("OfxSetHost"))) {
     if (m_count == nullptr || m_get == nullptr || m_setHost == nullptr) {
         throw std::runtime_error("the plug-in file does not export what hosts ask for");
     }
-}
-
-Bundle::~Bundle() {
-    ::dlclose(m_file);
 }
 
 Threading& threading() {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "hostkit/dynamic_library.h"
 #include "tests/openfx/property_set.h"
 
 namespace lumiset::openfx::test {
@@ -109,15 +110,12 @@ private:
 class Bundle {
 public:
     explicit Bundle(const std::string& path);
-    ~Bundle();
-    Bundle(const Bundle&) = delete;
-    Bundle& operator=(const Bundle&) = delete;
     [[nodiscard]] int count() const { return m_count(); }
     [[nodiscard]] Plugin& plugin(int index) const { return *m_get(index); }
     [[nodiscard]] Status setHost(const Host* host) const { return m_setHost(host); }
 
 private:
-    void* m_file;
+    hostkit::DynamicLibrary m_file;
     int (*m_count)();
     Plugin* (*m_get)(int);
     Status (*m_setHost)(const Host*);

@@ -4,41 +4,6 @@
 #include <stdio.h>
 #include <string.h>
 
-// uint32_t invoke(function, words, count, offset, popped): copies `count` words to the stack, which then stands
-// `offset` bytes past a multiple of 16, calls, and stores how many bytes the callee popped.
-uint32_t invoke(void (*function)(void), const uint32_t* words, uint32_t count, uint32_t offset, uint32_t* popped);
-__asm__(
-    ".text\n"
-    ".globl _invoke\n"
-    "_invoke:\n"
-    "    pushl %ebp\n"
-    "    movl %esp, %ebp\n"
-    "    pushl %ebx\n"
-    "    pushl %esi\n"
-    "    pushl %edi\n"
-    "    movl 12(%ebp), %esi\n"
-    "    movl 16(%ebp), %ecx\n"
-    "    leal (,%ecx,4), %eax\n"
-    "    subl %eax, %esp\n"
-    "    subl $32, %esp\n"
-    "    andl $-16, %esp\n"
-    "    addl 20(%ebp), %esp\n"
-    "    movl %esp, %edi\n"
-    "    cld\n"
-    "    rep movsl\n"
-    "    movl %esp, %ebx\n"
-    "    call *8(%ebp)\n"
-    "    movl %esp, %ecx\n"
-    "    subl %ebx, %ecx\n"
-    "    movl 24(%ebp), %edx\n"
-    "    movl %ecx, (%edx)\n"
-    "    leal -12(%ebp), %esp\n"
-    "    popl %edi\n"
-    "    popl %esi\n"
-    "    popl %ebx\n"
-    "    popl %ebp\n"
-    "    ret\n");
-
 static uint32_t stackOffset;
 static int run;
 static int failed;
@@ -71,29 +36,34 @@ void setStackOffset(uint32_t offset) {
     stackOffset = offset;
 }
 
-uint32_t callMethod(uint32_t slot, const uint32_t* words, uint32_t count) {
-    void (**vtable)(void) = *(void (***)(void))(uintptr_t)words[0];
-    uint32_t popped = 0;
-    const uint32_t result = invoke(vtable[slot], words, count, stackOffset, &popped);
+static Word checkedCall(void (*function)(void), const Word* words, uint32_t count) {
+    const char* fault = NULL;
+    const Word result = invoke(function, words, count, stackOffset, &fault);
     ++run;
-    if (popped != 4 * count) {
+    if (fault != NULL) {
         ++failed;
-        printf("%s: slot %u popped %u bytes of %u\n", subject, slot, popped, 4 * count);
+        printf("%s: a call %s\n", subject, fault);
     }
     return result;
 }
 
-int callBoolean(uint32_t slot, const uint32_t* words, uint32_t count) {
-    const uint32_t result = callMethod(slot, words, count) & 0xFF;
+Word callMethod(uint32_t slot, const Word* words, uint32_t count) {
+    void (**vtable)(void) = *(void (***)(void))words[0];
+    return checkedCall(vtable[slot], words, count);
+}
+
+uint32_t callForNumber(uint32_t slot, const Word* words, uint32_t count) {
+    return (uint32_t)callMethod(slot, words, count);
+}
+
+int callBoolean(uint32_t slot, const Word* words, uint32_t count) {
+    const Word result = callMethod(slot, words, count) & 0xFF;
     CHECK(result <= 1);
     return (int)result;
 }
 
-uint32_t callExport(void (*function)(void)) {
-    uint32_t popped = 0;
-    const uint32_t result = invoke(function, NULL, 0, stackOffset, &popped);
-    CHECK(popped == 0);
-    return result;
+Word callExport(void (*function)(void)) {
+    return checkedCall(function, NULL, 0);
 }
 
 uint32_t wordAt(const void* record, uint32_t offset) {
@@ -109,6 +79,10 @@ float floatAt(const void* record, uint32_t offset) {
 }
 
 void putWord(void* record, uint32_t offset, uint32_t value) {
+    memcpy((uint8_t*)record + offset, &value, sizeof value);
+}
+
+void putAddress(void* record, uint32_t offset, const void* value) {
     memcpy((uint8_t*)record + offset, &value, sizeof value);
 }
 

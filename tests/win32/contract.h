@@ -1,11 +1,13 @@
 #pragma once
 
-// The binary contract as a 32-bit Windows host knows it: offsets, sizes, vtable slots and identifiers, written down
-// independently of the module's headers. Plain C, so that nothing here depends on how a compiler lays out classes.
+// The binary contract as a Windows host of either width knows it: offsets, sizes, vtable slots and identifiers, written
+// down independently of the module's headers. Plain C, so that nothing here depends on how a compiler lays out classes.
 
 #include <stdint.h>
 
 enum {
+    ADDRESS_SIZE = sizeof(void*),  // 4 in the contract; 8 with the same records and slots
+
     PARAM_INFO_SIZE = 276,
     PARAM_INFO_DEFAULT = 0,
     PARAM_INFO_TYPE = 8,
@@ -24,21 +26,21 @@ enum {
     PARAM_BOOLEAN = 4,
     PARAM_GROUP = 5,
 
-    FRAME_SIZE = 36,
+    FRAME_SIZE = ADDRESS_SIZE + 32,
     FRAME_DATA = 0,
-    FRAME_WIDTH = 4,
-    FRAME_HEIGHT = 8,
-    FRAME_STRIDE = 12,
-    FRAME_BYTES_PER_PIXEL = 16,
-    FRAME_FORMAT = 28,
-    FRAME_FLIPPED = 32,
+    FRAME_WIDTH = ADDRESS_SIZE,
+    FRAME_HEIGHT = ADDRESS_SIZE + 4,
+    FRAME_STRIDE = ADDRESS_SIZE + 8,
+    FRAME_BYTES_PER_PIXEL = ADDRESS_SIZE + 12,
+    FRAME_FORMAT = ADDRESS_SIZE + 24,
+    FRAME_FLIPPED = ADDRESS_SIZE + 28,
 
-    TEXTURE_SIZE = 36,
+    TEXTURE_SIZE = ADDRESS_SIZE + 32,
     TEXTURE_HANDLE = 0,
-    TEXTURE_FORMAT = 4,
-    TEXTURE_WIDTH = 16,
-    TEXTURE_HEIGHT = 20,
-    TEXTURE_FLIPPED = 32,
+    TEXTURE_FORMAT = ADDRESS_SIZE,
+    TEXTURE_WIDTH = ADDRESS_SIZE + 12,
+    TEXTURE_HEIGHT = ADDRESS_SIZE + 16,
+    TEXTURE_FLIPPED = ADDRESS_SIZE + 28,
 
     OUTCOME_SIZE = 1032,
     OUTCOME_STATUS = 0,

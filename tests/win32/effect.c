@@ -10,8 +10,8 @@
 #include "rendering.h"
 #include "suites.h"
 
-static const char* nameOf(uint32_t effect) {
-    return (const char*)(uintptr_t)METHOD(EFFECT_NAME, effect);
+static const char* nameOf(Word effect) {
+    return NAME(EFFECT_NAME, effect);
 }
 
 static int allZero(const uint8_t* record, uint32_t from, uint32_t to) {
@@ -60,7 +60,7 @@ typedef struct Params {
 } Params;
 
 // Reads every parameter's record; what its type does not use must have been zeroed, and not a byte more.
-static Params checkParams(uint32_t effect) {
+static Params checkParams(Word effect) {
     Params params = {0};
     uint8_t record[PARAM_INFO_SIZE + 16];
     for (;;) {
@@ -107,7 +107,7 @@ static Params checkParams(uint32_t effect) {
     return params;
 }
 
-static uint32_t slotCount(uint32_t effect) {
+static uint32_t slotCount(Word effect) {
     uint32_t value[2];
     uint32_t count = 0;
     while (count < HOST_MAX_PARAMS && ASK(EFFECT_PRESET_VALUE, effect, 0, count, WORD(value))) {
@@ -117,7 +117,7 @@ static uint32_t slotCount(uint32_t effect) {
 }
 
 // Reads every preset; its slots are the parameters by index, or those that carry a value in their order.
-static void checkPresets(uint32_t effect, const Params* params) {
+static void checkPresets(Word effect, const Params* params) {
     const uint32_t slots = slotCount(effect);
     uint32_t valued = 0;
     for (uint32_t param = 0; param < params->count; ++param) {
@@ -126,8 +126,7 @@ static void checkPresets(uint32_t effect, const Params* params) {
     about("%s, presets", nameOf(effect));
     CHECK(slots == params->count || slots == valued);
     uint32_t preset = 0;
-    for (const char* name; (name = (const char*)(uintptr_t)METHOD(EFFECT_PRESET_NAME, effect, preset)) != NULL;
-         ++preset) {
+    for (const char* name; (name = NAME(EFFECT_PRESET_NAME, effect, preset)) != NULL; ++preset) {
         about("%s, preset %u", nameOf(effect), preset);
         CHECK(isText((const uint8_t*)name, 64));
         uint32_t slot = 0;
@@ -148,18 +147,18 @@ static void checkPresets(uint32_t effect, const Params* params) {
     CHECK(!ASK(EFFECT_PRESET_VALUE, effect, 0, 0, 0));
 }
 
-static void checkToolTips(uint32_t effect, const Params* params) {
+static void checkToolTips(Word effect, const Params* params) {
     about("%s, tool tips", nameOf(effect));
-    uint32_t tips = 0;
+    Word tips = 0;
     CHECK(METHOD(QUERY_INTERFACE, effect, WORD(ID_PARAM_TOOL_TIP), WORD(&tips)) == 0);
     CHECK(tips != 0 && tips != effect);
     for (uint32_t param = 0; param < params->count; ++param) {
-        const char* text = (const char*)(uintptr_t)METHOD(TOOL_TIP_TEXT, tips, param);
+        const char* text = NAME(TOOL_TIP_TEXT, tips, param);
         CHECK(text != NULL && (text[0] == 0) == (params->types[param] == PARAM_GROUP));
     }
-    CHECK(METHOD(TOOL_TIP_TEXT, tips, params->count) == 0);
+    CHECK(ADDRESS(TOOL_TIP_TEXT, tips, params->count) == 0);
     // Both sides are one object with one count.
-    uint32_t main = 0;
+    Word main = 0;
     CHECK(METHOD(QUERY_INTERFACE, tips, WORD(ID_UNKNOWN), WORD(&main)) == 0);
     CHECK(main == effect);
     CHECK(METHOD(ADD_REF, tips) == 4);
@@ -171,7 +170,7 @@ static void checkToolTips(uint32_t effect, const Params* params) {
 static Picture source;
 static Picture target;
 
-static void checkRendering(uint32_t effect, const Params* params) {
+static void checkRendering(Word effect, const Params* params) {
     enum { WIDTH = 97, HEIGHT = 61 };  // enough for whole vectors and a rest
     uint8_t info[INFO_SIZE];
     plainInfo(info);
@@ -207,7 +206,7 @@ static void checkRendering(uint32_t effect, const Params* params) {
 }
 
 // A host without OpenGL is told no, and gets its references back.
-static void checkGpuEntries(uint32_t effect) {
+static void checkGpuEntries(Word effect) {
     about("%s, OpenGL", nameOf(effect));
     HostObject host;
     initHost(&host);
@@ -220,7 +219,7 @@ static void checkGpuEntries(uint32_t effect) {
     CHECK(host.references == 1 && host.blocks == 0);
 }
 
-void checkEffect(uint32_t effect) {
+void checkEffect(Word effect) {
     about("%s", nameOf(effect));
     checkUnknown(effect, ID_VIDEO_EFFECT, NO_INTERFACE);
     checkUnknown(effect, ID_VIDEO_GPU_EFFECT, NO_INTERFACE);

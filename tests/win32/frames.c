@@ -16,7 +16,7 @@ void makePicture(Picture* picture, int32_t width, int32_t height, uint32_t forma
         memset(pixelOf(picture, 0, row), 0, (size_t)picture->rowBytes);
     }
     memset(picture->record, 0, FRAME_SIZE);
-    putWord(picture->record, FRAME_DATA, WORD(picture->memory + GUARD_BYTES));
+    putAddress(picture->record, FRAME_DATA, picture->memory + GUARD_BYTES);
     putWord(picture->record, FRAME_WIDTH, (uint32_t)width);
     putWord(picture->record, FRAME_HEIGHT, (uint32_t)height);
     putWord(picture->record, FRAME_STRIDE, (uint32_t)picture->stride);

@@ -1,5 +1,5 @@
 // A host in plain C: loads the module by name, knows it by vtable slots, byte offsets and identifiers alone, and does
-// so with every alignment of the stack that a 32-bit caller can have.
+// so with every alignment of the stack that a caller can have.
 
 #include <windows.h>
 
@@ -20,9 +20,9 @@ static const struct {
 };
 enum { EFFECT_COUNT = sizeof EFFECTS / sizeof EFFECTS[0], OUTLINE = 2 };
 
-void checkUnknown(uint32_t object, const uint8_t* interfaceId, uint32_t statusForNull) {
+void checkUnknown(Word object, const uint8_t* interfaceId, uint32_t statusForNull) {
     const uint8_t* const known[] = {ID_UNKNOWN, interfaceId};
-    uint32_t out = 0;
+    Word out = 0;
     for (int i = 0; i < 2; ++i) {
         CHECK(METHOD(QUERY_INTERFACE, object, WORD(known[i]), WORD(&out)) == 0 && out == object);
     }
@@ -34,15 +34,15 @@ void checkUnknown(uint32_t object, const uint8_t* interfaceId, uint32_t statusFo
     CHECK(METHOD(QUERY_INTERFACE, object, WORD(ID_UNKNOWN), 0) == statusForNull);
 }
 
-static void checkEffects(uint32_t library) {
+static void checkEffects(Word library) {
     for (uint32_t index = 0; index < EFFECT_COUNT; ++index) {
         about("%s", EFFECTS[index].name);
-        const uint32_t effect = METHOD(LIBRARY_CREATE_EFFECT, library, index);
+        const Word effect = ADDRESS(LIBRARY_CREATE_EFFECT, library, index);
         CHECK(effect != 0);
         if (effect == 0) {
             continue;
         }
-        CHECK(strcmp((const char*)(uintptr_t)METHOD(EFFECT_NAME, effect), EFFECTS[index].name) == 0);
+        CHECK(strcmp(NAME(EFFECT_NAME, effect), EFFECTS[index].name) == 0);
         CHECK(METHOD(EFFECT_FLAGS, effect) == EFFECTS[index].flags);
         checkEffect(effect);
         if (index == OUTLINE) {
@@ -53,33 +53,33 @@ static void checkEffects(uint32_t library) {
     }
     about("Effects past the last");
     uint32_t count = EFFECT_COUNT;  // later effects stand behind these
-    for (uint32_t effect; (effect = METHOD(LIBRARY_CREATE_EFFECT, library, count)) != 0; ++count) {
+    for (Word effect; (effect = ADDRESS(LIBRARY_CREATE_EFFECT, library, count)) != 0; ++count) {
         checkEffect(effect);
         CHECK(METHOD(RELEASE, effect) == 0);
     }
-    CHECK(METHOD(LIBRARY_CREATE_EFFECT, library, 0xFFFFFFFF) == 0);
+    CHECK(ADDRESS(LIBRARY_CREATE_EFFECT, library, 0xFFFFFFFF) == 0);
 }
 
-static void checkLibrary(uint32_t library) {
+static void checkLibrary(Word library) {
     about("Library");
-    CHECK(strcmp((const char*)(uintptr_t)METHOD(LIBRARY_NAME, library), "Vantrel Lumiset V") == 0);
+    CHECK(strcmp(NAME(LIBRARY_NAME, library), "Vantrel Lumiset V") == 0);
     checkUnknown(library, ID_EFFECT_LIBRARY, NO_INTERFACE);
     CHECK(METHOD(LIBRARY_QUERY, library, 1, 2) == 0);
 
     about("Host services");
-    const uint32_t services = METHOD(LIBRARY_HOST_SERVICES, library);
-    CHECK(services != 0 && METHOD(LIBRARY_HOST_SERVICES, library) == services);
+    const Word services = ADDRESS(LIBRARY_HOST_SERVICES, library);
+    CHECK(services != 0 && ADDRESS(LIBRARY_HOST_SERVICES, library) == services);
     METHOD(RELEASE, services);
     METHOD(RELEASE, services);
 
-    const uint32_t processor = METHOD(LIBRARY_CREATE_FRAME_PROCESSOR, library);
+    const Word processor = ADDRESS(LIBRARY_CREATE_FRAME_PROCESSOR, library);
     CHECK(processor != 0);
     checkFrameProcessor(processor);
     about("Frame processor");
     CHECK(METHOD(RELEASE, processor) == 0);
 
     about("Preset saver");
-    const uint32_t saver = METHOD(LIBRARY_CREATE_PRESET_SAVER, library);
+    const Word saver = ADDRESS(LIBRARY_CREATE_PRESET_SAVER, library);
     CHECK(saver != 0);
     if (saver != 0) {
         checkUnknown(saver, ID_PRESET_SAVER, FAILURE);
@@ -119,8 +119,8 @@ static void checkModule(const char* name) {
     if (getLibrary != NULL && canUnload != NULL && promotion != NULL) {
         CHECK(callExport(canUnload) == 1);
         CHECK(callExport(promotion) == 0);
-        const uint32_t library = callExport(getLibrary);
-        const uint32_t second = callExport(getLibrary);
+        const Word library = callExport(getLibrary);
+        const Word second = callExport(getLibrary);
         CHECK(library != 0 && second != 0 && library != second);
         CHECK(METHOD(RELEASE, second) == 0);
         checkLibrary(library);
@@ -137,11 +137,11 @@ static void checkModule(const char* name) {
 int main(int argc, char** argv) {
     setvbuf(stdout, NULL, _IONBF, 0);
     const char* name = argc > 1 ? argv[1] : "vantrel_lumiset5.dll";
-    for (uint32_t offset = 0; offset < 16; offset += 4) {
+    for (uint32_t offset = 0; offset < 4 * STACK_STEP; offset += STACK_STEP) {
         const int before = checksFailed();
         setStackOffset(offset);
         checkModule(name);
-        printf("stack %u bytes past a multiple of 16: %d failed\n", offset, checksFailed() - before);
+        printf("stack %u bytes past a multiple of %d: %d failed\n", offset, 4 * STACK_STEP, checksFailed() - before);
     }
     printf("%d checks, %d failed\n", checksRun(), checksFailed());
     return checksFailed() == 0 ? 0 : 1;

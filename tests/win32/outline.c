@@ -15,7 +15,7 @@ static int bandReaches(int32_t distance) {
 }
 
 // A frame of 440 by 420 pixels is cut for the host's threads, and is the same as on one.
-static void checkThreads(uint32_t effect) {
+static void checkThreads(Word effect) {
     static Picture alone;
     makePicture(&source, 440, 420, 0, 4, 0);
     for (int32_t i = 0; i < 400; ++i) {
@@ -34,7 +34,7 @@ static void checkThreads(uint32_t effect) {
     CHECK(memcmp(target.memory, alone.memory, sizeof target.memory) == 0);
 }
 
-void checkOutline(uint32_t effect) {
+void checkOutline(Word effect) {
     about("Outline, record fields");
     uint8_t param[PARAM_INFO_SIZE];
     CHECK(ASK(EFFECT_PARAM_INFO, effect, 2, WORD(param)));
@@ -44,7 +44,7 @@ void checkOutline(uint32_t effect) {
     CHECK(ASK(EFFECT_PARAM_INFO, effect, 0, WORD(param)));
     CHECK(floatAt(param, PARAM_INFO_DEFAULT) == 0.5F && floatAt(param, PARAM_INFO_MAXIMUM) == 100);
     uint32_t value[2];
-    CHECK(strcmp((const char*)(uintptr_t)METHOD(EFFECT_PRESET_NAME, effect, 2), "Bold Red") == 0);
+    CHECK(strcmp(NAME(EFFECT_PRESET_NAME, effect, 2), "Bold Red") == 0);
     CHECK(ASK(EFFECT_PRESET_VALUE, effect, 2, 2, WORD(value)) && value[0] == 0x0000FF);
 
     makePicture(&source, 100, 100, 0, 4, 0);
@@ -83,9 +83,9 @@ void checkOutline(uint32_t effect) {
     plainInfo(info);
     CHECK(render(effect, &host, &source, &target, info));
     makePicture(&target, 100, 100, 0, 4, 0);
-    putWord(source.record, FRAME_DATA, WORD(pixelOf(&source, 0, 99)));
+    putAddress(source.record, FRAME_DATA, pixelOf(&source, 0, 99));
     putWord(source.record, FRAME_STRIDE, (uint32_t)-400);
-    putWord(target.record, FRAME_DATA, WORD(pixelOf(&target, 0, 99)));
+    putAddress(target.record, FRAME_DATA, pixelOf(&target, 0, 99));
     putWord(target.record, FRAME_STRIDE, (uint32_t)-400);
     CHECK(render(effect, &host, &source, &target, info));
     CHECK(isPixel(&target, 50, 50, 255, 255, 255, 255) && bandReaches(4) && !bandReaches(7));

@@ -76,14 +76,14 @@ static int areUntouched(uint32_t begin, uint32_t end) {
     return 1;
 }
 
-static int call(uint32_t slot, uint32_t saver, const PresetEffect* effect, const wchar_t* path) {
+static int call(uint32_t slot, Word saver, const PresetEffect* effect, const wchar_t* path) {
     memset(record, UNTOUCHED, sizeof record);
     const int done = ASK(slot, saver, 0, WORD(effect), OUTLINE, WORD(path), WORD(record));
     CHECK(areUntouched(OUTCOME_SIZE, sizeof record));
     return done;
 }
 
-static int failsWith(uint32_t slot, uint32_t saver, const PresetEffect* effect, const wchar_t* path, uint32_t status) {
+static int failsWith(uint32_t slot, Word saver, const PresetEffect* effect, const wchar_t* path, uint32_t status) {
     return !call(slot, saver, effect, path) && wordAt(record, OUTCOME_STATUS) == status &&
            areUntouched(OUTCOME_COUNT, OUTCOME_SIZE);
 }
@@ -98,7 +98,7 @@ static void checkRecord(const PresetEffect* effect) {
     }
 }
 
-void checkPresetSaver(uint32_t saver) {
+void checkPresetSaver(Word saver) {
     wchar_t folder[MAX_PATH];
     wchar_t path[MAX_PATH + 40];
     wchar_t other[MAX_PATH + 40];

@@ -25,7 +25,7 @@ static void oneFloat(Picture* picture, float s0, float s1, float s2, float s3) {
     putSamples(picture, 0, 0, s0, s1, s2, s3);
 }
 
-static void checkCopiesAndChannels(uint32_t processor) {
+static void checkCopiesAndChannels(Word processor) {
     about("CopyImage");
     twoPixels(&a);
     makePicture(&b, 2, 1, BGRA, 4, 0);
@@ -58,7 +58,7 @@ static void checkCopiesAndChannels(uint32_t processor) {
     CHECK(isPixel(&a, 0, 0, 10, 235, 30, 40) && guardsIntact(&a));
 }
 
-static void checkAlpha(uint32_t processor) {
+static void checkAlpha(Word processor) {
     about("AlphaOver");
     makePicture(&a, 1, 1, BGRA, 4, 0);
     makePicture(&b, 1, 1, BGRA, 4, 0);
@@ -79,7 +79,7 @@ static void checkAlpha(uint32_t processor) {
     CHECK(isPixel(&a, 0, 0, 0, 0, 0, 0) && isPixel(&a, 1, 0, 200, 100, 50, 255));
 }
 
-static void checkVideo(uint32_t processor) {
+static void checkVideo(Word processor) {
     about("Yuv422ToBgra");
     makePicture(&a, 2, 1, BGRA, 2, 0);
     memcpy(pixelOf(&a, 0, 0), (uint8_t[]){235, 128, 16, 128}, 4);
@@ -105,7 +105,7 @@ static void checkVideo(uint32_t processor) {
     CHECK(areSamples(&a, 0, 0, samplesOf(&a, 0, 0)[0], 1, 1, 1, 0.002F));
 }
 
-static void checkGeometry(uint32_t processor) {
+static void checkGeometry(Word processor) {
     about("ResizeImage");
     makePicture(&a, 2, 1, BGRA, 4, 0);
     putPixel(&a, 1, 0, 200, 200, 200, 200);
@@ -140,7 +140,7 @@ static void checkGeometry(uint32_t processor) {
     CHECK(isPixel(&b, 0, 0, 7, 8, 9, 10) && isPixel(&b, 2, 2, 7, 8, 9, 10));
 }
 
-static void checkFloats(uint32_t processor) {
+static void checkFloats(Word processor) {
     about("SquareSamples");
     oneFloat(&a, 0.5F, 0.25F, 1, 2);
     CHECK(ASK(PROCESSOR_SQUARE_SAMPLES, processor, WORD(a.record)));
@@ -169,8 +169,8 @@ static const uint8_t ARGUMENT_COUNT[] = {
 };
 enum { SLOT_COUNT = sizeof ARGUMENT_COUNT };
 
-static void checkNulls(uint32_t processor) {
-    const uint32_t words[6] = {processor};
+static void checkNulls(Word processor) {
+    const Word words[6] = {processor};
     for (uint32_t slot = 0; slot < SLOT_COUNT; ++slot) {
         if (ARGUMENT_COUNT[slot] != 0) {
             about("Frame processor slot %u with nulls", slot);
@@ -181,17 +181,17 @@ static void checkNulls(uint32_t processor) {
 
 // Every slot on pictures of whole vectors and a rest, where the stack's alignment matters to vector code. Each must
 // take one of the two formats.
-static void checkLargePictures(uint32_t processor) {
+static void checkLargePictures(Word processor) {
     enum { WIDTH = 97, HEIGHT = 61 };
     const uint32_t order[4] = {3, 2, 1, 0};
     const uint32_t region[4] = {1, 2, 70, 50};
-    const uint32_t frames[3] = {WORD(a.record), WORD(b.record), WORD(c.record)};
+    const Word frames[3] = {WORD(a.record), WORD(b.record), WORD(c.record)};
     for (uint32_t slot = 0; slot < SLOT_COUNT; ++slot) {
         if (ARGUMENT_COUNT[slot] == 0) {
             continue;
         }
         about("Frame processor slot %u, large pictures", slot);
-        uint32_t words[6] = {processor, frames[0], frames[1], frames[2], 1, floatBits(0.5F)};
+        Word words[6] = {processor, frames[0], frames[1], frames[2], 1, floatBits(0.5F)};
         if (slot == PROCESSOR_SWAP_CHANNELS) {
             words[2] = WORD(order);
         } else if (slot == PROCESSOR_RESIZE_REGION) {
@@ -205,8 +205,8 @@ static void checkLargePictures(uint32_t processor) {
         for (int isFloat = 0; isFloat < 2; ++isFloat) {
             makePicture(&a, WIDTH, HEIGHT, isFloat ? FLOAT_ARGB : BGRA, isFloat ? 16 : 4, 4);
             b = c = a;
-            putWord(b.record, FRAME_DATA, WORD(pixelOf(&b, 0, 0)));
-            putWord(c.record, FRAME_DATA, WORD(pixelOf(&c, 0, 0)));
+            putAddress(b.record, FRAME_DATA, pixelOf(&b, 0, 0));
+            putAddress(c.record, FRAME_DATA, pixelOf(&c, 0, 0));
             taken |= callBoolean(slot, words, 1u + ARGUMENT_COUNT[slot]);
             CHECK(guardsIntact(&a) && guardsIntact(&b) && guardsIntact(&c));
         }
@@ -214,7 +214,7 @@ static void checkLargePictures(uint32_t processor) {
     }
 }
 
-void checkFrameProcessor(uint32_t processor) {
+void checkFrameProcessor(Word processor) {
     checkUnknown(processor, ID_FRAME_PROCESSOR, FAILURE);
     checkNulls(processor);
     checkCopiesAndChannels(processor);

@@ -12,7 +12,7 @@ void plainInfo(uint8_t* info) {
     putWord(info, INFO_FIELD, 0xCCCC0000u | INFO_WHOLE_FRAME);
 }
 
-int render(uint32_t effect, HostObject* host, Picture* source, Picture* target, const uint8_t* info) {
+int render(Word effect, HostObject* host, Picture* source, Picture* target, const uint8_t* info) {
     static Picture copy;
     copy = *source;
     const int done = ASK(EFFECT_PROCESS_FRAME, effect, WORD(host), WORD(source->record), 0xDEADBEEF,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "call.h"
 #include "frames.h"
 #include "host_object.h"
 
@@ -7,4 +8,4 @@
 void plainInfo(uint8_t* info);
 // Renders `source` to `target` and answers what the effect did. The host must have got everything back, and the source
 // be as it was.
-int render(uint32_t effect, HostObject* host, Picture* source, Picture* target, const uint8_t* info);
+int render(Word effect, HostObject* host, Picture* source, Picture* target, const uint8_t* info);

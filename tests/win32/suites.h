@@ -4,13 +4,15 @@
 
 #include <stdint.h>
 
+#include "call.h"
+
 // `IUnknown` with an interface or two that the object answers for, and the status for a null out pointer.
-void checkUnknown(uint32_t object, const uint8_t* interfaceId, uint32_t statusForNull);
+void checkUnknown(Word object, const uint8_t* interfaceId, uint32_t statusForNull);
 // One effect of the library: its description, its presets, its tool tips, a frame in each format.
-void checkEffect(uint32_t effect);
+void checkEffect(Word effect);
 // "Outline" in particular, whose picture tells whether each field of the records was understood.
-void checkOutline(uint32_t effect);
+void checkOutline(Word effect);
 // The frame processor, slot by slot.
-void checkFrameProcessor(uint32_t processor);
+void checkFrameProcessor(Word processor);
 // Presets written and read, and every way to fail without a window.
-void checkPresetSaver(uint32_t saver);
+void checkPresetSaver(Word saver);
