@@ -220,17 +220,45 @@ ImgSize squareNoiseSize(const RenderContext& context, bool isFloat) {
             static_cast<std::int32_t>(std::min(aspect < 1.0F ? height : height * aspect, kLargest))};
 }
 
-void fillWithNoise(Frame& noise, float time) {
-    const ImgSize size{noise.Width(), noise.Height()};
-    std::uint32_t seed = staticSeed(time);
-    if (isFloatFormat(noise.Format())) {
-        ImgSetFC1(noise.row<float>(0), noise.Stride(), 0.5F, size);
-        ImgAddGaussF(noise.row<float>(0), noise.Stride(), 0.0F, 0.5F, &seed, size);
-    } else {
-        ImgSet8C1(noise.Data(), noise.Stride(), 127, size);
-        ImgAddGauss8C1(noise.Data(), noise.Stride(), 0.0F, 127.0F, &seed, size);
+/// Black-and-white noise about a middle grey, in one part or in several for threads.
+class Static {
+public:
+    Static(Frame& noise, float time, bool cut) : Static(noise, staticSeed(time), cut) {}
+
+    [[nodiscard]] std::int32_t parts() const { return m_parts.count(); }
+    /// First for every part.
+    void prepare(std::int32_t part) {
+        m_parts.measure(part);
+        const std::int32_t first = rowBefore(part);
+        const ImgSize rows{m_noise.Width(), rowBefore(part + 1) - first};
+        if (rows.height == 0) {
+            return;
+        }
+        if (isFloatFormat(m_noise.Format())) {
+            ImgSetFC1(m_noise.row<float>(first), m_noise.Stride(), 0.5F, rows);
+        } else {
+            ImgSet8C1(m_noise.row<std::uint8_t>(first), m_noise.Stride(), 127, rows);
+        }
     }
-}
+    /// Then for every part.
+    void fill(std::int32_t part) const {
+        if (isFloatFormat(m_noise.Format())) {
+            m_parts.addF(part, m_noise.row<float>(0), m_noise.Stride(), 0.0F, 0.5F);
+        } else {
+            m_parts.add8C1(part, m_noise.Data(), m_noise.Stride(), 0.0F, 127.0F);
+        }
+    }
+
+private:
+    Static(Frame& noise, std::uint32_t seed, bool cut)
+        : m_noise(noise), m_parts(seed, {noise.Width(), noise.Height()}, cut) {}
+    [[nodiscard]] std::int32_t rowBefore(std::int32_t part) const {
+        return static_cast<std::int32_t>(std::int64_t{m_noise.Height()} * part / m_parts.count());
+    }
+
+    Frame& m_noise;
+    GaussParts m_parts;
+};
 
 /// Rows that the first steps work on while they are in the processor's cache.
 std::int32_t cachedRows(const Frame& frame) {
@@ -288,7 +316,7 @@ bool drawOver(Frame& frame, const Frame* noise, const OldTVSettings& settings, c
     });
 }
 
-/// Colour, ghost, static and scan lines, which leave every pixel in its row. The static is made beside the first two.
+/// Colour, ghost, static and scan lines, which leave every pixel in its row.
 bool drawPicture(const Frame& source, Frame& frame, const OldTVSettings& settings, const RenderContext& context,
                  float time) {
     const std::int32_t format = source.Format();
@@ -323,14 +351,20 @@ bool drawPicture(const Frame& source, Frame& frame, const OldTVSettings& setting
             addGhost(to, shift, luma + part * lumaFloats);
         });
     };
-    const std::int32_t others = hasStatic ? 1 : 0;
-    runTasks(parts.count() > 1 ? &context.allocator : nullptr, parts.count() + others, [&](std::int32_t i) {
+    std::optional<Static> made;
+    if (hasStatic) {
+        made.emplace(isSquare ? noise : squareNoise, time, parts.count() > 1);
+    }
+    const std::int32_t others = hasStatic ? made->parts() : 0;
+    const MemoryAllocator* threads = parts.count() > 1 ? &context.allocator : nullptr;
+    runTasks(threads, parts.count() + others, [&](std::int32_t i) {
         if (i < others) {
-            fillWithNoise(isSquare ? noise : squareNoise, time);
+            made->prepare(i);
         } else {
             colorPart(i - others);
         }
     });
+    runTasks(threads, others, [&](std::int32_t i) { made->fill(i); });
     if (hasStatic && !isSquare && !FrameResizeInto(squareNoise, noise, kResizeLinear)) {
         return false;
     }

@@ -1,7 +1,6 @@
-// Noise from 32 generators side by side, each the sum of a linear congruential and a subtract-with-borrow sequence
-// (after Marsaglia and Zaman's combined generators), which a third congruential sequence starts from the seed.
-// Their values come in a fixed order whatever the length of the processor's vectors, and every step is either
-// exact in whole numbers or one correctly rounded operation: one seed gives one picture everywhere.
+// Noise from 32 generators side by side. Their values come in a fixed order whatever the length of the processor's
+// vectors, and every step is either exact in whole numbers or one correctly rounded operation: one seed gives one
+// picture everywhere.
 
 #include "frame/primitives/noise.h"
 
@@ -10,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <numeric>
 
 #include "frame/primitives/check.h"
 
@@ -18,36 +18,10 @@
 namespace lumiset {
 namespace {
 
-constexpr std::size_t kLanes = 32;      ///< generators side by side
-constexpr std::size_t kBlock = 1024;    ///< values made at a time
-constexpr std::size_t kMaxVector = 16;  ///< 32-bit values in the longest vectors
-
-/// State of the generators.
-struct NoiseLanes {
-    explicit NoiseLanes(std::uint32_t& seed) {
-        for (std::size_t i = 0; i < kLanes; ++i) {
-            congruential[i] = next(seed);
-            newest[i] = next(seed);
-            older[i] = next(seed);
-        }
-    }
-
-    alignas(64) std::uint32_t congruential[kLanes];
-    alignas(64) std::uint32_t newest[kLanes];
-    alignas(64) std::uint32_t older[kLanes];
-    alignas(64) std::uint32_t borrow[kLanes] = {};  ///< 0 or 1
-
-private:
-    /// Steps the seed and scatters its bits (the finisher of MurmurHash3, Appleby), so that seeds that follow each
-    /// other give unrelated lanes.
-    static std::uint32_t next(std::uint32_t& seed) {
-        seed = seed * 69069U + 1013904243U;
-        std::uint32_t h = seed;
-        h = (h ^ (h >> 16U)) * 0x85EBCA6BU;
-        h = (h ^ (h >> 13U)) * 0xC2B2AE35U;
-        return h ^ (h >> 16U);
-    }
-};
+constexpr std::size_t kLanes = NoiseLanes::kCount;
+constexpr std::size_t kBlock = 1024;        ///< values made at a time
+constexpr std::size_t kMaxVector = 16;      ///< 32-bit values in the longest vectors
+constexpr std::size_t kPairs = kBlock / 2;  ///< points drawn for a block of normally distributed values
 
 /// For each set of four lanes, the bytes that bring its lanes to the front.
 struct Gathering {
@@ -73,6 +47,10 @@ struct NormalShape {
     float mean;
     float deviation;
 };
+
+std::uint64_t samplesOf(ImgSize size) {
+    return static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+}
 
 }  // namespace
 }  // namespace lumiset
@@ -123,7 +101,8 @@ public:
     HWY_INLINE VU next(std::size_t g) {
         const DU d;
         const VU one = hn::Set(d, 1U);
-        m_congruential[g] = hn::Sub(hn::Mul(m_congruential[g], hn::Set(d, 475559465U)), hn::Set(d, 89601513U));
+        m_congruential[g] = hn::Sub(hn::Mul(m_congruential[g], hn::Set(d, NoiseLanes::kMultiplier)),
+                                    hn::Set(d, NoiseLanes::kDecrement));
         const VU difference = hn::Sub(m_older[g], m_newest[g]);
         const VU value = hn::Sub(difference, m_borrow[g]);
         const auto wrapped = hn::Or(hn::Lt(m_older[g], m_newest[g]), hn::Lt(difference, m_borrow[g]));
@@ -184,10 +163,37 @@ HWY_INLINE VF logarithm(VF v) {
     return hn::Add(hn::Mul(sum, z), hn::Mul(hn::ConvertTo(d, exponent), hn::Set(d, 0.693147181F)));
 }
 
+/// A point of the square from -1 to 1 for each lane.
+struct Point {
+    VF u;
+    VF v;
+    VF square;  ///< of the distance from the middle
+};
+HWY_INLINE Point drawPoint(LaneVectors& lanes, std::size_t g) {
+    const DF d;
+    const VF scale = hn::Set(d, 0x1p-31F);
+    const VF u = hn::Mul(hn::ConvertTo(d, hn::BitCast(DI(), lanes.next(g))), scale);
+    const VF v = hn::Mul(hn::ConvertTo(d, hn::BitCast(DI(), lanes.next(kGroups / 2 + g))), scale);
+    return {u, v, hn::Add(hn::Mul(u, u), hn::Mul(v, v))};
+}
+HWY_INLINE hn::Mask<DF> isKept(const Point& point) {
+    const DF d;
+    return hn::And(hn::Lt(point.square, hn::Set(d, 1.0F)), hn::Gt(point.square, hn::Zero(d)));
+}
+
 /// Blocks of normally distributed values. Points (u, v) of a square are drawn; those in the unit circle are kept.
 class NormalBlocks {
 public:
-    NormalBlocks(std::uint32_t& seed, const NormalShape& shape) : m_lanes(seed), m_shape(shape) {}
+    /// The blocks behind the first `skipped` points that are kept, fewer than a block has.
+    NormalBlocks(const NoiseLanes& lanes, const NormalShape& shape, std::size_t skipped)
+        : m_lanes(lanes), m_shape(shape) {
+        if (skipped > 0) {
+            collect();
+            m_count -= skipped;
+            std::memmove(m_u, m_u + skipped, m_count * sizeof(float));
+            std::memmove(m_v, m_v + skipped, m_count * sizeof(float));
+        }
+    }
 
     void fill(float* out) {
         collect();
@@ -209,22 +215,16 @@ public:
     }
 
 private:
-    static constexpr std::size_t kPairs = kBlock / 2;
     static constexpr std::size_t kSpare = 2 * kMaxVector;
 
     /// Draws until there are enough pairs for a block.
     void collect() {
-        const DF d;
-        const VF scale = hn::Set(d, 0x1p-31F);
         LaneVectors lanes(m_lanes);
         std::size_t count = m_count;
         while (count < kPairs) {
             for (std::size_t g = 0; g < kGroups / 2; ++g) {
-                const VF u = hn::Mul(hn::ConvertTo(d, hn::BitCast(DI(), lanes.next(g))), scale);
-                const VF v = hn::Mul(hn::ConvertTo(d, hn::BitCast(DI(), lanes.next(kGroups / 2 + g))), scale);
-                const VF s = hn::Add(hn::Mul(u, u), hn::Mul(v, v));
-                const auto inside = hn::And(hn::Lt(s, hn::Set(d, 1.0F)), hn::Gt(s, hn::Zero(d)));
-                count = keep(d, u, v, inside, count);
+                const Point point = drawPoint(lanes, g);
+                count = keep(DF(), point.u, point.v, isKept(point), count);
             }
         }
         lanes.store(m_lanes);
@@ -283,14 +283,18 @@ HWY_INLINE void addVector(T* samples, const float* noise) {
     }
 }
 
+/// To the samples from `first` to before `end`, counted from the first row's through all rows.
 template <class T, class Blocks>
-void addNoise(Plane<T> plane, ImgSize size, Blocks&& blocks) {
+void addNoise(Plane<T> plane, ImgSize size, Blocks&& blocks, std::uint64_t first, std::uint64_t end) {
     alignas(64) float noise[kBlock + kMaxVector] = {};
     std::size_t used = kBlock;
-    const auto width = static_cast<std::size_t>(size.width);
-    for (std::int32_t y = 0; y < size.height; ++y) {
+    const auto rowSamples = static_cast<std::uint64_t>(size.width);
+    auto x = static_cast<std::size_t>(first % rowSamples);
+    for (auto y = static_cast<std::int32_t>(first / rowSamples); first < end; ++y, x = 0) {
         T* row = plane.row(y);
-        for (std::size_t x = 0; x < width;) {
+        const auto width = static_cast<std::size_t>(std::min(rowSamples, x + (end - first)));
+        first += width - x;
+        while (x < width) {
             if (used == kBlock) {
                 blocks.fill(noise);
                 used = 0;
@@ -315,13 +319,24 @@ void addNoise(Plane<T> plane, ImgSize size, Blocks&& blocks) {
 }  // namespace
 
 void addUniform8(Plane<std::uint8_t> plane, const UniformRange& range, std::uint32_t* seed, ImgSize size) {
-    addNoise(plane, size, UniformBlocks(*seed, range));
+    addNoise(plane, size, UniformBlocks(*seed, range), 0, samplesOf(size));
 }
-void addGauss8(Plane<std::uint8_t> plane, const NormalShape& shape, std::uint32_t* seed, ImgSize size) {
-    addNoise(plane, size, NormalBlocks(*seed, shape));
+void addGauss8(Plane<std::uint8_t> plane, const NormalShape& shape, const GaussStretch& stretch, ImgSize size) {
+    addNoise(plane, size, NormalBlocks(stretch.start, shape, stretch.skipped), stretch.first, stretch.end);
 }
-void addGaussF(Plane<float> plane, const NormalShape& shape, std::uint32_t* seed, ImgSize size) {
-    addNoise(plane, size, NormalBlocks(*seed, shape));
+void addGaussF(Plane<float> plane, const NormalShape& shape, const GaussStretch& stretch, ImgSize size) {
+    addNoise(plane, size, NormalBlocks(stretch.start, shape, stretch.skipped), stretch.first, stretch.end);
+}
+
+std::uint32_t countKept(const NoiseLanes& start, std::uint32_t steps) {
+    LaneVectors lanes(start);
+    std::size_t count = 0;
+    for (std::uint32_t i = 0; i < steps; ++i) {
+        for (std::size_t g = 0; g < kGroups / 2; ++g) {
+            count += hn::CountTrue(DF(), isKept(drawPoint(lanes, g)));
+        }
+    }
+    return static_cast<std::uint32_t>(count);
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
@@ -334,6 +349,7 @@ namespace {
 HWY_EXPORT(addUniform8);
 HWY_EXPORT(addGauss8);
 HWY_EXPORT(addGaussF);
+HWY_EXPORT(countKept);
 
 constexpr std::int32_t kUniformLimit = 65536;
 
@@ -354,13 +370,66 @@ ImgStatus ImgAddUniform8C1(std::uint8_t* plane, std::int32_t step, std::int32_t 
 }
 ImgStatus ImgAddGauss8C1(std::uint8_t* plane, std::int32_t step, float mean, float deviation, std::uint32_t* seed,
                          ImgSize size) noexcept {
+    const auto loop = [](Plane<std::uint8_t> to, const NormalShape& shape, std::uint32_t* from, ImgSize of) {
+        HWY_DYNAMIC_DISPATCH(addGauss8)(to, shape, {NoiseLanes(*from), 0, 0, samplesOf(of)}, of);
+    };
     const NormalShape shape{mean, deviation};
-    return runLoop(checkShape(shape), HWY_DYNAMIC_DISPATCH(addGauss8), size, pixels<1>(plane, step), shape, seed);
+    return runLoop(checkShape(shape), loop, size, pixels<1>(plane, step), shape, seed);
 }
 ImgStatus ImgAddGaussF(float* plane, std::int32_t step, float mean, float deviation, std::uint32_t* seed,
                        ImgSize size) noexcept {
+    const auto loop = [](Plane<float> to, const NormalShape& shape, std::uint32_t* from, ImgSize of) {
+        HWY_DYNAMIC_DISPATCH(addGaussF)(to, shape, {NoiseLanes(*from), 0, 0, samplesOf(of)}, of);
+    };
     const NormalShape shape{mean, deviation};
-    return runLoop(checkShape(shape), HWY_DYNAMIC_DISPATCH(addGaussF), size, pixels<1>(plane, step), shape, seed);
+    return runLoop(checkShape(shape), loop, size, pixels<1>(plane, step), shape, seed);
+}
+
+// A part is a number of steps of the generators. How many points they keep, and with that where in the plane their
+// noise lies, is known when they are counted; a part adds the blocks whose first point is one of its own, and the last
+// part all that are left.
+GaussParts::GaussParts(std::uint32_t& seed, ImgSize size, bool cut) noexcept : m_start(seed), m_size(size) {
+    constexpr std::uint64_t kSamples = 64 * 1024;  // of a part; waking a thread for fewer costs more than it saves
+    const std::uint64_t samples = samplesOf(size);
+    m_count = static_cast<std::int32_t>(std::clamp<std::uint64_t>(samples / kSamples, 1, cut ? m_kept.size() : 1));
+    // Of 16 points a step a share of pi/4 is kept, and each gives two samples.
+    m_steps = static_cast<std::uint32_t>(samples / 25 / static_cast<std::uint64_t>(m_count) + 1);
+}
+
+NoiseLanes GaussParts::startOf(std::int32_t part) const {
+    NoiseLanes start = m_start;
+    start.skip(static_cast<std::uint32_t>(part) * m_steps);
+    return start;
+}
+
+void GaussParts::measure(std::int32_t part) noexcept {
+    if (part + 1 < m_count) {
+        m_kept[static_cast<std::size_t>(part)] = HWY_DYNAMIC_DISPATCH(countKept)(startOf(part), m_steps);
+    }
+}
+
+GaussStretch GaussParts::stretchOf(std::int32_t part) const {
+    const auto before = std::accumulate(m_kept.begin(), m_kept.begin() + part, std::uint64_t{0});
+    const auto blocks = [](std::uint64_t kept) { return (kept + kPairs - 1) / kPairs; };
+    const std::uint64_t first = blocks(before);
+    const std::uint64_t all = samplesOf(m_size);
+    const std::uint64_t end =
+        part + 1 == m_count ? all : blocks(before + m_kept[static_cast<std::size_t>(part)]) * kBlock;
+    return {startOf(part), static_cast<std::size_t>(first * kPairs - before), std::min(first * kBlock, all),
+            std::min(end, all)};
+}
+
+ImgStatus GaussParts::add8C1(std::int32_t part, std::uint8_t* plane, std::int32_t step, float mean,
+                             float deviation) const noexcept {
+    const NormalShape shape{mean, deviation};
+    return runLoop(checkShape(shape), HWY_DYNAMIC_DISPATCH(addGauss8), m_size, pixels<1>(plane, step), shape,
+                   stretchOf(part));
+}
+ImgStatus GaussParts::addF(std::int32_t part, float* plane, std::int32_t step, float mean,
+                           float deviation) const noexcept {
+    const NormalShape shape{mean, deviation};
+    return runLoop(checkShape(shape), HWY_DYNAMIC_DISPATCH(addGaussF), m_size, pixels<1>(plane, step), shape,
+                   stretchOf(part));
 }
 
 }  // namespace lumiset

@@ -159,6 +159,38 @@ TEST(Noise, OfOneSeedIsOnePictureOnEveryInstructionSetAndForEveryStep) {
     }
 }
 
+// Cut into parts it is the same, also where parts end in the middle of rows and blocks, and whoever makes which first.
+TEST(Noise, InPartsIsTheWholeOnEveryInstructionSet) {
+    for (const ImgSize size : {ImgSize{1, 1}, {1024, 127}, {1024, 128}, {363, 1001}, {4100, 1030}}) {
+        SCOPED_TRACE(testing::Message() << size.width << " x " << size.height);
+        const auto count = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
+        for (const std::uint32_t seed : {0U, 0xFFFFFFFFU}) {
+            const std::vector<float> whole = gaussian(seed, size);
+            std::uint32_t after = seed;
+            std::uint32_t afterParts = seed;
+            std::vector<std::uint8_t> bytes(count, 127);
+            ImgAddGauss8C1(bytes.data(), size.width, 0.0F, 127.0F, &after, size);
+            for (const std::int64_t target : machineTargets()) {
+                const ForcedTarget forced(target);
+                afterParts = seed;
+                GaussParts parts(afterParts, size, true);
+                EXPECT_EQ(parts.count() > 1, count >= 128 * 1024);
+                for (std::int32_t i = 0; i < parts.count(); ++i) {
+                    parts.measure(i);
+                }
+                std::vector<float> floatParts(count);
+                std::vector<std::uint8_t> byteParts(count, 127);
+                for (std::int32_t i = parts.count() - 1; i >= 0; --i) {
+                    EXPECT_EQ(parts.addF(i, floatParts.data(), size.width * 4, 0.0F, 1.0F), kImgOk);
+                    EXPECT_EQ(parts.add8C1(i, byteParts.data(), size.width, 0.0F, 127.0F), kImgOk);
+                }
+                EXPECT_TRUE(floatParts == whole && byteParts == bytes) << seed << ' ' << hwy::TargetName(target);
+                EXPECT_EQ(afterParts, after);
+            }
+        }
+    }
+}
+
 TEST(Noise, OfTheNextCallIsAnother) {
     const Noises first = noisesOf({40, 30}, 0, 3);
     for (const std::uint32_t seed : first.seeds) {
