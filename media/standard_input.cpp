@@ -114,20 +114,13 @@ bool StandardInput::keepUntil(std::int64_t end) {
 
 std::int64_t StandardInput::seek(void* self, std::int64_t offset, int whence) {
     auto& input = *static_cast<StandardInput*>(self);
-    const bool fromEnd = whence == SEEK_END;
-    if (whence == AVSEEK_SIZE || fromEnd) {
-        if (!input.keepUntil(INT64_MAX)) {
-            return AVERROR(EIO);
-        }
-        if (!fromEnd) {
-            return input.m_keptBytes;
-        }
+    if (whence == AVSEEK_SIZE) {
+        return input.keepUntil(INT64_MAX) ? input.m_keptBytes : AVERROR(EIO);
     }
-    const std::int64_t base = fromEnd ? input.m_keptBytes : whence == SEEK_CUR ? input.m_position : 0;
-    if (base + offset < 0) {
+    if (whence != SEEK_SET || offset < 0) {  // all that FFmpeg asks for besides
         return AVERROR(EINVAL);
     }
-    return input.m_position = base + offset;
+    return input.m_position = offset;
 }
 
 }  // namespace lumiset::media

@@ -120,6 +120,29 @@ TEST_F(ExportedCommand, RendersClipsOfEverySizeShapeAndScan) {
     }
 }
 
+TEST_F(ExportedCommand, LooksAtTheTransparencyAndTheNumbersOfItsInput) {
+    for (const char* scene : {"cutout", "full"}) {
+        ASSERT_EQ(runLumiset({"render", std::string("scene-") + scene + ":64x48:0.08",
+                              folder / (std::string(scene) + "_%02d.png"), "-q", "-e", "Viewfinder"})
+                      .status,
+                  0);
+    }
+    const auto lineFor = [&](const char* name, const char* effect, const char* set) {
+        return runLumiset({"export", "ffmpeg", effect, "-s", set, "-i", folder / name, "-o", folder / "a.mp4"}).out;
+    };
+    const std::string sequence = lineFor("cutout_%02d.png", "Viewfinder", "Battery=off");
+    EXPECT_NE(sequence.find("premultiply=inplace=1"), std::string::npos) << sequence;
+    EXPECT_NE(sequence.find("-framerate 25 -start_number 1 "), std::string::npos) << sequence;
+    EXPECT_EQ(lineFor("full_01.png", "Viewfinder", "Battery=off").find("premultiply"), std::string::npos);
+    // Later pictures may be transparent where the first is not.
+    ASSERT_EQ(
+        std::system(
+            ("cd '" + folder.path().string() + "' && ffmpeg -v error -i full_01.png -pix_fmt rgba a.png").c_str()),
+        0);
+    EXPECT_NE(lineFor("a.png", "Viewfinder", "Battery=off").find("premultiply"), std::string::npos);
+    EXPECT_NE(lineFor("full_01.png", "Alpha Processor", "Invert=on").find("premultiply"), std::string::npos);
+}
+
 TEST(ExportedLines, LeaveOutWhatIsAtItsDefaultAndQuoteTheRest) {
     const hostkit::EffectDescription& effect = reference().catalogue.effect("Selective Tint");
     hostkit::ParameterStore values(effect);

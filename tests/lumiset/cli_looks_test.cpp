@@ -125,6 +125,9 @@ TEST_F(Looks, ComplainOfWhatCannotBe) {
         {{"look", "save", folder / "a.lumilook", "--look", "Only Red", "--strength", "50", "-e", "Outline"},
          2,
          "saved alone"},
+        {{"look", "save", folder / "a.lumilook", "-e", "Outline", "--look", "Only Red", "--strength", "50"},
+         2,
+         "saved alone"},
         {{"look", "check", keys, folder / "b.lumilook"}, 1, ""},
         {{"gallery", "--looks", "scene", "x.png", "-e", "Outline"}, 2, "all looks"},
     };

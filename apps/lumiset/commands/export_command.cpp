@@ -32,8 +32,10 @@ std::vector<frei0r::Settings> readSettings(Program& program, const EffectOptions
             const bool moves = std::any_of(each.parameters.begin(), each.parameters.end(),
                                            [](const hostkit::LookParameter& set) { return !set.keys.empty(); });
             if (moves || each.strength < 100.0 || look.strength < 100.0) {
-                throw UsageError(fmt::format("The look \"{}\" has {}, which plug-ins of other programs do not do.",
-                                             look.name, moves ? "keys" : "a strength below 100"));
+                throw UsageError(
+                    fmt::format("The look \"{}\" has {}, which plug-ins of other programs do not do. "
+                                "\"lumiset render INPUT - ... | ffmpeg -i - OUTPUT\" hands its pictures on.",
+                                look.name, moves ? "keys" : "a strength below 100"));
             }
             settings.push_back(
                 frei0r::settingsOf(hostkit::valuesOf(program.catalogue().effect(each.effect), each, 0.0)));
