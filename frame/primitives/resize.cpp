@@ -191,10 +191,37 @@ void filterPixels(const T* row, std::int32_t rowWidth, const std::int32_t* start
             return hn::LoadU(dSample, at);
         }
     };
+    const auto liesInside = [&](std::size_t x) {
+        return starts[x] >= 0 && starts[x] + static_cast<std::int32_t>(kTaps) <= rowWidth;
+    };
     for (std::size_t x = 0; x < width; ++x) {
         const float* w = weights + x * kTaps;
         const std::int32_t start = starts[x];
-        const bool isInside = start >= 0 && start + static_cast<std::int32_t>(kTaps) <= rowWidth;
+        const bool isInside = liesInside(x);
+#if HWY_MAX_BYTES >= 32
+        // Both taps of a pixel are one vector of eight samples; of two pixels the halves are then summed at once.
+        if (kTaps == 2 && isInside && x + 1 < width && liesInside(x + 1)) {
+            const hn::FixedTag<float, 8> d8;
+            const auto weighted = [&](std::size_t of) HWY_ATTR {
+                const hn::Rebind<T, decltype(d8)> dSamples;
+                const T* at = row + std::ptrdiff_t{4} * starts[of];
+                const float* pair = weights + of * 2;
+                const auto both = hn::Combine(d8, hn::Set(d, pair[1]), hn::Set(d, pair[0]));
+                if constexpr (sizeof(T) == 1) {
+                    const auto whole = hn::PromoteTo(hn::RebindToSigned<decltype(d8)>(), hn::LoadU(dSamples, at));
+                    return hn::Mul(hn::ConvertTo(d8, whole), both);
+                } else {
+                    return hn::Mul(hn::LoadU(dSamples, at), both);
+                }
+            };
+            const auto first = weighted(x);
+            const auto second = weighted(x + 1);
+            hn::StoreU(hn::Add(hn::ConcatLowerLower(d8, second, first), hn::ConcatUpperUpper(d8, second, first)), d8,
+                       out + 4 * x);
+            ++x;
+            continue;
+        }
+#endif
         auto sum = hn::Zero(d);
         for (std::size_t k = 0; k < kTaps; ++k) {
             const std::int32_t pixel = start + static_cast<std::int32_t>(k);
