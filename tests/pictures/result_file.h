@@ -15,8 +15,8 @@ struct Rendering {
 };
 
 /// A file of results in the order in which they are made: written by one build, compared by another. 8-bit results
-/// must be the same byte for byte, unless their effect computes in floating point: then a few samples may differ by
-/// one level. So may float results.
+/// must be the same byte for byte, unless their effect computes in floating point and the build is one of 32 bits: then
+/// a few samples may differ by one level. So may float results.
 class ResultFile {
 public:
     ResultFile(const char* path, bool write);

@@ -22,7 +22,7 @@ std::wstring titleOf(HWND window) {
 
 /// This process's dialog of that title, once it is there and not `other`; null when none comes.
 HWND dialogCalled(const wchar_t* title, HWND other = nullptr) {
-    constexpr int kLooks = 1000;
+    constexpr int kLooks = 500;
     for (int i = 0; i < kLooks; ++i) {
         for (HWND each = nullptr; (each = FindWindowExW(nullptr, each, L"#32770", title)) != nullptr;) {
             DWORD process = 0;
