@@ -95,6 +95,18 @@ std::string didYouMean(std::string_view name, const std::vector<std::string>& ca
     return near.empty() ? std::string() : " Did you mean " + quotedList(near) + "?";
 }
 
+std::string shellWord(const std::string& text) {
+    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=:,./%@";
+    if (!text.empty() && text.find_first_not_of(kPlain) == std::string::npos) {
+        return text;
+    }
+    std::string quoted = "'";
+    for (const char c : text) {
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return quoted + '\'';
+}
+
 std::string quotedList(const std::vector<std::string>& names) {
     std::string text;
     for (std::size_t i = 0; i < names.size(); ++i) {

@@ -24,6 +24,9 @@ namespace lumiset::hostkit {
 /// ` Did you mean "A" or "B"?`, or nothing without a near name.
 [[nodiscard]] std::string didYouMean(std::string_view name, const std::vector<std::string>& candidates);
 
+/// One word for a POSIX shell, in quotes where it needs them.
+[[nodiscard]] std::string shellWord(const std::string& text);
+
 /// `"A", "B" or "C"`.
 [[nodiscard]] std::string quotedList(const std::vector<std::string>& names);
 

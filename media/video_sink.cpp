@@ -109,6 +109,10 @@ void VideoSink::begin(const Picture& first) {
     AVDictionary* options = nullptr;
     av_dict_set(&options, "strict", "unofficial", 0);
     const std::string container = m_output->oformat->name;
+    if (container == "matroska" || container == "webm") {
+        // Identifiers that are drawn by lot would make every file another one. They are for files that refer to others.
+        m_output->flags |= AVFMT_FLAG_BITEXACT;
+    }
     if (container == "mp4" || container == "mov") {
         av_dict_set(&options, "movflags", "+faststart+write_colr", 0);  // plays while it is still loading
     }

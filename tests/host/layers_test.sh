@@ -26,12 +26,13 @@ allow module module effects support gpu frame host platform
 allow platform platform host
 allow hostkit hostkit host platform
 allow adapters/frei0r adapters/frei0r hostkit host
+allow adapters/frei0r_lines adapters/frei0r_lines adapters/frei0r render media hostkit host
 allow adapters/openfx adapters/openfx hostkit host
 allow apps/gpu_monitor apps/gpu_monitor platform
 allow media media hostkit host platform
-allow render render media hostkit host
-allow apps/lumiset apps/lumiset adapters/frei0r adapters/openfx render media hostkit host platform
-allow apps/studio/core apps/studio/core render media hostkit host platform
+allow render render media hostkit host platform
+allow apps/lumiset apps/lumiset adapters/frei0r adapters/frei0r_lines adapters/openfx render media hostkit host platform
+allow apps/studio/core apps/studio/core adapters/frei0r_lines render media hostkit host platform
 allow bindings/c bindings/c hostkit host
 allow bindings/python bindings/python media hostkit host
 allow examples/kit_host hostkit

@@ -28,7 +28,7 @@ studio=$(echo "$root"/packed/lumiset-studio_*.deb)
 if [ -f "$studio" ]; then
     dpkg-deb -f "$studio" Depends | grep -q 'libqt6widgets6.*lumiset (= \|lumiset (= .*libqt6widgets6' || fail "lumiset-studio does not say what it needs"
     dpkg-deb -x "$studio" "$root/system"
-    QT_QPA_PLATFORM=offscreen "$root/system/usr/bin/lumiset-studio" --version | grep -q "^studio " || fail "lumiset-studio does not start"
+    QT_QPA_PLATFORM=offscreen "$root/system/usr/bin/lumiset-studio" --version | grep -qx "lumiset-studio [0-9.]*" || fail "lumiset-studio does not start"
     for file in bin/lumiset-studio share/applications/lumiset-studio.desktop share/man/man1/lumiset-studio.1.gz \
         share/icons/hicolor/scalable/apps/lumiset-studio.svg share/metainfo/org.lumiset.Studio.metainfo.xml; do
         [ -s "$root/system/usr/$file" ] || fail "$file is missing or empty"

@@ -1,6 +1,7 @@
 // Times, shapes, fields, sound and sequences.
 
 #include "media/rate.h"
+#include "media/sound_reader.h"
 #include "tests/media/media_clip.h"
 #include "tests/media/media_fixture.h"
 
@@ -255,6 +256,18 @@ TEST_F(MediaVideo, CarriesSoundInStep) {
         EXPECT_NEAR(flash, 1.0 - c.start, 0.002);
         EXPECT_NEAR(firstLoudSecond(path(c.file)), flash, 0.03);
         EXPECT_NEAR(soundLength(path(c.file)), options.durationSeconds, 0.06);
+        // Programs that play it get the same from every moment on, back and forth.
+        const auto sound = openSound(openSource(path(c.file))->origin());
+        ASSERT_NE(sound, nullptr);
+        std::vector<float> frames(2 * kSoundRate);
+        for (const double from : {0.0, flash - 0.2, 0.1}) {
+            sound->seek(from);
+            const auto count = sound->read(frames.data(), kSoundRate);
+            EXPECT_LE(static_cast<double>(count) / kSoundRate, options.durationSeconds - from + 0.06);
+            const auto loud =
+                std::find_if(frames.begin(), frames.end(), [](float value) { return std::abs(value) > 0.2F; });
+            EXPECT_NEAR(from + static_cast<double>((loud - frames.begin()) / 2) / kSoundRate, flash, 0.03) << from;
+        }
     }
     // A kind of file that has no sound says that it goes.
     const auto source = openSource(path("clip.mkv"));

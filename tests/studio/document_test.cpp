@@ -2,6 +2,7 @@
 #include <QFile>
 #include <QMimeData>
 
+#include "apps/studio/model/numbered_pictures.h"
 #include "apps/studio/model/stack_model.h"
 #include "tests/studio/studio_fixture.h"
 
@@ -108,7 +109,9 @@ TEST_F(DocumentTest, ALookWithoutAClipIsShownOnTheScene) {
 
 TEST_F(DocumentTest, TellsOfFilesThatCannotBeUsed) {
     QString told;
-    QObject::connect(&studio, &Studio::failed, [&](const QString& text) { told = text; });
+    for (const auto signal : {&Studio::failed, &Studio::clipFailed}) {
+        QObject::connect(&studio, signal, [&](const QString& text) { told = text; });
+    }
     const auto write = [&](const char* name, const char* text) {
         QFile out(file(name));
         EXPECT_TRUE(out.open(QIODevice::WriteOnly));
@@ -153,7 +156,7 @@ TEST_F(DocumentTest, UnsavedWorkOutlivesTheProgram) {
         lost = hostkit::lookToJson(studio.catalogue(), document.look());
         recovery->writeNow();
         Document other(studio.catalogue());
-        EXPECT_FALSE(Recovery(other, place).takeLeftover()) << "of a program that runs";
+        EXPECT_FALSE(Recovery(other, place).findLeftover()) << "of a program that runs";
         // As if it had been killed: its files stay, its lock is nobody's.
         QDir(place).mkdir("kept");
         for (const QString& name : QDir(place).entryList(QDir::Files)) {
@@ -165,10 +168,33 @@ TEST_F(DocumentTest, UnsavedWorkOutlivesTheProgram) {
     EXPECT_TRUE(QDir(place).entryList({"*.lumilook"}, QDir::Files).isEmpty()) << "a good end leaves nothing";
     Document next(studio.catalogue());
     Recovery recovery(next, place + "/kept");
-    const auto found = recovery.takeLeftover();
+    const auto found = recovery.findLeftover();
     ASSERT_TRUE(found);
     EXPECT_EQ(hostkit::lookToJson(studio.catalogue(), found->look), lost);
-    EXPECT_FALSE(recovery.takeLeftover()) << "offered once";
+    EXPECT_TRUE(QFile::exists(found->kept)) << "it stays until somebody has answered";
+    recovery.discard(*found);
+    EXPECT_FALSE(recovery.findLeftover());
+}
+
+TEST_F(DocumentTest, NumberedPicturesAreOneClip) {
+    const auto write = [&](const char* name) {
+        EXPECT_TRUE(QImage(16, 16, QImage::Format_RGB32).save(file(name)));
+        return file(name);
+    };
+    const QString first = write("shot_08.png");
+    const QString second = write("shot_09.png");
+    const QString third = write("shot_10.png");
+    const QString other = write("other.png");
+    EXPECT_EQ(sequenceOf({third, first, second}).value_or(""), file("shot_%02d.png:8-10"));
+    EXPECT_FALSE(sequenceOf({first, third})) << "one is missing between them";
+    EXPECT_FALSE(sequenceOf({first, other}));
+    EXPECT_FALSE(sequenceOf({first, first}));
+    EXPECT_FALSE(sequenceAround(other));
+    EXPECT_EQ(sequenceAround(second).value_or(""), file("shot_%02d.png"));
+    studio.openFiles({second, first, third});
+    ASSERT_TRUE(waitFor([&] { return studio.clip().endsWith(":8-10"); }));
+    EXPECT_EQ(studio.preview.clip()->frameCount, 3);
+    EXPECT_FALSE(studio.proposedOutput("mp4").contains('%'));
 }
 
 TEST_F(DocumentTest, RowsAreDraggedToTheirPlace) {

@@ -4,6 +4,7 @@
 #include <QProcess>
 
 #include "apps/studio/core/command_text.h"
+#include "hostkit/names.h"
 #include "tests/studio/studio_fixture.h"
 
 namespace lumiset::studio {
@@ -49,7 +50,7 @@ TEST_F(ExportTest, WritesTheBytesThatTheCommandLineWrites) {
         const char* codec;
         int bits;
     };
-    for (const Case& each : {Case{"y4m", "", 0}, Case{"mov", "prores", 10}}) {
+    for (const Case& each : {Case{"y4m", "", 0}, Case{"mov", "prores", 10}, Case{"mp4", "", 0}, Case{"mkv", "ffv1", 0}}) {
         render::FileJob job = studio.jobFor(file("studio.") + each.ending);
         job.codec = each.codec;
         job.bits = each.bits;
@@ -58,7 +59,7 @@ TEST_F(ExportTest, WritesTheBytesThatTheCommandLineWrites) {
         ASSERT_EQ(item(number).state, ExportQueue::State::kDone) << item(number).error.toStdString();
         job.output = (file("line.") + each.ending).toStdString();
         std::string line = lumisetCommand(studio.catalogue(), studio.document.look(), job);
-        line.replace(0, 7, shellWord(LUMISET_PROGRAM));
+        line.replace(0, 7, hostkit::shellWord(LUMISET_PROGRAM));
         ASSERT_EQ(QProcess::execute("sh", {"-c", toQt(line + " -q")}), 0) << line;
         const QByteArray written = bytesOf(toQt(job.output));
         EXPECT_GT(written.size(), 1000);
@@ -120,7 +121,6 @@ TEST_F(ExportTest, ProposesNamesThatAreFree) {
     QFile taken(first);
     ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
     EXPECT_EQ(QFileInfo(studio.proposedOutput("png")).fileName(), "my shot_Untitled_2.png");
-    EXPECT_EQ(shellWord("it's"), "'it'\\''s'");
 }
 
 }  // namespace

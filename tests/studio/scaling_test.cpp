@@ -109,6 +109,22 @@ TEST(PictureScalingTest, CalmsNoiseAsDistanceDoes) {
     EXPECT_NEAR(deviation, 73.9 / 3.0, 1.5);  // of nine samples each
 }
 
+TEST(PictureScalingTest, TakesFieldsApart) {
+    const media::Picture woven =
+        pictureOf(1, 5, {{10, 0, 0, 255}, {200, 0, 0, 255}, {30, 0, 0, 255}, {220, 0, 0, 255}, {60, 0, 0, 255}});
+    const auto column = [&woven](bool top) {
+        media::Picture field;
+        fieldOf(woven, top, field);
+        std::vector<int> values;
+        for (int y = 0; y < field.height; ++y) {
+            values.push_back(field.row(y)[0]);
+        }
+        return values;
+    };
+    EXPECT_EQ(column(true), (std::vector<int>{10, 20, 30, 45, 60}));
+    EXPECT_EQ(column(false), (std::vector<int>{200, 200, 210, 220, 220})) << "nothing beyond its first and last line";
+}
+
 TEST(PictureScalingTest, ShowsWidePixelsAsSquares) {
     media::VideoFormat format;
     format.width = 720;

@@ -15,6 +15,7 @@
 #include "apps/studio/views/strip.h"
 #include "apps/studio/views/timeline.h"
 #include "apps/studio/views/value_slider.h"
+#include "hostkit/names.h"
 #include "tests/studio/window_fixture.h"
 
 namespace lumiset::studio {
@@ -59,7 +60,7 @@ TEST_F(WindowTest, ChoosingAPresetShowsThePixelsOfTheCommandLine) {
     job.startSeconds = 0.8;
     job.durationSeconds = 0.03;
     std::string line = lumisetCommand(studio.catalogue(), studio.document.look(), job);
-    line.replace(0, 7, shellWord(LUMISET_PROGRAM));
+    line.replace(0, 7, hostkit::shellWord(LUMISET_PROGRAM));
     ASSERT_EQ(QProcess::execute("sh", {"-c", toQt(line + " -q")}), 0) << line;
     QImage rendered(file("frame_01.png"));
     ASSERT_EQ(rendered.size(), QSize(320, 180));

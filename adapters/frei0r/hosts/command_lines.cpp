@@ -12,18 +12,7 @@
 namespace lumiset::frei0r {
 namespace {
 
-/// One word for the shell, in quotes where it needs them.
-std::string word(const std::string& text) {
-    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=:,./%@";
-    if (!text.empty() && text.find_first_not_of(kPlain) == std::string::npos) {
-        return text;
-    }
-    std::string quoted = "'";
-    for (const char c : text) {
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return quoted + '\'';
-}
+using hostkit::shellWord;
 
 bool hasExtension(const std::string& name, std::initializer_list<std::string_view> extensions) {
     const std::string extension = std::filesystem::path(name).extension().string();
@@ -174,13 +163,13 @@ std::string ffmpegCommand(const std::vector<Settings>& chain, const Clip& clip) 
                 (numbered ? " -start_number " + std::to_string(clip.firstNumber) : " -pattern_type glob");
     }
     const std::string format = ffmpegFormat(clip);
-    return "ffmpeg" + input + " -i " + word(ffmpegName(clip.input)) + " -vf " +
-           word(ffmpegFilters(plugins, clip, format)) + ffmpegEncoding(clip, format) + ' ' +
-           word(ffmpegName(clip.output));
+    return "ffmpeg" + input + " -i " + shellWord(ffmpegName(clip.input)) + " -vf " +
+           shellWord(ffmpegFilters(plugins, clip, format)) + ffmpegEncoding(clip, format) + ' ' +
+           shellWord(ffmpegName(clip.output));
 }
 
 std::string meltCommand(const std::vector<Settings>& chain, const Clip& clip) {
-    std::string command = "melt " + word(meltName(clip.input));
+    std::string command = "melt " + shellWord(meltName(clip.input));
     for (const Settings& settings : chain) {
         const Settings fit = fitted(settings, clip, false);
         command += " -filter frei0r." + pluginName(fit.effect->name);
@@ -189,11 +178,11 @@ std::string meltCommand(const std::vector<Settings>& chain, const Clip& clip) {
                 // A colon in a name means something else to melt, so such a parameter goes by its number.
                 const std::string& name = fit.parameters[i].name;
                 const bool numbered = name.find(':') != std::string::npos;
-                command += ' ' + word((numbered ? std::to_string(i) : name) + '=' + fit.text(i));
+                command += ' ' + shellWord((numbered ? std::to_string(i) : name) + '=' + fit.text(i));
             }
         }
     }
-    return command + " -consumer " + word("avformat:" + meltName(clip.output));
+    return command + " -consumer " + shellWord("avformat:" + meltName(clip.output));
 }
 
 }  // namespace lumiset::frei0r

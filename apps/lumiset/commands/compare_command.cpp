@@ -10,7 +10,6 @@
 #include "apps/lumiset/commands/commands.h"
 #include "apps/lumiset/messages.h"
 #include "apps/lumiset/render/effect_options.h"
-#include "apps/lumiset/render/gpu_refusal.h"
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/render/output_guard.h"
@@ -18,6 +17,7 @@
 #include "hostkit/host_allocator.h"
 #include "hostkit/thread_pool.h"
 #include "media/sheet.h"
+#include "render/gpu_refusal.h"
 #include "render/picture_frame.h"
 
 namespace lumiset::app {
@@ -128,7 +128,8 @@ media::Picture renderedInGL(IEffectLibrary& library, const std::vector<hostkit::
                                 const VideoFrameDesc& destination, const FrameRenderInfo& info) {
         const std::size_t done = gpu.render(calls, source, destination, info);
         if (done < calls.size()) {
-            throw hostkit::GLError(refusalInOpenGL(library, calls[done].effect.GetEffectName()) + reason);
+            throw hostkit::GLError(printable(render::refusalInOpenGL(library, calls[done].effect.GetEffectName())) +
+                                   reason);
         }
         return done;
     });

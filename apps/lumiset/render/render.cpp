@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "apps/lumiset/messages.h"
-#include "apps/lumiset/render/gpu_refusal.h"
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/progress.h"
+#include "render/gpu_refusal.h"
 
 namespace lumiset::app {
 
@@ -29,7 +29,7 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     };
     watcher.gpu.driver = [](const std::string& sentence) { tell("lumiset: " + sentence + '\n'); };
     watcher.gpu.leftToOthers = [&library](const std::string& effect) {
-        tell("lumiset: " + refusalInOpenGL(library, effect) + " The processor renders instead.\n");
+        tell("lumiset: " + printable(render::refusalInOpenGL(library, effect)) + " The processor renders instead.\n");
     };
     try {
         const std::optional<render::FileResult> result = render::renderFile(request.job, chain, watcher);

@@ -16,6 +16,8 @@ public:
 
     [[nodiscard]] const std::string& path() const { return m_path; }
     [[nodiscard]] const media::VideoFormat& format() const { return m_format; }
+    /// Where its sound is.
+    [[nodiscard]] media::Source::Origin origin() const { return m_source->origin(); }
     /// At least 1; what the file says may be wrong by a few.
     [[nodiscard]] std::int64_t frameCount() const;
     /// The picture that shows at the time of a frame, with its own time. Past the end, the last one. Throws

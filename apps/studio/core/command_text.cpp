@@ -5,10 +5,15 @@
 #include <cmath>
 #include <string_view>
 
+#include "adapters/frei0r_lines/look_lines.h"
+#include "hostkit/names.h"
 #include "hostkit/value_json.h"
+#include "media/scene_source.h"
 
 namespace lumiset::studio {
 namespace {
+
+using hostkit::shellWord;
 
 /// The shortest that reads back to the same number.
 std::string numberText(double number) {
@@ -36,18 +41,6 @@ std::string exactText(const hostkit::ParameterDescription& parameter, const Para
 }
 
 }  // namespace
-
-std::string shellWord(const std::string& text) {
-    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_@%+=:,./-";
-    if (!text.empty() && text.find_first_not_of(kPlain) == std::string::npos) {
-        return text;
-    }
-    std::string quoted = "'";
-    for (const char each : text) {
-        quoted += each == '\'' ? std::string("'\\''") : std::string(1, each);
-    }
-    return quoted + '\'';
-}
 
 std::string lumisetCommand(const hostkit::EffectCatalogue& catalogue, const hostkit::Look& look,
                            const render::FileJob& job) {
@@ -105,6 +98,16 @@ std::string lumisetCommand(const hostkit::EffectCatalogue& catalogue, const host
     line += job.alpha ? " --alpha" : "";
     line += job.gpu ? " --gpu" : "";
     return line;
+}
+
+std::string pluginsCommand(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
+                           const hostkit::Look& look, const render::FileJob& job, PluginHost host) {
+    if (media::isSceneName(job.input)) {
+        throw hostkit::LookError("The built-in scene is known to no other program; open a clip first.");
+    }
+    const std::vector<frei0r::Settings> chain = frei0r::settingsOf(catalogue, look);
+    const frei0r::Clip clip = frei0r::clipOf(library, catalogue, look, job.input, job.output);
+    return host == PluginHost::kFfmpeg ? frei0r::ffmpegCommand(chain, clip) : frei0r::meltCommand(chain, clip);
 }
 
 }  // namespace lumiset::studio

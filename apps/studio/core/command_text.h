@@ -13,7 +13,12 @@ namespace lumiset::studio {
 [[nodiscard]] std::string lumisetCommand(const hostkit::EffectCatalogue& catalogue, const hostkit::Look& look,
                                          const render::FileJob& job);
 
-/// A word as a shell reads it back.
-[[nodiscard]] std::string shellWord(const std::string& text);
+/// Programs that load the effects as plug-ins.
+enum class PluginHost { kFfmpeg, kMelt };
+
+/// A line that renders the whole clip in another program. It looks at the clip, which takes time. Throws
+/// `hostkit::LookError` and `frei0r::NameError` for what that program cannot do, media::MediaError.
+[[nodiscard]] std::string pluginsCommand(IEffectLibrary& library, const hostkit::EffectCatalogue& catalogue,
+                                         const hostkit::Look& look, const render::FileJob& job, PluginHost host);
 
 }  // namespace lumiset::studio

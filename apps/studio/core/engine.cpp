@@ -11,6 +11,7 @@
 #include "hostkit/look_json.h"
 #include "hostkit/renderer.h"
 #include "render/file_render.h"
+#include "render/gpu_refusal.h"
 #include "render/picture_frame.h"
 
 namespace lumiset::studio {
@@ -66,7 +67,7 @@ void Engine::open(const std::string& path, std::function<void(const ClipInfo*, c
         const std::string error = errorOf([&] {
             auto clip = std::make_unique<ClipReader>(path);
             (void)clip->read(0);  // a file without a picture is no clip
-            info = {path, clip->format(), clip->frameCount()};
+            info = {path, clip->format(), clip->frameCount(), clip->origin()};
             m_clip = std::move(clip);
             ++m_clipNumber;
             m_cache.clear();
@@ -143,6 +144,7 @@ std::string Engine::sourceSeries(int divisor) const {
 std::string Engine::series(const FrameWish& wish, const LookSnapshot& look) const {
     const std::string size = std::to_string(wish.size.width) + 'x' + std::to_string(wish.size.height);
     return sourceSeries(wish.divisor) + size + (wish.gpu ? "/gpu/" : "/") +
+           std::to_string(static_cast<int>(wish.fields)) +
            (look == nullptr || look->effects.empty() ? "" : hostkit::lookToJson(m_catalogue, *look));
 }
 
@@ -175,9 +177,20 @@ std::shared_ptr<const DisplayPicture> Engine::display(const FrameWish& wish, con
     }
     const PicturePtr from = source(wish.frame, partOf(m_clip->format(), wish.divisor), wish.divisor);
     const PicturePtr result = rendered(wish, look, from, shot.effectSeconds);
-    auto made = std::make_shared<const DisplayPicture>(displayOf(*result, wish.size, m_threads.get()));
+    auto made = std::make_shared<const DisplayPicture>(
+        displayOf(*asShown(result, *from, wish.fields), wish.size, m_threads.get()));
     m_cache.put(key, made, made->bytes.size() + sizeof *made);
     return made;
+}
+
+/// What of an interlaced picture is shown. Reduced pictures are means of both fields, which no view takes apart.
+Engine::PicturePtr Engine::asShown(const PicturePtr& picture, const media::Picture& source, Fields fields) {
+    if (fields == Fields::kWoven || !source.interlaced) {
+        return picture;
+    }
+    auto field = std::make_shared<media::Picture>();
+    fieldOf(*picture, source.topFieldFirst == (fields == Fields::kFirst), *field);
+    return field;
 }
 
 Engine::PicturePtr Engine::source(std::int64_t frame, Size size, int divisor) {
@@ -228,13 +241,21 @@ hostkit::GPUFrames* Engine::gpu() {
             m_gpu = std::make_unique<hostkit::GPUFrames>(hostkit::GPUFrames::Listener{
                 [this](const std::string& sentence) { tell(sentence); },
                 [this](const std::string& effect) {
-                    tell(effect + " does not render in OpenGL here. The processor renders it instead.");
+                    tell(render::refusalInOpenGL(m_library, effect) + " The processor renders it instead.");
                 }});
         } catch (const hostkit::GLError& error) {
             tell(std::string(error.what()) + " The processor renders instead.");
         }
     }
     return m_gpu.get();
+}
+
+void Engine::forgetGpu() {
+    run([this] {
+        m_gpu.reset();
+        m_gpuTried = false;
+        m_cache.clear();
+    });
 }
 
 void Engine::tell(const std::string& sentence) {

@@ -44,6 +44,11 @@ public:
     /// The mean colour 0x00BBGGRR of 5 x 5 pixels of what `look` makes, `x` and `y` in 0..1 of the picture.
     void pick(const FrameWish& wish, double x, double y, std::function<void(std::optional<std::uint32_t>)> take);
 
+    /// Something else that takes too long for a window's thread; it throws nothing.
+    void run(std::function<void()> work) { m_scheduler.add(Scheduler::kOpening, std::move(work)); }
+    /// Makes a new start with OpenGL, which tells anew what it cannot do.
+    void forgetGpu();
+
     /// The frames that are ready to be shown as in this wish. On any thread.
     [[nodiscard]] std::vector<std::int64_t> cachedFrames(const FrameWish& wish) const;
     [[nodiscard]] std::size_t cachedBytes() const { return m_cache.bytes(); }
@@ -67,6 +72,7 @@ private:
     PicturePtr source(std::int64_t frame, Size size, int divisor);
     PicturePtr rendered(const FrameWish& wish, const LookSnapshot& look, const PicturePtr& source, double& seconds);
     hostkit::GPUFrames* gpu();
+    static PicturePtr asShown(const PicturePtr& picture, const media::Picture& source, Fields fields);
     void tell(const std::string& sentence);
 
     IEffectLibrary& m_library;

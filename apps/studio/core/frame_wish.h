@@ -14,6 +14,10 @@ namespace lumiset::studio {
 /// A look at one moment of its editing; nobody changes it any more, so any thread may read it.
 using LookSnapshot = std::shared_ptr<const hostkit::Look>;
 
+/// What is shown of interlaced pictures: both fields as they stand in the frame, or one alone, its lines doubled by
+/// their means.
+enum class Fields { kWoven, kFirst, kSecond };
+
 /// A picture that somebody wants to see.
 struct FrameWish {
     std::int64_t frame = 0;
@@ -23,6 +27,7 @@ struct FrameWish {
     int divisor = 1;  ///< effects work on this part of the size: 1, 2 or 4
     Size size;        ///< to be shown at
     bool gpu = false;
+    Fields fields = Fields::kWoven;
     std::uint64_t number = 0;  ///< the wisher's own
 };
 
@@ -41,6 +46,7 @@ struct ClipInfo {
     std::string path;
     media::VideoFormat format;
     std::int64_t frameCount = 1;
+    media::Source::Origin origin;  ///< of its sound
 };
 
 }  // namespace lumiset::studio

@@ -195,6 +195,31 @@ void reduce(const media::Picture& picture, Size size, media::Picture& reduced, I
     });
 }
 
+void fieldOf(const media::Picture& picture, bool top, media::Picture& field) {
+    field.allocate(picture.width, picture.height, picture.depth);
+    field.timeSeconds = picture.timeSeconds;
+    const int first = top || picture.height < 2 ? 0 : 1;
+    const std::size_t count = 4 * static_cast<std::size_t>(picture.width);
+    for (int y = 0; y < picture.height; ++y) {
+        // Neighbours are rows of the field; beyond the first and the last there are none.
+        const bool own = y % 2 == first;
+        const int above = own ? y : y > first ? y - 1 : first;
+        const int below = own ? y : y + 1 < picture.height ? y + 1 : above;
+        if (picture.depth == media::Depth::kFloat) {
+            const auto* a = media::samples<float>(picture, above);
+            const auto* b = media::samples<float>(picture, below);
+            std::transform(a, a + count, b, media::samples<float>(field, y),
+                           [](float one, float other) { return 0.5F * (one + other); });
+        } else {
+            const std::uint8_t* a = picture.row(above);
+            const std::uint8_t* b = picture.row(below);
+            std::transform(a, a + count, b, field.row(y), [](std::uint8_t one, std::uint8_t other) {
+                return static_cast<std::uint8_t>((one + other + 1) / 2);
+            });
+        }
+    }
+}
+
 Size shownSize(const media::VideoFormat& format, Size room) {
     const double aspect = format.pixelAspect.value() > 0.0 ? format.pixelAspect.value() : 1.0;
     double width = format.width;

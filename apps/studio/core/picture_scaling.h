@@ -34,6 +34,9 @@ struct DisplayPicture {
 /// The same for effects to work on: of the picture's depth, alpha straight. Times and fields go along.
 void reduce(const media::Picture& picture, Size size, media::Picture& reduced, IHostParallel* threads);
 
+/// One field of a picture at the picture's size: its lines as they are, and the mean of both neighbours between them.
+void fieldOf(const media::Picture& picture, bool top, media::Picture& field);
+
 /// The size of a picture whose pixels are shown as squares, at most as large as `room`, or as it is without one.
 [[nodiscard]] Size shownSize(const media::VideoFormat& format, Size room = {});
 

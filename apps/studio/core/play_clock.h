@@ -25,6 +25,8 @@ public:
     [[nodiscard]] std::optional<std::int64_t> frameAt(double nowSeconds) const;
     /// When the frame behind the one of now is due.
     [[nodiscard]] double nextDue(double nowSeconds) const;
+    /// Where it begins.
+    [[nodiscard]] std::int64_t start() const { return m_start; }
     [[nodiscard]] double speed() const { return m_speed; }
 
 private:

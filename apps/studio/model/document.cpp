@@ -226,6 +226,17 @@ void Document::moveKey(const ParameterDescription& parameter, double from, doubl
                    gesture);
 }
 
+void Document::moveKeys(double from, double to, bool copies, quint64 gesture) {
+    changeSelected(
+        copies ? tr("Copy keys") : tr("Move keys"),
+        [&](const EffectDescription& description, LookEffect& effect) {
+            for (const ParameterDescription& parameter : description.parameters) {
+                studio::moveKey(effect, parameter.index, {from, m_clipSeconds}, to, copies);
+            }
+        },
+        gesture);
+}
+
 void Document::setKeyValue(const ParameterDescription& parameter, double at, const ParamValue& value, quint64 gesture) {
     changeSelected(
         tr("Set key of %1 to %2").arg(toQt(parameter.label), toQt(valueText(parameter, value))),

@@ -61,6 +61,8 @@ public:
     void setStrength(double percent, quint64 gesture = 0);
     void toggleKey(const ParameterDescription& parameter);
     void moveKey(const ParameterDescription& parameter, double from, double to, bool copies, quint64 gesture = 0);
+    /// The same of all parameters that have one there.
+    void moveKeys(double from, double to, bool copies, quint64 gesture = 0);
     void setKeyValue(const ParameterDescription& parameter, double at, const ParamValue& value, quint64 gesture = 0);
     void removeKey(const ParameterDescription& parameter, double at);
     void setValues(const std::vector<std::pair<std::uint32_t, ParamValue>>& values, const QString& what);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "apps/studio/model/document.h"
+#include "render/gpu_refusal.h"
 
 namespace lumiset::studio {
 namespace {
@@ -39,8 +40,9 @@ ExportQueue::~ExportQueue() {
     }
 }
 
-quint64 ExportQueue::add(const render::FileJob& job, LookSnapshot look, const QString& lookName) {
-    m_items.push_back({++m_lastNumber, job, std::move(look), lookName});
+quint64 ExportQueue::add(const render::FileJob& job, LookSnapshot look, const QString& lookName,
+                         const KnownClip& known) {
+    m_items.push_back({++m_lastNumber, job, std::move(look), lookName, known.size, State::kWaiting, 0, known.frames});
     startNext();
     emit changed();
     return m_lastNumber;
@@ -83,7 +85,7 @@ void ExportQueue::cancelAll() {
 }
 
 void ExportQueue::removeFinished() {
-    m_items.remove_if([](const Item& each) { return each.state != State::kWaiting && each.state != State::kRunning; });
+    m_items.remove_if([](const Item& each) { return !each.isOpen(); });
     emit changed();
 }
 
@@ -101,8 +103,7 @@ void ExportQueue::setPaused(bool paused) {
 }
 
 bool ExportQueue::isBusy() const {
-    return std::any_of(m_items.begin(), m_items.end(),
-                       [](const Item& each) { return each.state == State::kWaiting || each.state == State::kRunning; });
+    return std::any_of(m_items.begin(), m_items.end(), [](const Item& each) { return each.isOpen(); });
 }
 
 std::optional<double> ExportQueue::secondsLeft() const {
@@ -120,13 +121,18 @@ std::optional<double> ExportQueue::secondsLeft() const {
     }
     for (const Item& item : m_items) {
         if (item.state == State::kWaiting) {
-            if (item.expected < 1 || perFrame <= 0.0) {
+            if (perFrame <= 0.0) {
                 return std::nullopt;
             }
             total += perFrame * static_cast<double>(item.expected);
         }
     }
     return total;
+}
+
+bool ExportQueue::hasUnknown() const {
+    return std::any_of(m_items.begin(), m_items.end(),
+                       [](const Item& each) { return each.state == State::kWaiting && each.expected < 1; });
 }
 
 void ExportQueue::startNext() {
@@ -184,7 +190,7 @@ ExportQueue::Result ExportQueue::run(const render::FileJob& job, const hostkit::
     };
     watcher.gpu.leftToOthers = [&](const std::string& effect) {
         const std::lock_guard lock(notesMutex);
-        notes << tr("%1 does not render in OpenGL here. The processor renders it instead.").arg(toQt(effect));
+        notes << toQt(render::refusalInOpenGL(m_library, effect)) + " " + tr("The processor renders it instead.");
     };
     try {
         const double clipSeconds =

@@ -16,6 +16,12 @@
 
 namespace lumiset::studio {
 
+/// What is known of a clip before it is opened; nothing where it is 0.
+struct KnownClip {
+    qint64 frames = 0;
+    Size size{};
+};
+
 /// Clips to be rendered to files, one after the other, each with the look as it was when it was added. Their files
 /// appear when they are complete.
 class ExportQueue : public QObject {
@@ -28,12 +34,15 @@ public:
         render::FileJob job{};
         LookSnapshot look{};
         QString lookName{};
+        Size size{};
         State state = State::kWaiting;
         qint64 frames = 0;
         qint64 expected = 0;   ///< 0: not known
         double seconds = 0.0;  ///< spent on it, without pauses
         QStringList notes{};   ///< what is to be known of the result
         QString error{};
+        /// It waits or runs.
+        [[nodiscard]] bool isOpen() const { return state == State::kWaiting || state == State::kRunning; }
         /// Nothing as long as there is no telling.
         [[nodiscard]] std::optional<double> secondsLeft() const;
     };
@@ -43,7 +52,7 @@ public:
     /// Gives up what is not done.
     ~ExportQueue() override;
 
-    quint64 add(const render::FileJob& job, LookSnapshot look, const QString& lookName);
+    quint64 add(const render::FileJob& job, LookSnapshot look, const QString& lookName, const KnownClip& known = {});
     void cancel(quint64 number);
     void cancelAll();
     void removeFinished();
@@ -53,8 +62,11 @@ public:
     [[nodiscard]] const std::list<Item>& items() const { return m_items; }
     /// Some wait or run.
     [[nodiscard]] bool isBusy() const;
-    /// Of everything that waits and runs; nothing as long as there is no telling.
+    /// Of everything that waits and runs, as if the ones that wait took as long for a frame as the one that runs, and
+    /// those of unknown length nothing; nothing as long as there is no telling.
     [[nodiscard]] std::optional<double> secondsLeft() const;
+    /// Something waits whose length is not known.
+    [[nodiscard]] bool hasUnknown() const;
 
 signals:
     void changed();

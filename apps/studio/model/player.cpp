@@ -25,13 +25,42 @@ void Player::play(double speed) {
         return;
     }
     m_preview.setPlaying(true);
-    m_clock.emplace(m_preview.frame(), m_preview.framesPerSecond(), speed, m_preview.range(), m_loops, now());
+    const ClipInfo& clip = *m_preview.clip();
+    const FrameRange range = m_preview.range();
+    m_clock.emplace(m_preview.frame(), m_preview.framesPerSecond(), speed, range, m_loops, 0.0);
+    m_soundSeconds = 0.0;
+    m_soundAt = steady();
+    if (speed == 1.0) {
+        m_sound.start(clip.origin,
+                      {secondsOf(m_clock->start(), clip.format), secondsOf(range.first, clip.format),
+                       m_loops ? secondsOf(range.last + 1, clip.format) : secondsOf(range.first, clip.format)});
+    } else {
+        m_sound.stop();
+    }
     tick();
+    emit changed();
+}
+
+double Player::now() {
+    const std::optional<double> heard = m_sound.seconds();
+    m_followsSound = heard.has_value();
+    if (heard) {
+        m_soundSeconds = *heard;
+        m_soundAt = steady();
+        return *heard;
+    }
+    return m_soundSeconds + steady() - m_soundAt;
+}
+
+void Player::setMuted(bool muted) {
+    m_sound.setMuted(muted);
     emit changed();
 }
 
 void Player::stop() {
     m_timer.stop();
+    m_sound.stop();
+    m_followsSound = false;
     if (m_clock) {
         m_clock.reset();
         m_preview.setPlaying(false);
@@ -62,14 +91,15 @@ void Player::setLoops(bool loops) {
 }
 
 void Player::tick() {
-    const auto frame = m_clock->frameAt(now());
+    const double moment = now();
+    const auto frame = m_clock->frameAt(moment);
     if (!frame) {
         m_preview.setFrame(m_clock->speed() > 0.0 ? m_preview.range().last : m_preview.range().first);
         stop();
         return;
     }
     m_preview.setFrame(*frame);
-    m_timer.start(std::max(1, static_cast<int>(std::ceil((m_clock->nextDue(now()) - now()) * 1000.0))));
+    m_timer.start(std::max(1, static_cast<int>(std::ceil((m_clock->nextDue(moment) - moment) * 1000.0))));
 }
 
 }  // namespace lumiset::studio

@@ -1,10 +1,12 @@
 #include "apps/studio/model/preview.h"
 
 #include <QMetaObject>
+#include <QStringList>
 #include <algorithm>
 #include <utility>
 
 #include "render/file_render.h"
+#include "render/gpu_refusal.h"
 
 namespace lumiset::studio {
 namespace {
@@ -125,6 +127,20 @@ void Preview::setUsesGpu(bool gpu) {
     emit modeChanged();
 }
 
+void Preview::setFields(Fields fields) {
+    m_fields = fields;
+    update();
+    emit modeChanged();
+}
+
+bool Preview::retryGpu() {
+    const bool removed = render::letEffectsTryOpenGL();
+    m_engine.forgetGpu();
+    m_cost.forget();
+    update();
+    return removed;
+}
+
 void Preview::setCandidate(LookSnapshot look) {
     if (look != m_candidate) {
         m_candidate = std::move(look);
@@ -153,6 +169,7 @@ FrameWish Preview::wish() const {
     wish.frame = m_frame;
     wish.size = m_target;
     wish.gpu = m_gpu;
+    wish.fields = m_fields;
     wish.look = m_candidate ? m_candidate : m_document.snapshot();
     if (m_maskHeld && m_document.selected() >= 0) {
         if (const ParameterDescription* view = maskViewOf(*m_document.selectedDescription())) {
@@ -214,8 +231,12 @@ void Preview::deliver() {
         const std::lock_guard lock(m_arrivalMutex);
         arrived.swap(m_arrived);
     }
+    QStringList sentences;
     for (const std::string& sentence : m_engine.takeMessages()) {
-        emit told(toQt(sentence));
+        sentences << toQt(sentence);
+    }
+    if (!sentences.isEmpty()) {
+        emit told(sentences.join(' '));
     }
     if (arrived->picture == nullptr) {
         if (const QString error = toQt(arrived->error); error != m_lastError) {

@@ -51,6 +51,11 @@ public:
     void setMaskHeld(bool held);
     [[nodiscard]] bool usesGpu() const { return m_gpu; }
     void setUsesGpu(bool gpu);
+    /// What is shown of interlaced clips.
+    [[nodiscard]] Fields fields() const { return m_fields; }
+    void setFields(Fields fields);
+    /// Lets effects that crashed in OpenGL try again. False where what is known of crashes cannot be removed.
+    bool retryGpu();
     /// A look to be seen for as long as the pointer is over it; null: the document's again.
     void setCandidate(LookSnapshot look);
     [[nodiscard]] const LookSnapshot& candidate() const { return m_candidate; }
@@ -94,6 +99,7 @@ private:
     bool m_sourceHeld = false;
     bool m_maskHeld = false;
     bool m_gpu = false;
+    Fields m_fields = Fields::kWoven;
     bool m_playing = false;
     RenderCost m_cost;
     RateMeter m_rate;

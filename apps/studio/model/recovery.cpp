@@ -68,32 +68,35 @@ void Recovery::writeNow() {
     }
 }
 
-std::optional<Recovery::Found> Recovery::takeLeftover() {
+std::optional<Recovery::Found> Recovery::findLeftover() {
     const QDir folder(m_folder);
     for (const QString& name : folder.entryList({'*' + kEnding}, QDir::Files, QDir::Time)) {
         const QString file = folder.filePath(name);
-        QLockFile lock(file + ".lock");
-        lock.setStaleLockTime(0);
-        if (file == m_file || !lock.tryLock(0)) {
+        auto lock = std::make_unique<QLockFile>(file + ".lock");
+        lock->setStaleLockTime(0);
+        if (file == m_file || !lock->tryLock(0)) {
             continue;  // of a program that runs
         }
-        std::optional<Found> found;
         try {
-            found = Found{hostkit::loadLook(m_document.catalogue(), file.toStdString()), {}};
+            Found found{hostkit::loadLook(m_document.catalogue(), file.toStdString()), {}, file};
             QFile place(file + kPlaceEnding);
             if (place.open(QIODevice::ReadOnly)) {
-                found->file = QString::fromUtf8(place.readAll());
+                found.file = QString::fromUtf8(place.readAll());
             }
-        } catch (const hostkit::LookError&) {
-            // what cannot be read is of no use to anybody
-        }
-        QFile::remove(file);
-        QFile::remove(file + kPlaceEnding);
-        if (found) {
+            m_foundLock = std::move(lock);
             return found;
+        } catch (const hostkit::LookError&) {
+            QFile::remove(file);  // what cannot be read is of no use to anybody
+            QFile::remove(file + kPlaceEnding);
         }
     }
     return std::nullopt;
+}
+
+void Recovery::discard(const Found& found) {
+    QFile::remove(found.kept);
+    QFile::remove(found.kept + kPlaceEnding);
+    m_foundLock.reset();
 }
 
 }  // namespace lumiset::studio

@@ -27,9 +27,12 @@ public:
     struct Found {
         hostkit::Look look;
         QString file;  ///< where the look belongs; empty: it was never saved
+        QString kept;  ///< where it was found
     };
-    /// What another program left behind, which is ours from now on; the newest first.
-    [[nodiscard]] std::optional<Found> takeLeftover();
+    /// What another program left behind, the newest first. It stays where it is, and no other program's to find, until
+    /// it is discarded or this one ends.
+    [[nodiscard]] std::optional<Found> findLeftover();
+    void discard(const Found& found);
     void setClip(const QString& clip) { m_clip = clip; }
     /// At once, for the end of the session by the system.
     void writeNow();
@@ -42,6 +45,7 @@ private:
     QString m_clip;
     QString m_file;
     std::unique_ptr<QLockFile> m_lock;
+    std::unique_ptr<QLockFile> m_foundLock;
     QTimer m_timer;
 };
 

@@ -2,14 +2,16 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QStandardPaths>
 #include <algorithm>
 #include <exception>
+#include <utility>
 
+#include "apps/studio/model/numbered_pictures.h"
 #include "hostkit/look_files.h"
 #include "hostkit/preset_file.h"
-#include "media/input_name.h"
 #include "media/scene_source.h"
 
 namespace lumiset::studio {
@@ -22,10 +24,6 @@ constexpr const char* kFirstClip = "scene:1280x720:4";
 
 QString recoveryFolder() {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/lumiset/recovery";
-}
-
-bool isLook(const QString& file) {
-    return file.endsWith(".lumilook", Qt::CaseInsensitive);
 }
 
 bool isPreset(const QString& file) {
@@ -49,6 +47,7 @@ Studio::Studio(QObject* parent)
       recovery(document, recoveryFolder()) {
     connect(&preview, &Preview::clipOpened, this, [this] {
         m_clip = toQt(preview.clip()->path);
+        m_isStandIn = std::exchange(m_standInWanted, false);
         recovery.setClip(m_clip);
         if (!media::isSceneName(preview.clip()->path)) {
             remember(kRecentClips, m_clip);
@@ -58,9 +57,10 @@ Studio::Studio(QObject* parent)
         if (!QFileInfo::exists(path) && toQt(document.look().clip) == path) {
             emit clipMissing(path);
         } else {
-            emit failed(reason);
+            emit clipFailed(reason);
         }
         if (preview.clip() == nullptr) {
+            m_standInWanted = true;
             preview.openClip(kFirstClip);
         }
     });
@@ -73,24 +73,27 @@ Studio::~Studio() {
     preview.engine().stop();
 }
 
+bool Studio::isLook(const QString& file) {
+    return file.endsWith(".lumilook", Qt::CaseInsensitive);
+}
+
 void Studio::openFile(const QString& file) {
-    if (isLook(file)) {
-        openDocument(absolute(file));
-    } else if (isPreset(file)) {
-        openPreset(file);
-    } else {
-        openClip(absolute(file));
-    }
+    openFiles({file});
 }
 
 void Studio::openFiles(const QStringList& files) {
     QStringList clips;
     for (const QString& file : files) {
-        if (isLook(file) || isPreset(file)) {
-            openFile(file);
+        if (isLook(file)) {
+            openDocument(absolute(file));
+        } else if (isPreset(file)) {
+            openPreset(file);
         } else {
             clips << absolute(file);
         }
+    }
+    if (const auto sequence = sequenceOf(clips)) {
+        clips = {*sequence};
     }
     if (!clips.isEmpty()) {
         openClip(clips.front());
@@ -99,6 +102,14 @@ void Studio::openFiles(const QStringList& files) {
     }
     if (clips.size() > 1) {
         emit clipsOffered(clips);
+    }
+}
+
+void Studio::applyLookFile(const QString& file) {
+    try {
+        document.applyLook(hostkit::loadLook(m_catalogue, file.toStdString()));
+    } catch (const std::exception& error) {
+        emit failed(toQt(error.what()));
     }
 }
 
@@ -174,6 +185,8 @@ bool Studio::savePreset(const QString& file) {
 
 void Studio::restoreLeftover(const Recovery::Found& found) {
     document.restore(found.look, found.file);
+    recovery.writeNow();
+    recovery.discard(found);
     const QString clip = toQt(found.look.clip);
     if (!clip.isEmpty() && clip != m_clip) {
         openClip(clip);
@@ -215,17 +228,29 @@ render::FileJob Studio::jobFor(const QString& output) const {
 }
 
 QString Studio::proposedOutput(const QString& extension) const {
-    const bool isScene = media::isSceneName(m_clip.toStdString());
+    return outputFor(m_clip, extension);
+}
+
+QString Studio::outputFor(const QString& clip, const QString& extension) const {
+    const bool isScene = media::isSceneName(clip.toStdString());
     QString folder = QSettings().value("folders/export").toString();
     if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
-        folder = isScene ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
-                         : QFileInfo(m_clip).absolutePath();
+        folder =
+            isScene ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation) : QFileInfo(clip).absolutePath();
     }
-    const QString base = (isScene ? QStringLiteral("scene") : QFileInfo(m_clip).completeBaseName()) + "_" +
-                         document.title().simplified().replace(' ', '_').replace('/', '_');
-    QString name = QDir(folder).filePath(base + '.' + extension);
-    for (int number = 2; QFileInfo::exists(name); ++number) {
-        name = QDir(folder).filePath(base + '_' + QString::number(number) + '.' + extension);
+    QString stem = isScene ? QStringLiteral("scene") : QFileInfo(clip).completeBaseName();
+    stem.remove(QRegularExpression("_?%\\d*d"));  // of numbered pictures
+    const QString base =
+        QDir(folder).filePath(stem + "_" + document.title().simplified().replace(' ', '_').replace('/', '_'));
+    const auto isTaken = [this](const QString& name) {
+        return QFileInfo::exists(name) ||
+               std::any_of(exports.items().begin(), exports.items().end(), [&](const ExportQueue::Item& each) {
+                   return each.isOpen() && toQt(each.job.output) == name;
+               });
+    };
+    QString name = base + '.' + extension;
+    for (int number = 2; isTaken(name); ++number) {
+        name = base + '_' + QString::number(number) + '.' + extension;
     }
     return name;
 }

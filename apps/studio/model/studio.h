@@ -37,12 +37,18 @@ public:
     ExportQueue exports;
     Recovery recovery;
 
-    /// A file of any kind that the program reads: a clip, a picture, a look, an effect's preset file.
+    /// A file of any kind that the program reads: a clip, a picture, a look in place of the document, an effect's
+    /// preset file.
     void openFile(const QString& file);
-    /// Several: looks and presets apply, the first clip opens, and where there are more, `clipsOffered` asks.
+    /// Several: numbered pictures are one clip; of other clips the first opens, and `clipsOffered` asks about the rest.
     void openFiles(const QStringList& files);
-    /// What is open or is being opened; empty: nothing.
+    /// The effects of a look in place of the document's, as a step that can be undone.
+    void applyLookFile(const QString& file);
+    [[nodiscard]] static bool isLook(const QString& file);
+    /// What is open; empty: nothing yet.
     [[nodiscard]] const QString& clip() const { return m_clip; }
+    /// The built-in scene is there because the clip that was asked for cannot be opened.
+    [[nodiscard]] bool isStandIn() const { return m_isStandIn; }
     void newDocument();
     /// Answers whether it was written; `failed` tells why not.
     bool save(const QString& file);
@@ -55,13 +61,16 @@ public:
 
     /// How the clip is rendered to a file, in the range of the marks.
     [[nodiscard]] render::FileJob jobFor(const QString& output) const;
-    /// A name for a new file beside the clip.
+    /// A name for a new file, that no file and no entry of the queue has: where the last export went, or beside the
+    /// clip.
     [[nodiscard]] QString proposedOutput(const QString& extension) const;
+    [[nodiscard]] QString outputFor(const QString& clip, const QString& extension) const;
 
 signals:
     void failed(const QString& sentence);
     void told(const QString& sentence);
-    void clipMissing(const QString& clip);
+    void clipFailed(const QString& sentence);  ///< it is there, but no clip
+    void clipMissing(const QString& clip);     ///< the document's is not where it was
     void clipsOffered(const QStringList& clips);
 
 private:
@@ -71,6 +80,8 @@ private:
     static void remember(const QString& list, const QString& file);
 
     QString m_clip;
+    bool m_isStandIn = false;
+    bool m_standInWanted = false;
 };
 
 }  // namespace lumiset::studio

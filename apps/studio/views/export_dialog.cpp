@@ -101,8 +101,11 @@ ExportDialog::ExportDialog(Studio& studio, QWidget* parent) : QDialog(parent), m
     form->setVerticalSpacing(kGap + kStep);
     form->setLabelAlignment(Qt::AlignRight);
     form->addRow(tr("&Format:"), m_kind);
-    form->addRow(tr("&To:"), fileRow);
+    auto* to = new QLabel(tr("&To:"));
+    to->setBuddy(m_file);  // a row of a layout finds none by itself
+    form->addRow(to, fileRow);
     form->addRow(tr("&Range:"), m_range);
+    form->addRow(tr("Size:"), new QLabel(tr("%1 × %2, as the clip").arg(clip.format.width).arg(clip.format.height)));
     form->addRow(tr("&Bits a sample:"), m_depth);
     form->addRow(tr("&Quality:"), m_quality);
     form->addRow(QString(), m_alpha);
@@ -191,7 +194,12 @@ render::FileJob ExportDialog::job() const {
 
 void ExportDialog::add() {
     QSettings().setValue("folders/export", QFileInfo(m_file->text()).absolutePath());
-    m_studio.exports.add(job(), m_studio.document.snapshot(), m_studio.document.title());
+    const FrameRange range = m_studio.preview.range();
+    const ClipInfo& clip = *m_studio.preview.clip();
+    const bool whole = m_range->currentIndex() == 0;
+    m_studio.exports.add(
+        job(), m_studio.document.snapshot(), m_studio.document.title(),
+        {whole ? clip.frameCount : range.last - range.first + 1, {clip.format.width, clip.format.height}});
     accept();
 }
 

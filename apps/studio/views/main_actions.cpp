@@ -8,9 +8,11 @@
 #include <QUndoStack>
 #include <algorithm>
 
+#include "apps/studio/core/command_text.h"
 #include "apps/studio/model/studio.h"
 #include "apps/studio/views/curve_view.h"
 #include "apps/studio/views/main_window.h"
+#include "apps/studio/views/message_bar.h"
 #include "apps/studio/views/strip.h"
 #include "apps/studio/views/theme.h"
 #include "apps/studio/views/viewer.h"
@@ -18,8 +20,8 @@
 namespace lumiset::studio {
 namespace {
 
-/// Drawing an icon takes longer than to see that it is there already.
-void setKeptIcon(QAction& action, const QString& name) {
+/// A new icon lays its buttons out anew, so it is set where it is another one alone.
+void setIconNamed(QAction& action, const QString& name) {
     if (action.data().toString() != name) {
         action.setData(name);
         action.setIcon(themeIcon(name));
@@ -55,6 +57,8 @@ void MainWindow::addFileActions() {
     add("export", tr("&Export…"), {}, {QKeySequence("Ctrl+E")}, [this] { exportClip(); });
     add("queue", tr("&Queue…"), "queue", {}, [this] { showQueue(); });
     add("copyCommand", tr("&Copy as Command Line"), {}, {QKeySequence("Ctrl+Shift+C")}, [this] { copyCommand(); });
+    add("copyFfmpeg", tr("Copy as &ffmpeg Line"), {}, {}, [this] { copyPluginsCommand(PluginHost::kFfmpeg); });
+    add("copyMelt", tr("Copy as &melt Line"), {}, {}, [this] { copyPluginsCommand(PluginHost::kMelt); });
     add("about", tr("&About Lumiset Studio"), {}, {}, [this] { about(); });
 }
 
@@ -128,18 +132,33 @@ void MainWindow::addViewActions() {
         [this] { setWindowState(windowState() ^ Qt::WindowFullScreen); });
     QAction* gpu = add("gpu", tr("Render in Open&GL"), {}, {}, [] {});
     gpu->setCheckable(true);
-    gpu->setToolTip(tr("Noise differs between the processor and OpenGL"));
-    connect(gpu, &QAction::toggled, this, [this](bool on) { m_studio.preview.setUsesGpu(on); });
+    connect(gpu, &QAction::toggled, this, [this](bool on) {
+        m_studio.preview.setUsesGpu(on);
+        if (on) {
+            m_messages->tell(MessageBar::Kind::kNote,
+                             tr("OpenGL renders now. Its noise differs from the processor's, so "
+                                "export with the one that you looked at."));
+        }
+    });
+    m_fields = new QActionGroup(this);
+    const std::pair<const char*, QString> fields[] = {{"fieldsWoven", tr("&Both Fields")},
+                                                      {"fieldFirst", tr("First Field A&lone")},
+                                                      {"fieldSecond", tr("S&econd Field Alone")}};
+    number = 0;
+    for (const auto& [name, text] : fields) {
+        QAction* made =
+            add(name, text, {}, {}, [this, number] { m_studio.preview.setFields(static_cast<Fields>(number)); });
+        made->setCheckable(true);
+        m_fields->addAction(made);
+        ++number;
+    }
     m_themes = new QActionGroup(this);
-    const int theme = QSettings().value("theme", 0).toInt();
+    const int theme = QSettings().value(kThemeSetting, 0).toInt();
     const QString themes[] = {tr("System Colours"), tr("Light"), tr("Dark")};
     for (int i = 0; i < 3; ++i) {
         QAction* made = add(QStringLiteral("theme%1").arg(i), themes[i], {}, {}, [i] {
-            QSettings().setValue("theme", i);
+            QSettings().setValue(kThemeSetting, i);
             applyTheme(*qApp, static_cast<Theme>(i));
-            for (QWidget* widget : QApplication::allWidgets()) {
-                widget->update();
-            }
         });
         made->setCheckable(true);
         made->setChecked(i == theme);
@@ -186,6 +205,14 @@ void MainWindow::addPlaybackActions() {
     loop->setCheckable(true);
     loop->setChecked(player.loops());
     connect(loop, &QAction::toggled, this, [&player](bool on) { player.setLoops(on); });
+    QAction* mute = add("mute", tr("&Mute"), "sound", {QKeySequence("Shift+M")}, [] {});
+    mute->setCheckable(true);
+    connect(mute, &QAction::toggled, this, [this, &player](bool on) {
+        player.setMuted(on);
+        setIconNamed(*action("mute"), on ? "mute" : "sound");
+        QSettings().setValue("playback/muted", on);
+    });
+    mute->setChecked(QSettings().value("playback/muted").toBool());
 }
 
 void MainWindow::fillAddMenu(QMenu& menu) {
@@ -196,7 +223,7 @@ void MainWindow::fillAddMenu(QMenu& menu) {
 
 void MainWindow::fillRecent(QMenu& menu, const QStringList& files) {
     for (const QString& file : files) {
-        menu.addAction(file.section('/', -1), this, [this, file] { m_studio.openFile(file); })->setToolTip(file);
+        menu.addAction(file.section('/', -1), this, [this, file] { open({file}); })->setToolTip(file);
     }
 }
 
@@ -231,12 +258,16 @@ void MainWindow::buildMenus() {
          {"fit", "full", "double", "", "compare", "snapshot", "beforeSource", "beforeSnapshot", "beforeWithout", ""});
     view->addAction(tr("Hold \\ for the Source"))->setEnabled(false);
     view->addAction(tr("Hold M for the Effect's Mask"))->setEnabled(false);
+    fill(view, {""});
+    fill(view->addMenu(tr("F&ields of Interlaced Clips")), {"fieldsWoven", "fieldFirst", "fieldSecond"});
     fill(view, {"", "curve", "pictureOnly", "fullScreen", "", "gpu"});
     fill(view->addMenu(tr("&Colours")), {"theme0", "theme1", "theme2"});
     fill(menuBar()->addMenu(tr("&Playback")),
-         {"play", "shuttleBack", "stop", "shuttle", "loop", "", "back", "forward", "secondBack", "secondForward", "",
-          "first", "last", "setIn", "setOut", "clearRange", "", "previousKey", "nextKey"});
-    fill(menuBar()->addMenu(tr("E&xport")), {"export", "queue", "", "saveFrame", "copyCommand"});
+         {"play",        "shuttleBack",   "stop", "shuttle", "loop", "mute",  "",       "back",       "forward",
+          "secondBack",  "secondForward", "",     "first",   "last", "setIn", "setOut", "clearRange", "",
+          "previousKey", "nextKey"});
+    fill(menuBar()->addMenu(tr("E&xport")),
+         {"export", "queue", "", "saveFrame", "", "copyCommand", "copyFfmpeg", "copyMelt"});
     fill(menuBar()->addMenu(tr("&Help")), {"about"});
 }
 
@@ -249,18 +280,21 @@ void MainWindow::refreshActions() {
     }
     action("up")->setEnabled(chosen > 0);
     action("down")->setEnabled(chosen >= 0 && chosen < count - 1);
-    for (const char* name : {"save", "saveAs", "copyCommand"}) {
+    for (const char* name : {"save", "saveAs", "copyCommand", "copyFfmpeg", "copyMelt"}) {
         action(name)->setEnabled(count > 0);
     }
     const bool playing = m_studio.player.isPlaying();
-    setKeptIcon(*action("play"), playing ? "pause" : "play");
+    setIconNamed(*action("play"), playing ? "pause" : "play");
     const Preview& preview = m_studio.preview;
     for (const char* name : {"export", "saveFrame", "snapshot"}) {
         action(name)->setEnabled(preview.clip() != nullptr);
     }
+    action("mute")->setEnabled(preview.clip() != nullptr && !preview.clip()->origin.path.empty());
+    m_fields->setEnabled(preview.clip() != nullptr && preview.clip()->format.interlaced);
+    m_fields->actions()[static_cast<int>(preview.fields())]->setChecked(true);
     action("beforeSnapshot")->setEnabled(preview.hasSnapshot());
     m_befores->actions()[static_cast<int>(preview.before())]->setChecked(true);
-    setKeptIcon(*action("compare"), preview.compare() == Preview::Compare::kSideBySide ? "sides" : "wipe");
+    setIconNamed(*action("compare"), preview.compare() == Preview::Compare::kSideBySide ? "sides" : "wipe");
 }
 
 }  // namespace lumiset::studio

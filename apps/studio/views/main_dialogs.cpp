@@ -9,9 +9,11 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPointer>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTimer>
+#include <algorithm>
 #include <cmath>
 #include <exception>
 
@@ -53,19 +55,45 @@ void MainWindow::openDialog() {
                                      tr("Clips, pictures, looks and presets (*.*)") + ";;" + tr("Looks (*.lumilook)") +
                                          ";;" + tr("Preset files (*.lumv*)"));
     dialog->setFileMode(QFileDialog::ExistingFiles);
-    connect(dialog, &QFileDialog::filesSelected, &m_studio, &Studio::openFiles);
+    connect(dialog, &QFileDialog::filesSelected, this, &MainWindow::open);
     dialog->open();
 }
 
-void MainWindow::save() {
-    if (m_studio.document.file().isEmpty()) {
-        saveAs();
+void MainWindow::open(const QStringList& files) {
+    if (std::any_of(files.begin(), files.end(), Studio::isLook)) {
+        whenSaved([this, files] { m_studio.openFiles(files); });
     } else {
-        m_studio.save(m_studio.document.file());
+        m_studio.openFiles(files);
     }
 }
 
-void MainWindow::saveAs() {
+void MainWindow::drop(const QStringList& files) {
+    QStringList others;
+    for (const QString& file : files) {
+        if (const QFileInfo info(file); info.isDir()) {
+            for (const QFileInfo& each : QDir(file).entryInfoList(QDir::Files, QDir::Name)) {
+                others << each.filePath();
+            }
+        } else if (Studio::isLook(file) && !m_studio.document.look().effects.empty()) {
+            m_studio.applyLookFile(file);
+        } else {
+            others << file;
+        }
+    }
+    if (!others.isEmpty()) {
+        m_studio.openFiles(others);
+    }
+}
+
+void MainWindow::save(const std::function<void()>& then) {
+    if (m_studio.document.file().isEmpty()) {
+        saveAs(then);
+    } else if (m_studio.save(m_studio.document.file()) && then) {
+        then();
+    }
+}
+
+void MainWindow::saveAs(const std::function<void()>& then) {
     QFileDialog* dialog = fileDialog(this, tr("Save Look"), "folders/looks", tr("Looks (*.lumilook)"));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix("lumilook");
@@ -75,7 +103,11 @@ void MainWindow::saveAs() {
         dialog->setDirectory(own);
     }
     dialog->selectFile(m_studio.document.title() + ".lumilook");
-    connect(dialog, &QFileDialog::fileSelected, &m_studio, &Studio::save);
+    connect(dialog, &QFileDialog::fileSelected, this, [this, then](const QString& file) {
+        if (m_studio.save(file) && then) {
+            then();
+        }
+    });
     dialog->open();
 }
 
@@ -102,6 +134,7 @@ void MainWindow::saveFrame() {
         fileDialog(this, tr("Save This Frame"), "folders/frames", tr("Pictures (*.png *.jpg *.tif *.webp)"));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix("png");
+    dialog->selectFile(QFileInfo(m_studio.proposedOutput("png")).fileName());
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
         render::FileJob job = m_studio.jobFor(file);
         const ClipInfo& clip = *m_studio.preview.clip();
@@ -135,12 +168,43 @@ void MainWindow::showQueue() {
 
 void MainWindow::copyCommand() {
     try {
-        QApplication::clipboard()->setText(toQt(lumisetCommand(m_studio.catalogue(), m_studio.document.look(),
-                                                               m_studio.jobFor(m_studio.proposedOutput("mp4")))));
-        m_messages->tell(MessageBar::Kind::kNote, tr("The command line is on the clipboard."));
+        const QString line = toQt(lumisetCommand(m_studio.catalogue(), m_studio.document.look(),
+                                                 m_studio.jobFor(m_studio.proposedOutput("mp4"))));
+        QApplication::clipboard()->setText(line);
+        m_messages->tell(MessageBar::Kind::kNote, tr("The line is on the clipboard: %1").arg(line));
     } catch (const std::exception& error) {
         m_messages->tell(MessageBar::Kind::kError, toQt(error.what()));
     }
+}
+
+// Looking at the clip takes longer than a click may.
+void MainWindow::copyPluginsCommand(PluginHost host) {
+    const auto finished = [self = QPointer<MainWindow>(this)](const QString& line, const QString& error) {
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, line, error] {
+                if (self == nullptr) {
+                    return;
+                }
+                if (!error.isEmpty()) {
+                    self->m_messages->tell(MessageBar::Kind::kError, error);
+                    return;
+                }
+                QApplication::clipboard()->setText(line);
+                self->m_messages->tell(MessageBar::Kind::kNote,
+                                       tr("The line is on the clipboard. It renders the whole clip: %1").arg(line));
+            },
+            Qt::QueuedConnection);
+    };
+    m_studio.preview.engine().run([&library = m_studio.library(), &catalogue = m_studio.catalogue(),
+                                   look = m_studio.document.snapshot(),
+                                   job = m_studio.jobFor(m_studio.proposedOutput("mp4")), host, finished] {
+        try {
+            finished(toQt(pluginsCommand(library, catalogue, *look, job, host)), {});
+        } catch (const std::exception& error) {
+            finished({}, toQt(error.what()));
+        }
+    });
 }
 
 void MainWindow::copyEffect() {
@@ -175,17 +239,10 @@ void MainWindow::offerClips(const QStringList& clips) {
         tr("%1 clips were dropped. The first one is open; the look can go on all of them.").arg(clips.size()),
         {{tr("Export All with This Look"), [this, clips] {
               for (const QString& clip : clips) {
-                  const QFileInfo file(clip);
                   render::FileJob job;
                   job.input = clip.toStdString();
+                  job.output = m_studio.outputFor(clip, "mp4").toStdString();
                   job.gpu = m_studio.preview.usesGpu();
-                  const QString base = file.absolutePath() + '/' + file.completeBaseName() + "_" +
-                                       m_studio.document.title().simplified().replace(' ', '_');
-                  QString output = base + ".mp4";
-                  for (int number = 2; QFileInfo::exists(output); ++number) {
-                      output = base + '_' + QString::number(number) + ".mp4";
-                  }
-                  job.output = output.toStdString();
                   m_studio.exports.add(job, m_studio.document.snapshot(), m_studio.document.title());
               }
               showQueue();
@@ -194,12 +251,31 @@ void MainWindow::offerClips(const QStringList& clips) {
 
 void MainWindow::tellMissing(const QString& clip) {
     m_messages->tell(MessageBar::Kind::kWarning, tr("The clip of this look is not there any more: %1").arg(clip),
-                     {{tr("Find…"), [this, clip] {
+                     {{tr("Find…"),
+                       [this, clip] {
                            QFileDialog* dialog = fileDialog(this, tr("Find %1").arg(QFileInfo(clip).fileName()),
                                                             "folders/open", tr("All files (*)"));
                            connect(dialog, &QFileDialog::fileSelected, &m_studio, &Studio::openFile);
+                           connect(dialog, &QFileDialog::rejected, this, [this, clip] { tellMissing(clip); });
                            dialog->open();
-                       }}});
+                       }}},
+                     MessageBar::Topic::kClip);
+}
+
+void MainWindow::offerSequence(const QString& name) {
+    m_messages->tell(MessageBar::Kind::kNote, tr("This picture is one of a numbered series."),
+                     {{tr("Open All as a Clip"), [this, name] { m_studio.openFile(name); }}}, MessageBar::Topic::kClip);
+}
+
+void MainWindow::offerLeftover() {
+    const auto found = m_studio.recovery.findLeftover();
+    if (!found) {
+        return;
+    }
+    m_messages->tell(MessageBar::Kind::kWarning,
+                     tr("The program ended before \"%1\" was saved.").arg(toQt(found->look.name)),
+                     {{tr("Restore"), [this, kept = *found] { m_studio.restoreLeftover(kept); }},
+                      {tr("Discard"), [this, kept = *found] { m_studio.recovery.discard(kept); }}});
 }
 
 void MainWindow::pick(const ParameterDescription& parameter) {
@@ -246,11 +322,7 @@ void MainWindow::whenSaved(const std::function<void()>& goOn) {
                 goOn();
                 break;
             case QMessageBox::Save:
-                if (m_studio.document.file().isEmpty()) {
-                    saveAs();  // and close again when it has been named
-                } else if (m_studio.save(m_studio.document.file())) {
-                    goOn();
-                }
+                save(goOn);
                 break;
             default:
                 break;

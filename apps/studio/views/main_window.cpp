@@ -3,15 +3,19 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDragEnterEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QMimeData>
 #include <QSettings>
 #include <QSplitter>
 #include <QToolButton>
+#include <QUrl>
 #include <QVBoxLayout>
 
+#include "apps/studio/model/numbered_pictures.h"
 #include "apps/studio/model/stack_model.h"
 #include "apps/studio/model/studio.h"
 #include "apps/studio/views/curve_view.h"
@@ -24,6 +28,7 @@
 #include "apps/studio/views/timeline.h"
 #include "apps/studio/views/transport.h"
 #include "apps/studio/views/viewer.h"
+#include "render/gpu_refusal.h"
 
 namespace lumiset::studio {
 namespace {
@@ -79,13 +84,26 @@ MainWindow::MainWindow(Studio& studio) : m_studio(studio) {
 
     connect(&studio, &Studio::failed, this,
             [this](const QString& text) { m_messages->tell(MessageBar::Kind::kError, text); });
-    connect(&studio, &Studio::told, this,
-            [this](const QString& text) { m_messages->tell(MessageBar::Kind::kWarning, text); });
+    connect(&studio, &Studio::told, this, [this](const QString& text) {
+        std::vector<MessageBar::Choice> choices;
+        if (render::crashesAreReported()) {
+            choices.push_back({tr("Try OpenGL Again"), [this] { m_studio.preview.retryGpu(); }});
+        }
+        m_messages->tell(MessageBar::Kind::kWarning, text, choices);
+    });
+    connect(&studio, &Studio::clipFailed, this, [this](const QString& text) {
+        m_messages->tell(MessageBar::Kind::kError, text, {}, MessageBar::Topic::kClip);
+    });
     connect(&studio, &Studio::clipMissing, this, &MainWindow::tellMissing);
     connect(&studio, &Studio::clipsOffered, this, &MainWindow::offerClips);
     connect(&studio.document, &Document::titleChanged, this, &MainWindow::refreshTitle);
     connect(&studio.preview, &Preview::clipOpened, this, [this] {
-        m_messages->hide();
+        if (!m_studio.isStandIn()) {
+            m_messages->withdraw(MessageBar::Topic::kClip);
+            if (const auto whole = sequenceAround(m_studio.clip())) {
+                offerSequence(*whole);
+            }
+        }
         refreshTitle();
     });
     connect(&studio.exports, &ExportQueue::finished, this, [this](quint64 number) {
@@ -116,20 +134,19 @@ void MainWindow::resizeTo(QSize size) {
     resize(size);
     const bool large = size.height() >= kLargeScreen;
     m_across->setSizes({size.width() - (large ? 420 : 360), large ? 420 : 360});
-    m_down->setSizes({size.height() - (large ? 276 : 160), large ? 276 : 160});
+    m_down->setSizes({size.height() - (large ? 252 : 144), large ? 252 : 144});
     m_curve->setVisible(large);
 }
 
 QWidget* MainWindow::buildLeft() {
     m_viewer = new Viewer(m_studio);
-    connect(m_viewer, &Viewer::filesDropped, &m_studio, &Studio::openFiles);
     m_timeline = new Timeline(m_studio);
     m_curve = new CurveView(m_studio, *m_timeline);
     m_curve->setFixedHeight(110);
-    m_transport = new Transport(
-        m_studio,
-        {action("first"), action("back"), action("play"), action("forward"), action("last"), nullptr, action("loop")},
-        {action("snapshot"), action("compare"), nullptr, action("fit"), action("curve")});
+    m_transport = new Transport(m_studio,
+                                {action("first"), action("back"), action("play"), action("forward"), action("last"),
+                                 nullptr, action("loop"), action("mute")},
+                                {action("snapshot"), action("compare"), nullptr, action("fit"), action("curve")});
     auto* left = new QWidget;
     auto* layout = new QVBoxLayout(left);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -233,8 +250,10 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         m_messages->tell(MessageBar::Kind::kWarning, tr("Clips are still being exported."),
                          {{tr("Cancel Exports and Close"),
                            [this, reallyClose] {
-                               m_studio.exports.cancelAll();
-                               whenSaved(reallyClose);
+                               whenSaved([this, reallyClose] {
+                                   m_studio.exports.cancelAll();
+                                   reallyClose();
+                               });
                            }},
                           {tr("Show Queue"), [this] { showQueue(); }}});
         return;
@@ -273,11 +292,22 @@ void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
 }
 
-void MainWindow::offerLeftover() {
-    if (const auto found = m_studio.recovery.takeLeftover()) {
-        m_messages->tell(MessageBar::Kind::kWarning,
-                         tr("The program ended before \"%1\" was saved.").arg(toQt(found->look.name)),
-                         {{tr("Restore"), [this, kept = *found] { m_studio.restoreLeftover(kept); }}});
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasUrls()) {
+        event->acceptProposedAction();
+    }
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    QStringList files;
+    for (const QUrl& url : event->mimeData()->urls()) {
+        if (url.isLocalFile()) {
+            files << url.toLocalFile();
+        }
+    }
+    if (!files.isEmpty()) {
+        event->acceptProposedAction();
+        drop(files);
     }
 }
 

@@ -13,6 +13,7 @@ struct ParameterDescription;
 }
 namespace studio {
 
+enum class PluginHost;
 class CurveView;
 class MessageBar;
 class Panel;
@@ -39,6 +40,10 @@ public:
     /// An action by the name of what it does, for tests and screenshots: "play", "undo".
     [[nodiscard]] QAction* action(const QString& name) const;
     void offerLeftover();
+    /// Files of any kind, as `Studio::openFiles`, once unsaved work has been seen to where a look takes its place.
+    void open(const QStringList& files);
+    /// The same of what has been dropped: a look changes the document by a step that can be undone.
+    void drop(const QStringList& files);
     /// The window with everything in it as large as it is the first time.
     void resizeTo(QSize size);
 
@@ -47,6 +52,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     QWidget* buildLeft();
@@ -64,16 +71,19 @@ private:
     void refreshActions();
     // What the actions do; in main_dialogs.cpp.
     void openDialog();
-    void save();
-    void saveAs();
+    /// `then` follows when the look is saved.
+    void save(const std::function<void()>& then = {});
+    void saveAs(const std::function<void()>& then = {});
     void savePreset();
     void saveFrame();
     void exportClip();
     void showQueue();
     void copyCommand();
+    void copyPluginsCommand(PluginHost host);
     void copyEffect();
     void pasteEffect();
     void offerClips(const QStringList& clips);
+    void offerSequence(const QString& name);
     void tellMissing(const QString& clip);
     void pick(const hostkit::ParameterDescription& parameter);
     void goToKey(int direction);
@@ -97,6 +107,7 @@ private:
     QueueWindow* m_queue = nullptr;
     QActionGroup* m_themes = nullptr;
     QActionGroup* m_befores = nullptr;
+    QActionGroup* m_fields = nullptr;
     bool m_closing = false;
 };
 

@@ -107,10 +107,11 @@ void QueueWindow::refresh() {
                                                          : toQt(item.job.codec).toUpper();
             m_rows[item.number] =
                 makeRow(item.number, QFileInfo(toQt(item.job.output)).fileName(),
-                        tr("%1, %2, %3").arg(item.lookName, codec, item.job.gpu ? tr("OpenGL") : tr("processor")));
+                        tr("%1, %2, %3").arg(item.lookName, codec, item.job.gpu ? tr("OpenGL") : tr("processor")) +
+                            (item.size.width > 0 ? tr(", %1 × %2").arg(item.size.width).arg(item.size.height) : ""));
         }
         const Row& row = m_rows[item.number];
-        const bool open = item.state == ExportQueue::State::kWaiting || item.state == ExportQueue::State::kRunning;
+        const bool open = item.isOpen();
         row.bar->setVisible(open);
         row.bar->setRange(0, item.state == ExportQueue::State::kRunning ? static_cast<int>(item.expected) : 1);
         row.bar->setValue(static_cast<int>(item.frames));
@@ -148,10 +149,11 @@ void QueueWindow::refresh() {
         }
     }
     const auto left = m_queue.secondsLeft();
-    m_total->setText(!m_queue.isBusy()    ? tr("Nothing is waiting")
-                     : m_queue.isPaused() ? tr("Paused")
-                     : left               ? tr("%1 left in all").arg(duration(*left))
-                                          : tr("Exporting…"));
+    m_total->setText(
+        !m_queue.isBusy()    ? tr("Nothing is waiting")
+        : m_queue.isPaused() ? tr("Paused")
+        : left ? (m_queue.hasUnknown() ? tr("More than %1 left in all") : tr("%1 left in all")).arg(duration(*left))
+               : tr("Exporting…"));
     m_pause->setText(m_queue.isPaused() ? tr("Resume") : tr("Pause"));
     m_pause->setEnabled(m_queue.isBusy() || m_queue.isPaused());
 }

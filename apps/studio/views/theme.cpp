@@ -1,14 +1,13 @@
 #include "apps/studio/views/theme.h"
 
 #include <QApplication>
-#include <QDBusInterface>
-#include <QDBusReply>
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusVariant>
-#include <QFile>
-#include <QPainter>
 #include <QPalette>
+#include <QSettings>
+#include <QStyle>
 #include <QStyleFactory>
-#include <QSvgRenderer>
 
 /// The linker leaves resources of libraries out unless somebody asks for them, outside of every namespace.
 static void useIcons() {
@@ -58,16 +57,21 @@ QPalette paletteOf(const Shades& shades) {
     return palette;
 }
 
+constexpr const char* kPortal = "org.freedesktop.portal.Desktop";
+constexpr const char* kPortalPath = "/org/freedesktop/portal/desktop";
+constexpr const char* kPortalSettings = "org.freedesktop.portal.Settings";
+constexpr int kPortalWaitMs = 200;
+
 /// What the desktop's settings portal says: 1 dark, 2 light, 0 nothing.
 uint desktopsWish() {
-    QDBusInterface portal("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
-                          "org.freedesktop.portal.Settings", QDBusConnection::sessionBus());
-    if (!portal.isValid()) {
+    QDBusMessage question = QDBusMessage::createMethodCall(kPortal, kPortalPath, kPortalSettings, "Read");
+    question << "org.freedesktop.appearance"
+             << "color-scheme";
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(question, QDBus::Block, kPortalWaitMs);
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
         return 0;
     }
-    portal.setTimeout(200);
-    const QDBusReply<QVariant> reply = portal.call("Read", "org.freedesktop.appearance", "color-scheme");
-    QVariant value = reply.isValid() ? reply.value() : QVariant();
+    QVariant value = reply.arguments().front();
     while (value.canConvert<QDBusVariant>()) {
         value = value.value<QDBusVariant>().variant();
     }
@@ -95,34 +99,22 @@ void applyTheme(QApplication& application, Theme theme) {
     const Shades& shades = dark ? kDark : kLight;
     theColors = {QColor(shades.surround), QColor(shades.second), QColor(shades.line),  QColor(shades.track),
                  QColor(shades.warning),  QColor(shades.error),  QColor(shades.cached)};
-    application.setStyle(QStyleFactory::create("Fusion"));
+    if (QApplication::style()->name() != "fusion") {
+        QApplication::setStyle(QStyleFactory::create("Fusion"));
+    }
     application.setPalette(paletteOf(shades));
 }
 
-QIcon themeIcon(const QString& name) {
-    QIcon icon;
-    QFile file(":/icons/" + name + ".svg");
-    if (!file.open(QIODevice::ReadOnly)) {
-        return icon;
+ThemeFollower::ThemeFollower(QApplication& application) : m_application(application) {
+    QDBusConnection::sessionBus().connect(kPortal, kPortalPath, kPortalSettings, "SettingChanged", this,
+                                          SLOT(settingChanged(QString, QString)));
+}
+
+void ThemeFollower::settingChanged(const QString& group, const QString& key) {
+    if (group == "org.freedesktop.appearance" && key == "color-scheme" &&
+        QSettings().value(kThemeSetting).toInt() == static_cast<int>(Theme::kSystem)) {
+        applyTheme(m_application, Theme::kSystem);
     }
-    const QByteArray drawing = file.readAll();
-    const QPalette palette = QApplication::palette();
-    for (const auto& [mode, color] :
-         {std::pair(QIcon::Normal, palette.color(QPalette::WindowText)),
-          std::pair(QIcon::Disabled, palette.color(QPalette::Disabled, QPalette::WindowText))}) {
-        QByteArray colored = drawing;
-        colored.replace("currentColor", color.name().toLatin1());
-        QSvgRenderer renderer(colored);
-        for (const int size : {16, 20, 24, 32, 48}) {
-            QPixmap pixmap(size, size);
-            pixmap.fill(Qt::transparent);
-            QPainter painter(&pixmap);
-            renderer.render(&painter);
-            painter.end();
-            icon.addPixmap(pixmap, mode);
-        }
-    }
-    return icon;
 }
 
 }  // namespace lumiset::studio

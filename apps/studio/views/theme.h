@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QIcon>
+#include <QObject>
 #include <QString>
 
 class QApplication;
@@ -26,9 +27,23 @@ struct Colors {
 /// Style, palette and font of the whole program. `kSystem` follows the desktop's wish, as long as it can be asked.
 void applyTheme(QApplication& application, Theme theme);
 [[nodiscard]] bool isDark(const QPalette& palette);
+inline constexpr const char* kThemeSetting = "theme";  ///< among the user's settings, as a number
 
-/// An icon of ours in the colour of the palette's text, pale where it is disabled. It follows the theme when the
-/// program asks for it anew.
+/// Follows the desktop when it turns dark or light while the program runs.
+class ThemeFollower : public QObject {
+    Q_OBJECT
+
+public:
+    explicit ThemeFollower(QApplication& application);
+
+private slots:
+    void settingChanged(const QString& group, const QString& key);
+
+private:
+    QApplication& m_application;
+};
+
+/// An icon of ours in the colour of the palette's text, pale where it is disabled.
 [[nodiscard]] QIcon themeIcon(const QString& name);
 
 // Steps of all distances, in pixels at scale 1.

@@ -5,6 +5,7 @@
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "apps/studio/model/studio.h"
 #include "apps/studio/views/theme.h"
@@ -13,6 +14,8 @@ namespace lumiset::studio {
 namespace {
 
 constexpr double kMargin = 10.0;
+constexpr double kKeyY = 27.0;
+constexpr double kKeyReach = 6.0;
 constexpr int kRefreshMs = 250;
 
 }  // namespace
@@ -25,7 +28,8 @@ QString timeCode(qint64 frame, double framesPerSecond) {
 }
 
 Timeline::Timeline(Studio& studio, QWidget* parent) : QWidget(parent), m_studio(studio) {
-    setFixedHeight(30);
+    setFixedHeight(34);
+    setMouseTracking(true);
     setAccessibleName(tr("Position in the clip"));
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(kRefreshMs);
@@ -114,11 +118,11 @@ void Timeline::paintEvent(QPaintEvent* /*event*/) {
         painter.drawRect(QRectF(from, bar.bottom() + 4, std::max(1.5, to - from), 2.5));
         i = end;
     }
-    const double rate = preview.framesPerSecond();
     painter.setBrush(palette().color(QPalette::WindowText));
     for (const double seconds : keys()) {
-        const double x = xOf(std::min(last, seconds * rate));
-        painter.drawPolygon(QPolygonF{{x, middle - 4.5}, {x + 4.5, middle}, {x, middle + 4.5}, {x - 4.5, middle}});
+        const QPointF key = placeOfKey(seconds);
+        painter.drawPolygon(
+            QPolygonF{key + QPointF(0, -4.5), key + QPointF(4.5, 0), key + QPointF(0, 4.5), key + QPointF(-4.5, 0)});
     }
     const double x = xOf(static_cast<double>(preview.frame()));
     painter.setPen(QPen(palette().color(QPalette::Window), 1));
@@ -126,22 +130,57 @@ void Timeline::paintEvent(QPaintEvent* /*event*/) {
     painter.drawRoundedRect(QRectF(x - 4, middle - 10, 8, 20), 3, 3);
 }
 
+QPointF Timeline::placeOfKey(double seconds) const {
+    const ClipInfo* clip = m_studio.preview.clip();
+    const auto last = static_cast<double>(clip != nullptr ? clip->frameCount - 1 : 0);
+    return {xOf(std::min(last, seconds * m_studio.preview.framesPerSecond())), kKeyY};
+}
+
+std::optional<double> Timeline::keyAt(QPointF place) const {
+    for (const double seconds : keys()) {
+        const QPointF away = placeOfKey(seconds) - place;
+        if (std::max(std::abs(away.x()), std::abs(away.y())) <= kKeyReach) {
+            return seconds;
+        }
+    }
+    return std::nullopt;
+}
+
 void Timeline::mousePressEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton) {
-        m_studio.player.stop();
-        m_scrubbing = true;
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    m_studio.player.stop();
+    m_key = keyAt(event->position());
+    m_copies = event->modifiers().testFlag(Qt::AltModifier);
+    m_gesture = Document::newGesture();
+    m_scrubbing = true;
+    if (m_key) {
+        m_studio.preview.setFrame(std::llround(*m_key * m_studio.preview.framesPerSecond()));
+    } else {
         mouseMoveEvent(event);
     }
 }
 
 void Timeline::mouseMoveEvent(QMouseEvent* event) {
-    if (m_scrubbing) {
-        m_studio.preview.setFrame(frameAt(event->position().x()));
+    if (!m_scrubbing) {
+        setCursor(keyAt(event->position()) ? Qt::SizeHorCursor : Qt::ArrowCursor);
+        return;
     }
+    const qint64 frame = frameAt(event->position().x());
+    if (m_key) {
+        const double seconds = static_cast<double>(frame) / m_studio.preview.framesPerSecond();
+        if (std::abs(seconds - *m_key) >= kSameMoment) {
+            m_studio.document.moveKeys(*m_key, seconds, std::exchange(m_copies, false), m_gesture);
+            m_key = seconds;
+        }
+    }
+    m_studio.preview.setFrame(frame);
 }
 
 void Timeline::mouseReleaseEvent(QMouseEvent* /*event*/) {
     m_scrubbing = false;
+    m_key.reset();
 }
 
 void Timeline::wheelEvent(QWheelEvent* event) {

@@ -65,14 +65,15 @@ void Transport::refresh() {
     const qint64 last = clip != nullptr ? clip->frameCount - 1 : 0;
     const QString total = timeCode(last, rate);
     m_time->setText(timeCode(preview.frame(), rate) + " / " + total);
+    const QString renderer = preview.usesGpu() ? tr(", OpenGL") : QString();
     const auto number = [](double value) { return toQt(hostkit::formatNumber(value, 2)); };
     if (m_studio.player.isPlaying()) {
         const double wanted = rate * std::abs(m_studio.player.speed());
-        m_rate->setText(tr("%1 of %2 fps").arg(number(std::round(preview.shownRate()))).arg(number(wanted)));
+        m_rate->setText(tr("%1 of %2 fps").arg(number(std::round(preview.shownRate()))).arg(number(wanted)) + renderer);
     } else if (clip != nullptr) {
         const double milliseconds = preview.shot().effectSeconds * 1000.0;
         const QString size = tr("%1 × %2, %3 fps").arg(clip->format.width).arg(clip->format.height).arg(number(rate));
-        m_rate->setText(milliseconds > 0.0 ? size + tr(", %1 ms").arg(std::lround(milliseconds)) : size);
+        m_rate->setText((milliseconds > 0.0 ? size + tr(", %1 ms").arg(std::lround(milliseconds)) : size) + renderer);
     }
 }
 

@@ -37,7 +37,6 @@ public:
 
 signals:
     void zoomChanged();
-    void filesDropped(const QStringList& files);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -50,8 +49,6 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool event(QEvent* event) override;
-    void dragEnterEvent(QDragEnterEvent* event) override;
-    void dropEvent(QDropEvent* event) override;
 
 private:
     struct Handle {

@@ -1,17 +1,17 @@
-#include "apps/lumiset/render/gpu_refusal.h"
+#include "render/gpu_refusal.h"
 
 #include <fmt/format.h>
 
 #include <system_error>
 
-#include "apps/lumiset/messages.h"
-#include "apps/lumiset/user_options.h"
+#include "host/host_services.h"
+#include "hostkit/com_ptr.h"
 #include "platform/crash_reports.h"
 
-namespace lumiset::app {
+namespace lumiset::render {
 
 std::string refusalInOpenGL(IEffectLibrary& library, const std::string& effect) {
-    if (servicesOf(library).get()->GetForcedCpu()) {
+    if (hostkit::ComPtr<IHostServices>::adopt(library.GetHostServices()).get()->GetForcedCpu()) {
         return "The option \"Forced CPU\" keeps all effects off OpenGL.";
     }
     try {
@@ -20,7 +20,7 @@ std::string refusalInOpenGL(IEffectLibrary& library, const std::string& effect) 
                 return fmt::format(
                     "The effect \"{}\" stays off OpenGL since \"{}\" crashed while it rendered there; "
                     "\"lumiset gpu reset\" lets it try again.",
-                    effect, printable(report.host));
+                    effect, report.host);
             }
         }
     } catch (const std::system_error&) {
@@ -30,4 +30,16 @@ std::string refusalInOpenGL(IEffectLibrary& library, const std::string& effect) 
     return fmt::format("The effect \"{}\" does not render in OpenGL here.", effect);
 }
 
-}  // namespace lumiset::app
+bool crashesAreReported() {
+    try {
+        return !platform::crashReports().empty();
+    } catch (const std::system_error&) {
+        return true;
+    }
+}
+
+bool letEffectsTryOpenGL() {
+    return platform::removeCrashReports();
+}
+
+}  // namespace lumiset::render
