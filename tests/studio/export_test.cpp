@@ -50,7 +50,8 @@ TEST_F(ExportTest, WritesTheBytesThatTheCommandLineWrites) {
         const char* codec;
         int bits;
     };
-    for (const Case& each : {Case{"y4m", "", 0}, Case{"mov", "prores", 10}, Case{"mp4", "", 0}, Case{"mkv", "ffv1", 0}}) {
+    for (const Case& each :
+         {Case{"y4m", "", 0}, Case{"mov", "prores", 10}, Case{"mp4", "", 0}, Case{"mkv", "ffv1", 0}}) {
         render::FileJob job = studio.jobFor(file("studio.") + each.ending);
         job.codec = each.codec;
         job.bits = each.bits;

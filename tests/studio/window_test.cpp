@@ -1,10 +1,13 @@
 #include <QAbstractButton>
 #include <QFile>
 #include <QLineEdit>
+#include <QLocale>
 #include <QMessageBox>
 #include <QProcess>
 #include <QScrollBar>
 #include <QTabBar>
+#include <QToolButton>
+#include <QTranslator>
 #include <set>
 
 #include "apps/studio/core/command_text.h"
@@ -13,7 +16,9 @@
 #include "apps/studio/views/number_field.h"
 #include "apps/studio/views/panel.h"
 #include "apps/studio/views/strip.h"
+#include "apps/studio/views/theme.h"
 #include "apps/studio/views/timeline.h"
+#include "apps/studio/views/translation.h"
 #include "apps/studio/views/value_slider.h"
 #include "hostkit/names.h"
 #include "tests/studio/window_fixture.h"
@@ -276,6 +281,64 @@ TEST_F(WindowTest, AsksBeforeWorkIsLostAndClosesWhileRendering) {
     QTest::mouseClick(question->button(QMessageBox::Discard), Qt::LeftButton);
     EXPECT_FALSE(window.isVisible());
     // What is under way ends with the objects, which the sanitizers watch.
+}
+
+TEST_F(WindowTest, WhatIsOfferedWaitsUntilItIsAnswered) {
+    bool restored = false;
+    MessageBar& bar = window.messages();
+    bar.tell(MessageBar::Kind::kWarning, "offer", {{"Restore", [&] { restored = true; }}});
+    bar.tell(MessageBar::Kind::kNote, "note");
+    EXPECT_EQ(bar.text(), "note");
+    open("scene:320x180:1");
+    control<QToolButton>("Close the message")->click();
+    EXPECT_EQ(bar.text(), "offer") << "below the note, though a clip was opened";
+    bar.choose(0);
+    EXPECT_TRUE(restored);
+    EXPECT_TRUE(bar.isHidden());
+
+    Studio fresh;
+    MainWindow other(fresh);
+    fresh.openFile(file("gone.mp4"));
+    ASSERT_TRUE(waitFor([&] { return fresh.preview.clip() != nullptr; })) << "the scene in its place";
+    EXPECT_TRUE(other.messages().text().contains("gone.mp4")) << other.messages().text().toStdString();
+}
+
+TEST_F(WindowTest, DroppedLooksCanBeUndoneAndOpenedOnesAskFirst) {
+    const QString file = LUMISET_SOURCE "/looks/only_red.lumilook";
+    studio.document.addEffect("Viewfinder");
+    const std::string mine = look();
+    window.drop({file});
+    EXPECT_NE(look(), mine);
+    EXPECT_EQ(studio.document.undoStack().undoText(), "Look Only Red");
+    trigger("undo");
+    EXPECT_EQ(look(), mine);
+    window.open({file});
+    auto* question = window.findChild<QMessageBox*>("saveQuestion");
+    ASSERT_NE(question, nullptr) << "unsaved work";
+    QTest::mouseClick(question->button(QMessageBox::Cancel), Qt::LeftButton);
+    EXPECT_EQ(look(), mine);
+}
+
+TEST_F(WindowTest, SpeaksOtherLanguagesAndFollowsTheTheme) {
+    translate(*qApp, QLocale("de_DE"));
+    EXPECT_EQ(MainWindow::tr("&File"), "&Datei");
+    MainWindow german(studio);
+    EXPECT_EQ(german.action("play")->text(), "Abs&pielen oder anhalten");
+    for (QTranslator* texts : qApp->findChildren<QTranslator*>()) {
+        QCoreApplication::removeTranslator(texts);
+    }
+    const auto ink = [] {
+        const QImage drawn = themeIcon("play").pixmap(32, 32).toImage();
+        int light = 0;
+        for (int i = 0; i < 32 * 32; ++i) {
+            light += drawn.pixelColor(i % 32, i / 32).lightness() * drawn.pixelColor(i % 32, i / 32).alpha() / 255;
+        }
+        return light;
+    };
+    const int dark = ink();
+    trigger("theme1");
+    EXPECT_LT(ink(), dark / 2) << "dark ink on light ground";
+    trigger("theme2");
 }
 
 TEST_F(WindowTest, EverythingHasANameAndItsPlace) {
