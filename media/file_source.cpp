@@ -80,6 +80,7 @@ private:
     void collectSideData(const AVFrame& first);
     void findDisplayMatrix(const AVFrame& first);
     void noticeLosses(const AVFrame& frame);
+    void seekBefore(std::int64_t wanted);
     void goToStart();
     const AVFrame* nextFrame();
     std::int64_t ptsOf(const AVFrame& frame) const;
@@ -91,6 +92,8 @@ private:
     std::unique_ptr<Decoder> m_decoder;
     std::unique_ptr<Spares<FrameReader>> m_readers;
     const AVFrame* m_pending = nullptr;  ///< decoded, not yet handed out
+    AvFrame m_held;                      ///< handed out before that one
+    AvFrame m_current;                   ///< has been held
     std::int64_t m_firstPts = 0;         ///< of the file's first picture, in the container's own time
     std::int64_t m_nextPts = 0;          ///< for pictures that have no time of their own
     std::array<std::int32_t, 9> m_displayMatrix{};
@@ -103,6 +106,7 @@ private:
 void FileSource::open() {
     m_decoder = std::make_unique<Decoder>(m_input);
     m_nextPts = 0;
+    m_held.reset();
     m_pending = m_decoder->next();
     if (m_pending == nullptr) {
         throw MediaError(fmt::format("There is no picture in '{}'.", m_input.name));
@@ -289,9 +293,38 @@ std::int64_t FileSource::ptsOf(const AVFrame& frame) const {
 }
 
 const AVFrame* FileSource::nextFrame() {
+    if (m_held) {
+        m_current = std::move(m_held);
+        return m_current.get();
+    }
     const AVFrame* frame = m_pending != nullptr ? m_pending : m_decoder->next();
     m_pending = nullptr;
     return frame;
+}
+
+// Goes to a picture at or before a time. Containers do not always find the key frame that is before it: those that know
+// times of decoding alone take one that shows later, and decoders leave out pictures whose references lie farther back.
+// So each attempt goes farther back, and from the very beginning nothing is missed.
+void FileSource::seekBefore(std::int64_t wanted) {
+    const double unit = m_format.timeBase.value();
+    for (double back = 0; static_cast<double>(wanted) * unit > back; back = back * 4 + 0.5) {
+        try {
+            if (!m_decoder->seek(m_firstPts + wanted - std::llround(back / unit))) {
+                break;
+            }
+            m_pending = m_decoder->next();
+        } catch (const MediaError&) {
+            m_pending = nullptr;  // nothing can be decoded from there on
+        }
+        if (m_pending != nullptr && m_pending->best_effort_timestamp != AV_NOPTS_VALUE &&
+            m_pending->best_effort_timestamp - m_firstPts <= wanted) {
+            m_nextPts = 0;
+            return;
+        }
+    }
+    m_nextPts = 0;
+    m_decoder = std::make_unique<Decoder>(m_input);
+    m_pending = nullptr;
 }
 
 void FileSource::goToStart() {
@@ -300,23 +333,26 @@ void FileSource::goToStart() {
     if (wanted <= 0 || m_format.still) {
         return;
     }
-    if (!m_input.isPipe() && m_decoder->seek(m_firstPts + wanted)) {
-        m_pending = m_decoder->next();
-        m_nextPts = 0;
-        const bool before = m_pending != nullptr && m_pending->best_effort_timestamp != AV_NOPTS_VALUE &&
-                            m_pending->best_effort_timestamp - m_firstPts <= wanted;
-        if (!before) {
-            // Some containers seek too far; from the very beginning nothing is missed.
-            m_decoder = std::make_unique<Decoder>(m_input);
-            m_pending = nullptr;
-        }
+    if (!m_input.isPipe()) {
+        seekBefore(wanted);
     }
+    AvFrame before;
+    std::int64_t beforePts = 0;
     while ((m_pending = nextFrame()) != nullptr && ptsOf(*m_pending) < wanted) {
-        m_nextPts = ptsOf(*m_pending) + 1;
+        beforePts = ptsOf(*m_pending);
+        m_nextPts = beforePts + 1;
+        if (m_options.showing) {
+            before.reset(allocated(av_frame_clone(m_pending)));
+        }
         m_pending = nullptr;
     }
-    if (m_pending == nullptr) {
-        throw MediaError(fmt::format("'{}' is over before the start at {} s.", m_input.name, m_options.startSeconds));
+    const double lasts = 1.001 / m_format.frameRate.value();
+    if (m_pending == nullptr && !(before && m_options.startSeconds < secondsOf(beforePts) + lasts)) {
+        throw PastEnd(fmt::format("'{}' is over before the start at {} s.", m_input.name, m_options.startSeconds));
+    }
+    if (before && (m_pending == nullptr || ptsOf(*m_pending) > wanted)) {
+        m_held = std::move(before);
+        m_nextPts = beforePts;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -20,6 +21,12 @@ namespace lumiset::media {
 class MediaError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+};
+
+/// A start lies behind the last picture.
+class PastEnd : public MediaError {
+public:
+    using MediaError::MediaError;
 };
 
 struct Rational {
@@ -149,6 +156,7 @@ struct SourceOptions {
     Depth depth = Depth::kEightBit;
     bool keepDepth = false;   ///< float pictures where the file has more than 8 bits, whatever `depth` says
     double startSeconds = 0;  ///< the first picture is the first at or after this time
+    bool showing = false;     ///< or, where none is at this time, the last before it
     double durationSeconds = std::numeric_limits<double>::infinity();
     Rational frameRate{0, 1};  ///< constant; 0: the file's own, of image sequences and pictures 25 a second
     int threads = 0;           ///< threads for decoding and conversion; 0: one a core
@@ -185,6 +193,8 @@ public:
     virtual std::vector<std::string> notes() const { return {}; }
 };
 
+struct PartOptions;
+
 struct SinkOptions {
     /// Video codec: h264, prores, qtrle, ffv1, vp9, mpeg2; empty: the usual one for the extension.
     std::string codec;
@@ -192,6 +202,8 @@ struct SinkOptions {
     int quality = -1;
     int bits = 0;     ///< a sample, where the codec has them; 0: the source's for float pictures, 8 for others
     int threads = 0;  ///< threads for conversion and encoding; 0: one a core
+    std::optional<bool> alpha{};          ///< write transparency; none: where the source or the first picture has it
+    std::shared_ptr<PartOptions> part{};  ///< a part of the output is written, in a file of its own
 };
 
 /// Takes pictures in order of time. Used from one thread at a time, save `prepare`. Nothing stands under the final name

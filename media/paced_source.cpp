@@ -11,9 +11,6 @@ namespace {
 /// Of a picture's length; times that people write in decimals are no further off.
 constexpr double kHair = 1e-3;
 
-/// Longer than most pictures last.
-constexpr double kLeadIn = 2.0;
-
 class PacedSource final : public Source {
 public:
     PacedSource(std::unique_ptr<Source> source, Rational rate, const SourceOptions& options)
@@ -24,8 +21,7 @@ public:
         if (m_format.still) {
             m_format.durationSeconds = std::isfinite(m_end) ? m_end : 1.0 / rate.value();
         } else if (m_format.durationSeconds > 0.0) {
-            const double lead = std::min(options.startSeconds, kLeadIn);
-            m_format.durationSeconds = std::min(m_format.durationSeconds - lead, options.durationSeconds);
+            m_format.durationSeconds = std::min(m_format.durationSeconds, options.durationSeconds);
         }
         m_format.frameCount = m_format.durationSeconds > 0.0
                                   ? std::max<std::int64_t>(1, std::llround(m_format.durationSeconds * rate.value()))
@@ -45,7 +41,7 @@ public:
     std::vector<std::string> notes() const override { return m_source->notes(); }
 
     void restart(double startSeconds) override {
-        m_source->restart(m_format.still ? 0.0 : std::max(0.0, startSeconds - kLeadIn));
+        m_source->restart(m_format.still ? 0.0 : startSeconds);
         m_hasCurrent = false;
         m_hasNext = false;
         m_ended = false;
@@ -117,8 +113,7 @@ private:
 }  // namespace
 
 SourceOptions leadingIn(SourceOptions options) {
-    const double lead = std::min(options.startSeconds, kLeadIn);
-    options.startSeconds -= lead;
+    options.showing = true;
     options.durationSeconds = std::numeric_limits<double>::infinity();  // what comes next tells how long the last stays
     return options;
 }

@@ -12,7 +12,7 @@ namespace lumiset::media {
 /// `source` has been opened with `leadingIn(options)`.
 std::unique_ptr<Source> pacedSource(std::unique_ptr<Source> source, Rational rate, const SourceOptions& options);
 
-/// The options with a start early enough to have the picture that shows at the one that they ask for.
+/// The options to have the picture that shows at the start.
 SourceOptions leadingIn(SourceOptions options);
 
 }  // namespace lumiset::media

@@ -91,7 +91,7 @@ SceneName parse(const std::string& input) {
 class SceneSource final : public Source {
 public:
     SceneSource(const SceneName& name, const SourceOptions& options)
-        : m_depth(options.depth), m_scene(name.width, name.height, name.part) {
+        : m_depth(options.depth), m_showing(options.showing), m_scene(name.width, name.height, name.part) {
         m_format.width = name.width;
         m_format.height = name.height;
         m_format.frameRate = name.rate;
@@ -114,7 +114,7 @@ public:
     void restart(double startSeconds) override {
         m_next = numberAt(startSeconds);
         if (m_next >= m_end) {
-            throw MediaError(fmt::format("The scene is over before the start at {} s.", startSeconds));
+            throw PastEnd(fmt::format("The scene is over before the start at {} s.", startSeconds));
         }
     }
 
@@ -132,13 +132,15 @@ public:
     }
 
 private:
-    /// Number of the first picture at or after a time.
+    /// Number of the first picture at or after a time, or of the one that shows then.
     std::int64_t numberAt(double seconds) const {
-        return static_cast<std::int64_t>(std::ceil(std::max(0.0, seconds) / m_format.timeBase.value() - 1e-6));
+        const double number = std::max(0.0, seconds) / m_format.timeBase.value();
+        return static_cast<std::int64_t>(m_showing ? std::floor(number + 1e-6) : std::ceil(number - 1e-6));
     }
 
     VideoFormat m_format;
     Depth m_depth;
+    bool m_showing;
     Scene m_scene;
     std::int64_t m_end = 0;
     std::int64_t m_next = 0;

@@ -1,7 +1,9 @@
+#include <filesystem>
 #include <optional>
 
 #include <fmt/format.h>
 
+#include "media/part_file.h"
 #include "media/pending_file.h"
 #include "media/sinks.h"
 #include "media/still_details.h"
@@ -20,7 +22,14 @@ public:
         silenceLibraries();
         m_number = sequence ? sequence->first.value_or(format.firstNumber) : 0;
         planStill(nameOf(m_number), options, {format, format.color.hasAlpha()});
-        m_file.emplace(nameOf(m_number));  // fails early in a folder that is closed
+        if (options.part) {
+            m_number += static_cast<int>(options.part->record.firstNumber);
+            options.part->record.firstNumber = m_number;
+            m_part = std::make_unique<PartWriter>(*options.part);
+            markPartBegun(options.part->file);
+        } else {
+            m_file.emplace(nameOf(m_number));  // fails early in a folder that is closed
+        }
     }
 
     void write(const Picture& picture) override {
@@ -28,7 +37,7 @@ public:
             throw MediaError(fmt::format("'{}' holds one picture only; for a video write '{}', or a video file.",
                                          m_output, suggestedPattern()));
         }
-        const bool alpha = m_alpha || m_format.color.hasAlpha() || !isOpaque(picture);
+        const bool alpha = m_alpha || m_options.alpha.value_or(m_format.color.hasAlpha()) || !isOpaque(picture);
         if (!m_encoder || alpha != m_alpha) {
             finishEncoder();
             m_alpha = alpha;
@@ -50,11 +59,14 @@ public:
 
     void finish() override {
         finishEncoder();
-        if (m_written == 0) {
+        if (m_written == 0 && !m_part) {
             throw MediaError(fmt::format("There was no picture to write to '{}'.", m_output));
         }
         if (m_file) {
             m_file->commit();
+        }
+        if (m_part) {
+            m_part->finish();
         }
     }
 
@@ -88,6 +100,9 @@ private:
             tellLosses(details, profile, kept);
         }
         m_saved++;
+        if (m_part) {
+            keepPart(bytes.size());
+        }
         m_file->write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
         // A sequence's pictures stand one by one; a picture by itself takes its place when the run is over.
         if (m_sequence) {
@@ -95,6 +110,14 @@ private:
             m_file.reset();
             m_number++;
         }
+    }
+
+    // What an earlier attempt at the part has left gives way, other pictures only when they may.
+    void keepPart(std::size_t size) {
+        if (!m_options.part->replace && std::filesystem::exists(nameOf(m_number))) {
+            throw MediaError(fmt::format("'{}' exists; --overwrite replaces what is there.", nameOf(m_number)));
+        }
+        m_options.part->record.fileSizes.push_back(size);
     }
 
     std::vector<std::uint8_t> colorProfile() const {
@@ -139,6 +162,7 @@ private:
     std::int64_t m_saved = 0;
     std::vector<std::string> m_notes;
     bool m_alpha = false;
+    std::unique_ptr<PartWriter> m_part;
     std::unique_ptr<VideoEncoder> m_encoder;
     std::optional<PendingFile> m_file;
 };

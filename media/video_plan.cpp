@@ -140,7 +140,10 @@ struct FactorCodec {
 };
 const FactorCodec* factorCodec(std::string_view name) {
     static const FactorCodec kFactorCodecs[] = {
-        {"libx265", 20, {{"x265-params", "log-level=none"}}},  // or it writes to the terminal by itself
+        {"libx265",
+         20,
+         {// Or it writes to the terminal by itself, and the machine's processor into the stream.
+          {"x265-params", "log-level=none:info=0"}}},
         {"libaom-av1", 22, {{"b", "0"}, {"cpu-used", "6"}, {"row-mt", "1"}}},
         {"libsvtav1", 24, {{"preset", "8"}}},
         {"libvpx", 8, {{"b", "100M"}, {"cpu-used", "2"}}},  // a limit, which it does without only in VP9

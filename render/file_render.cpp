@@ -11,6 +11,7 @@
 #include "hostkit/host_allocator.h"
 #include "hostkit/thread_pool.h"
 #include "render/ordered_pipeline.h"
+#include "render/part_cut.h"
 #include "render/picture_frame.h"
 
 namespace lumiset::render {
@@ -65,24 +66,28 @@ std::unique_ptr<hostkit::GPUFrames> openGPU(const FileWatcher& watcher) {
     }
 }
 
+media::SinkOptions sinkOptions(const FileJob& job, const media::VideoFormat& format) {
+    media::SinkOptions options;
+    options.codec = job.codec;
+    options.quality = job.quality;
+    options.bits = job.bits;
+    if (job.bits == 0 && job.depth == media::Depth::kFloat) {
+        options.bits = std::max(10, format.bitDepth);
+    }
+    options.threads = job.threads;
+    return options;
+}
+
 /// The writing end of a render.
 class Output {
 public:
-    Output(const FileJob& job, const media::Source& source, const FileWatcher& watcher)
+    Output(const FileJob& job, media::VideoFormat format, const media::SinkOptions& options,
+           const media::Source* source, const FileWatcher& watcher)
         : m_job(job), m_watcher(watcher) {
-        media::VideoFormat format = source.format();
         if (job.alpha) {
             format.color.alpha = media::AlphaKind::kStraight;
         }
-        media::SinkOptions options;
-        options.codec = job.codec;
-        options.quality = job.quality;
-        options.bits = job.bits;
-        if (job.bits == 0 && job.depth == media::Depth::kFloat) {
-            options.bits = std::max(10, format.bitDepth);
-        }
-        options.threads = job.threads;
-        m_sink = media::openSink(job.output, format, options, &source);
+        m_sink = media::openSink(job.output, format, options, source);
     }
 
     /// On any thread: makes a picture ready to be written where the sink can.
@@ -116,7 +121,7 @@ public:
 
     FileResult finish() {
         tick();
-        if (m_frames == 0) {
+        if (m_frames == 0 && !m_job.part) {
             throw media::MediaError(fmt::format("\"{}\" has no picture in the time that was asked for.", m_job.input));
         }
         m_sink->finish();
@@ -135,11 +140,22 @@ private:
 
 std::optional<FileResult> renderFile(const FileJob& request, const std::vector<hostkit::EffectStage>& chain,
                                      const FileWatcher& watcher) {
-    const std::unique_ptr<media::Source> source = media::openSource(request.input, sourceOptions(request));
-    const media::VideoFormat& format = source->format();
-    watcher.begun(format.frameCount);
+    const media::SourceOptions reading = sourceOptions(request);
+    const std::unique_ptr<media::Source> whole = media::openSource(request.input, reading);
+    const media::VideoFormat& format = whole->format();
+    media::SinkOptions writing = sinkOptions(request, format);
+    std::optional<PartCut> part;
+    if (request.part) {
+        part.emplace(request, *whole, reading, writing);
+        writing.part = part->options();
+    }
+    media::Source* const source = part ? part->source() : whole.get();
+    watcher.begun(part ? part->expected() : format.frameCount);
     const hostkit::ComPtr<IHostAllocator> allocator = hostkit::PoolAllocator::create();
     const std::unique_ptr<hostkit::GPUFrames> gpu = request.gpu ? openGPU(watcher) : nullptr;
+    if (part) {
+        part->options()->record.traits.emplace_back("renderer", gpu != nullptr ? "OpenGL" : "processor");
+    }
     const int threads = renderThreads(request);
     // Renders one frame on the threads that have no frame of their own: a still, a pipe, a clip's first and last.
     const auto pool = hostkit::ThreadPool::create(static_cast<std::uint32_t>(threads));
@@ -152,24 +168,35 @@ std::optional<FileResult> renderFile(const FileJob& request, const std::vector<h
             gpu->serve(workers.back().renderer);
         }
     }
-    Output output(request, *source, watcher);
+    const auto render = [&](media::Source& from, media::RawPicture& raw, Worker& worker) {
+        media::Picture& input = worker.source;
+        media::Picture& result = worker.result;
+        from.convert(raw, input);
+        result.allocate(input.width, input.height, input.depth);
+        result.pts = input.pts;
+        result.timeSeconds = input.timeSeconds;
+        result.interlaced = input.interlaced;
+        result.topFieldFirst = input.topFieldFirst;
+        worker.renderer.render(frameOf(input), frameOf(result), contextOf(input, format));
+    };
+    if (part) {
+        const hostkit::ThreadPool::Turn turn(*pool.get());
+        writing.alpha = request.alpha || format.color.hasAlpha();
+        if (!*writing.alpha) {
+            render(*whole, part->filmFirst(), workers.front());
+            writing.alpha = !media::isOpaque(workers.front().result);
+        }
+    }
+    Output output(request, format, writing, whole.get(), watcher);
     PipelineSteps<Job> steps;
-    steps.read = [&](Job& job) { return source->fetch(job.raw); };
+    steps.read = [&](Job& job) { return part ? part->fetch(job.raw) : source->fetch(job.raw); };
     steps.work = [&](Job& job, int number) {
         const hostkit::ThreadPool::Turn turn(*pool.get());
         Worker& worker = workers[static_cast<std::size_t>(number)];
-        media::Picture& from = worker.source;
-        media::Picture& to = worker.result;
-        source->convert(job.raw, from);
-        to.allocate(from.width, from.height, from.depth);
-        to.pts = from.pts;
-        to.timeSeconds = from.timeSeconds;
-        to.interlaced = from.interlaced;
-        to.topFieldFirst = from.topFieldFirst;
-        worker.renderer.render(frameOf(from), frameOf(to), contextOf(from, format));
-        job.isReady = output.prepare(to, job.ready);
+        render(*source, job.raw, worker);
+        job.isReady = output.prepare(worker.result, job.ready);
         if (!job.isReady) {
-            std::swap(job.result, to);
+            std::swap(job.result, worker.result);
         }
     };
     steps.write = [&](Job& job) { output.write(job); };
@@ -182,7 +209,7 @@ std::optional<FileResult> renderFile(const FileJob& request, const std::vector<h
     try {
         OrderedPipeline<Job>(threads, std::move(steps)).run();
         FileResult result = output.finish();
-        std::vector<std::string> notes = source->notes();
+        std::vector<std::string> notes = source != nullptr ? source->notes() : std::vector<std::string>();
         result.notes.insert(result.notes.begin(), notes.begin(), notes.end());
         return result;
     } catch (const Stop&) {

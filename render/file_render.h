@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostkit/gl/gpu_frames.h"
@@ -12,6 +13,14 @@
 #include "media/media.h"
 
 namespace lumiset::render {
+
+/// One of the parts that a clip is rendered in, to be joined.
+struct FilmPart {
+    int number = 1;
+    int count = 1;
+    std::vector<std::pair<std::string, std::string>> traits;  ///< as in media::PartRecord
+    bool replace = false;  ///< pictures of a sequence that stand there, as an attempt before may have left them
+};
 
 /// A clip to render from file to file, and how.
 struct FileJob {
@@ -23,11 +32,12 @@ struct FileJob {
     int threads = 0;  ///< 0: one a core
     double startSeconds = 0.0;
     double durationSeconds = std::numeric_limits<double>::infinity();
-    std::string codec;          ///< empty: the usual one for the extension
-    int quality = -1;           ///< -1: the encoder's usual one
-    media::Rational frameRate;  ///< pictures a second of an input image sequence; 0: the usual rate
-    bool alpha = false;         ///< the output has transparency whatever the first picture is like
-    bool gpu = false;           ///< in OpenGL where that is possible
+    std::string codec;               ///< empty: the usual one for the extension
+    int quality = -1;                ///< -1: the encoder's usual one
+    media::Rational frameRate;       ///< pictures a second of an input image sequence; 0: the usual rate
+    bool alpha = false;              ///< the output has transparency whatever the first picture is like
+    bool gpu = false;                ///< in OpenGL where that is possible
+    std::optional<FilmPart> part{};  ///< none: all of it; a part is written to the file that media::partFile names
 };
 
 /// Who watches a render. All but what OpenGL tells is called on the thread of `renderFile`; none may be empty.

@@ -84,6 +84,7 @@ void describeCommandLine(CLI::App& app, Program& program) {
     addListCommand(app, program);
     addShowCommand(app, program);
     addRenderCommand(app, program);
+    addJoinCommand(app, program);
     addGalleryCommand(app, program);
     addCompareCommand(app, program);
     addExportCommands(app, program);

@@ -25,7 +25,7 @@ INPUT is an image, an image sequence (shot_%04d.png or 'shots/*.png'), a video, 
 its transparent margin, "scene-cutout" its figures over nothing. One picture becomes a video with --duration.
 OUTPUT is chosen by its extension; "-" is y4m on standard output. Sound is copied. The file appears under its name
 when it is complete: a run that fails or is interrupted leaves what was there before, which is replaced only with
---overwrite or after a question.
+--overwrite or after a question. With --part one part of it is rendered to a file like "OUTPUT.part03of40".
 )";
 
 inline constexpr const char* kRenderFooter = R"(
@@ -58,6 +58,39 @@ Examples:
   From and to another program:
     ffmpeg -i in.avi -f yuv4mpegpipe - | lumiset render - - --effect Outline | ffplay -)";
 
+inline constexpr const char* kJoin =
+    R"(Puts the parts of a film together that "lumiset render --part" has made.
+
+Nothing is encoded again: OUTPUT has the pictures that one run would have written, and sound, subtitles, chapters and
+tags of the film that the parts were made of. Parts that are missing, there twice, unfinished or damaged, and parts that
+were made in another way than the others are refused. Of a sequence of pictures, which is there already, it is only
+looked at whether all are there.
+
+  lumiset render film.mov out.mov --look "Home Video 1986" --part 1/2
+  lumiset render film.mov out.mov --look "Home Video 1986" --part 2/2
+  lumiset join out.mov out.mov.part*of2
+)";
+
+inline constexpr const char* kExportSlurm =
+    R"(Prints a script that renders INPUT to OUTPUT in parts by jobs of Slurm, and joins them.
+
+  lumiset export slurm film.mov out.mov --look "Home Video 1986" --parts 40 --threads 8 > film.sh
+  bash film.sh
+
+It submits an array of one task a part, and a job that joins them when all are done. Tasks whose machine is lost or
+that fail are run again; run once more the script renders what is missing alone. --threads are the cores that a task asks
+for; a task uses those that it is allotted.
+)";
+
+inline constexpr const char* kExportParallel =
+    R"(Prints a script that renders INPUT to OUTPUT in parts by GNU parallel on one machine, and joins them.
+
+  lumiset export parallel film.mov out.mov --look "Home Video 1986" --parts 12 --threads 4 > film.sh
+  bash film.sh
+
+Run once more the script renders what is missing alone.
+)";
+
 inline constexpr const char* kLookSave =
     R"(Writes effects with their settings to a look, a file that "render --look" and every other program here takes.
 
@@ -69,7 +102,8 @@ FILE has the extension .lumilook; a name alone, "My Glow", is kept in ~/.local/s
 )";
 
 inline constexpr const char* kExport =
-    R"(Prints what gives an effect the same settings in another program, by way of its frei0r plug-in.
+    R"(Prints what gives an effect the same settings in another program, by way of its frei0r plug-in, and scripts that
+render a film in parts on many machines.
 
   lumiset export ffmpeg "Old TV" --preset Snow -i in.mp4 -o out.mp4
   lumiset export melt Outline --set Width=10 --set "Color=#FFD040"

@@ -68,8 +68,9 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Removes what processes that are gone have left in a folder: files under hidden names that nobody has locked.
-void sweep(int folder) {
+/// Removes what processes that are gone have left in a folder: files under hidden names that nobody has locked. Only
+/// those for targets of that extension: other machines may write other things there, and not all locks reach so far.
+void sweep(int folder, const std::string& extension) {
     const int reading = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* const entries = reading >= 0 ? ::fdopendir(reading) : nullptr;
     if (entries == nullptr) {
@@ -77,7 +78,7 @@ void sweep(int folder) {
         return;
     }
     while (const struct dirent* entry = ::readdir(entries)) {
-        if (!isHiddenName(entry->d_name)) {
+        if (!isHiddenName(entry->d_name) || !std::string_view(entry->d_name).ends_with(extension)) {
             continue;
         }
         const Descriptor file(::openat(folder, entry->d_name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
@@ -92,13 +93,13 @@ void sweep(int folder) {
 
 /// Once in each folder: one may hold a hundred thousand pictures of a sequence. A folder's number alone would not do,
 /// for it is given again when the folder is gone.
-void sweepOnce(const std::string& place, int folder) {
+void sweepOnce(const std::string& place, int folder, const std::string& extension) {
     static std::mutex s_mutex;
-    static std::set<std::tuple<std::string, dev_t, ino_t>> s_swept;
+    static std::set<std::tuple<std::string, std::string, dev_t, ino_t>> s_swept;
     struct stat status {};
     const std::lock_guard lock(s_mutex);
-    if (::fstat(folder, &status) == 0 && s_swept.emplace(place, status.st_dev, status.st_ino).second) {
-        sweep(folder);
+    if (::fstat(folder, &status) == 0 && s_swept.emplace(place, extension, status.st_dev, status.st_ino).second) {
+        sweep(folder, extension);
     }
 }
 
@@ -134,7 +135,7 @@ struct PendingFile::State {
         do {
             create(place);
         } while (!file);
-        sweepOnce(place, folder.get());
+        sweepOnce(place, folder.get(), std::filesystem::path(hiddenName).extension().string());
         // Opened by this name it is this very file, whatever stands in the folder by then.
         path = "/proc/self/fd/" + std::to_string(file.get());
         if (::access(path.c_str(), W_OK) != 0) {

@@ -10,9 +10,11 @@ namespace lumiset::app {
 void addListCommand(CLI::App& app, Program& program);
 void addShowCommand(CLI::App& app, Program& program);
 void addRenderCommand(CLI::App& app, Program& program);
+void addJoinCommand(CLI::App& app, Program& program);
 void addGalleryCommand(CLI::App& app, Program& program);
 void addCompareCommand(CLI::App& app, Program& program);
 void addExportCommands(CLI::App& app, Program& program);
+void addScriptCommands(CLI::App& exports, Program& program);
 void addPresetCommands(CLI::App& app, Program& program);
 void addLookCommands(CLI::App& app, Program& program);
 void addLookGalleryCommand(CLI::App& look, Program& program);

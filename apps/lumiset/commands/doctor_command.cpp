@@ -157,7 +157,7 @@ void addLooks(std::vector<Finding>& findings, const hostkit::EffectCatalogue& ca
 }
 
 void addTools(std::vector<Finding>& findings) {
-    for (const char* name : {"ffmpeg", "melt", "gst-launch-1.0"}) {
+    for (const char* name : {"ffmpeg", "melt", "gst-launch-1.0", "sbatch", "parallel"}) {
         const std::filesystem::path path = programInPath(name);
         if (path.empty()) {
             findings.push_back({name, "not installed", {}, false});
@@ -231,8 +231,8 @@ void addDoctorCommand(CLI::App& app, Program& program) {
         addCommand(app, "doctor", "Tells what of an installation is there",
                    "Tells what of an installation is there, and what to do about what is not.\n\n"
                    "Looks for the module, its monitor, OpenGL, one's own looks, the folders of frei0r and OpenFX "
-                   "plug-ins, the Python package "
-                   "and programs that use frei0r.\nThe exit status is 0 when effects can be rendered.\n");
+                   "plug-ins, the Python package, programs that use frei0r "
+                   "and those that run films in parts.\nThe exit status is 0 when effects can be rendered.\n");
     const auto json = std::make_shared<bool>(false);
     command.add_flag("--json", *json, "as JSON");
     program.onChosen(command, [json, &program] {

@@ -112,6 +112,7 @@ void addExportCommands(CLI::App& app, Program& program) {
     addCommandLine(command, program, "ffmpeg", frei0r::ffmpegCommand);
     addCommandLine(command, program, "melt", frei0r::meltCommand);
     addKdenlive(command, program);
+    addScriptCommands(command, program);
 }
 
 }  // namespace lumiset::app

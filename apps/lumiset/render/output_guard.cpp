@@ -48,22 +48,26 @@ OutputGuard::OutputGuard(CLI::App& command) {
     command.add_flag("--overwrite,-y", m_overwrite, "replace what stands there; without it a terminal is asked");
 }
 
-void OutputGuard::check(const std::string& output, const std::vector<std::string>& inputs) const {
-    if (output == "-") {
-        return;
-    }
-    const std::vector<std::string> existing = media::filesNamed(output);
-    const std::set<Identity> written = identitiesOf(existing);
-    if (written.empty()) {
-        return;
-    }
-    for (const std::string& input : inputs) {
+void OutputGuard::refuseInputs(const std::string& output, const std::vector<std::string>& inputs) {
+    const std::set<Identity> written = identitiesOf(media::filesNamed(output));
+    for (const std::string& input : written.empty() ? std::vector<std::string>() : inputs) {
         for (const Identity& read : identitiesOf(input == "-" ? std::vector{input} : media::filesNamed(input))) {
             if (written.contains(read)) {
                 throw UsageError(fmt::format("\"{}\" is what is read; write to another file.", output));
             }
         }
     }
+}
+
+void OutputGuard::check(const std::string& output, const std::vector<std::string>& inputs) const {
+    if (output == "-") {
+        return;
+    }
+    const std::vector<std::string> existing = media::filesNamed(output);
+    if (identitiesOf(existing).empty()) {
+        return;
+    }
+    refuseInputs(output, inputs);
     if (m_overwrite) {
         return;
     }

@@ -14,7 +14,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kBarInterval = 100ms;
+/// Between lines where the end is not known, and the least between those that tell of a percent each.
 constexpr auto kLineInterval = 5s;
+constexpr auto kPercentInterval = 1s;
 constexpr std::int64_t kBarWidth = 24;
 
 std::string timeText(double seconds) {
@@ -30,8 +32,9 @@ Progress::Progress(bool quiet, std::int64_t expectedFrames, const char* thing)
       m_terminal(::isatty(STDERR_FILENO) != 0),
       m_expected(expectedFrames),
       m_thing(thing),
-      m_next(m_begin +
-             (m_terminal ? std::chrono::milliseconds(kBarInterval) : std::chrono::milliseconds(kLineInterval))) {}
+      m_next(m_begin + (m_terminal           ? std::chrono::milliseconds(kBarInterval)
+                        : expectedFrames > 0 ? std::chrono::milliseconds(kPercentInterval)
+                                             : std::chrono::milliseconds(kLineInterval))) {}
 
 double Progress::elapsedSeconds() const {
     return std::chrono::duration<double>(Clock::now() - m_begin).count();
@@ -55,12 +58,16 @@ void Progress::show(std::int64_t framesDone) {
     if (m_quiet || Clock::now() < m_next) {
         return;
     }
-    m_next = Clock::now() +
-             (m_terminal ? std::chrono::milliseconds(kBarInterval) : std::chrono::milliseconds(kLineInterval));
     if (!m_terminal) {
-        tell(statusText(framesDone) + '\n');
+        const std::int64_t percent = m_expected > 0 ? std::min<std::int64_t>(100, 100 * framesDone / m_expected) : -1;
+        if (percent < 0 || percent > m_percent) {
+            m_percent = percent;
+            m_next = Clock::now() + (percent < 0 ? kLineInterval : kPercentInterval);
+            tell((percent < 0 ? "" : fmt::format("{:3} %, ", percent)) + statusText(framesDone) + '\n');
+        }
         return;
     }
+    m_next = Clock::now() + kBarInterval;
     std::string bar;
     if (m_expected > 0) {
         const std::int64_t filled = kBarWidth * std::min(framesDone, m_expected) / m_expected;

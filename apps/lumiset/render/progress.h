@@ -7,7 +7,7 @@
 namespace lumiset::app {
 
 /// Tells on standard error how far a render is: a bar that is drawn over itself on a terminal, else a line
-/// every few seconds.
+/// a percent, at most one a second, or where the end is not known one every few seconds.
 class Progress {
 public:
     /// `expectedFrames` 0: not known. `thing` is what is counted, one of them.
@@ -29,6 +29,7 @@ private:
     bool m_terminal;
     bool m_drawn = false;
     std::int64_t m_expected;
+    std::int64_t m_percent = 0;  ///< that was told
     const char* m_thing;
     Clock::time_point m_begin = Clock::now();
     Clock::time_point m_next;

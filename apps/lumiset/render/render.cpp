@@ -7,11 +7,14 @@
 #include "apps/lumiset/messages.h"
 #include "apps/lumiset/render/interruption.h"
 #include "apps/lumiset/render/progress.h"
+#include "media/part.h"
 #include "render/gpu_refusal.h"
 
 namespace lumiset::app {
 
 void render(const RenderRequest& request, IEffectLibrary& library, const std::vector<hostkit::EffectStage>& chain) {
+    const render::FileJob& job = request.job;
+    const std::string output = job.part ? media::partFile(job.output, job.part->number, job.part->count) : job.output;
     std::optional<Progress> progress;
     render::FileWatcher watcher;
     watcher.begun = [&](std::int64_t expected) {
@@ -22,7 +25,7 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     watcher.wantsStop = [] { return interruptingSignal() != 0; };
     watcher.stopped = [&] {
         progress->clear();
-        endInterrupted(interruptingSignal(), request.job.output);
+        endInterrupted(interruptingSignal(), output);
     };
     watcher.noGPU = [](const std::string& why) {
         tell(fmt::format("lumiset: {} The processor renders instead.\n", why));
@@ -33,7 +36,7 @@ void render(const RenderRequest& request, IEffectLibrary& library, const std::ve
     };
     try {
         const std::optional<render::FileResult> result = render::renderFile(request.job, chain, watcher);
-        progress->finish(result->frames, request.job.output);
+        progress->finish(result->frames, output);
         if (!request.quiet) {
             for (const std::string& note : result->notes) {
                 tell(note + '\n');

@@ -243,7 +243,7 @@ void PlaceInLine::addValues(const CLI::Option& option, std::string_view word) {
         }
     } else {
         const std::string& what = option.nonpositional() ? form : name;
-        for (const char* file : {"FILE", "FOLDER", "PATH", "INPUT", "OUTPUT", "IN", "OUT"}) {
+        for (const char* file : {"FILE", "FOLDER", "PATH", "INPUT", "OUTPUT", "IN", "OUT", "PART"}) {
             if (what == file) {
                 m_completion.kind = Completion::kFiles;
             }
