@@ -42,7 +42,7 @@ seen, byte for byte.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # These are looked for while the program runs, so they are not among the libraries that it is linked with.
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS "libegl1, libgl1, libgl1-mesa-dri")
-set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS "ffmpeg, kdenlive, melt, python3-lumiset, zenity")
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS "ffmpeg, kdenlive, melt, parallel, python3-lumiset, slurm-client, zenity")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 

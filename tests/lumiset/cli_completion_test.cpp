@@ -28,6 +28,7 @@ TEST(Completion, OffersWhatMayStandAtTheEnd) {
         {"lumiset render a b ", "words", {"--help", "..."}},
         {"lumiset render ", "files", {}},
         {"lumiset render a b --preset-file ", "files", {}},
+        {"lumiset join out.mp4 one ", "files", {}},
         {"lumiset --module ", "files", {}},
         {"lumiset render a b --depth ", "words", {"8", "float"}},
         {"lumiset render a b --codec ", "words", {}},
