@@ -80,16 +80,17 @@ void wait(int milliseconds) {
     }
 }
 
+/// And a little longer, for what the picture brings with it.
 bool waitForPicture(Studio& studio) {
     QElapsedTimer clock;
     clock.start();
-    while (!(studio.preview.shot().picture != nullptr && studio.preview.engine().isIdle())) {
+    while (studio.preview.shot().picture == nullptr) {
         if (clock.elapsed() > 60000) {
             return false;
         }
         wait(20);
     }
-    wait(100);
+    wait(800);
     return true;
 }
 
@@ -231,7 +232,7 @@ int startOnce(QApplication& application, double began) {
         window.viewer().repaint();
         fmt::print("{:.3f}\n", now() - began);
         std::fflush(stdout);
-        QCoreApplication::quit();
+        QCoreApplication::exit();
     });
     studio.openFile("scene:1280x720:4");
     return QApplication::exec();

@@ -298,9 +298,12 @@ TEST_F(WindowTest, WhatIsOfferedWaitsUntilItIsAnswered) {
 
     Studio fresh;
     MainWindow other(fresh);
+    other.show();
     fresh.openFile(file("gone.mp4"));
     ASSERT_TRUE(waitFor([&] { return fresh.preview.clip() != nullptr; })) << "the scene in its place";
     EXPECT_TRUE(other.messages().text().contains("gone.mp4")) << other.messages().text().toStdString();
+    other.close();
+    EXPECT_FALSE(other.isVisible()) << "there is nothing to ask";
 }
 
 TEST_F(WindowTest, DroppedLooksCanBeUndoneAndOpenedOnesAskFirst) {

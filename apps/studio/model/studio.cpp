@@ -237,6 +237,7 @@ QString Studio::outputFor(const QString& clip, const QString& extension) const {
     if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
         folder =
             isScene ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation) : QFileInfo(clip).absolutePath();
+        folder = QFileInfo(folder).isDir() ? folder : QDir::homePath();
     }
     QString stem = isScene ? QStringLiteral("scene") : QFileInfo(clip).completeBaseName();
     stem.remove(QRegularExpression("_?%\\d*d"));  // of numbered pictures

@@ -230,7 +230,8 @@ void MainWindow::refreshTitle() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    if (m_closing) {
+    const bool unsaved = m_studio.document.isModified() && !m_studio.document.look().effects.empty();
+    if (m_closing || !(unsaved || m_studio.exports.isBusy())) {
         QSettings settings;
         if (!isFullScreen()) {
             settings.setValue("window/geometry", saveGeometry());

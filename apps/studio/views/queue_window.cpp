@@ -9,6 +9,7 @@
 #include <QScrollArea>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -42,11 +43,14 @@ QueueWindow::QueueWindow(ExportQueue& queue, QWidget* parent) : QDialog(parent),
     m_total->setForegroundRole(QPalette::PlaceholderText);
     m_pause = new QPushButton;
     connect(m_pause, &QPushButton::clicked, this, [this] { m_queue.setPaused(!m_queue.isPaused()); });
-    auto* clear = new QPushButton(tr("Remove Finished"));
-    connect(clear, &QPushButton::clicked, this, [this] { m_queue.removeFinished(); });
+    m_clear = new QPushButton(tr("Remove Finished"));
+    for (QPushButton* button : {m_pause, m_clear}) {
+        button->setAutoDefault(false);  // Enter is nobody's here
+    }
+    connect(m_clear, &QPushButton::clicked, this, [this] { m_queue.removeFinished(); });
     auto* foot = new QHBoxLayout;
     foot->addWidget(m_total, 1);
-    foot->addWidget(clear);
+    foot->addWidget(m_clear);
     foot->addWidget(m_pause);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(12, 12, 12, 12);
@@ -155,6 +159,8 @@ void QueueWindow::refresh() {
         : left ? (m_queue.hasUnknown() ? tr("More than %1 left in all") : tr("%1 left in all")).arg(duration(*left))
                : tr("Exporting…"));
     m_pause->setText(m_queue.isPaused() ? tr("Resume") : tr("Pause"));
+    m_clear->setEnabled(std::any_of(m_queue.items().begin(), m_queue.items().end(),
+                                    [](const ExportQueue::Item& each) { return !each.isOpen(); }));
     m_pause->setEnabled(m_queue.isBusy() || m_queue.isPaused());
 }
 

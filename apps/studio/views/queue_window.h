@@ -34,6 +34,7 @@ private:
     QVBoxLayout* m_list;
     QLabel* m_total;
     QPushButton* m_pause;
+    QPushButton* m_clear;
     std::map<quint64, Row> m_rows;
 };
 

@@ -7,7 +7,8 @@
 #include <QPalette>
 #include <QSettings>
 #include <QStyle>
-#include <QStyleFactory>
+
+#include "apps/studio/views/studio_style.h"
 
 /// The linker leaves resources of libraries out unless somebody asks for them, outside of every namespace.
 static void useIcons() {
@@ -99,8 +100,8 @@ void applyTheme(QApplication& application, Theme theme) {
     const Shades& shades = dark ? kDark : kLight;
     theColors = {QColor(shades.surround), QColor(shades.second), QColor(shades.line),  QColor(shades.track),
                  QColor(shades.warning),  QColor(shades.error),  QColor(shades.cached)};
-    if (QApplication::style()->name() != "fusion") {
-        QApplication::setStyle(QStyleFactory::create("Fusion"));
+    if (qobject_cast<StudioStyle*>(QApplication::style()) == nullptr) {
+        QApplication::setStyle(new StudioStyle);
     }
     application.setPalette(paletteOf(shades));
 }
