@@ -31,6 +31,6 @@ for text in VS_VERSION_INFO OriginalFilename "${file##*/}"; do
     grep -qxF "$text" <<<"$texts" || complain "has no $text among its resources"
 done
 
-aligned=$("$objdump" -d --no-show-raw-insn "$file" | grep -cE '\bvmov(ap[sd]|dqa(32|64)?|nt\w+)\s.*%[yz]mm' || true)
+aligned=$("$objdump" -d --no-show-raw-insn "$file" | grep -E '\bvmov(ap[sd]|dqa(32|64)?|nt\w+)\s.*%[yz]mm' | grep -c '(' || true)
 [ "$aligned" -eq 0 ] || complain "$aligned moves of wide vectors trap where memory is not aligned to them"
 exit $status
