@@ -17,7 +17,7 @@ foreach(header ${LUMISET_HOSTKIT_HEADERS})
 endforeach()
 add_library(lumiset_hostkit_archive STATIC
   $<TARGET_OBJECTS:lumiset_hostkit> $<TARGET_OBJECTS:lumiset_hostkit_gl> $<TARGET_OBJECTS:lumiset_module_file>
-  "$<FILTER:$<TARGET_OBJECTS:lumiset_platform>,INCLUDE,/(pending_[a-z]+|text)\\.cpp>")  # what the kit uses of it
+  "$<FILTER:$<TARGET_OBJECTS:lumiset_platform>,INCLUDE,/(pending_[a-z]+|environment|text)\\.cpp>")  # what the kit uses of it
 set_target_properties(lumiset_hostkit_archive PROPERTIES
   LINKER_LANGUAGE CXX
   OUTPUT_NAME lumiset_hostkit

@@ -1,7 +1,6 @@
 #include "hostkit/look_files.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -9,6 +8,7 @@
 #include "hostkit/look_json.h"
 #include "hostkit/names.h"
 #include "hostkit/shipped_looks.h"
+#include "platform/environment.h"
 #include "platform/pending_file.h"
 
 namespace lumiset::hostkit {
@@ -68,12 +68,8 @@ std::vector<fs::path> ownFiles() {
 }  // namespace
 
 fs::path ownLooksFolder() {
-    const char* data = std::getenv("XDG_DATA_HOME");
-    if (data != nullptr && fs::path(data).is_absolute()) {
-        return fs::path(data) / "lumiset/looks";
-    }
-    const char* home = std::getenv("HOME");
-    return home != nullptr && *home != '\0' ? fs::path(home) / ".local/share/lumiset/looks" : fs::path();
+    const fs::path data = platform::userDataFolder();
+    return data.empty() ? data : data / "lumiset/looks";
 }
 
 Look loadLook(const EffectCatalogue& catalogue, const fs::path& file) {
@@ -120,7 +116,7 @@ std::vector<KnownLook> knownLooks(const EffectCatalogue& catalogue, std::vector<
 }
 
 KnownLook findLook(const EffectCatalogue& catalogue, const std::string& fileOrName) {
-    if (isLookFile(fileOrName) || fileOrName.find('/') != std::string::npos) {
+    if (isLookFile(fileOrName) || fs::path(fileOrName).has_parent_path()) {
         return {loadLook(catalogue, fileOrName), fileOrName};
     }
     std::vector<std::string> faults;

@@ -1,10 +1,10 @@
 #include "media/av.h"
 
-#include <stdlib.h>
-
 #include <mutex>
 
 #include <fmt/format.h>
+
+#include "platform/environment.h"
 
 namespace lumiset::media {
 
@@ -35,7 +35,7 @@ void silenceLibraries() {
     static std::once_flag once;
     std::call_once(once, [] {
         av_log_set_level(AV_LOG_QUIET);
-        setenv("SVT_LOG", "0", 0);  // SVT-AV1 writes to the terminal by itself
+        platform::setDefaultVariable("SVT_LOG", "0");  // SVT-AV1 writes to the terminal by itself
     });
 }
 

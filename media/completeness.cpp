@@ -32,7 +32,7 @@ std::optional<std::uint64_t> readVariableInt(std::istream& file, bool keepMarker
 bool segmentIsCut(const std::string& path) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     for (int elements = 0; !error && elements < 4; elements++) {
         bool unknown = false;
         const auto id = readVariableInt(file, true, unknown);
@@ -54,7 +54,7 @@ bool segmentIsCut(const std::string& path) {
 bool riffIsCut(const std::string& path) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     for (std::uintmax_t at = 0; !error && at + 8 <= size;) {
         std::array<unsigned char, 8> head{};
         file.seekg(static_cast<std::streamoff>(at));
@@ -76,7 +76,7 @@ bool packetsAreCut(const std::string& path) {
     constexpr char kSync = 0x47;
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     std::array<char, 192 + 5> head{};
     file.read(head.data(), head.size());
     if (error || !file) {

@@ -245,7 +245,7 @@ void FileSource::describe(const AVFrame& first) {
     }
     collectSideData(first);
     if (m_decoder->isStill() && !m_input.isPipe()) {
-        std::ifstream file(m_decoder->firstFile(), std::ios::binary);
+        std::ifstream file(std::filesystem::path(m_decoder->firstFile()), std::ios::binary);
         m_format.details = readStillDetails({std::istreambuf_iterator<char>(file), {}});
     }
     if (m_input.sequence) {

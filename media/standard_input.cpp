@@ -1,7 +1,5 @@
 #include "media/standard_input.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -10,23 +8,12 @@
 
 #include <fmt/format.h>
 
+#include "platform/standard_streams.h"
+
 namespace lumiset::media {
 namespace {
 
 constexpr int kBufferBytes = 1 << 16;
-
-/// Bytes of standard input; 0 at its end, negative for an error.
-int readSome(std::uint8_t* buffer, int size) {
-    for (;;) {
-        const ssize_t count = ::read(STDIN_FILENO, buffer, static_cast<std::size_t>(size));
-        if (count >= 0) {
-            return static_cast<int>(count);
-        }
-        if (errno != EINTR) {
-            return AVERROR(errno);
-        }
-    }
-}
 
 /// ISO base media files begin with the box "ftyp", old QuickTime ones with one of the others.
 bool beginsLikeMp4(const std::uint8_t* head, int size) {
@@ -40,13 +27,13 @@ bool beginsLikeMp4(const std::uint8_t* head, int size) {
 StandardInput::StandardInput() {
     int count = 1;
     while (m_headSize < static_cast<int>(sizeof m_head) && count > 0) {
-        count = readSome(m_head + m_headSize, static_cast<int>(sizeof m_head) - m_headSize);
+        count = platform::readInput(m_head + m_headSize, static_cast<int>(sizeof m_head) - m_headSize);
         m_headSize += std::max(count, 0);
     }
     avCheck(std::min(count, 0), "Cannot read standard input");
     const bool keeps = beginsLikeMp4(m_head, m_headSize);
     if (keeps) {
-        m_kept.reset(std::tmpfile());
+        m_kept.reset(platform::openTemporaryFile());
         if (m_kept == nullptr || std::fwrite(m_head, 1, sizeof m_head, m_kept.get()) != sizeof m_head) {
             throw MediaError(fmt::format("Standard input cannot be kept in a temporary file: {}.",
                                          std::generic_category().message(errno)));
@@ -79,14 +66,14 @@ int StandardInput::readOnly(std::uint8_t* buffer, int size) {
         m_position += count;
         return count;
     }
-    return readSome(buffer, size);
+    return platform::readInput(buffer, size);
 }
 
 int StandardInput::read(std::uint8_t* buffer, int size) {
     if (!keepUntil(m_position + size)) {
         return AVERROR(EIO);
     }
-    if (::fseeko(m_kept.get(), m_position, SEEK_SET) != 0) {
+    if (!platform::seekTo(m_kept.get(), m_position, SEEK_SET)) {
         return AVERROR(errno);
     }
     const std::size_t count = std::fread(buffer, 1, static_cast<std::size_t>(size), m_kept.get());
@@ -97,11 +84,11 @@ int StandardInput::read(std::uint8_t* buffer, int size) {
 /// Reads on until that many bytes are kept, or all that there are.
 bool StandardInput::keepUntil(std::int64_t end) {
     std::array<std::uint8_t, kBufferBytes> part{};
-    if (m_keptBytes < end && !m_ended && ::fseeko(m_kept.get(), 0, SEEK_END) != 0) {
+    if (m_keptBytes < end && !m_ended && !platform::seekTo(m_kept.get(), 0, SEEK_END)) {
         return false;
     }
     while (m_keptBytes < end && !m_ended) {
-        const int count = readSome(part.data(), kBufferBytes);
+        const int count = platform::readInput(part.data(), kBufferBytes);
         if (count < 0 || std::fwrite(part.data(), 1, static_cast<std::size_t>(count), m_kept.get()) !=
                              static_cast<std::size_t>(count)) {
             return false;

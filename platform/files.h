@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,5 +14,8 @@ std::optional<std::string> readFile(const std::wstring& path, std::size_t limit)
 /// Puts a file of these bytes under the path, whole or not at all, as `PendingFile` does. On false nothing has changed.
 /// A file that may not be written to is not replaced either, nor is anything but a file.
 bool replaceFile(const std::wstring& path, std::string_view bytes);
+
+/// A new folder for temporary files that is this user's own; empty where there is no room for one.
+std::filesystem::path makeTemporaryFolder();
 
 }  // namespace lumiset::platform

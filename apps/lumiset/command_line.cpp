@@ -99,7 +99,7 @@ void describeCommandLine(CLI::App& app, Program& program) {
     app.footer(help::kProgramFooter);  // Set last, since commands take it over when they are added.
 }
 
-void parseCommandLine(CLI::App& app, Program& program, int argc, const char* const* argv) {
+void parseCommandLine(CLI::App& app, Program& program, const std::vector<std::string>& arguments) {
     const auto print = [&program](const std::string& text) {
         program.setWork([text] {
             printText(text);
@@ -107,7 +107,7 @@ void parseCommandLine(CLI::App& app, Program& program, int argc, const char* con
         });
     };
     try {
-        app.parse(argc, argv);
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // it takes them from the end
         if (app.get_subcommands().empty()) {
             print(help::kProgram + std::string("\n\"lumiset --help\" lists the commands.\n"));
         }

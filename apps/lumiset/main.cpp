@@ -1,25 +1,28 @@
-#include <cstdio>
 #include <exception>
 #include <new>
+#include <string>
+#include <vector>
 
 #include "apps/lumiset/command_line.h"
 #include "apps/lumiset/messages.h"
 #include "apps/lumiset/usage_error.h"
+#include "platform/program.h"
+#include "platform/standard_streams.h"
 
 namespace lumiset::app {
 namespace {
 
 int complain(int status, const char* sentence, const char* hint = "") {
-    std::fprintf(stderr, "lumiset: %s%s\n", sentence, hint);
+    tell(std::string("lumiset: ") + sentence + hint + '\n');
     return status;
 }
 
-int run(int argc, const char* const* argv) {
+int run(const std::vector<std::string>& arguments) {
     try {
         Program program;
         CLI::App app;
         describeCommandLine(app, program);
-        parseCommandLine(app, program, argc, argv);
+        parseCommandLine(app, program, arguments);
         return program.run();
     } catch (const UsageError& error) {
         return complain(kWrongUsage, error.what(), " Try \"lumiset --help\".");
@@ -36,6 +39,6 @@ int run(int argc, const char* const* argv) {
 }  // namespace lumiset::app
 
 int main(int argc, char** argv) {
-    lumiset::app::holdStandardStreams();
-    return lumiset::app::run(argc, argv);
+    lumiset::platform::holdStandardStreams();
+    return lumiset::app::run(lumiset::platform::programArguments(argc, argv));
 }

@@ -1,14 +1,11 @@
 #include "apps/lumiset/messages.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cstdio>
+#include "platform/standard_streams.h"
 
 namespace lumiset::app {
 
 void tell(const std::string& text) noexcept {
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    platform::writeText(platform::Stream::kError, text);
 }
 
 std::string printable(std::string text) {
@@ -22,14 +19,6 @@ std::string printable(std::string text) {
         }
     }
     return text;
-}
-
-void holdStandardStreams() noexcept {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (::fcntl(stream, F_GETFD) < 0) {
-            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-        }
-    }
 }
 
 }  // namespace lumiset::app

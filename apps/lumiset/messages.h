@@ -10,8 +10,4 @@ void tell(const std::string& text) noexcept;
 /// The text as a terminal may show it: control characters, which could be meant for the terminal itself, become "?".
 std::string printable(std::string text);
 
-/// Holds the places of standard input, output and error where the caller has closed them: the next files to be opened
-/// would get their numbers, and messages would be written into them. Using such a place fails as before.
-void holdStandardStreams() noexcept;
-
 }  // namespace lumiset::app

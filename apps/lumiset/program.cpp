@@ -1,8 +1,9 @@
 #include "apps/lumiset/program.h"
 
-#include <cstdio>
 #include <stdexcept>
 #include <utility>
+
+#include "platform/standard_streams.h"
 
 namespace lumiset::app {
 
@@ -39,7 +40,7 @@ std::vector<const CLI::App*> shownCommands(const CLI::App& app) {
 }
 
 void printText(const std::string& text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+    if (!platform::writeText(platform::Stream::kOutput, text)) {
         throw std::runtime_error("The output cannot be written.");
     }
 }

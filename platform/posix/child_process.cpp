@@ -35,7 +35,8 @@ bool readAll(int pipe, std::chrono::steady_clock::time_point end, std::string& t
 
 }  // namespace
 
-ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit) {
+ChildEnd runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                    std::chrono::seconds limit) {
     int pipe[2];
     if (::pipe2(pipe, O_CLOEXEC) != 0) {
         throw std::runtime_error(std::string("No pipe to a program: ") + std::strerror(errno) + '.');
@@ -44,14 +45,14 @@ ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::
     ::posix_spawn_file_actions_init(&files);
     ::posix_spawn_file_actions_adddup2(&files, pipe[1], STDOUT_FILENO);
     std::vector<std::string> words(arguments);
-    words.insert(words.begin(), "/proc/self/exe");
+    words.insert(words.begin(), program.string());
     std::vector<char*> argv;
     for (std::string& word : words) {
         argv.push_back(word.data());
     }
     argv.push_back(nullptr);
     pid_t process = 0;
-    const int error = ::posix_spawn(&process, "/proc/self/exe", &files, nullptr, argv.data(), environ);
+    const int error = ::posix_spawn(&process, program.c_str(), &files, nullptr, argv.data(), environ);
     ::posix_spawn_file_actions_destroy(&files);
     ::close(pipe[1]);
     if (error != 0) {
@@ -73,6 +74,10 @@ ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::
         end.status = WEXITSTATUS(status);
     }
     return end;
+}
+
+ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit) {
+    return runProgram("/proc/self/exe", arguments, limit);
 }
 
 void crashQuietly() {

@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -73,6 +74,12 @@ bool replaceFile(const std::wstring& path, std::string_view bytes) {
     } catch (const std::system_error&) {
         return false;
     }
+}
+
+std::filesystem::path makeTemporaryFolder() {
+    std::error_code error;
+    std::string name = (std::filesystem::temp_directory_path(error) / "lumiset-XXXXXX").string();
+    return ::mkdtemp(name.data()) != nullptr ? name : "";
 }
 
 }  // namespace lumiset::platform

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "platform/program.h"
+#include "platform/text.h"
 #include "platform/win32/handle.h"
 
 namespace lumiset::platform {
@@ -17,13 +19,8 @@ constexpr DWORD kPollMilliseconds = 10;
     throw std::runtime_error(what + std::system_category().message(static_cast<int>(GetLastError())));
 }
 
-std::string thisProgram() {
-    char file[32768];  // as long as a path can be
-    const DWORD length = GetModuleFileNameA(nullptr, file, static_cast<DWORD>(sizeof file));
-    if (length == 0) {
-        failNow("This program has no name: ");
-    }
-    return {file, length};
+std::wstring quoted(const std::string& word) {
+    return L'"' + fromUtf8(word).value_or(L"") + L'"';
 }
 
 /// Appends what lies in the pipe; false once the writers are gone.
@@ -72,11 +69,11 @@ LONG WINAPI endWithItsCode(EXCEPTION_POINTERS* /*fault*/) {
 }  // namespace
 
 // The pipe is looked into from time to time: reading from it would wait for a child that hangs.
-ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit) {
-    const std::string program = thisProgram();
-    std::string line = '"' + program + '"';
+ChildEnd runProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                    std::chrono::seconds limit) {
+    std::wstring line = L'"' + program.wstring() + L'"';
     for (const std::string& argument : arguments) {
-        line += " \"" + argument + '"';
+        line += L' ' + quoted(argument);
     }
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     HANDLE ends[2];
@@ -86,14 +83,14 @@ ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::
     const Handle reading(ends[0]);
     Handle writing(ends[1]);
     SetHandleInformation(reading.get(), HANDLE_FLAG_INHERIT, 0);
-    STARTUPINFOA startup{};
+    STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
     startup.hStdOutput = writing.get();
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION started{};
-    if (CreateProcessA(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &started) ==
+    if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &started) ==
         0) {
         failNow("A program does not start: ");
     }
@@ -119,6 +116,10 @@ ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::
     }
     end.status = end.crash.empty() ? static_cast<int>(status) : -1;
     return end;
+}
+
+ChildEnd runThisProgram(const std::vector<std::string>& arguments, std::chrono::seconds limit) {
+    return runProgram(thisProgram(), arguments, limit);
 }
 
 void crashQuietly() {

@@ -2,8 +2,10 @@
 
 #include <windows.h>
 
+#include <cwchar>
 #include <system_error>
 
+#include "platform/guid.h"
 #include "platform/pending_file.h"
 #include "platform/win32/handle.h"
 
@@ -35,6 +37,19 @@ bool replaceFile(const std::wstring& path, std::string_view bytes) {
     } catch (const std::system_error&) {
         return false;
     }
+}
+
+// The folder for temporary files belongs to the user as a whole.
+std::filesystem::path makeTemporaryFolder() {
+    Guid guid{};
+    std::error_code error;
+    if (!makeGuid(guid)) {
+        return {};
+    }
+    wchar_t name[40];
+    std::swprintf(name, std::size(name), L"lumiset-%08x%04x%04x", guid.data1, guid.data2, guid.data3);
+    std::filesystem::path folder = std::filesystem::temp_directory_path(error) / name;
+    return !error && std::filesystem::create_directory(folder, error) ? folder : std::filesystem::path();
 }
 
 }  // namespace lumiset::platform

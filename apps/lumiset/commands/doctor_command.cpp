@@ -1,10 +1,7 @@
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <cstdlib>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -19,29 +16,15 @@
 #include "hostkit/frame_buffer.h"
 #include "hostkit/gl/gl_host.h"
 #include "hostkit/look_files.h"
+#include "platform/child_process.h"
 #include "platform/crash_reports.h"
+#include "platform/monitor_process.h"
+#include "platform/program.h"
 
 namespace lumiset::app {
 namespace {
 
-using Paths = std::vector<std::filesystem::path>;
-
 constexpr const char* kReinstall = "Install Lumiset again, or name the module with --module or LUMISET_MODULE.";
-
-bool isProgram(const std::filesystem::path& path) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
-}
-
-/// The program of that name that a shell would run, or an empty path.
-std::filesystem::path programInPath(const char* name) {
-    for (const std::filesystem::path& folder : foldersIn("PATH")) {
-        if (isProgram(folder / name)) {
-            return folder / name;
-        }
-    }
-    return {};
-}
 
 /// True when the effect renders a small grey picture.
 bool renders(IEffectLibrary& library, const hostkit::EffectDescription& effect) {
@@ -72,22 +55,13 @@ Finding effectsFinding(Program& program) {
     return {"Effects", fmt::format("{}, all of which render", effects.size()), {}, false};
 }
 
-bool isRunning(const std::filesystem::path& file) {
-    std::error_code error;
-    for (const auto& process : std::filesystem::directory_iterator("/proc", error)) {
-        if (std::filesystem::read_symlink(process.path() / "exe", error) == file) {
-            return true;
-        }
-    }
-    return false;
-}
-
 Finding monitorFinding(const std::filesystem::path& module) {
-    const std::filesystem::path monitor = std::filesystem::weakly_canonical(module).parent_path() / "GPUMonitor";
-    if (!isProgram(monitor)) {
+    const std::filesystem::path monitor =
+        std::filesystem::weakly_canonical(module).parent_path() / platform::kMonitorProgram;
+    if (!platform::isProgram(monitor.wstring())) {
         return {"Monitor", "not beside the module", "Install Lumiset again: crashes in OpenGL are not noticed."};
     }
-    return {"Monitor", monitor.string() + (isRunning(monitor) ? ", running" : ", not running now")};
+    return {"Monitor", monitor.string() + (platform::isMonitorListed() ? ", running" : ", not running now")};
 }
 
 Finding glFinding() {
@@ -95,7 +69,8 @@ Finding glFinding() {
         const hostkit::GLHost gl([](const std::string&) {});
         return {"OpenGL", fmt::format("{}, version {}", gl.info().renderer, gl.info().version)};
     } catch (const hostkit::GLError& error) {
-        return {"OpenGL", error.what(), "Install a driver, libegl1 and libgl1-mesa-dri for one; --gpu needs it."};
+        return {"OpenGL", error.what(),
+                "Install a graphics driver, on Debian libegl1 and libgl1-mesa-dri for one; --gpu needs it."};
     }
 }
 
@@ -128,19 +103,15 @@ Finding crashesFinding() {
             "\"lumiset gpu reset\" lets these effects render in OpenGL again, once the driver is mended."};
 }
 
-/// What a program prints, in the user's PATH; empty when it fails.
-std::string outputOf(const char* command) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(::popen(command, "r"), ::pclose);
-    std::string text;
-    std::array<char, 4096> part{};
-    while (pipe != nullptr) {
-        const std::size_t size = std::fread(part.data(), 1, part.size(), pipe.get());
-        if (size == 0) {
-            break;
-        }
-        text.append(part.data(), size);
+bool hasFrei0rFilter(const std::filesystem::path& ffmpeg) {
+    constexpr std::chrono::seconds kLimit{60};
+    try {
+        const platform::ChildEnd end =
+            platform::runProgram(ffmpeg, {"-hide_banner", "-loglevel", "quiet", "-filters"}, kLimit);
+        return end.output.find(" frei0r ") != std::string::npos;
+    } catch (const std::runtime_error&) {
+        return false;
     }
-    return text;
 }
 
 /// Files that cannot be used are left out by other commands, or told of in the middle of something else.
@@ -158,11 +129,10 @@ void addLooks(std::vector<Finding>& findings, const hostkit::EffectCatalogue& ca
 
 void addTools(std::vector<Finding>& findings) {
     for (const char* name : {"ffmpeg", "melt", "gst-launch-1.0", "sbatch", "parallel"}) {
-        const std::filesystem::path path = programInPath(name);
+        const std::filesystem::path path = platform::findProgram(name);
         if (path.empty()) {
             findings.push_back({name, "not installed", {}, false});
-        } else if (std::string(name) == "ffmpeg" &&
-                   outputOf("ffmpeg -hide_banner -filters 2>/dev/null").find(" frei0r ") == std::string::npos) {
+        } else if (std::string(name) == "ffmpeg" && !hasFrei0rFilter(path)) {
             findings.push_back({name, path.string() + ", without the frei0r filter",
                                 "Use an ffmpeg built with frei0r to have the effects in it.", false});
         } else {
@@ -174,9 +144,7 @@ void addTools(std::vector<Finding>& findings) {
 /// Looks for everything that belongs to an installation. Changes nothing.
 std::vector<Finding> examine(Program& program) {
     std::vector<Finding> findings;
-    std::error_code error;
-    findings.push_back(
-        {"Program", std::filesystem::read_symlink("/proc/self/exe", error).string() + ", version " LUMISET_VERSION});
+    findings.push_back({"Program", platform::thisProgram().string() + ", version " LUMISET_VERSION});
     bool loaded = false;
     try {
         findings.push_back({"Module", program.module().path().string()});

@@ -3,12 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 
 #include "adapters/frei0r/frei0r_abi.h"
 #include "adapters/frei0r/parameter_list.h"
 #include "hostkit/dynamic_library.h"
+#include "platform/environment.h"
+#include "platform/plugin_folders.h"
 
 namespace lumiset::app {
 namespace {
@@ -17,11 +18,9 @@ namespace fs = std::filesystem;
 
 /// Where hosts look, in this order.
 std::vector<fs::path> searchedFolders() {
-    std::vector<fs::path> folders = foldersIn("FREI0R_PATH");
-    if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') {
-        folders.push_back(fs::path(home) / ".frei0r-1/lib");
-    }
-    folders.insert(folders.end(), {"/usr/local/lib/frei0r-1", "/usr/lib/frei0r-1"});
+    std::vector<fs::path> folders = platform::foldersIn("FREI0R_PATH");
+    const std::vector<fs::path> usual = platform::frei0rFolders();
+    folders.insert(folders.end(), usual.begin(), usual.end());
     return folders;
 }
 
@@ -78,7 +77,7 @@ Content contentOf(const fs::path& folder, const hostkit::EffectCatalogue& catalo
     Content content;
     for (const hostkit::EffectDescription& effect : catalogue.effects()) {
         const std::string name = frei0r::pluginName(effect.name);
-        const PluginState state = stateOf(folder / (name + ".so"));
+        const PluginState state = stateOf(folder / (name + platform::kFrei0rExtension));
         (state == PluginState::kMissing  ? content.missing
          : state == PluginState::kUsable ? content.usable
          : state == PluginState::kOther  ? content.other
@@ -107,19 +106,6 @@ Finding findingOf(const fs::path& folder, const Content& content) {
 }
 
 }  // namespace
-
-std::vector<fs::path> foldersIn(const char* variable) {
-    std::vector<fs::path> folders;
-    const char* value = std::getenv(variable);
-    for (std::string_view rest = value != nullptr ? value : ""; !rest.empty();) {
-        const std::size_t colon = std::min(rest.find(':'), rest.size());
-        if (colon > 0) {
-            folders.emplace_back(rest.substr(0, colon));
-        }
-        rest.remove_prefix(std::min(colon + 1, rest.size()));
-    }
-    return folders;
-}
 
 void addFrei0rFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue) {
     std::vector<fs::path> folders = searchedFolders();

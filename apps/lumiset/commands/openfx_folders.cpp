@@ -6,6 +6,8 @@
 #include "adapters/openfx/abi/suites.h"
 #include "apps/lumiset/commands/doctor.h"
 #include "hostkit/dynamic_library.h"
+#include "platform/environment.h"
+#include "platform/plugin_folders.h"
 
 namespace lumiset::app {
 namespace {
@@ -31,7 +33,7 @@ fs::path ownBundleFolder() {
 Finding findingOf(const fs::path& folder, std::size_t effects) {
     const fs::path bundle = folder / kBundle;
     try {
-        const hostkit::DynamicLibrary file(bundle / "Contents/Linux-x86-64/Lumiset.ofx");
+        const hostkit::DynamicLibrary file(bundle / "Contents" / platform::kOpenFxArchitecture / "Lumiset.ofx");
         const auto count = reinterpret_cast<decltype(&OfxGetNumberOfPlugins)>(file.symbol("OfxGetNumberOfPlugins"));
         const auto get = reinterpret_cast<decltype(&OfxGetPlugin)>(file.symbol("OfxGetPlugin"));
         if (count == nullptr || get == nullptr) {
@@ -53,8 +55,8 @@ Finding findingOf(const fs::path& folder, std::size_t effects) {
 }  // namespace
 
 void addOpenFxFolders(std::vector<Finding>& findings, const hostkit::EffectCatalogue& catalogue) {
-    std::vector<fs::path> folders = foldersIn("OFX_PLUGIN_PATH");
-    folders.emplace_back("/usr/OFX/Plugins");
+    std::vector<fs::path> folders = platform::foldersIn("OFX_PLUGIN_PATH");
+    folders.push_back(platform::openFxFolder());
     const fs::path own = ownBundleFolder();
     std::error_code error;
     const auto isOwn = [&](const fs::path& each) { return fs::equivalent(each, own, error); };

@@ -4,14 +4,16 @@
 
 #include "apps/lumiset/commands/doctor.h"
 #include "hostkit/dynamic_library.h"
+#include "platform/environment.h"
+#include "platform/plugin_folders.h"
 
 namespace lumiset::app {
 
 namespace fs = std::filesystem;
 
 void addPythonFolder(std::vector<Finding>& findings) {
-    std::vector<fs::path> folders = foldersIn("PYTHONPATH");
-    folders.emplace_back("/usr/lib/python3/dist-packages");
+    std::vector<fs::path> folders = platform::foldersIn("PYTHONPATH");
+    folders.push_back(platform::pythonFolder());
     const std::size_t searched = folders.size();
     for (const char* own : {"python", "../lib/python3/dist-packages"}) {
         folders.push_back((hostkit::codeDirectory() / own).lexically_normal());

@@ -1,7 +1,6 @@
 #include "apps/lumiset/presets/preset_conversion.h"
 
 #include <fmt/format.h>
-#include <stdlib.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -12,6 +11,7 @@
 #include "apps/lumiset/usage_error.h"
 #include "hostkit/preset_file.h"
 #include "media/pending_file.h"
+#include "platform/files.h"
 
 namespace lumiset::app {
 namespace {
@@ -42,7 +42,7 @@ bool isJson(const EffectCatalogue& catalogue, const std::string& path) {
 }
 
 std::string readText(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
+    std::ifstream stream(std::filesystem::path(path), std::ios::binary);
     std::string text(kMaxBytes + 1, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     if (stream.bad() || (stream.fail() && !stream.eof())) {
@@ -102,8 +102,8 @@ std::string renamed(std::string text, const std::string& name) {
 /// A folder of this user's own, gone with the object.
 class ScratchFolder {
 public:
-    ScratchFolder() : m_path((std::filesystem::temp_directory_path() / "lumiset-XXXXXX").string()) {
-        if (::mkdtemp(m_path.data()) == nullptr) {
+    ScratchFolder() : m_path(platform::makeTemporaryFolder()) {
+        if (m_path.empty()) {
             throw PresetFileError("There is no place for temporary files.");
         }
     }
@@ -113,10 +113,10 @@ public:
         std::error_code ignored;
         std::filesystem::remove_all(m_path, ignored);
     }
-    [[nodiscard]] std::string file() const { return m_path + "/preset"; }
+    [[nodiscard]] std::string file() const { return (m_path / "preset").string(); }
 
 private:
-    std::string m_path;
+    std::filesystem::path m_path;
 };
 
 /// The module writes to files alone, and names a preset by its file; this one has a name of its own.
@@ -124,7 +124,7 @@ std::string presetFileText(IEffectLibrary& library, const NamedPreset& preset) {
     const ScratchFolder scratch;
     hostkit::savePresetFile(library, scratch.file(), preset.parameters);
     std::string text = renamed(readText(scratch.file()), preset.name);
-    std::ofstream(scratch.file(), std::ios::binary) << text;
+    std::ofstream(std::filesystem::path(scratch.file()), std::ios::binary) << text;
     hostkit::ParameterStore again(preset.parameters.effect());
     if (hostkit::loadPresetFile(library, scratch.file(), again) != preset.name) {
         throw PresetFileError("It does not read back.");

@@ -1,13 +1,11 @@
 #include "apps/lumiset/render/interruption.h"
 
-#include <signal.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
 #include "apps/lumiset/messages.h"
+#include "platform/interruption.h"
 #include "platform/monitor_pipe.h"
 #include "platform/pending_file.h"
 
@@ -21,7 +19,7 @@ extern "C" void noteSignal(int number) {
     if (g_signal.exchange(number) != 0) {
         platform::bidFarewell();
         platform::PendingFile::removeAll();
-        ::_exit(128 + number);
+        std::_Exit(128 + number);
     }
 }
 
@@ -29,17 +27,7 @@ extern "C" void noteSignal(int number) {
 
 void watchForInterruption() {
     platform::prepareFarewell();
-    struct sigaction action {};
-    action.sa_handler = &noteSignal;
-    ::sigemptyset(&action.sa_mask);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction former {};
-        // A signal that the caller ignores, as nohup does with SIGHUP, stays ignored.
-        if (::sigaction(number, nullptr, &former) == 0 && former.sa_handler != SIG_IGN) {
-            ::sigaction(number, &action, nullptr);
-        }
-    }
-    ::signal(SIGPIPE, SIG_IGN);
+    platform::onInterruption(&noteSignal);
 }
 
 int interruptingSignal() {

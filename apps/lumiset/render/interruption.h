@@ -4,9 +4,9 @@
 
 namespace lumiset::app {
 
-/// From now on SIGINT, SIGTERM and SIGHUP are noted and the program goes on, so that it can clean up; the
-/// second one ends it at once, and leaves neither an unfinished file nor a report of a crash. A broken pipe becomes a
-/// failed write.
+/// From now on what asks the program to end (platform/interruption.h) is noted and the program goes on, so that it can
+/// clean up; the second time ends it at once, and leaves neither an unfinished file nor a report of a crash. A broken
+/// pipe becomes a failed write.
 void watchForInterruption();
 
 /// Number of the signal that came, or 0.

@@ -1,33 +1,29 @@
 #include "apps/lumiset/render/output_guard.h"
 
 #include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <set>
 #include <stdexcept>
-#include <utility>
 
 #include "apps/lumiset/messages.h"
 #include "apps/lumiset/usage_error.h"
 #include "media/input_name.h"
+#include "platform/file_identity.h"
+#include "platform/standard_streams.h"
 
 namespace lumiset::app {
 namespace {
 
-/// What makes two names one file.
-using Identity = std::pair<dev_t, ino_t>;
+using Identity = platform::FileIdentity;
 
 /// Those of the files that have contents to lose; pipes and devices have none.
 std::set<Identity> identitiesOf(const std::vector<std::string>& files) {
     std::set<Identity> identities;
     for (const std::string& file : files) {
-        struct stat status {};
-        const int result = file == "-" ? ::fstat(STDIN_FILENO, &status) : ::stat(file.c_str(), &status);
-        if (result == 0 && S_ISREG(status.st_mode)) {
-            identities.emplace(status.st_dev, status.st_ino);
+        if (const auto identity = file == "-" ? platform::identityOfInput() : platform::identityOf(file)) {
+            identities.insert(*identity);
         }
     }
     return identities;
@@ -75,7 +71,8 @@ void OutputGuard::check(const std::string& output, const std::vector<std::string
                                   ? fmt::format("\"{}\" exists", output)
                                   : fmt::format("Pictures by the name of \"{}\" exist", output);
     const bool readsInput = std::find(inputs.begin(), inputs.end(), "-") != inputs.end();
-    if (readsInput || ::isatty(STDIN_FILENO) == 0 || ::isatty(STDERR_FILENO) == 0) {
+    if (readsInput || !platform::isTerminal(platform::Stream::kInput) ||
+        !platform::isTerminal(platform::Stream::kError)) {
         throw std::runtime_error(found + "; --overwrite replaces what is there.");
     }
     if (!userSaysYes(found + ". Replace?")) {

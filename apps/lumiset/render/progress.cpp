@@ -1,12 +1,12 @@
 #include "apps/lumiset/render/progress.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include "apps/lumiset/messages.h"
+#include "platform/standard_streams.h"
 
 namespace lumiset::app {
 namespace {
@@ -29,7 +29,7 @@ std::string timeText(double seconds) {
 
 Progress::Progress(bool quiet, std::int64_t expectedFrames, const char* thing)
     : m_quiet(quiet),
-      m_terminal(::isatty(STDERR_FILENO) != 0),
+      m_terminal(platform::isTerminal(platform::Stream::kError)),
       m_expected(expectedFrames),
       m_thing(thing),
       m_next(m_begin + (m_terminal           ? std::chrono::milliseconds(kBarInterval)
