@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <sstream>
 
 #include "tests/lumiset/cli_run.h"
 
@@ -123,6 +125,27 @@ TEST_F(Output, IsAskedForOnATerminal) {
     EXPECT_NE(contentsOf(folder / "said").find("exists. Replace? [y/N]"), std::string::npos);
     EXPECT_EQ(answering("y"), 0) << contentsOf(folder / "said");
     EXPECT_NE(contentsOf(folder / "old.mp4"), "old");
+}
+
+// In a log: lines, each of another percent, and nothing that overwrites a line.
+TEST(Progress, IsLinesWhereThereIsNoTerminal) {
+    const TemporaryFolder folder;
+    const RunResult run = runLumiset({"render", "scene-full:1280x720:1.6", folder / "film.mp4", "-j", "1", "-e",
+                                      "Selective Color", "-e", "Selective Color"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    std::istringstream lines(run.err);
+    int last = 0;
+    for (std::string line; std::getline(lines, line);) {
+        int percent = 0;
+        int frames = 0;
+        if (std::sscanf(line.c_str(), "%d %%, %d of 40 frames, ", &percent, &frames) == 2) {
+            EXPECT_GT(percent, last);
+            EXPECT_EQ(percent, frames * 100 / 40);
+            last = percent;
+        }
+    }
+    EXPECT_GT(last, 0) << run.err;
+    EXPECT_EQ(run.err.find_first_of("\r\x1b"), std::string::npos);
 }
 
 }  // namespace

@@ -127,7 +127,7 @@ def test_parallel(program, folder):
     kill_one(film)
     _, log = running.communicate(timeout=300)
     assert running.returncode == 0, log
-    assert "\r" not in log and " %, " in log, log
+    assert "\r" not in log and " frames in " in log, log
     film.check()
 
     # A part that fails in every attempt: the film does not come, and another run renders that part alone.
@@ -273,7 +273,7 @@ def test_slurm(program, folder):
         assert sum(restarts for _, restarts in tasks.values()) == 1, told
         film.check()
         log = "".join(logs(parts, join).values())
-        assert "\r" not in log and " %, " in log, log
+        assert "\r" not in log and " frames in " in log, log
         assert f"part{killed}of" in log
 
         # The node is lost while it renders, and comes back.

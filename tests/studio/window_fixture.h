@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QListView>
+#include <QTest>
 
 #include "apps/studio/views/main_window.h"
 #include "apps/studio/views/viewer.h"
@@ -15,6 +16,9 @@ protected:
     void SetUp() override {
         window.resize(1280, 720);
         window.show();
+        // Without a window manager nobody else gives it the keys.
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         StudioFixture::SetUp();
         window.viewer().setZoom(1.0);
         settle();
