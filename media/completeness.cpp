@@ -59,7 +59,8 @@ bool riffIsCut(const std::string& path) {
         std::array<unsigned char, 8> head{};
         file.seekg(static_cast<std::streamoff>(at));
         file.read(reinterpret_cast<char*>(head.data()), head.size());
-        const std::uintmax_t length = head[4] | head[5] << 8U | head[6] << 16U | std::uintmax_t{head[7]} << 24U;
+        const std::uintmax_t length = std::uintmax_t{head[4]} | std::uintmax_t{head[5]} << 8U |
+                                      std::uintmax_t{head[6]} << 16U | std::uintmax_t{head[7]} << 24U;
         if (!file || std::string_view(reinterpret_cast<char*>(head.data()), 4) != "RIFF" || length == 0) {
             return false;
         }

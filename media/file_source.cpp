@@ -307,7 +307,8 @@ const AVFrame* FileSource::nextFrame() {
 // So each attempt goes farther back, and from the very beginning nothing is missed.
 void FileSource::seekBefore(std::int64_t wanted) {
     const double unit = m_format.timeBase.value();
-    for (double back = 0; static_cast<double>(wanted) * unit > back; back = back * 4 + 0.5) {
+    double back = 0;
+    while (static_cast<double>(wanted) * unit > back) {
         try {
             if (!m_decoder->seek(m_firstPts + wanted - std::llround(back / unit))) {
                 break;
@@ -321,6 +322,7 @@ void FileSource::seekBefore(std::int64_t wanted) {
             m_nextPts = 0;
             return;
         }
+        back = back * 4 + 0.5;
     }
     m_nextPts = 0;
     m_decoder = std::make_unique<Decoder>(m_input);

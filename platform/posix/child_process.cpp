@@ -47,6 +47,7 @@ ChildEnd runProgram(const std::filesystem::path& program, const std::vector<std:
     std::vector<std::string> words(arguments);
     words.insert(words.begin(), program.string());
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) {
         argv.push_back(word.data());
     }

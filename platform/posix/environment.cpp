@@ -30,7 +30,7 @@ std::vector<std::filesystem::path> foldersIn(const char* variable) {
 }
 
 std::filesystem::path userDataFolder() {
-    const std::filesystem::path data = environmentVariable("XDG_DATA_HOME");
+    std::filesystem::path data = environmentVariable("XDG_DATA_HOME");
     if (data.is_absolute()) {
         return data;
     }
