@@ -28,7 +28,7 @@ public:
     explicit Studio(QObject* parent = nullptr);
     ~Studio() override;
 
-    [[nodiscard]] IEffectLibrary& library() { return m_module.effectLibrary(); }
+    [[nodiscard]] IEffectLibrary& effectLibrary() { return m_module.effectLibrary(); }
     [[nodiscard]] const hostkit::EffectCatalogue& catalogue() const { return m_catalogue; }
     Document document;
     Preview preview;

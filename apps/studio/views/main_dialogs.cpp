@@ -196,7 +196,7 @@ void MainWindow::copyPluginsCommand(PluginHost host) {
             },
             Qt::QueuedConnection);
     };
-    m_studio.preview.engine().run([&library = m_studio.library(), &catalogue = m_studio.catalogue(),
+    m_studio.preview.engine().run([&library = m_studio.effectLibrary(), &catalogue = m_studio.catalogue(),
                                    look = m_studio.document.snapshot(),
                                    job = m_studio.jobFor(m_studio.proposedOutput("mp4")), host, finished] {
         try {
