@@ -140,9 +140,9 @@ void Studio::openDocument(const QString& file) {
 
 void Studio::openPreset(const QString& file) {
     try {
-        const EffectDescription& effect = hostkit::effectOfPresetFile(library(), m_catalogue, file.toStdString());
+        const EffectDescription& effect = hostkit::effectOfPresetFile(effectLibrary(), m_catalogue, file.toStdString());
         hostkit::ParameterStore values(effect);
-        const std::string name = hostkit::loadPresetFile(library(), file.toStdString(), values);
+        const std::string name = hostkit::loadPresetFile(effectLibrary(), file.toStdString(), values);
         LookEffect made{effect.name};
         for (const ParameterDescription& parameter : effect.parameters) {
             setValue(effect, made, parameter, values.valueAt(parameter, 0.0), {});
@@ -175,7 +175,7 @@ bool Studio::savePreset(const QString& file) {
         for (const ParameterDescription& parameter : description.parameters) {
             values.set(parameter, document.value(parameter));
         }
-        hostkit::savePresetFile(library(), file.toStdString(), values);
+        hostkit::savePresetFile(effectLibrary(), file.toStdString(), values);
         return true;
     } catch (const std::exception& error) {
         emit failed(toQt(error.what()));
