@@ -36,10 +36,9 @@ class ThemeFollower : public QObject {
 public:
     explicit ThemeFollower(QApplication& application);
 
-private slots:
-    void settingChanged(const QString& group, const QString& key);
-
 private:
+    Q_SLOT void settingChanged(const QString& group, const QString& key);  // the bus calls it by its name
+
     QApplication& m_application;
 };
 
