@@ -25,9 +25,9 @@ namespace lumiset::platform {
 namespace {
 
 constexpr std::string_view kPrefix = ".lumiset-";
-constexpr std::size_t kDigits = 16;
+constexpr std::size_t kHiddenDigits = 16;
 constexpr std::size_t kLongestExtension = 16;
-static_assert(kPrefix.size() + kDigits + kLongestExtension <= PendingName::kLongest);
+static_assert(kPrefix.size() + kHiddenDigits + kLongestExtension <= PendingName::kLongest);
 
 [[noreturn]] void fail(int error, const std::string& where = {}) {
     const std::error_code code(error, std::generic_category());
@@ -35,8 +35,8 @@ static_assert(kPrefix.size() + kDigits + kLongestExtension <= PendingName::kLong
 }
 
 bool isHiddenName(std::string_view name) {
-    return name.starts_with(kPrefix) && name.size() >= kPrefix.size() + kDigits &&
-           name.substr(kPrefix.size(), kDigits).find_first_not_of("0123456789abcdef") == std::string_view::npos;
+    return name.starts_with(kPrefix) && name.size() >= kPrefix.size() + kHiddenDigits &&
+           name.substr(kPrefix.size(), kHiddenDigits).find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 /// With the extension of the target, by which some tell what a file is to hold.
@@ -45,7 +45,7 @@ std::string nextHiddenName(const std::string& extension) {
     if (::getrandom(&random, sizeof random, 0) != static_cast<ssize_t>(sizeof random)) {
         fail(errno);
     }
-    char digits[kDigits + 1];
+    char digits[kHiddenDigits + 1];
     std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(random));
     return std::string(kPrefix) + digits + (extension.size() <= kLongestExtension ? extension : "");
 }

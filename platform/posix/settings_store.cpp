@@ -131,7 +131,7 @@ std::vector<Line> linesOf(std::string_view bytes) {
     return lines;
 }
 
-[[noreturn]] void fail(int error) {
+[[noreturn]] void failToStore(int error) {
     throw std::system_error(error, std::generic_category());
 }
 
@@ -152,7 +152,7 @@ Descriptor lockOf(const std::string& path) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
     Descriptor file(::open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
     if (!file) {
-        fail(errno);
+        failToStore(errno);
     }
     const auto start = steady_clock::now();
     auto lastChange = start;
@@ -162,7 +162,7 @@ Descriptor lockOf(const std::string& path) {
             return file;
         }
         if (errno != EWOULDBLOCK && errno != EINTR) {
-            fail(errno);
+            failToStore(errno);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         if (const auto next = stampOf(path); next != stamp) {
@@ -170,14 +170,14 @@ Descriptor lockOf(const std::string& path) {
             lastChange = steady_clock::now();
         }
     }
-    fail(ETIMEDOUT);
+    failToStore(ETIMEDOUT);
 }
 
 /// All of a section's file; nothing where there is none.
 std::optional<std::string> contentsOf(const std::string& path) {
     std::optional<std::string> bytes = path.empty() ? std::nullopt : readBytes(path, kLargestFile);
     if (!bytes && !path.empty() && errno != ENOENT && errno != ENOTDIR) {
-        fail(errno);
+        failToStore(errno);
     }
     return bytes;
 }
@@ -195,7 +195,7 @@ void rewrite(const std::string& section, Changes changes) {
         return change.first.empty() || hasNul(change.first) || hasNul(change.second);
     });
     if (path.empty() || !storable) {
-        fail(EINVAL);
+        failToStore(EINVAL);
     }
     const Descriptor lock = lockOf(path);
     const std::optional<std::string> old = contentsOf(path);
@@ -219,7 +219,7 @@ void rewrite(const std::string& section, Changes changes) {
         }
     }
     if (bytes.size() > kLargestFile) {
-        fail(EFBIG);  // nobody could read it any more
+        failToStore(EFBIG);  // nobody could read it any more
     }
     if (old || !changes.empty()) {
         replaceBytes(path, bytes);

@@ -6,7 +6,7 @@ namespace lumiset::app::validate {
 namespace {
 
 /// Lists that go on for longer have no end.
-constexpr std::uint32_t kMost = 1000;
+constexpr std::uint32_t kMostOfAKind = 1000;
 
 }  // namespace
 
@@ -39,7 +39,7 @@ std::vector<ParamValue> Effect::valuesOf(std::uint32_t preset) const {
 
 std::vector<Effect> effectsOf(IEffectLibrary& library) {
     std::vector<Effect> effects;
-    for (std::uint32_t index = 0; index < kMost; ++index) {
+    for (std::uint32_t index = 0; index < kMostOfAKind; ++index) {
         Effect effect;
         effect.index = index;
         effect.object = hostkit::ComPtr<IVideoGPUEffect>::adopt(library.CreateEffect(index));
@@ -50,17 +50,17 @@ std::vector<Effect> effectsOf(IEffectLibrary& library) {
         effect.name = name != nullptr ? name : "";
         for (ParamInfo info{}; effect.object->GetParamInfo(static_cast<std::uint32_t>(effect.params.size()), &info);) {
             effect.params.push_back(info);
-            if (effect.params.size() > kMost) {
+            if (effect.params.size() > kMostOfAKind) {
                 throw Broken(effect.name + ": its parameters do not end.");
             }
         }
         while (effect.object->GetPresetName(effect.presets) != nullptr) {
-            if (++effect.presets > kMost) {
+            if (++effect.presets > kMostOfAKind) {
                 throw Broken(effect.name + ": its presets do not end.");
             }
         }
         for (ParamValue value{}; effect.object->GetPresetValue(0, effect.slots, &value);) {
-            if (++effect.slots > kMost) {
+            if (++effect.slots > kMostOfAKind) {
                 throw Broken(effect.name + ": a preset's values do not end.");
             }
         }

@@ -227,7 +227,7 @@ void checkRefusals(const Subject& subject) {
     }
 }
 
-constexpr Check kChecks[] = {
+constexpr Check kFrameChecks[] = {
     {"sizes", "Frames of 1 to 70 columns and rows are read and written to their last byte, and never beyond.",
      checkSizes},
     {"layouts", "Padding, the stride's sign and the row order change nothing in the picture, nor is padding written.",
@@ -243,7 +243,7 @@ constexpr Check kChecks[] = {
 }  // namespace
 
 std::span<const Check> frameChecks() {
-    return kChecks;
+    return kFrameChecks;
 }
 
 }  // namespace lumiset::app::validate

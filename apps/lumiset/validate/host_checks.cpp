@@ -263,7 +263,7 @@ void checkMemory(const Subject& subject) {
     }
 }
 
-constexpr Check kChecks[] = {
+constexpr Check kHostChecks[] = {
     {"values", "Values that are no numbers, out of range or past a list's end are made safe.", checkValues},
     {"times", "Times before the beginning and no times at all are the beginning; only effects that say so move.",
      checkTimes},
@@ -276,7 +276,7 @@ constexpr Check kChecks[] = {
 }  // namespace
 
 std::span<const Check> hostChecks() {
-    return kChecks;
+    return kHostChecks;
 }
 
 }  // namespace lumiset::app::validate

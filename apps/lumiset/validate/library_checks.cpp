@@ -221,7 +221,7 @@ void checkLoading(const Subject& subject) {
     }
 }
 
-constexpr Check kChecks[] = {
+constexpr Check kLibraryChecks[] = {
     {"exports", "The module exports its two functions, and a library with a name hands out effects with names.",
      checkExports},
     {"identity", "An object answers for its own interfaces, with a reference each, and for no others.", checkIdentity},
@@ -237,7 +237,7 @@ constexpr Check kChecks[] = {
 }  // namespace
 
 std::span<const Check> libraryChecks() {
-    return kChecks;
+    return kLibraryChecks;
 }
 
 }  // namespace lumiset::app::validate

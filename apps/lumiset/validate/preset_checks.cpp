@@ -195,7 +195,7 @@ void checkFiles(const Subject& subject) {
     }
 }
 
-constexpr Check kChecks[] = {
+constexpr Check kPresetChecks[] = {
     {"files", "Presets are stored and read with the same values; a damaged or foreign file is refused as a whole.",
      checkFiles},
 };
@@ -203,7 +203,7 @@ constexpr Check kChecks[] = {
 }  // namespace
 
 std::span<const Check> presetChecks() {
-    return kChecks;
+    return kPresetChecks;
 }
 
 }  // namespace lumiset::app::validate
