@@ -1,6 +1,5 @@
 # Compiler settings that every target shares, and the helper that declares one of the project's libraries.
 
-set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
 
 find_program(LUMISET_CCACHE ccache)
@@ -63,7 +62,8 @@ endif()
 
 # lumiset_library(NAME SOURCES... ) declares a static library of the project. What it builds on is linked
 # with target_link_libraries(NAME PUBLIC ...).
-# Files that Highway includes once for each instruction set are left out of unity builds, which join files into one.
+# Files that Highway includes once for each instruction set are left out of unity builds, which join files into one. They
+# hold the loops over pixels, so a preset that saves on optimisation does not save on theirs.
 function(lumiset_library name)
   add_library(${name} STATIC ${ARGN})
   foreach(source IN LISTS ARGN)
@@ -71,6 +71,9 @@ function(lumiset_library name)
       file(STRINGS ${source} vectors REGEX "^#include \"hwy/foreach_target.h\"|^#include <hwy/foreach_target.h>" LIMIT_COUNT 1)
       if(vectors)
         set_source_files_properties(${source} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        if(CMAKE_BUILD_TYPE STREQUAL Release AND NOT CMAKE_CXX_FLAGS_RELEASE MATCHES -O3)
+          set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS -O3)
+        endif()
       endif()
     endif()
   endforeach()
