@@ -119,8 +119,14 @@ TEST(HostFiles, DescribeTheParametersThatThePluginsHave) {
         const std::string yaml = test::contentsOf(
             (shareFolder() / "mlt-7/frei0r" / ("filter_frei0r." + pluginName(effect.name) + ".yml")).string());
         for (int i = 0; i < count; ++i) {
-            const std::string entry =
-                "\n  - identifier: " + std::to_string(i) + "\n    title: \"" + plugin.parameter(i).name + "\"\n";
+            const Frei0rParamInfo info = plugin.parameter(i);
+            std::string entry = "\n  - identifier: " + std::to_string(i) + "\n    title: \"" + info.name +
+                                "\"\n    description: \"" + info.explanation + "\"\n    default: ";
+            if (const auto shown = panel.parameters.find(i); shown != panel.parameters.end()) {
+                const std::string standard = PanelFile::attribute(*shown->second, "default");
+                // Without quotes a color would be a comment.
+                entry += info.type == kFrei0rColor ? '"' + standard + "\"\n" : standard + '\n';
+            }
             EXPECT_NE(yaml.find(entry), std::string::npos) << entry;
         }
     }

@@ -8,6 +8,7 @@
 #include <random>
 #include <thread>
 
+#include "adapters/frei0r/effect.h"
 #include "adapters/frei0r/host_clock.h"
 #include "tests/frei0r/frei0r_host.h"
 #include "tests/frei0r/stand_in.h"
@@ -158,6 +159,16 @@ TEST(Hosting, KeepsInstancesSmall) {
     EXPECT_LE(before, start + 65536) << "scratch memory goes with the last instance";
     thousand();
     EXPECT_LE(heapInUse(), before + 4096) << "bytes left by a thousand";
+}
+
+TEST(Hosting, SharesScratchMemoryAndThreadsAmongInstances) {
+    const std::shared_ptr<IHostAllocator> scratch = scratchFor(320, 180);
+    ASSERT_NE(scratch, nullptr);
+    EXPECT_EQ(scratchFor(320, 180), scratch);
+    EXPECT_NE(scratchFor(180, 320), scratch) << "another size";
+    const std::shared_ptr<IHostParallel> threads = sharedThreads();
+    ASSERT_NE(threads, nullptr);
+    EXPECT_EQ(sharedThreads(), threads);
 }
 
 TEST(HostClock, KnowsTheFamilyThatCountsMilliseconds) {

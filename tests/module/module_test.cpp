@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "host/gpu_host.h"
 #include "host/pixel_aspect_scale.h"
 #include "tests/support/effect_tester.h"
 
@@ -36,6 +37,14 @@ TEST(Library, ListsItsEffectsByIndexUnderTheirNames) {
     EXPECT_EQ(library->LibraryQuery(1, 2), 0U);
 }
 
+struct AskedHost final : ValueHost {
+    Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override {
+        wasAskedForGL |= iid == IHostGL::kId;
+        return ValueHost::QueryInterface(iid, out);
+    }
+    bool wasAskedForGL = false;
+};
+
 TEST(HostServices, AreOneObjectThatKeepsOptionsForTheProcess) {
     const Held<IEffectLibrary> library(GetEffectsLibrary());
     IHostServices* services = library->GetHostServices();
@@ -43,6 +52,13 @@ TEST(HostServices, AreOneObjectThatKeepsOptionsForTheProcess) {
     services->SetCropOverscan(true);
     EXPECT_TRUE(services->GetCropOverscan());
     EXPECT_FALSE(services->GetForcedCpu());
+    for (const bool forced : {true, false}) {
+        services->SetForcedCpu(forced);
+        services->SetCropOverscan(!forced);
+        AskedHost host;
+        EXPECT_FALSE(EffectTester(0).effect().InitGPU(&host, nullptr, nullptr, 0));
+        EXPECT_EQ(host.wasAskedForGL, !forced);
+    }
     services->SetCropOverscan(false);
     services->Release();
     services->Release();

@@ -1,9 +1,12 @@
 #include <thread>
 
 #include "tests/openfx/use.h"
+#include "tests/support/system.h"
 
 namespace lumiset::openfx::test {
 namespace {
+
+using lumiset::test::heapInUse;
 
 Layout floats() {
     Layout layout;
@@ -265,6 +268,37 @@ TEST(Rendering, DividesLargeFramesAmongTheHostsThreadsOrItsOwn) {
         threading().refuses = false;
         EXPECT_EQ(threading().calls > 0, row.asks);
         EXPECT_EQ(difference(use.output->memory, use.expected()), "");
+    }
+}
+
+TEST(Rendering, LeavesItsMemoryToLaterFramesWhileThereIsAnInstance) {
+    if (heapInUse() == 0) {
+        GTEST_SKIP() << "The heap does not tell what is in use.";
+    }
+    constexpr std::size_t kScratch = 500'000;
+    const Layout layout{.bounds = {0, 0, 640, 360}};
+    for (const bool isMlt : {false, true}) {
+        SCOPED_TRACE(isMlt);
+        Profile profile{.name = isMlt ? "MLT" : "org.example.host"};
+        profile.tellsChanges = !isMlt;
+        const auto purge = [&] {
+            Use use("Outline", profile);
+            EXPECT_EQ(use.host.call(use.plugin, "OfxActionPurgeCaches", use.instance.get()), kOk);
+        };
+        purge();
+        const std::size_t before = heapInUse();
+        {
+            const Use staying("Outline", profile);
+            {
+                Use ending("Outline", profile);
+                ending.setLayouts(layout, layout);
+                EXPECT_EQ(ending.render(), kOk);
+            }
+            EXPECT_GT(heapInUse(), before + kScratch);
+        }
+        EXPECT_EQ(heapInUse() > before + kScratch, isMlt) << "MLT has an instance for each frame";
+        purge();
+        EXPECT_LT(heapInUse(), before + kScratch);
     }
 }
 
