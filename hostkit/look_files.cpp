@@ -9,6 +9,7 @@
 #include "hostkit/names.h"
 #include "hostkit/shipped_looks.h"
 #include "platform/environment.h"
+#include "platform/files.h"
 #include "platform/pending_file.h"
 
 namespace lumiset::hostkit {
@@ -55,12 +56,9 @@ std::vector<fs::path> ownFiles() {
     std::vector<fs::path> files;
     std::error_code error;
     if (const fs::path folder = ownLooksFolder(); !folder.empty()) {
-        for (fs::directory_iterator each(folder, error), end; !error && each != end; each.increment(error)) {
-            if (isLookFile(each->path())) {
-                files.push_back(each->path());
-            }
-        }
+        files = platform::filesIn(folder, error);
     }
+    std::erase_if(files, [](const fs::path& file) { return !isLookFile(file); });
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -69,7 +67,7 @@ std::vector<fs::path> ownFiles() {
 
 fs::path ownLooksFolder() {
     const fs::path data = platform::userDataFolder();
-    return data.empty() ? data : data / "lumiset/looks";
+    return data.empty() ? data : data / "lumiset" / "looks";
 }
 
 Look loadLook(const EffectCatalogue& catalogue, const fs::path& file) {

@@ -1,15 +1,15 @@
 #include "hostkit/module.h"
 
-#include <cstdlib>
 #include <string>
 #include <system_error>
 
 #include "hostkit/dynamic_library.h"
+#include "platform/environment.h"
 
 namespace lumiset::hostkit {
 
 std::filesystem::path findModule(const std::filesystem::path& home) {
-    if (const char* named = std::getenv("LUMISET_MODULE"); named != nullptr && *named != '\0') {
+    if (std::filesystem::path named = platform::pathVariable("LUMISET_MODULE"); !named.empty()) {
         return named;
     }
     const std::filesystem::path name = dynamicLibraryName("vantrel_lumiset5");

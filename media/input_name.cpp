@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "media/media.h"
+#include "platform/files.h"
 
 namespace fs = std::filesystem;
 
@@ -62,8 +63,8 @@ std::set<int> numbersOf(const SequenceName& sequence) {
     std::set<int> numbers;
     std::error_code error;
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        const auto number = numberIn(entry->path().filename().string(), *pattern);
+    for (const fs::path& file : platform::filesIn(folder, error)) {
+        const auto number = numberIn(file.filename().string(), *pattern);
         if (number && *number >= sequence.first.value_or(0) && *number <= sequence.last.value_or(*number)) {
             numbers.insert(*number);
         }

@@ -9,6 +9,9 @@ namespace lumiset::platform {
 /// An environment variable in UTF-8; empty where it is not set.
 std::string environmentVariable(const char* name);
 
+/// The file or folder that an environment variable names; empty where it is not set.
+std::filesystem::path pathVariable(const char* name);
+
 /// Sets an environment variable of this process, unless it is set.
 void setDefaultVariable(const char* name, const char* value);
 

@@ -12,6 +12,10 @@ std::string environmentVariable(const char* name) {
     return value != nullptr ? value : "";
 }
 
+std::filesystem::path pathVariable(const char* name) {
+    return environmentVariable(name);
+}
+
 void setDefaultVariable(const char* name, const char* value) {
     ::setenv(name, value, 0);
 }

@@ -76,6 +76,15 @@ bool replaceFile(const std::wstring& path, std::string_view bytes) {
     }
 }
 
+std::vector<std::filesystem::path> filesIn(const std::filesystem::path& folder, std::error_code& error) {
+    std::vector<std::filesystem::path> files;
+    std::filesystem::directory_iterator each(folder, error);
+    for (const std::filesystem::directory_iterator end; !error && each != end; each.increment(error)) {
+        files.push_back(each->path());
+    }
+    return files;
+}
+
 std::filesystem::path makeTemporaryFolder() {
     std::error_code error;
     std::string name = (std::filesystem::temp_directory_path(error) / "lumiset-XXXXXX").string();

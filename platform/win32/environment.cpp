@@ -23,6 +23,10 @@ std::string environmentVariable(const char* name) {
     return toUtf8(valueOf(name)).value_or("");
 }
 
+std::filesystem::path pathVariable(const char* name) {
+    return valueOf(name);
+}
+
 void setDefaultVariable(const char* name, const char* value) {
     if (valueOf(name).empty()) {
         _putenv_s(name, value);

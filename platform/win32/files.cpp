@@ -39,6 +39,26 @@ bool replaceFile(const std::wstring& path, std::string_view bytes) {
     }
 }
 
+// The C++ library's iterator knows no path of more than 260 characters.
+std::vector<std::filesystem::path> filesIn(const std::filesystem::path& folder, std::error_code& error) {
+    std::vector<std::filesystem::path> files;
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW((folder / L"*").c_str(), &entry);
+    for (bool more = search != INVALID_HANDLE_VALUE; more; more = FindNextFileW(search, &entry) != 0) {
+        const std::wstring_view name = entry.cFileName;
+        if (name != L"." && name != L"..") {
+            files.push_back(folder / name);
+        }
+    }
+    const DWORD reason = GetLastError();
+    error = reason == ERROR_NO_MORE_FILES ? std::error_code()
+                                          : std::error_code(static_cast<int>(reason), std::system_category());
+    if (search != INVALID_HANDLE_VALUE) {
+        FindClose(search);
+    }
+    return files;
+}
+
 // The folder for temporary files belongs to the user as a whole.
 std::filesystem::path makeTemporaryFolder() {
     Guid guid{};
