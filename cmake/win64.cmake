@@ -9,3 +9,8 @@ set(CMAKE_C_FLAGS_INIT "-Wa,-muse-unaligned-vector-move")
 set(CMAKE_CXX_FLAGS_INIT "${CMAKE_C_FLAGS_INIT}")
 
 include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)
+
+# What lumiset.exe is linked with.
+set(ENV{PKG_CONFIG_LIBDIR} "${lumiset_root}/.deps/win64/lib/pkgconfig")
+set(PKG_CONFIG_ARGN --static)
+set(ZLIB_USE_STATIC_LIBS ON)
