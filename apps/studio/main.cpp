@@ -7,14 +7,19 @@
 #include <QSettings>
 #include <QTimer>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "apps/studio/model/studio.h"
 #include "apps/studio/views/main_window.h"
 #include "apps/studio/views/theme.h"
 #include "apps/studio/views/translation.h"
+#include "platform/interruption.h"
+#include "platform/monitor_pipe.h"
+#include "platform/pending_file.h"
 
 namespace lumiset::studio {
 namespace {
@@ -61,6 +66,26 @@ void act(Studio& studio, MainWindow& window, const QStringList& actions, const Q
     timer->start(200);
 }
 
+/// Asked to end by the system the program keeps what is not saved for its next start, and waits for the frames under
+/// way, which would look like a crash of the driver's in OpenGL. Asked again it ends at once.
+void watchForInterruption(Studio& studio) {
+    platform::prepareFarewell();
+    platform::onInterruptionInThread([&studio, asked = false](int signal) mutable {
+        if (std::exchange(asked, true)) {
+            platform::bidFarewell();
+            platform::PendingFile::removeAll();
+            std::_Exit(128 + signal);
+        }
+        QMetaObject::invokeMethod(
+            qApp,
+            [&studio, signal] {
+                studio.recovery.keep();
+                QCoreApplication::exit(128 + signal);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
 int run(QApplication& application) {
     QCommandLineParser parser;
     parser.setApplicationDescription("Tunes looks of video effects on a clip, and exports it.");
@@ -86,6 +111,7 @@ int run(QApplication& application) {
                                                            : QSettings().value(kThemeSetting, 0).toInt()));
     const ThemeFollower follower(application);
     Studio studio;
+    watchForInterruption(studio);
     MainWindow window(studio);
     if (const QStringList sides = parser.value(size).split('x'); sides.size() == 2) {
         window.resizeTo({sides[0].toInt(), sides[1].toInt()});

@@ -1,5 +1,6 @@
 #include "hostkit/gl/gpu_frames.h"
 
+#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <set>
@@ -21,6 +22,7 @@ struct GPUFrames::Inside {
     Listener listener;
     std::set<std::string> heard;
     std::set<std::string> left;
+    std::atomic<bool> stopped{false};
     std::timed_mutex frame;  ///< held while one renders
     GLHost gl{[this](const std::string& sentence) { hear(sentence); }};
     GPURenderer renderer{gl};
@@ -41,6 +43,9 @@ void GPUFrames::serve(Renderer& renderer) {
 std::size_t GPUFrames::render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
                               const VideoFrameDesc& destination, const FrameRenderInfo& info) {
     const std::lock_guard<std::timed_mutex> frame(m_inside->frame);
+    if (m_inside->stopped) {
+        return 0;
+    }
     // Left behind again each time: a thread that ended with the context would keep it, and what is in it, for ever.
     m_inside->gl.takeThread();
     const std::size_t done = m_inside->renderer.render(calls, source, destination, info);
@@ -55,8 +60,10 @@ std::size_t GPUFrames::render(std::span<const EffectCall> calls, const VideoFram
 }
 
 void GPUFrames::stop() {
-    // Kept: whoever wants to begin another frame waits for the end of the program.
-    static_cast<void>(m_inside->frame.try_lock_for(std::chrono::seconds(5)));
+    m_inside->stopped = true;
+    if (m_inside->frame.try_lock_for(std::chrono::seconds(5))) {
+        m_inside->frame.unlock();
+    }
 }
 
 }  // namespace lumiset::hostkit

@@ -34,8 +34,8 @@ public:
     [[nodiscard]] std::size_t render(std::span<const EffectCall> calls, const VideoFrameDesc& source,
                                      const VideoFrameDesc& destination, const FrameRenderInfo& info);
 
-    /// Waits for the frame under way, a few seconds at most, and lets no other begin, for a program that is to end: in
-    /// the middle of a frame that would look like a crash of the driver's.
+    /// Waits for the frame under way, a few seconds at most, for a program that is to end: in the middle of a frame
+    /// that would look like a crash of the driver's. Frames that come later are left to the processor.
     void stop();
 
 private:

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <utility>
 
 namespace lumiset::platform {
 namespace {
@@ -26,6 +27,11 @@ void onInterruption(void (*note)(int signal)) {
     if (g_note.exchange(note) == nullptr) {
         SetConsoleCtrlHandler(handle, TRUE);
     }
+}
+
+void onInterruptionInThread(std::function<void(int signal)> note) {
+    static const std::function<void(int)> s_note = std::move(note);
+    onInterruption([](int signal) { s_note(signal); });
 }
 
 }  // namespace lumiset::platform

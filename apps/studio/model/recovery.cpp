@@ -40,7 +40,14 @@ Recovery::Recovery(Document& document, const QString& folder, QObject* parent)
 }
 
 Recovery::~Recovery() {
-    forget();
+    if (!m_kept) {
+        forget();
+    }
+}
+
+void Recovery::keep() {
+    writeNow();
+    m_kept = true;
 }
 
 void Recovery::forget() {

@@ -21,7 +21,7 @@ class Recovery : public QObject {
 public:
     /// In `folder`, which is made.
     Recovery(Document& document, const QString& folder, QObject* parent = nullptr);
-    /// Nothing is left behind.
+    /// Nothing is left behind but what `keep` was for.
     ~Recovery() override;
 
     struct Found {
@@ -34,8 +34,9 @@ public:
     [[nodiscard]] std::optional<Found> findLeftover();
     void discard(const Found& found);
     void setClip(const QString& clip) { m_clip = clip; }
-    /// At once, for the end of the session by the system.
     void writeNow();
+    /// Leaves what is not saved to be found, for a program that the system ends.
+    void keep();
 
 private:
     void forget();
@@ -47,6 +48,7 @@ private:
     std::unique_ptr<QLockFile> m_lock;
     std::unique_ptr<QLockFile> m_foundLock;
     QTimer m_timer;
+    bool m_kept = false;
 };
 
 }  // namespace lumiset::studio
