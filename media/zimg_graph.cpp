@@ -87,6 +87,8 @@ ZimgGraph::ZimgGraph(const ImageKind& from, const ImageKind& to, bool dither) {
     const zimg_image_format target = formatOf(to, matrix);
     zimg_graph_builder_params settings;
     zimg_graph_builder_params_default(&settings, ZIMG_API_VERSION);
+    settings.resample_filter = ZIMG_RESIZE_LANCZOS;
+    settings.filter_param_a = 3;
     // Keys' cubic at its sharpest sensible setting: of the filters of four taps it comes nearest to undoing itself when
     // halved chroma goes up and down again.
     settings.resample_filter_uv = ZIMG_RESIZE_BICUBIC;

@@ -10,6 +10,7 @@
 
 #include "hostkit/host_allocator.h"
 #include "hostkit/thread_pool.h"
+#include "media/resize.h"
 #include "render/ordered_pipeline.h"
 #include "render/part_cut.h"
 #include "render/picture_frame.h"
@@ -29,6 +30,8 @@ struct Worker {
     hostkit::Renderer renderer;
     media::Picture source;
     media::Picture result;
+    media::Picture resized;
+    std::optional<media::Resizer> resizer;  ///< none: the size stays
 };
 
 /// Ends the pipeline from its own thread.
@@ -76,6 +79,10 @@ media::SinkOptions sinkOptions(const FileJob& job, const media::VideoFormat& for
     }
     options.threads = job.threads;
     return options;
+}
+
+media::VideoFormat writtenFormat(const FileJob& job, const media::VideoFormat& format) {
+    return job.width > 0 || job.height > 0 ? media::resized(format, job.width, job.height) : format;
 }
 
 /// The writing end of a render.
@@ -143,6 +150,7 @@ std::optional<FileResult> renderFile(const FileJob& request, const std::vector<h
     const media::SourceOptions reading = sourceOptions(request);
     const std::unique_ptr<media::Source> whole = media::openSource(request.input, reading);
     const media::VideoFormat& format = whole->format();
+    const media::VideoFormat written = writtenFormat(request, format);
     media::SinkOptions writing = sinkOptions(request, format);
     std::optional<PartCut> part;
     if (request.part) {
@@ -163,7 +171,10 @@ std::optional<FileResult> renderFile(const FileJob& request, const std::vector<h
     workers.reserve(static_cast<std::size_t>(threads));
     for (int i = 0; i < threads; ++i) {
         workers.push_back(
-            {hostkit::Renderer(chain, workFormat(request, format.depth), allocator.get(), pool.get()), {}, {}});
+            {hostkit::Renderer(chain, workFormat(request, format.depth), allocator.get(), pool.get()), {}, {}, {}, {}});
+        if (written.width != format.width || written.height != format.height) {
+            workers.back().resizer.emplace(written.width, written.height);
+        }
         if (gpu != nullptr) {
             gpu->serve(workers.back().renderer);
         }
@@ -178,6 +189,10 @@ std::optional<FileResult> renderFile(const FileJob& request, const std::vector<h
         result.interlaced = input.interlaced;
         result.topFieldFirst = input.topFieldFirst;
         worker.renderer.render(frameOf(input), frameOf(result), contextOf(input, format));
+        if (worker.resizer) {
+            worker.resizer->resize(result, worker.resized);
+            std::swap(result, worker.resized);
+        }
     };
     if (part) {
         const hostkit::ThreadPool::Turn turn(*pool.get());
@@ -187,7 +202,7 @@ std::optional<FileResult> renderFile(const FileJob& request, const std::vector<h
             writing.alpha = !media::isOpaque(workers.front().result);
         }
     }
-    Output output(request, format, writing, whole.get(), watcher);
+    Output output(request, written, writing, whole.get(), watcher);
     PipelineSteps<Job> steps;
     steps.read = [&](Job& job) { return part ? part->fetch(job.raw) : source->fetch(job.raw); };
     steps.work = [&](Job& job, int number) {

@@ -34,6 +34,8 @@ struct FileJob {
     double durationSeconds = std::numeric_limits<double>::infinity();
     std::string codec;               ///< empty: the usual one for the extension
     int quality = -1;                ///< -1: the encoder's usual one
+    int width = 0;                   ///< of the pictures that are written, rendered at the input's size;
+    int height = 0;                  ///< as in media::resized; both 0: the input's
     media::Rational frameRate;       ///< pictures a second of an input image sequence; 0: the usual rate
     bool alpha = false;              ///< the output has transparency whatever the first picture is like
     bool gpu = false;                ///< in OpenGL where that is possible

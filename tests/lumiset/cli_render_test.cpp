@@ -232,6 +232,41 @@ TEST(Render, TakesPixelsForSquareThatAreNotByRoundingAlone) {
     EXPECT_FALSE(rendered("16:15") == square);
 }
 
+TEST(Render, WritesTheSizeThatItIsAskedFor) {
+    const TemporaryFolder folder;
+    const std::vector<std::string> effect = {"-q", "-e", "Old TV", "-p", "Messed Up"};
+    const auto rendered = [&](const std::string& output, const std::vector<std::string>& size) {
+        std::vector<std::string> words = {"render", "scene-full:320x180:0.2:10", folder / output};
+        for (const auto* more : {&effect, &size}) {
+            words.insert(words.end(), more->begin(), more->end());
+        }
+        EXPECT_EQ(runLumiset(words).status, 0);
+        return media::readAll(folder / output);
+    };
+    const std::vector<Picture> whole = rendered("whole.mkv", {"--codec", "ffv1"});
+    const std::vector<Picture> half = rendered("half.mkv", {"--codec", "ffv1", "--size", "x90"});
+    ASSERT_EQ(half.size(), whole.size());
+    for (std::size_t i = 0; i < half.size(); ++i) {
+        ASSERT_EQ(half[i].width, 160);
+        ASSERT_EQ(half[i].height, 90);
+        // The effect has worked at the full size: its noise is what the means of four pixels have left of it.
+        double sum = 0.0;
+        for (int y = 10; y < 80; ++y) {
+            for (int x = 10; x < 150; ++x) {
+                double mean = 0.0;
+                for (int k = 0; k < 4; ++k) {
+                    mean += media::sampleOf(whole[i], 2 * x + k % 2, 2 * y + k / 2, 1) / 4.0;
+                }
+                sum += std::abs(media::sampleOf(half[i], x, y, 1) - mean);
+            }
+        }
+        EXPECT_LT(sum / (70.0 * 140.0), 6.0) << i;
+    }
+    const auto wide = media::openSource((rendered("wide.mp4", {"--size", "320x90"}), folder / "wide.mp4"));
+    EXPECT_EQ(wide->format().height, 90);
+    EXPECT_EQ(wide->format().pixelAspect.value(), 0.5);
+}
+
 TEST(Render, ReadsThePicturesThatAPatternStandsFor) {
     const TemporaryFolder folder;
     const auto render = [&](const std::string& input, const std::string& output) {

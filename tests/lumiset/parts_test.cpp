@@ -127,6 +127,7 @@ TEST_F(Parts, MakeTheFilmThatOneRunMakes) {
         {folder / "variable.mkv", "variable.mp4", {}, 4, false},
         {folder / "variable.mkv", "variable.ts", {"--codec", "mpeg2"}, 4, false},
         {folder / "variable.mkv", "paced.mp4", {"--fps", "12.5", "--start", "1"}, 5, false},
+        {folder / "fields.ts", "small.mkv", {"--codec", "ffv1", "--size", "80x"}, 3, true},
         {folder / "open.mp4", "full.mov", {}, 3, false},
         {folder / "open.mp4", "full.y4m", {}, 3, true},
         {folder / "variable.mkv", "held.y4m", {}, 5, true},

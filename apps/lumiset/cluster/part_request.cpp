@@ -68,6 +68,7 @@ Traits traitsOf(Program& program, const RenderRequest& request) {
             {"--start", fmt::format("{}", job.startSeconds)},
             {"--duration", fmt::format("{}", job.durationSeconds)},
             {"--fps", fmt::format("{}/{}", job.frameRate.num, job.frameRate.den)},
+            {"--size", fmt::format("{}x{}", job.width, job.height)},
             {"--depth", depth},
             {"--bits", fmt::format("{}", job.bits)},
             {"--layout", job.argb ? "argb" : "bgra"},

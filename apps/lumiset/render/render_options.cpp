@@ -1,10 +1,37 @@
 #include "apps/lumiset/render/render_options.h"
 
+#include <fmt/format.h>
+
+#include <string_view>
+
 #include "apps/lumiset/render/moment.h"
 #include "apps/lumiset/usage_error.h"
+#include "media/input_name.h"
 #include "media/rate.h"
+#include "media/resize.h"
 
 namespace lumiset::app {
+namespace {
+
+void readSize(const std::string& text, render::FileJob& job) {
+    const std::size_t cross = text.find('x');
+    const auto side = [](std::string_view digits) {
+        return digits.empty() ? 0 : media::parseWhole(digits).value_or(-1);
+    };
+    const auto isGood = [](int pixels) {
+        return pixels == 0 || (pixels >= media::kSmallestSide && pixels <= media::kLargestSide);
+    };
+    if (cross != std::string::npos) {
+        job.width = side(std::string_view(text).substr(0, cross));
+        job.height = side(std::string_view(text).substr(cross + 1));
+    }
+    if (!isGood(job.width) || !isGood(job.height) || (job.width == 0 && job.height == 0)) {
+        throw UsageError(fmt::format("--size takes 1280x720, 1280x or x720, sides of {} to {} pixels, not \"{}\".",
+                                     media::kSmallestSide, media::kLargestSide, text));
+    }
+}
+
+}  // namespace
 
 RenderOptions::RenderOptions(CLI::App& command) : m_effects(command, EffectOptions::kMaskedChain) {
     command.add_option("INPUT", m_request.job.input, "what to read")->required();
@@ -19,6 +46,10 @@ RenderOptions::RenderOptions(CLI::App& command) : m_effects(command, EffectOptio
                     "bits a sample to write, where the codec has them [the input's; 10 or more with --depth float]")
         ->check(CLI::IsMember({8, 10, 12, 16}))
         ->option_text("N");
+    command
+        .add_option("--size", m_size,
+                    "size to write, 1280x720 for example, or one side, 1280x or x720; effects work at the input's")
+        ->option_text("WIDTHxHEIGHT");
     command.add_option("--layout", m_layout, "sample order that the effects work in: bgra or argb [bgra]")
         ->check(CLI::IsMember({"bgra", "argb"}))
         ->option_text("LAYOUT");
@@ -51,6 +82,9 @@ RenderRequest RenderOptions::request() const {
     request.effects = m_effects.requests();
     if (!m_depth.empty()) {
         request.job.depth = m_depth == "float" ? media::Depth::kFloat : media::Depth::kEightBit;
+    }
+    if (!m_size.empty()) {
+        readSize(m_size, request.job);
     }
     request.job.argb = m_layout == "argb";
     if (!m_start.empty()) {

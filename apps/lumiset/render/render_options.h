@@ -18,6 +18,7 @@ public:
 private:
     EffectOptions m_effects;
     RenderRequest m_request;
+    std::string m_size;
     std::string m_depth;
     std::string m_layout = "bgra";
     std::string m_start;

@@ -92,6 +92,9 @@ std::string lumisetCommand(const hostkit::EffectCatalogue& catalogue, const host
     if (job.bits != 0) {
         add("--bits", std::to_string(job.bits));
     }
+    if (job.width > 0 || job.height > 0) {
+        add("--size", std::to_string(job.width) + 'x' + std::to_string(job.height));
+    }
     if (job.quality >= 0) {
         add("--quality", std::to_string(job.quality));
     }

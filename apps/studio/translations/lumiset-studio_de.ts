@@ -172,6 +172,18 @@
         <translation>Von In bis Out, %1 bis %2</translation>
     </message>
     <message>
+        <source>%1 × %2</source>
+        <translation>%1 × %2</translation>
+    </message>
+    <message>
+        <source>%1, as the clip</source>
+        <translation>%1, wie der Clip</translation>
+    </message>
+    <message>
+        <source>Effects work at the clip&apos;s size; what they make is scaled.</source>
+        <translation>Effekte rechnen in der Größe des Clips; ihr Ergebnis wird skaliert.</translation>
+    </message>
+    <message>
         <source>Keep transparency</source>
         <translation>Transparenz behalten</translation>
     </message>
@@ -200,12 +212,8 @@
         <translation>&amp;Bereich:</translation>
     </message>
     <message>
-        <source>Size:</source>
-        <translation>Größe:</translation>
-    </message>
-    <message>
-        <source>%1 × %2, as the clip</source>
-        <translation>%1 × %2, wie der Clip</translation>
+        <source>&amp;Size:</source>
+        <translation>&amp;Größe:</translation>
     </message>
     <message>
         <source>&amp;Bits a sample:</source>
@@ -218,6 +226,10 @@
     <message>
         <source>R&amp;enderer:</source>
         <translation>Berechnet &amp;von:</translation>
+    </message>
+    <message>
+        <source>Copy as Command Line</source>
+        <translation>Als Befehlszeile kopieren</translation>
     </message>
     <message>
         <source>Add to Queue</source>
@@ -234,6 +246,10 @@
     <message>
         <source>That is the clip itself.</source>
         <translation>Das ist der Clip selbst.</translation>
+    </message>
+    <message>
+        <source>The line is on the clipboard.</source>
+        <translation>Die Zeile ist in der Zwischenablage.</translation>
     </message>
     <message>
         <source>There is no folder &quot;%1&quot;.</source>
@@ -614,8 +630,8 @@
         <translation>In der Zwischenablage ist kein Effekt.</translation>
     </message>
     <message>
-        <source>%1 clips were dropped. The first one is open; the look can go on all of them.</source>
-        <translation>%1 Clips sind gekommen. Der erste ist offen; der Look kann auf alle.</translation>
+        <source>These are %1 clips. The first one is open; the look can go on all of them.</source>
+        <translation>Das sind %1 Clips. Der erste ist offen; der Look kann auf alle.</translation>
     </message>
     <message>
         <source>Export All with This Look</source>

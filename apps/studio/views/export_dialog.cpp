@@ -1,6 +1,8 @@
 #include "apps/studio/views/export_dialog.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
@@ -17,6 +19,8 @@
 #include <array>
 #include <limits>
 
+#include "apps/studio/core/command_text.h"
+#include "apps/studio/core/export_sizes.h"
 #include "apps/studio/model/studio.h"
 #include "apps/studio/views/theme.h"
 #include "apps/studio/views/timeline.h"
@@ -81,6 +85,12 @@ ExportDialog::ExportDialog(Studio& studio, QWidget* parent) : QDialog(parent), m
         m_range->addItem(tr("From In to Out, %1 to %2").arg(timeCode(range.first, rate), timeCode(range.last, rate)));
         m_range->setCurrentIndex(1);
     }
+    m_size = new QComboBox;
+    for (const Size& size : exportSizes(clip.format)) {
+        const QString text = tr("%1 × %2").arg(size.width).arg(size.height);
+        m_size->addItem(m_size->count() == 0 ? tr("%1, as the clip").arg(text) : text, QSize(size.width, size.height));
+    }
+    m_size->setToolTip(tr("Effects work at the clip's size; what they make is scaled."));
     m_depth = new QComboBox;
     m_quality = new QComboBox;
     for (const Quality& quality : kQualities) {
@@ -105,16 +115,19 @@ ExportDialog::ExportDialog(Studio& studio, QWidget* parent) : QDialog(parent), m
     to->setBuddy(m_file);  // a row of a layout finds none by itself
     form->addRow(to, fileRow);
     form->addRow(tr("&Range:"), m_range);
-    form->addRow(tr("Size:"), new QLabel(tr("%1 × %2, as the clip").arg(clip.format.width).arg(clip.format.height)));
+    form->addRow(tr("&Size:"), m_size);
     form->addRow(tr("&Bits a sample:"), m_depth);
     form->addRow(tr("&Quality:"), m_quality);
     form->addRow(QString(), m_alpha);
     form->addRow(tr("R&enderer:"), m_renderer);
     form->addRow(m_note);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    QPushButton* copy = buttons->addButton(tr("Copy as Command Line"), QDialogButtonBox::ActionRole);
+    copy->setAutoDefault(false);
+    connect(copy, &QPushButton::clicked, this, &ExportDialog::copyCommand);
     m_add = buttons->addButton(tr("Add to Queue"), QDialogButtonBox::AcceptRole);
-    m_add->setDefault(true);
     form->addRow(buttons);
+    m_add->setDefault(true);  // of the dialog that it is in by now
     connect(buttons, &QDialogButtonBox::accepted, this, &ExportDialog::add);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_kind, &QComboBox::currentIndexChanged, this, &ExportDialog::chooseKind);
@@ -184,6 +197,10 @@ render::FileJob ExportDialog::job() const {
         job.startSeconds = 0.0;
         job.durationSeconds = std::numeric_limits<double>::infinity();
     }
+    if (m_size->currentIndex() > 0) {
+        job.width = m_size->currentData().toSize().width();
+        job.height = m_size->currentData().toSize().height();
+    }
     job.codec = kind.codec;
     job.bits = m_depth->currentData().toInt();
     job.quality = kind.quality ? kQualities[static_cast<std::size_t>(m_quality->currentIndex())].factor : -1;
@@ -192,14 +209,23 @@ render::FileJob ExportDialog::job() const {
     return job;
 }
 
+void ExportDialog::copyCommand() {
+    try {
+        QApplication::clipboard()->setText(toQt(lumisetCommand(m_studio.catalogue(), m_studio.document.look(), job())));
+        m_note->setText(tr("The line is on the clipboard."));
+    } catch (const hostkit::LookError& error) {
+        m_note->setText(toQt(error.what()));
+    }
+}
+
 void ExportDialog::add() {
     QSettings().setValue("folders/export", QFileInfo(m_file->text()).absolutePath());
     const FrameRange range = m_studio.preview.range();
     const ClipInfo& clip = *m_studio.preview.clip();
     const bool whole = m_range->currentIndex() == 0;
-    m_studio.exports.add(
-        job(), m_studio.document.snapshot(), m_studio.document.title(),
-        {whole ? clip.frameCount : range.last - range.first + 1, {clip.format.width, clip.format.height}});
+    const QSize size = m_size->currentData().toSize();
+    m_studio.exports.add(job(), m_studio.document.snapshot(), m_studio.document.title(),
+                         {whole ? clip.frameCount : range.last - range.first + 1, {size.width(), size.height()}});
     accept();
 }
 

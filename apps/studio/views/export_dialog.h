@@ -29,12 +29,14 @@ private:
     void chooseKind();
     void browse();
     void check();
+    void copyCommand();
     void add();
 
     Studio& m_studio;
     QComboBox* m_kind;
     QLineEdit* m_file;
     QComboBox* m_range;
+    QComboBox* m_size;
     QComboBox* m_depth;
     QComboBox* m_quality;
     QCheckBox* m_alpha;

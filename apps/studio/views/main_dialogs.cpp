@@ -234,19 +234,18 @@ void MainWindow::pasteEffect() {
 }
 
 void MainWindow::offerClips(const QStringList& clips) {
-    m_messages->tell(
-        MessageBar::Kind::kNote,
-        tr("%1 clips were dropped. The first one is open; the look can go on all of them.").arg(clips.size()),
-        {{tr("Export All with This Look"), [this, clips] {
-              for (const QString& clip : clips) {
-                  render::FileJob job;
-                  job.input = clip.toStdString();
-                  job.output = m_studio.outputFor(clip, "mp4").toStdString();
-                  job.gpu = m_studio.preview.usesGpu();
-                  m_studio.exports.add(job, m_studio.document.snapshot(), m_studio.document.title());
-              }
-              showQueue();
-          }}});
+    m_messages->tell(MessageBar::Kind::kNote,
+                     tr("These are %1 clips. The first one is open; the look can go on all of them.").arg(clips.size()),
+                     {{tr("Export All with This Look"), [this, clips] {
+                           for (const QString& clip : clips) {
+                               render::FileJob job;
+                               job.input = clip.toStdString();
+                               job.output = m_studio.outputFor(clip, "mp4").toStdString();
+                               job.gpu = m_studio.preview.usesGpu();
+                               m_studio.exports.add(job, m_studio.document.snapshot(), m_studio.document.title());
+                           }
+                           showQueue();
+                       }}});
 }
 
 void MainWindow::tellMissing(const QString& clip) {
