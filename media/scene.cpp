@@ -1,5 +1,10 @@
 #include "media/scene.h"
 
+#include <algorithm>
+#include <cmath>
+#include <future>
+#include <utility>
+
 #include "media/scene_parts.h"
 
 namespace lumiset::media {
@@ -70,28 +75,33 @@ Scene::Scene(int width, int height, ScenePart part)
       m_still(std::make_unique<SceneCanvas>(width, height)),
       m_work(std::make_unique<SceneCanvas>(width, height)) {
     SceneCanvas& still = *m_still;
+    // The large layers are made ready at the same time.
+    auto inFront = std::async(std::launch::async, [&still] { return std::pair(portraitIn(still), titleIn(still)); });
     const Landscape landscape(still);
     m_moving = std::make_unique<MovingFigures>(still, landscape);
     {
         SceneCanvas ground(width, height);
         if (part != ScenePart::kCutOut) {
             putGround(ground, landscape);
-            drawSky(still, landscape);
+            std::vector<float> hidden = alphaOf(ground);
+            std::transform(hidden.begin(), hidden.end(), hidden.begin(), [](float alpha) { return std::floor(alpha); });
+            drawSky(still, landscape, hidden.data());
             putOver(ground, still);
         }
         m_aboveClouds = alphaOf(ground);
     }
+    const auto [portrait, title] = inFront.get();
     SceneCanvas front(width, height);
-    putTitle(front);
+    front.put(title.layer, title.left, title.top);
     if (part != ScenePart::kCutOut) {
         drawTestStrip(front);
     }
-    putPortrait(still);
+    still.put(portrait.layer, portrait.left, portrait.top);
     if (part == ScenePart::kWindow) {
         cutWindow(still);
     }
     putOver(front, still);
-    putPortrait(front);
+    front.put(portrait.layer, portrait.left, portrait.top);
     m_aboveBalloons = alphaOf(front);
     for (int y = 0; y < height; y++) {
         for (int x = 0; x < width; x++) {

@@ -124,8 +124,12 @@ public:
         for (int y = toPixel(box.top, m_height, -1); y < bottom; y++) {
             float* pixels = row(y);
             for (int x = left; x < right; x++) {
+                const float shown = cover == nullptr ? 1 : 1 - cover[index(x, y)];
+                if (!(shown > 0)) {
+                    continue;
+                }
                 const Paint paint = shape(pointAt(x, y));
-                const float alpha = cover == nullptr ? paint.alpha : paint.alpha * (1 - cover[index(x, y)]);
+                const float alpha = paint.alpha * shown;
                 if (alpha > 0) {
                     float* p = pixels + 4 * x;
                     p[0] += (paint.color.r - p[0]) * alpha;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "media/scene_parts.h"
 
@@ -58,10 +59,10 @@ Landscape::Landscape(const SceneCanvas& canvas)
     middle = 0.5F * static_cast<float>(canvas.width()) - std::max(kFocus, -room) * unit;
 }
 
-void drawSky(SceneCanvas& canvas, const Landscape& landscape) {
+void drawSky(SceneCanvas& canvas, const Landscape& landscape, const float* cover) {
     const float scale = canvas.unit() / landscape.unit;
     const float shift = 0.5F * static_cast<float>(canvas.width()) - landscape.middle;
-    canvas.draw(canvas.everywhere(), [&](Vec at) -> Paint {
+    const auto sky = [&](Vec at) -> Paint {
         const Vec p = {at.x * scale + shift / landscape.unit, at.y * scale};
         const float t = clamp01((p.y + 0.5F) / 0.62F);
         Color color = mix({0.16F, 0.42F, 0.80F}, {0.55F, 0.78F, 0.95F}, smooth(0, 0.75F, t));
@@ -70,7 +71,8 @@ void drawSky(SceneCanvas& canvas, const Landscape& landscape) {
         color = mix(color, {1.0F, 0.95F, 0.80F}, 0.75F * std::exp(-d * 7.0F));
         color = mix(color, {1.0F, 0.985F, 0.90F}, clamp01(0.5F - (d - 0.055F) * landscape.unit));
         return {color, 1};
-    });
+    };
+    canvas.draw(canvas.everywhere(), sky, cover);
 }
 
 void putGround(SceneCanvas& canvas, const Landscape& landscape) {
@@ -158,17 +160,18 @@ void MovingFigures::drawBalloons(SceneCanvas& canvas, double seconds, const floa
     }
 }
 
-void putPortrait(SceneCanvas& canvas) {
+PlacedLayer portraitIn(const SceneCanvas& canvas) {
     const float unit = canvas.unit();
-    const Layer portrait =
+    Layer portrait =
         scaled(chosen(EmbeddedFile::kPortrait, EmbeddedFile::kPortraitSmall, unit), 0.58241F * unit, 0.65833F * unit);
-    canvas.put(portrait, rounded((canvas.half().x + 0.17870F) * unit), canvas.height() - portrait.height);
+    const int top = canvas.height() - portrait.height;
+    return {std::move(portrait), rounded((canvas.half().x + 0.17870F) * unit), top};
 }
 
-void putTitle(SceneCanvas& canvas) {
+PlacedLayer titleIn(const SceneCanvas& canvas) {
     const float unit = canvas.unit();
-    const Layer title = scaled(storedLayer(EmbeddedFile::kTitle), 0.84120F * unit, 0.18796F * unit);
-    canvas.put(title, rounded((canvas.half().x - 0.41898F) * unit), rounded(0.02083F * unit));
+    return {scaled(storedLayer(EmbeddedFile::kTitle), 0.84120F * unit, 0.18796F * unit),
+            rounded((canvas.half().x - 0.41898F) * unit), rounded(0.02083F * unit)};
 }
 
 }  // namespace lumiset::media

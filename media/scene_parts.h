@@ -17,8 +17,8 @@ struct Landscape {
     Layer ground;  ///< all that stands before the sky, down to the frame's lower edge
 };
 
-/// Sky with its sun, filling the frame.
-void drawSky(SceneCanvas& canvas, const Landscape& landscape);
+/// Sky with its sun, filling the frame but for what `cover` hides altogether.
+void drawSky(SceneCanvas& canvas, const Landscape& landscape, const float* cover);
 /// Mountains, meadow, house and tree.
 void putGround(SceneCanvas& canvas, const Landscape& landscape);
 
@@ -36,10 +36,16 @@ private:
     std::vector<Layer> m_balloons;
 };
 
+/// A layer at the size and the place that it has in a frame, in pixels.
+struct PlacedLayer {
+    Layer layer;
+    int left;
+    int top;
+};
 /// A woman's head and shoulders, at the frame's lower edge.
-void putPortrait(SceneCanvas& canvas);
+[[nodiscard]] PlacedLayer portraitIn(const SceneCanvas& canvas);
 /// The title, with its shadow, and the line below it.
-void putTitle(SceneCanvas& canvas);
+[[nodiscard]] PlacedLayer titleIn(const SceneCanvas& canvas);
 
 /// Colour bars, a grey ramp and gratings as fine as the pixels, on a panel.
 void drawTestStrip(SceneCanvas& canvas);
