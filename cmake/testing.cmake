@@ -12,13 +12,16 @@ set(ENV{XDG_RUNTIME_DIR} "@PROJECT_BINARY_DIR@/runtime")
 ]])
 
 # lumiset_test(NAME SOURCES file... LINKS library... ) declares a GoogleTest program whose cases CTest lists. Where
-# programs run in an emulator CTest lists the programs alone: starting one costs more than most cases.
+# programs run in an emulator CTest lists the programs alone: starting one costs more than most cases. With BY_HAND it is
+# neither listed nor built unless somebody asks for it.
 function(lumiset_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "BY_HAND" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE lumiset_options ${ARG_LINKS} GTest::gtest_main)
   set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${LUMISET_TEST_ENVIRONMENT})
-  if(CMAKE_CROSSCOMPILING)
+  if(ARG_BY_HAND)
+    set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
+  elseif(CMAKE_CROSSCOMPILING)
     add_test(NAME ${name} COMMAND ${name})
     # GoogleTest's last words are the skipped cases, unless some failed: then CTest calls the program skipped too.
     set_tests_properties(${name} PROPERTIES

@@ -10,6 +10,7 @@
 #include "hostkit/look_json.h"
 #include "hostkit/module.h"
 #include "render/file_render.h"
+#include "tests/studio/interlaced_clip.h"
 
 namespace lumiset::studio {
 namespace {
@@ -140,6 +141,26 @@ TEST_F(EngineTest, DrawsThumbnailsAndReadsAheadBehindWhatIsShown) {
     EXPECT_EQ(std::count(order.begin(), order.end(), "thumbnail 144"), 3);
     EXPECT_EQ(order.back(), "thumbnail 144") << "the last of the least urgent comes last";
     EXPECT_LT(std::find(order.begin(), order.end(), "shown"), std::find(order.begin(), order.end(), "ahead"));
+}
+
+TEST_F(EngineTest, ShowsTheFieldsOfInterlacedClips) {
+    const std::string file = testing::TempDir() + "/lumiset_fields.mkv";
+    for (const bool topFirst : {true, false}) {
+        writeInterlaced(file, topFirst);
+        ASSERT_TRUE(open(file)) << openError;
+        FrameWish wish = wishFor(0, nullptr, {64, 48});
+        const auto rows = [&](Fields fields) {  // two in the middle
+            wish.fields = fields;
+            const FrameShot shot = show(wish);
+            return std::pair<int, int>(shot.picture->pixel(30, 20)[1], shot.picture->pixel(30, 21)[1]);
+        };
+        const std::pair<int, int> top{200, 200};
+        const std::pair<int, int> bottom{50, 50};
+        EXPECT_EQ(rows(Fields::kWoven), std::pair(200, 50));
+        EXPECT_EQ(rows(Fields::kFirst), topFirst ? top : bottom);
+        EXPECT_EQ(rows(Fields::kSecond), topFirst ? bottom : top);
+    }
+    std::filesystem::remove(file);
 }
 
 TEST_F(EngineTest, PicksTheMeanColourUnderThePointer) {

@@ -49,12 +49,14 @@ TEST_F(ExportTest, WritesTheBytesThatTheCommandLineWrites) {
         const char* ending;
         const char* codec;
         int bits;
+        int height;
     };
-    for (const Case& each :
-         {Case{"y4m", "", 0}, Case{"mov", "prores", 10}, Case{"mp4", "", 0}, Case{"mkv", "ffv1", 0}}) {
+    for (const Case& each : {Case{"y4m", "", 0, 0}, Case{"mov", "prores", 10, 0}, Case{"mp4", "", 0, 0},
+                             Case{"mkv", "ffv1", 0, 0}, Case{"y4m", "", 0, 100}}) {
         render::FileJob job = studio.jobFor(file("studio.") + each.ending);
         job.codec = each.codec;
         job.bits = each.bits;
+        job.height = each.height;
         const quint64 number = studio.exports.add(job, studio.document.snapshot(), "test");
         ASSERT_TRUE(waitForExports());
         ASSERT_EQ(item(number).state, ExportQueue::State::kDone) << item(number).error.toStdString();
@@ -65,6 +67,9 @@ TEST_F(ExportTest, WritesTheBytesThatTheCommandLineWrites) {
         const QByteArray written = bytesOf(toQt(job.output));
         EXPECT_GT(written.size(), 1000);
         EXPECT_TRUE(written == bytesOf(file("studio.") + each.ending)) << each.ending;
+        EXPECT_EQ(written.startsWith("YUV4MPEG2 W178 H100 "), each.height != 0);
+        QFile::remove(file("studio.") + each.ending);
+        QFile::remove(toQt(job.output));
     }
 }
 
@@ -111,6 +116,17 @@ TEST_F(ExportTest, CancelledAndFailedOnesLeaveNothingAndTheRestGoesOn) {
     EXPECT_FALSE(item(failing).error.isEmpty());
     EXPECT_EQ(item(good).state, ExportQueue::State::kDone);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList("good.y4m"));
+}
+
+TEST_F(ExportTest, OnesInOpenGLAreCancelledToo) {
+    makeLook();
+    render::FileJob endless = studio.jobFor(file("long.mkv"));
+    endless.input = "scene:320x180:100000";
+    endless.gpu = true;
+    const quint64 number = studio.exports.add(endless, studio.document.snapshot(), "long");
+    ASSERT_TRUE(waitFor([&] { return item(number).frames > 3; }));
+    studio.exports.cancel(number);
+    EXPECT_TRUE(waitForExports());
 }
 
 TEST_F(ExportTest, ProposesNamesThatAreFree) {

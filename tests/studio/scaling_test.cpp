@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 
+#include "apps/studio/core/export_sizes.h"
 #include "apps/studio/core/picture_scaling.h"
 #include "hostkit/thread_pool.h"
 
@@ -136,6 +137,26 @@ TEST(PictureScalingTest, ShowsWidePixelsAsSquares) {
     EXPECT_EQ(shownSize(format), (Size{720, 648}));
     format.width = format.height = 1;
     EXPECT_EQ(shownSize(format, {1, 1}), (Size{1, 1}));
+}
+
+TEST(ExportSizesTest, AreTheClipsAndUsualSmallerOnesOfItsShape) {
+    const struct {
+        int width, height;
+        media::Rational pixels;
+        std::vector<Size> sizes;
+    } kCases[] = {
+        {1920, 1080, {1, 1}, {{1920, 1080}, {1280, 720}, {854, 480}, {640, 360}, {426, 240}}},
+        {1080, 1920, {1, 1}, {{1080, 1920}, {720, 1280}, {480, 854}, {360, 640}, {240, 426}}},
+        {720, 576, {16, 15}, {{720, 576}, {768, 576}, {640, 480}, {480, 360}, {320, 240}}},
+        {320, 200, {1, 1}, {{320, 200}}},
+    };
+    for (const auto& each : kCases) {
+        media::VideoFormat format;
+        format.width = each.width;
+        format.height = each.height;
+        format.pixelAspect = each.pixels;
+        EXPECT_EQ(exportSizes(format), each.sizes) << each.width;
+    }
 }
 
 }  // namespace

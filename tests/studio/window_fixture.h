@@ -24,6 +24,16 @@ protected:
         settle();
     }
 
+    template <class Widget>
+    Widget* control(const QString& name) {
+        for (Widget* each : window.findChildren<Widget*>()) {
+            if (each->accessibleName() == name && each->isVisible()) {
+                return each;
+            }
+        }
+        ADD_FAILURE() << "no control " << name.toStdString();
+        return nullptr;
+    }
     void trigger(const char* action) {
         QAction* found = window.action(action);
         ASSERT_NE(found, nullptr) << action;

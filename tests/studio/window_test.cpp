@@ -1,17 +1,22 @@
 #include <QAbstractButton>
+#include <QClipboard>
+#include <QComboBox>
 #include <QFile>
 #include <QLineEdit>
 #include <QLocale>
 #include <QMessageBox>
 #include <QProcess>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTabBar>
 #include <QToolButton>
 #include <QTranslator>
+#include <algorithm>
 #include <set>
 
 #include "apps/studio/core/command_text.h"
 #include "apps/studio/views/curve_view.h"
+#include "apps/studio/views/export_dialog.h"
 #include "apps/studio/views/message_bar.h"
 #include "apps/studio/views/number_field.h"
 #include "apps/studio/views/panel.h"
@@ -28,16 +33,6 @@ namespace {
 
 class WindowTest : public WindowFixture {
 protected:
-    template <class Widget>
-    Widget* control(const QString& name) {
-        for (Widget* each : window.findChildren<Widget*>()) {
-            if (each->accessibleName() == name && each->isVisible()) {
-                return each;
-            }
-        }
-        ADD_FAILURE() << "no control " << name.toStdString();
-        return nullptr;
-    }
     void drag(QWidget& widget, QPoint from, QPoint to, Qt::KeyboardModifiers modifiers = {}) {
         QTest::mousePress(&widget, Qt::LeftButton, modifiers, from);
         for (int step = 1; step <= 5; ++step) {
@@ -283,43 +278,31 @@ TEST_F(WindowTest, AsksBeforeWorkIsLostAndClosesWhileRendering) {
     // What is under way ends with the objects, which the sanitizers watch.
 }
 
-TEST_F(WindowTest, WhatIsOfferedWaitsUntilItIsAnswered) {
-    bool restored = false;
-    MessageBar& bar = window.messages();
-    bar.tell(MessageBar::Kind::kWarning, "offer", {{"Restore", [&] { restored = true; }}});
-    bar.tell(MessageBar::Kind::kNote, "note");
-    EXPECT_EQ(bar.text(), "note");
-    open("scene:320x180:1");
-    control<QToolButton>("Close the message")->click();
-    EXPECT_EQ(bar.text(), "offer") << "below the note, though a clip was opened";
-    bar.choose(0);
-    EXPECT_TRUE(restored);
-    EXPECT_TRUE(bar.isHidden());
-
-    Studio fresh;
-    MainWindow other(fresh);
-    other.show();
-    fresh.openFile(file("gone.mp4"));
-    ASSERT_TRUE(waitFor([&] { return fresh.preview.clip() != nullptr; })) << "the scene in its place";
-    EXPECT_TRUE(other.messages().text().contains("gone.mp4")) << other.messages().text().toStdString();
-    other.close();
-    EXPECT_FALSE(other.isVisible()) << "there is nothing to ask";
-}
-
-TEST_F(WindowTest, DroppedLooksCanBeUndoneAndOpenedOnesAskFirst) {
-    const QString file = LUMISET_SOURCE "/looks/only_red.lumilook";
-    studio.document.addEffect("Viewfinder");
-    const std::string mine = look();
-    window.drop({file});
-    EXPECT_NE(look(), mine);
-    EXPECT_EQ(studio.document.undoStack().undoText(), "Look Only Red");
-    trigger("undo");
-    EXPECT_EQ(look(), mine);
-    window.open({file});
-    auto* question = window.findChild<QMessageBox*>("saveQuestion");
-    ASSERT_NE(question, nullptr) << "unsaved work";
-    QTest::mouseClick(question->button(QMessageBox::Cancel), Qt::LeftButton);
-    EXPECT_EQ(look(), mine);
+TEST_F(WindowTest, ExportsAtTheSizeThatIsChosen) {
+    open("scene:640x360:1");
+    studio.document.addEffect("Outline");
+    studio.exports.setPaused(true);
+    trigger("export");
+    auto* dialog = window.findChild<ExportDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    const auto boxes = dialog->findChildren<QComboBox*>();
+    const auto sizes = std::find_if(boxes.begin(), boxes.end(),
+                                    [](const QComboBox* each) { return each->itemText(1) == "426 × 240"; });
+    ASSERT_NE(sizes, boxes.end());
+    EXPECT_EQ(dialog->job().width, 0) << "as the clip";
+    (*sizes)->setCurrentIndex(1);
+    dialog->findChild<QLineEdit*>()->setText(file("small.mp4"));
+    for (QPushButton* button : dialog->findChildren<QPushButton*>()) {
+        if (button->text() == "Copy as Command Line") {
+            button->click();
+        }
+    }
+    EXPECT_TRUE(QApplication::clipboard()->text().contains("small.mp4")) << "this export";
+    EXPECT_TRUE(QApplication::clipboard()->text().contains(" --size 426x240"));
+    QTest::keyClick(dialog->findChild<QLineEdit*>(), Qt::Key_Return);  // adds, and does not cancel
+    ASSERT_EQ(studio.exports.items().size(), 1U);
+    EXPECT_EQ(studio.exports.items().front().job.width, 426);
+    EXPECT_EQ(studio.exports.items().front().size, (Size{426, 240})) << "the queue shows it";
 }
 
 TEST_F(WindowTest, SpeaksOtherLanguagesAndFollowsTheTheme) {
@@ -342,6 +325,26 @@ TEST_F(WindowTest, SpeaksOtherLanguagesAndFollowsTheTheme) {
     trigger("theme1");
     EXPECT_LT(ink(), dark / 2) << "dark ink on light ground";
     trigger("theme2");
+}
+
+TEST_F(WindowTest, IconsTellWhatIsOn) {
+    const auto drawn = [&](const char* action, QIcon::Mode mode = QIcon::Normal) {
+        return window.action(action)->icon().pixmap(32, 32, mode).toImage();
+    };
+    const QImage play = drawn("play");
+    studio.player.play();
+    EXPECT_NE(drawn("play"), play);
+    studio.player.stop();
+    EXPECT_EQ(drawn("play"), play);
+    const QImage sound = drawn("mute");
+    window.action("mute")->setChecked(true);
+    EXPECT_NE(drawn("mute"), sound);
+    EXPECT_TRUE(studio.player.isMuted());
+    EXPECT_NE(drawn("play", QIcon::Disabled), play);
+    for (const QToolButton* button : window.findChildren<QToolButton*>()) {
+        EXPECT_TRUE(!button->icon().isNull() || !button->isVisible() || !button->text().isEmpty());
+        EXPECT_TRUE(button->defaultAction() == nullptr || !button->icon().isNull()) << button->text().toStdString();
+    }
 }
 
 TEST_F(WindowTest, EverythingHasANameAndItsPlace) {
