@@ -188,6 +188,7 @@ TEST_F(DocumentTest, NumberedPicturesAreOneClip) {
     EXPECT_EQ(sequenceOf({third, first, second}).value_or(""), file("shot_%02d.png:8-10"));
     EXPECT_FALSE(sequenceOf({first, third})) << "one is missing between them";
     EXPECT_FALSE(sequenceOf({first, other}));
+    EXPECT_FALSE(sequenceOf({first, write("tale_09.png")})) << "of two series";
     EXPECT_FALSE(sequenceOf({first, first}));
     EXPECT_FALSE(sequenceAround(other));
     EXPECT_EQ(sequenceAround(second).value_or(""), file("shot_%02d.png"));

@@ -52,7 +52,7 @@ TEST_F(OffersTest, WhatIsOfferedWaitsUntilItIsAnswered) {
     EXPECT_EQ(bar.text(), "note");
     open("scene:320x180:1");
     control<QToolButton>("Close the message")->click();
-    EXPECT_EQ(bar.text(), "offer") << "below the note, though a clip was opened";
+    ASSERT_EQ(bar.text(), "offer") << "below the note, though a clip was opened";
     bar.choose(0);
     EXPECT_TRUE(restored);
     EXPECT_TRUE(bar.isHidden());
