@@ -32,7 +32,7 @@ std::filesystem::path findAnyModule() {
     } catch (const ModuleError&) {
         std::error_code error;
         for (const std::filesystem::path& folder : systemLibraryDirectories()) {
-            const std::filesystem::path place = folder / "lumiset" / dynamicLibraryName("vantrel_lumiset5");
+            std::filesystem::path place = folder / "lumiset" / dynamicLibraryName("vantrel_lumiset5");
             if (std::filesystem::exists(place, error)) {
                 return place;
             }
