@@ -148,7 +148,7 @@ private:
         renderer.render(plan.oneOfTwo ? hostkit::fieldOf(from.desc(), bottom) : from.desc(),
                         plan.oneOfTwo ? hostkit::fieldOf(to.desc(), bottom) : to.desc(), contextOf(source, plan));
         if (goesOn()) {
-            static_cast<void>(writePixels(to.desc(), picture, output.pixels(), window, plan.rows, goOn));
+            writePixels(to.desc(), picture, output.pixels(), window, plan.rows, goOn);
         }
     }
 

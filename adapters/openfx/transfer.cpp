@@ -231,7 +231,7 @@ std::uint8_t* frameRow(const VideoFrameDesc& frame, int y) {
 }
 
 template <class Sample>
-bool writeRows(const VideoFrameDesc& frame, const RectI& region, const Pixels& pixels, const RectI& window, Rows rows,
+void writeRows(const VideoFrameDesc& frame, const RectI& region, const Pixels& pixels, const RectI& window, Rows rows,
                const GoOn& goOn) {
     const RectI wanted = intersection(window, pixels.bounds);
     const RectI inside = intersection(wanted, region);
@@ -242,7 +242,7 @@ bool writeRows(const VideoFrameDesc& frame, const RectI& region, const Pixels& p
     }
     for (int y = inside.y1; y < inside.y2 && width > 0; ++y) {
         if ((y - inside.y1) % kRowsBetweenQuestions == 0 && !goOn()) {
-            return false;
+            return;
         }
         if (isMeant(rows, y - region.y1)) {
             const std::uint8_t* from = frameRow(frame, region.y2 - 1 - y);
@@ -251,7 +251,6 @@ bool writeRows(const VideoFrameDesc& frame, const RectI& region, const Pixels& p
             writeAny(pixels, copy.data(), pixels.at(inside.x1, y), width);
         }
     }
-    return true;
 }
 
 }  // namespace
@@ -272,10 +271,13 @@ bool readPixels(const Pixels& pixels, const RectI& region, const VideoFrameDesc&
     return true;
 }
 
-bool writePixels(const VideoFrameDesc& frame, const RectI& region, const Pixels& pixels, const RectI& window, Rows rows,
+void writePixels(const VideoFrameDesc& frame, const RectI& region, const Pixels& pixels, const RectI& window, Rows rows,
                  const GoOn& goOn) {
-    return isFloatFormat(frame.format) ? writeRows<float>(frame, region, pixels, window, rows, goOn)
-                                       : writeRows<std::uint8_t>(frame, region, pixels, window, rows, goOn);
+    if (isFloatFormat(frame.format)) {
+        writeRows<float>(frame, region, pixels, window, rows, goOn);
+    } else {
+        writeRows<std::uint8_t>(frame, region, pixels, window, rows, goOn);
+    }
 }
 
 void clearPixels(const Pixels& pixels, const RectI& window, Rows rows, int bottom) {

@@ -20,9 +20,9 @@ enum class Rows { kAll, kLower, kUpper };  ///< lower are 0, 2, 4 .., upper 1, 3
 
 /// The reverse: the frame is the picture in `region`. Only what lies in `window` and the pixels' bounds is written, of
 /// the rows that are meant; beyond the region it is transparent. Where the pixels have no alpha the frame is put over
-/// black.
-[[nodiscard]] bool writePixels(const VideoFrameDesc& frame, const RectI& region, const Pixels& pixels,
-                               const RectI& window, Rows rows, const GoOn& goOn);
+/// black. Where it is ended before, the rest stays as it was.
+void writePixels(const VideoFrameDesc& frame, const RectI& region, const Pixels& pixels, const RectI& window, Rows rows,
+                 const GoOn& goOn);
 
 /// Makes the window transparent, where the pixels have no alpha black. Rows are counted from `bottom`.
 void clearPixels(const Pixels& pixels, const RectI& window, Rows rows, int bottom);
