@@ -116,7 +116,7 @@ ZimgGraph::Ring ZimgGraph::makeRing(const ImageKind& kind, unsigned rows) {
     ring.planes.version = ZIMG_API_VERSION;
     const unsigned mask = zimg_select_buffer_mask(rows);
     const std::size_t height = mask == ZIMG_BUFFER_MAX ? static_cast<std::size_t>(kind.height) : mask + 1;
-    const std::size_t bytes = static_cast<std::size_t>(kind.width * bytesOf(kind.type));
+    const std::size_t bytes = static_cast<std::size_t>(kind.width) * static_cast<std::size_t>(bytesOf(kind.type));
     const std::size_t stride = (bytes + kAlignment - 1) / kAlignment * kAlignment;
     // Chroma planes take the room of whole ones, which costs little in so few rows.
     ring.memory.resize(4 * stride * height);

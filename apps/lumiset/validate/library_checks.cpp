@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <set>
+#include <string_view>
 
 #include "apps/lumiset/validate/check.h"
 #include "apps/lumiset/validate/effect.h"
@@ -133,6 +134,11 @@ bool isInRange(const ParamInfo& info, const ParamValue& value) {
     }
 }
 
+/// The record as it lies in memory, with what no member names.
+std::string_view bytesOf(const ParamInfo& info) {
+    return {reinterpret_cast<const char*>(&info), sizeof info};
+}
+
 void checkParameters(const Subject& subject) {
     const Module module(subject.module);
     for (const Effect& effect : effectsOf(module.effectLibrary())) {
@@ -144,7 +150,7 @@ void checkParameters(const Subject& subject) {
             need(effect.object->GetParamInfo(index, &info), name + " is not described twice.");
             ParamInfo again{};
             effect.object->GetParamInfo(index, &again);
-            need(std::memcmp(&info, &again, sizeof info) == 0, name + ": not all of its record is filled.");
+            need(bytesOf(info) == bytesOf(again), name + ": not all of its record is filled.");
             need(info.type <= kParamGroup, name + " is of no known type.");
             need(isText(info.label, sizeof info.label), name + " has no label that ends.");
             need(info.visible == 1, name + " is not visible.");
