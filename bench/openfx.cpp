@@ -31,7 +31,8 @@ void add(Cases& cases, const std::string& name, Base base, Depth depth, Alpha al
                          return openfx::readPixels(pixels(n), kAll, describe(ours[n]), goOn);
                      }});
     cases.push_back({"OpenFX, write " + name, base, [=, &ours](std::size_t n) {
-                         return openfx::writePixels(describe(ours[n]), kAll, pixels(n), kAll, openfx::Rows::kAll, goOn);
+                         openfx::writePixels(describe(ours[n]), kAll, pixels(n), kAll, openfx::Rows::kAll, goOn);
+                         return true;
                      }});
 }
 
