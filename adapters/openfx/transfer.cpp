@@ -68,7 +68,7 @@ void readRow(const Pixels& pixels, const std::uint8_t* row, Sample* out, int wid
     const auto* in = reinterpret_cast<const Stored*>(row);
     const Depth depth = pixels.depth;
     const int red = pixels.blueFirst ? 2 : 0;
-    const auto sample = [depth](Stored stored) {
+    const auto sample = [=](Stored stored) {
         if constexpr (std::is_same_v<Stored, float>) {
             return stored;
         } else if constexpr (std::is_same_v<Stored, std::uint8_t>) {

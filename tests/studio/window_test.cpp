@@ -229,6 +229,15 @@ TEST_F(WindowTest, HoveringPreviewsAndLeavingRestores) {
         waitFor([&] { return !list.model()->index(0, 0).data(Thumbnails::kPictureRole).value<QImage>().isNull(); }));
 }
 
+TEST_F(WindowTest, TheMaskIsTheChosenEffectsWhateverIsHoveredOver) {
+    studio.document.addEffect("Selective Tint");
+    studio.preview.setMaskHeld(true);
+    const std::string mask = hostkit::lookToJson(studio.catalogue(), *studio.preview.wish().look);
+    EXPECT_NE(mask, look());
+    studio.preview.setCandidate(std::make_shared<const hostkit::Look>());
+    EXPECT_EQ(hostkit::lookToJson(studio.catalogue(), *studio.preview.wish().look), mask);
+}
+
 TEST_F(WindowTest, PlaysLoopsAndSteps) {
     studio.preview.setRange({10, 14});
     trigger("play");

@@ -173,8 +173,9 @@ FrameWish Preview::wish() const {
     wish.look = m_candidate ? m_candidate : m_document.snapshot();
     if (m_maskHeld && m_document.selected() >= 0) {
         if (const ParameterDescription* view = maskViewOf(*m_document.selectedDescription())) {
+            // What is hovered over may have other effects, or none.
             auto masked =
-                std::make_shared<Look>(inputOf(*wish.look, static_cast<std::size_t>(m_document.selected()) + 1));
+                std::make_shared<Look>(inputOf(m_document.look(), static_cast<std::size_t>(m_document.selected()) + 1));
             masked->effects.back().of(*view).value.boolean = 1;
             masked->effects.back().off = false;
             wish.look = std::move(masked);
