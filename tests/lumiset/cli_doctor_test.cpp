@@ -98,5 +98,13 @@ TEST(Doctor, LooksIntoThePlugins) {
     EXPECT_NE(finding["remedy"], "");
 }
 
+TEST(Doctor, TellsOfAnFFmpegThatDoesNotStart) {
+    const TemporaryFolder folder;
+    writeFile(folder / "ffmpeg", "#!/nowhere\n");
+    std::filesystem::permissions(folder / "ffmpeg", std::filesystem::perms::owner_all);
+    const WithEnvironment searched("PATH", folder.path().string());
+    EXPECT_NE(examine().finding("ffmpeg", "without the frei0r filter")["remedy"], "");
+}
+
 }  // namespace
 }  // namespace lumiset::test
