@@ -51,6 +51,8 @@ TEST(PendingFile, KeepsThePermissionsOfTheOldFileAndShowsNobodyTheNewOneBefore) 
     const fs::path target = folder / "out.png";
     for (const unsigned mode : {0600U, 0640U, 0604U}) {
         writeFile(target, "old");
+        const uid_t owner = mode == 0600U ? 12345U : ::geteuid();
+        const bool isOthers = ::chown(target.c_str(), owner, 54321) == 0;  // by the superuser alone
         fs::permissions(target, fs::perms(mode));
         PendingFile file(target);
         file.write("new");
@@ -60,6 +62,9 @@ TEST(PendingFile, KeepsThePermissionsOfTheOldFileAndShowsNobodyTheNewOneBefore) 
         file.commit();
         EXPECT_EQ(contentsOf(target), "new");
         EXPECT_EQ(permissionsOf(target), fs::perms(mode));
+        struct stat status {};
+        ASSERT_EQ(::stat(target.c_str(), &status), 0);
+        EXPECT_TRUE(!isOthers || (status.st_uid == owner && status.st_gid == 54321));
     }
     EXPECT_EQ(folder.entries(), 1);
 }
