@@ -13,8 +13,8 @@ namespace {
 /// As far as rounding to an even number and cutting to whole pixels takes a size away from a shape.
 constexpr double kRoundedBy = 2.0;
 
-int evenSide(double exact) {
-    return std::clamp(static_cast<int>(2 * std::lround(exact / 2)), kSmallestSide, kLargestSide);
+int allowedSide(double exact) {
+    return std::clamp(evenSide(exact), kSmallestSide, kLargestSide);
 }
 
 /// A size of pixels of this shape shows the whole of `format`'s pictures as they are.
@@ -40,10 +40,14 @@ ImageKind planesOf(const Picture& picture, int field, bool alpha) {
 
 }  // namespace
 
+int evenSide(double exact) {
+    return static_cast<int>(2 * std::lround(exact / 2));
+}
+
 VideoFormat resized(VideoFormat format, int width, int height) {
     const double shape = static_cast<double>(format.width) / format.height;
-    width = width > 0 ? width : evenSide(height * shape);
-    height = height > 0 ? height : evenSide(width / shape);
+    width = width > 0 ? width : allowedSide(height * shape);
+    height = height > 0 ? height : allowedSide(width / shape);
     if (!fits(format, width, height, format.pixelAspect)) {
         const std::int64_t across = std::int64_t{format.pixelAspect.num} * format.width * height;
         const std::int64_t down = std::int64_t{format.pixelAspect.den} * format.height * width;

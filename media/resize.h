@@ -10,6 +10,9 @@ namespace lumiset::media {
 constexpr int kSmallestSide = 16;
 constexpr int kLargestSide = 16384;
 
+/// The even number next to what a side comes to, for files that keep colour at half the size.
+[[nodiscard]] int evenSide(double exact);
+
 /// How the same pictures are described at another size, of `kSmallestSide` to `kLargestSide`; a side of 0 follows from
 /// the other, as an even number. The picture keeps its shape, so that pixels of another one tell players; a size that
 /// has the shape of the stored picture, or of square pixels, but for rounding to whole pixels counts as that.

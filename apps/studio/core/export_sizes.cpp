@@ -10,10 +10,6 @@ namespace {
 
 constexpr int kUsualSides[] = {2160, 1440, 1080, 720, 480, 360, 240};  // the shorter ones
 
-int even(double exact) {
-    return static_cast<int>(2 * std::lround(exact / 2));
-}
-
 }  // namespace
 
 std::vector<Size> exportSizes(const media::VideoFormat& format) {
@@ -21,10 +17,11 @@ std::vector<Size> exportSizes(const media::VideoFormat& format) {
     const double shape = across / format.height;
     std::vector<Size> sizes = {{format.width, format.height}};
     if (std::abs(across - format.width) >= 1.0) {
-        sizes.push_back({even(across), format.height});
+        sizes.push_back({media::evenSide(across), format.height});
     }
     for (const int side : kUsualSides) {
-        const Size smaller = shape < 1.0 ? Size{side, even(side / shape)} : Size{even(side * shape), side};
+        const Size smaller =
+            shape < 1.0 ? Size{side, media::evenSide(side / shape)} : Size{media::evenSide(side * shape), side};
         if (smaller.height < format.height && std::min(smaller.width, smaller.height) >= media::kSmallestSide &&
             std::max(smaller.width, smaller.height) <= media::kLargestSide) {
             sizes.push_back(smaller);
