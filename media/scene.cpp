@@ -75,8 +75,8 @@ Scene::Scene(int width, int height, ScenePart part)
       m_still(std::make_unique<SceneCanvas>(width, height)),
       m_work(std::make_unique<SceneCanvas>(width, height)) {
     SceneCanvas& still = *m_still;
-    // The large layers are made ready at the same time.
-    auto inFront = std::async(std::launch::async, [&still] { return std::pair(portraitIn(still), titleIn(still)); });
+    // The large layers are made ready at the same time, or one after the other where the system has no more threads.
+    auto inFront = std::async([&still] { return std::pair(portraitIn(still), titleIn(still)); });
     const Landscape landscape(still);
     m_moving = std::make_unique<MovingFigures>(still, landscape);
     {

@@ -1,9 +1,13 @@
-// With the C library's own means to fill memory before it is used, which other systems do not have.
+// With the C library's own means to fill memory before it is used and to run out of threads, which other systems do not
+// have.
 
 #include <malloc.h>
+#include <pthread.h>
 
 #include <fstream>
 #include <iterator>
+#include <system_error>
+#include <thread>
 
 #include "tests/media/media_fixture.h"
 
@@ -29,6 +33,22 @@ TEST_F(MediaSteady, GivesTheSameBytesWhateverWasInMemoryBefore) {
         }
         mallopt(M_PERTURB, 0);
     }
+}
+
+TEST_F(MediaSteady, DrawsTheSceneWhereTheSystemHasNoMoreThreads) {
+    const std::vector<Picture> usual = readAll("scene:160x90:0.1:10");
+    pthread_attr_t before;
+    pthread_attr_t vast;  // with stacks that there is no room for
+    ASSERT_EQ(pthread_getattr_default_np(&before), 0);
+    ASSERT_EQ(pthread_getattr_default_np(&vast), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&vast, std::size_t{1} << 47U), 0);
+    ASSERT_EQ(pthread_setattr_default_np(&vast), 0);
+    EXPECT_THROW(std::jthread([] {}), std::system_error);
+    std::vector<Picture> alone;
+    EXPECT_NO_THROW(alone = readAll("scene:160x90:0.1:10"));
+    pthread_setattr_default_np(&before);
+    ASSERT_EQ(alone.size(), usual.size());
+    EXPECT_EQ(worstDifference(alone.at(0), usual.at(0)), 0);
 }
 
 }  // namespace
