@@ -112,7 +112,7 @@ struct RunResult {
     std::string err;
 };
 
-/// Runs the built `lumiset`, a minute at most, with standard input from the file `input`. `meanwhile` is given the
+/// Runs the built `lumiset`, five minutes at most, with standard input from the file `input`. `meanwhile` is given the
 /// process while it runs.
 inline RunResult runLumiset(std::vector<std::string> arguments, const std::string& input = "/dev/null",
                             const std::function<void(pid_t)>& meanwhile = {}) {
@@ -154,7 +154,7 @@ inline RunResult runLumiset(std::vector<std::string> arguments, const std::strin
     }
     int status = 0;
     for (int waited = 0; ::waitpid(process, &status, WNOHANG) == 0; ++waited) {
-        if (waited == 12000) {
+        if (waited == 60000) {
             ::kill(process, SIGKILL);
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));

@@ -37,6 +37,7 @@ int interruptingSignal() {
 void endInterrupted(int signal, const std::string& output) {
     tell("lumiset: Interrupted before " + (output == "-" ? "the output" : '"' + output + '"') + " was complete.\n");
     std::fflush(nullptr);
+    platform::bidFarewell();  // a frame in OpenGL that takes too long is still under way
     std::_Exit(128 + signal);
 }
 
