@@ -27,4 +27,7 @@ public:
 /// renderer; not yet current. Windows ends it with the thread that made it. Throws `GLError`.
 [[nodiscard]] std::unique_ptr<GLContext> createGLContext();
 
+/// What people do on this system where `createGLContext` throws, as a sentence.
+extern const char* const kGLRemedy;
+
 }  // namespace lumiset::hostkit

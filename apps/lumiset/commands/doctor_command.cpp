@@ -69,8 +69,7 @@ Finding glFinding() {
         const hostkit::GLHost gl([](const std::string&) {});
         return {"OpenGL", fmt::format("{}, version {}", gl.info().renderer, gl.info().version)};
     } catch (const hostkit::GLError& error) {
-        return {"OpenGL", error.what(),
-                "Install a graphics driver, on Debian libegl1 and libgl1-mesa-dri for one; --gpu needs it."};
+        return {"OpenGL", error.what(), fmt::format("{} --gpu needs it.", hostkit::kGLRemedy)};
     }
 }
 

@@ -147,6 +147,8 @@ std::vector<EGLDisplay> displays(const Egl& egl) {
 
 }  // namespace
 
+const char* const kGLRemedy = "Install a graphics driver, on Debian libegl1 and libgl1-mesa-dri for one.";
+
 std::unique_ptr<GLContext> createGLContext() {
     static const Egl egl;
     for (const EGLDisplay display : displays(egl)) {

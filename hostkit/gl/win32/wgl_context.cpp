@@ -107,6 +107,9 @@ private:
 
 }  // namespace
 
+const char* const kGLRemedy =
+    "Install the driver that the graphics card's maker offers: that of Windows itself may lack OpenGL.";
+
 std::unique_ptr<GLContext> createGLContext() {
     return std::make_unique<WglContext>();
 }
