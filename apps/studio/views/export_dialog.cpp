@@ -127,7 +127,6 @@ ExportDialog::ExportDialog(Studio& studio, QWidget* parent) : QDialog(parent), m
     connect(copy, &QPushButton::clicked, this, &ExportDialog::copyCommand);
     m_add = buttons->addButton(tr("Add to Queue"), QDialogButtonBox::AcceptRole);
     form->addRow(buttons);
-    m_add->setDefault(true);  // of the dialog that it is in by now
     connect(buttons, &QDialogButtonBox::accepted, this, &ExportDialog::add);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_kind, &QComboBox::currentIndexChanged, this, &ExportDialog::chooseKind);
