@@ -116,7 +116,6 @@ void ValueSlider::mouseReleaseEvent(QMouseEvent* /*event*/) {
 }
 
 void ValueSlider::mouseDoubleClickEvent(QMouseEvent* /*event*/) {
-    m_dragging = false;
     emit resetWanted();
 }
 
