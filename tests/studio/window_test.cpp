@@ -314,6 +314,19 @@ TEST_F(WindowTest, ExportsAtTheSizeThatIsChosen) {
     EXPECT_EQ(studio.exports.items().front().size, (Size{426, 240})) << "the queue shows it";
 }
 
+TEST_F(WindowTest, ExportsFromInToOutWhereOneIsSet) {
+    const auto isOffered = [&](FrameRange range) {
+        studio.preview.setRange(range);
+        const ExportDialog dialog(studio);
+        const auto boxes = dialog.findChildren<QComboBox*>();
+        return std::any_of(boxes.begin(), boxes.end(),
+                           [](const QComboBox* each) { return each->currentText().startsWith("From In to Out"); });
+    };
+    EXPECT_FALSE(isOffered({0, 49}));
+    EXPECT_TRUE(isOffered({1, 49}));
+    EXPECT_TRUE(isOffered({0, 48}));
+}
+
 TEST_F(WindowTest, SpeaksOtherLanguagesAndFollowsTheTheme) {
     translate(*qApp, QLocale("de_DE"));
     EXPECT_EQ(MainWindow::tr("&File"), "&Datei");
