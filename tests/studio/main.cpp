@@ -14,8 +14,10 @@ int main(int argc, char** argv) {
     const QTemporaryDir own;
     QFile sound(own.filePath("alsoft.conf"));
     if (sound.open(QIODevice::WriteOnly)) {
-        sound.write("drivers=wave\nsample-type=int16\nfrequency=48000\n[wave]\nfile=" +
-                    own.filePath("sound.wav").toUtf8() + "\n");
+        sound.write(
+            "drivers=wave\nsample-type=int16\nfrequency=48000\nstereo-mode=headphones\nhrtf=true\ndefault-hrtf=default-"
+            "48000\n[wave]\nfile=" +
+            own.filePath("sound.wav").toUtf8() + "\n");
         sound.close();
     }
     qputenv("ALSOFT_CONF", sound.fileName().toUtf8());
