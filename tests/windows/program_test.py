@@ -143,6 +143,11 @@ class Program(unittest.TestCase):
         self.assertIn(UNICODE, found["Module"]["found"])
         self.assertIn(": 10 of 10 plug-ins", found["frei0r"]["found"])
 
+    def test_doctor_says_what_helps_on_windows(self):
+        remedy = self.findings({"DISPLAY": ""})["OpenGL"]["remedy"]  # Wine has none without a screen
+        self.assertIn("driver", remedy)
+        self.assertNotIn("Debian", remedy)
+
     def test_ctrl_c_leaves_nothing_behind(self):
         output = self.folder / "out"
         output.mkdir()
