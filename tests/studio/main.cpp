@@ -15,8 +15,9 @@ int main(int argc, char** argv) {
     QFile sound(own.filePath("alsoft.conf"));
     if (sound.open(QIODevice::WriteOnly)) {
         sound.write(
-            "drivers=wave\nsample-type=int16\nfrequency=48000\nstereo-mode=headphones\nhrtf=true\ndefault-hrtf=default-"
-            "48000\n[wave]\nfile=" +
+            "drivers=wave\nsample-type=int16\nfrequency=48000\n"
+            "stereo-mode=headphones\nhrtf=true\ndefault-hrtf=default-48000\n"  // of that rate
+            "[wave]\nfile=" +
             own.filePath("sound.wav").toUtf8() + "\n");
         sound.close();
     }
