@@ -18,8 +18,8 @@ void floatToByte(Plane<const float> src, Plane<std::uint8_t> dst, float low, flo
     mapPlane<kTouch>(
         size, dst,
         [&](VecF v) HWY_ATTR {
-            const Vec32 bytes = hn::And(roundToByte(hn::Mul(hn::Sub(v, offset), scale)), hn::Set(Tag32(), 0xFF));
-            return hn::DemoteTo(hn::Rebind<std::uint8_t, TagF>(), hn::BitCast(TagI32(), bytes));
+            const Vec32 words = roundToByte(hn::Mul(hn::Sub(v, offset), scale));
+            return hn::TruncateTo(hn::Rebind<std::uint8_t, TagF>(), words);
         },
         src);
 }

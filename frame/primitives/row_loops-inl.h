@@ -30,6 +30,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "frame/fetch_ahead.h"
 #include "frame/primitives/check.h"
 #include "hwy/highway.h"
 
@@ -111,6 +112,8 @@ HWY_INLINE void mapRow(T* dst, std::size_t samples, const Op& op, const S*... sr
     };
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= samples; i += hn::Lanes(d)) {
+        fetchAhead(dst + i, hn::Lanes(d));
+        (fetchAhead(src + i, hn::Lanes(d)), ...);
         step(dst + i, src + i...);
     }
     if (i < samples) {
@@ -152,6 +155,8 @@ HWY_INLINE void foldPlane(ImgSize size, Plane<std::uint8_t> dst, Plane<const std
         std::uint8_t* out = dst.row(y);
         std::size_t x = 0;
         for (; (x + lanes) * 4 <= rowBytes; x += lanes) {
+            fetchAhead(out + x, lanes);
+            fetchAhead(in + 4 * x, 4 * lanes);
             step(out + x, in + 4 * x);
         }
         if (4 * x < rowBytes) {
@@ -172,6 +177,8 @@ HWY_INLINE void alongPixels(std::size_t lanes, std::int32_t width, const Step& s
     const auto pixels = static_cast<std::size_t>(width);
     std::size_t x = 0;
     for (; x + lanes <= pixels; x += lanes) {
+        fetchAhead(out + kOut * x, kOut * lanes);
+        (fetchAhead(in + kIn * x, kIn * lanes), ...);
         step(x, out + kOut * x, in + kIn * x...);
     }
     if (x < pixels) {
@@ -218,6 +225,8 @@ HWY_INLINE void mapColours(ImgSize size, Plane<const T> src, Plane<T> dst, const
         T* out = dst.row(y);
         std::size_t i = 0;
         for (; i + stepSamples <= rows.samples; i += stepSamples) {
+            fetchAhead(out + i, stepSamples);
+            fetchAhead(in + i, stepSamples);
             step(out + i, in + i);
         }
         if (i < rows.samples) {
