@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "frame/bands.h"
+#include "frame/fetch_ahead.h"
 #include "frame/primitives/check.h"
 #include "frame/primitives/memory.h"
 #include "frame/primitives/resample_taps.h"
@@ -35,13 +36,18 @@ constexpr std::size_t kRowSlack = 64;
 /// Parts of the scratch memory, as offsets in bytes.
 struct ResizeScratch {
     std::size_t starts;     ///< first tap of each column, int32
-    std::size_t weights;    ///< of each column's taps, float
+    std::size_t weights;    ///< of each column's taps, float; once for each sample where `repeatsWeights`
     std::size_t sourceRow;  ///< one row of floats with `kTapMargin` pixels on both sides; for each band
     std::size_t rows;       ///< as many rows of floats as there are taps, `rowBytes` apart; for each band
     std::size_t rowBytes;
     std::size_t bandBytes;  ///< from one band's rows to the next one's
     std::size_t total;
 };
+
+/// The weights of two taps, four times each, are one vector: a pixel's eight samples are weighted at once.
+constexpr bool repeatsWeights(std::size_t channels, std::size_t taps) {
+    return channels == 4 && taps == 2;
+}
 
 ResizeScratch resizeScratch(ImgSize srcSize, ImgSize dstSize, std::int32_t channels, std::int32_t interpolation,
                             const MemoryAllocator* threads) {
@@ -53,7 +59,8 @@ ResizeScratch resizeScratch(ImgSize srcSize, ImgSize dstSize, std::int32_t chann
     parts.weights = padded(columns * sizeof(std::int32_t));
     parts.total = parts.weights;
     if (interpolation != kImgNearest) {
-        parts.sourceRow = parts.weights + taps * padded(columns * sizeof(float));
+        const std::size_t repeats = repeatsWeights(static_cast<std::size_t>(channels), taps) ? 4 : 1;
+        parts.sourceRow = parts.weights + taps * repeats * padded(columns * sizeof(float));
         parts.rows = parts.sourceRow + padded((static_cast<std::size_t>(srcSize.width) + 2 * kTapMargin) * perPixel);
         parts.rowBytes = padded(columns * perPixel);
         parts.bandBytes = parts.rows + taps * parts.rowBytes - parts.sourceRow;
@@ -146,18 +153,43 @@ const float* spreadRow(const T* in, std::size_t width, float* row) {
     return first;
 }
 
-/// One row along x. Four channels: weights[x][tap]; one channel: weights[tap][x], `tapStride` floats apart.
+#if HWY_MAX_BYTES >= 32
+using TwoPixels = hn::FixedTag<float, 8>;
+
+/// From the weighted samples of each of two pixels' taps their sums.
+HWY_INLINE hn::Vec<TwoPixels> sumOfTaps(hn::Vec<TwoPixels> first, hn::Vec<TwoPixels> second) {
+    const TwoPixels d;
+    return hn::Add(hn::ConcatLowerLower(d, second, first), hn::ConcatUpperUpper(d, second, first));
+}
+#endif
+
+/// One row along x. Four channels: weights[x][tap], or as `repeatsWeights` tells; one channel: weights[tap][x],
+/// `tapStride` floats apart.
 template <std::size_t kChannels, std::size_t kTaps>
 void filterRow(const float* HWY_RESTRICT first, const std::int32_t* HWY_RESTRICT starts,
                const float* HWY_RESTRICT weights, std::size_t tapStride, float* HWY_RESTRICT out, std::size_t width) {
     if constexpr (kChannels == 4) {
         const hn::FixedTag<float, 4> d;
-        for (std::size_t x = 0; x < width; ++x) {
-            const float* pixel = first + static_cast<std::ptrdiff_t>(starts[x]) * 4;
-            const float* w = weights + x * kTaps;
+        constexpr std::size_t kRepeats = repeatsWeights(kChannels, kTaps) ? 4 : 1;
+        const auto pixelAt = [&](std::size_t x) { return first + static_cast<std::ptrdiff_t>(starts[x]) * 4; };
+        std::size_t x = 0;
+#if HWY_MAX_BYTES >= 32
+        if constexpr (kRepeats == 4) {
+            const TwoPixels d8;
+            const auto weighted = [&](std::size_t of) HWY_ATTR {
+                return hn::Mul(hn::LoadU(d8, pixelAt(of)), hn::LoadU(d8, weights + 8 * of));
+            };
+            for (; x + 1 < width; x += 2) {
+                hn::StoreU(sumOfTaps(weighted(x), weighted(x + 1)), d8, out + 4 * x);
+            }
+        }
+#endif
+        for (; x < width; ++x) {
+            const float* pixel = pixelAt(x);
+            const float* w = weights + x * kTaps * kRepeats;
             auto sum = hn::Mul(hn::LoadU(d, pixel), hn::Set(d, w[0]));
             for (std::size_t k = 1; k < kTaps; ++k) {
-                sum = hn::Add(sum, hn::Mul(hn::LoadU(d, pixel + 4 * k), hn::Set(d, w[k])));
+                sum = hn::Add(sum, hn::Mul(hn::LoadU(d, pixel + 4 * k), hn::Set(d, w[k * kRepeats])));
             }
             hn::StoreU(sum, d, out + 4 * x);
         }
@@ -191,45 +223,55 @@ void filterPixels(const T* row, std::int32_t rowWidth, const std::int32_t* start
             return hn::LoadU(dSample, at);
         }
     };
+    constexpr std::size_t kRepeats = repeatsWeights(4, kTaps) ? 4 : 1;
     const auto liesInside = [&](std::size_t x) {
         return starts[x] >= 0 && starts[x] + static_cast<std::int32_t>(kTaps) <= rowWidth;
     };
-    for (std::size_t x = 0; x < width; ++x) {
-        const float* w = weights + x * kTaps;
-        const std::int32_t start = starts[x];
-        const bool isInside = liesInside(x);
-#if HWY_MAX_BYTES >= 32
-        // Both taps of a pixel are one vector of eight samples; of two pixels the halves are then summed at once.
-        if (kTaps == 2 && isInside && x + 1 < width && liesInside(x + 1)) {
-            const hn::FixedTag<float, 8> d8;
-            const auto weighted = [&](std::size_t of) HWY_ATTR {
-                const hn::Rebind<T, decltype(d8)> dSamples;
-                const T* at = row + std::ptrdiff_t{4} * starts[of];
-                const float* pair = weights + of * 2;
-                const auto both = hn::Combine(d8, hn::Set(d, pair[1]), hn::Set(d, pair[0]));
-                if constexpr (sizeof(T) == 1) {
-                    const auto whole = hn::PromoteTo(hn::RebindToSigned<decltype(d8)>(), hn::LoadU(dSamples, at));
-                    return hn::Mul(hn::ConvertTo(d8, whole), both);
-                } else {
-                    return hn::Mul(hn::LoadU(dSamples, at), both);
-                }
-            };
-            const auto first = weighted(x);
-            const auto second = weighted(x + 1);
-            hn::StoreU(hn::Add(hn::ConcatLowerLower(d8, second, first), hn::ConcatUpperUpper(d8, second, first)), d8,
-                       out + 4 * x);
-            ++x;
-            continue;
-        }
-#endif
-        auto sum = hn::Zero(d);
-        for (std::size_t k = 0; k < kTaps; ++k) {
-            const std::int32_t pixel = start + static_cast<std::int32_t>(k);
-            const auto product = hn::Mul(load(isInside ? pixel : std::clamp(pixel, 0, rowWidth - 1)), hn::Set(d, w[k]));
-            sum = k == 0 ? product : hn::Add(sum, product);
-        }
-        hn::StoreU(sum, d, out + 4 * x);
+    std::size_t firstInside = 0;
+    std::size_t endInside = width;  // starts never fall along the row
+    while (firstInside < endInside && !liesInside(firstInside)) {
+        ++firstInside;
     }
+    while (endInside > firstInside && !liesInside(endInside - 1)) {
+        --endInside;
+    }
+    std::size_t x = 0;
+    const auto pixelsTo = [&](std::size_t end, const auto& place) HWY_ATTR {
+        for (; x < end; ++x) {
+            const float* w = weights + x * kTaps * kRepeats;
+            auto sum = hn::Zero(d);
+            for (std::size_t k = 0; k < kTaps; ++k) {
+                const std::int32_t pixel = place(starts[x] + static_cast<std::int32_t>(k));
+                const auto product = hn::Mul(load(pixel), hn::Set(d, w[k * kRepeats]));
+                sum = k == 0 ? product : hn::Add(sum, product);
+            }
+            hn::StoreU(sum, d, out + 4 * x);
+        }
+    };
+    const auto nearest = [&](std::int32_t pixel) { return std::clamp(pixel, 0, rowWidth - 1); };
+    pixelsTo(firstInside, nearest);
+#if HWY_MAX_BYTES >= 32
+    if constexpr (kTaps == 2) {
+        const TwoPixels d8;
+        const auto weighted = [&](std::size_t of) HWY_ATTR {
+            const hn::Rebind<T, decltype(d8)> dSamples;
+            const auto samples = hn::LoadU(dSamples, row + std::ptrdiff_t{4} * starts[of]);
+            const auto pair = hn::LoadU(d8, weights + 8 * of);
+            if constexpr (sizeof(T) == 1) {
+                const auto whole = hn::PromoteTo(hn::RebindToSigned<decltype(d8)>(), samples);
+                return hn::Mul(hn::ConvertTo(d8, whole), pair);
+            } else {
+                return hn::Mul(samples, pair);
+            }
+        };
+        for (; x + 1 < endInside; x += 2) {
+            fetchAhead(row + std::ptrdiff_t{4} * starts[x], 8);
+            hn::StoreU(sumOfTaps(weighted(x), weighted(x + 1)), d8, out + 4 * x);
+        }
+    }
+#endif
+    pixelsTo(endInside, [](std::int32_t pixel) { return pixel; });
+    pixelsTo(width, nearest);
 }
 
 /// The weighted sum of rows, to one row of the destination.
@@ -251,6 +293,7 @@ void sumRows(const float* const* rows, const float* weights, T* HWY_RESTRICT out
     };
     std::size_t i = 0;
     for (; i + hn::Lanes(d) <= samples; i += hn::Lanes(d)) {
+        fetchAhead(out + i, hn::Lanes(d));
         hn::StoreU(sumAt(i), dOut, out + i);
     }
     if (i < samples) {
@@ -309,7 +352,11 @@ void resizeFiltered(const ResizeJob<T>& job) {
         const ResampleTaps taps = resampleTaps(s, job.srcSize.width, job.map.interpolation);
         starts[x] = taps.start;
         for (std::size_t k = 0; k < kTaps; ++k) {
-            weights[kChannels == 4 ? x * kTaps + k : k * tapStride + x] = taps.weights[k];
+            if constexpr (repeatsWeights(kChannels, kTaps)) {
+                std::fill_n(weights + 8 * x + 4 * k, 4, taps.weights[k]);
+            } else {
+                weights[kChannels == 4 ? x * kTaps + k : k * tapStride + x] = taps.weights[k];
+            }
         }
     }
     const Bands bands = bandsForThreads(job.threads, job.dstSize);
