@@ -62,28 +62,34 @@ struct BlurredRows {
     std::int32_t task;  ///< parts that are done at the same time have different ones
 };
 
+/// How a picture is cut for threads. Rows are kept until the parts of the block below them are done, in memory that
+/// should fit a core's own cache: other programs may leave little of a shared one.
+struct BlurParts {
+    std::int32_t tasks;        ///< of the horizontal pass at the same time
+    std::int32_t taskGroups;   ///< groups of rows of each
+    std::size_t stripSamples;  ///< of the vertical pass: whole vectors, so that strips share none
+};
+
 /// The way of a blur through the picture: down the columns into groups of rows in scratch memory, and along these
 /// rows. Without threads a group goes through both passes while it is in the cache. With threads the columns are cut
 /// into strips, since a strip's sums go on from row to row: the strips of a block of rows are done at the same time as
 /// the rows of the block above it.
 class BlurPath {
 public:
-    /// `groupRows` rows go through both passes side by side. With threads a part is `taskRows` rows or `stripSamples`
-    /// columns, whole vectors, so that strips share none.
-    BlurPath(const TriangularBlurJob& job, std::int32_t groupRows, std::int32_t taskRows, std::size_t stripSamples,
+    /// `groupRows` rows go through both passes side by side.
+    BlurPath(const TriangularBlurJob& job, std::int32_t groupRows, const BlurParts& parts,
              const MemoryAllocator& allocator)
         : m_rows(InnerRows(job).count()),
           m_samples(static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.channels)),
           m_groupRows(groupRows),
-          m_taskRows(taskRows),
-          m_stripSamples(stripSamples),
+          m_parts(parts),
           m_threads(bandsForThreads(&allocator, {job.width, job.height}).count() > 1 ? &allocator : nullptr) {}
 
     /// Parts of the horizontal pass at the same time.
-    [[nodiscard]] std::int32_t tasks() const { return m_threads != nullptr ? kTasks : 1; }
+    [[nodiscard]] std::int32_t tasks() const { return m_threads != nullptr ? m_parts.tasks : 1; }
     /// Groups of rows that are in memory: those of two blocks.
     [[nodiscard]] std::int32_t groups() const {
-        return m_threads != nullptr ? 2 * kTasks * m_taskRows / m_groupRows : 1;
+        return m_threads != nullptr ? 2 * m_parts.tasks * m_parts.taskGroups : 1;
     }
     /// Place in memory of the group that begins with row `y`.
     [[nodiscard]] std::int32_t groupOf(std::int32_t y) const { return y / m_groupRows % groups(); }
@@ -99,34 +105,33 @@ public:
             }
             return;
         }
-        const std::int32_t blockRows = kTasks * m_taskRows;
-        const auto strips = static_cast<std::int32_t>((m_samples + m_stripSamples - 1) / m_stripSamples);
+        const std::int32_t taskRows = m_parts.taskGroups * m_groupRows;
+        const std::int32_t blockRows = m_parts.tasks * taskRows;
+        const std::size_t stripSamples = m_parts.stripSamples;
+        const auto strips = static_cast<std::int32_t>((m_samples + stripSamples - 1) / stripSamples);
         for (std::int32_t y = 0; y < m_rows + blockRows; y += blockRows) {
             const std::int32_t end = std::min(y + blockRows, m_rows);
             const std::int32_t stripsHere = y < m_rows ? strips : 0;
             const std::int32_t above = y - blockRows;
             const std::int32_t rowsAbove = above < 0 ? 0 : std::min(blockRows, m_rows - above);
-            runTasks(m_threads, stripsHere + (rowsAbove + m_taskRows - 1) / m_taskRows, [&](std::int32_t i) {
+            runTasks(m_threads, stripsHere + (rowsAbove + taskRows - 1) / taskRows, [&](std::int32_t i) {
                 if (i < stripsHere) {
-                    const std::size_t first = static_cast<std::size_t>(i) * m_stripSamples;
-                    down(BlurStrip{first, std::min(m_stripSamples, m_samples - first), y, end});
+                    const std::size_t first = static_cast<std::size_t>(i) * stripSamples;
+                    down(BlurStrip{first, std::min(stripSamples, m_samples - first), y, end});
                 } else {
                     const std::int32_t task = i - stripsHere;
-                    const std::int32_t from = above + task * m_taskRows;
-                    along(BlurredRows{from, std::min(from + m_taskRows, above + rowsAbove), task});
+                    const std::int32_t from = above + task * taskRows;
+                    along(BlurredRows{from, std::min(from + taskRows, above + rowsAbove), task});
                 }
             });
         }
     }
 
 private:
-    static constexpr std::int32_t kTasks = 16;
-
     std::int32_t m_rows;
     std::size_t m_samples;
     std::int32_t m_groupRows;
-    std::int32_t m_taskRows;
-    std::size_t m_stripSamples;
+    BlurParts m_parts;
     const MemoryAllocator* m_threads;
 };
 

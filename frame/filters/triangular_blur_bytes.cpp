@@ -112,13 +112,13 @@ HWY_EXPORT(blurByteColumns);
 HWY_EXPORT(blurByteRows);
 
 bool triangularBlurBytes(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept {
-    constexpr std::size_t kStripSamples = 1536;  // narrower ones leave too little of a row to fetch ahead
+    constexpr BlurParts kParts{8, 1, 1536};      // narrower strips leave too little of a row to fetch ahead
     constexpr std::int64_t kLargestVector = 64;  // samples, with room for whatever a last vector may touch
     const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = TriangularKernel(job.sizeX).half + 1;
     const std::int64_t interleaved = wholeVectors((2 * before + job.width + 2 * kLargestVector) * kInterleave);
     const std::int64_t packed = job.channels == 1 ? samples : 0;
-    const BlurPath path(job, kInterleave / job.channels, job.channels == 1 ? 16 : 8, kStripSamples, allocator);
+    const BlurPath path(job, kInterleave / job.channels, kParts, allocator);
     ScratchBlock block(allocator);
     block.add<std::int32_t>(samples);
     block.add<std::int32_t>(samples);

@@ -279,13 +279,13 @@ HWY_EXPORT(blurFloatColumns);
 HWY_EXPORT(blurFloatRows);
 
 bool triangularBlurFloats(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept {
-    constexpr std::size_t kStripSamples = 768;   // narrower ones leave too little of a row to fetch ahead
+    constexpr BlurParts kParts{16, 4, 768};      // narrower strips leave too little of a row to fetch ahead
     constexpr std::int64_t kLargestVector = 16;  // samples
     const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = (TriangularKernel(job.sizeX).half + 4) / 4 * 4;
     const std::int64_t interleaved = wholeVectors(4 * (2 * before + job.width + kLargestVector));
     const std::int64_t rows = job.channels == 1 ? 4 * samples : 0;
-    const BlurPath path(job, job.channels == 4 ? 1 : 4, job.channels == 4 ? 4 : 16, kStripSamples, allocator);
+    const BlurPath path(job, job.channels == 4 ? 1 : 4, kParts, allocator);
     ScratchBlock block(allocator);
     block.add<double>(samples);
     block.add<double>(samples);
