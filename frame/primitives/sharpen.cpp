@@ -7,6 +7,7 @@
 #define HWY_TARGET_INCLUDE "frame/primitives/sharpen.cpp"
 #include "hwy/foreach_target.h"
 
+#include "frame/fetch_ahead.h"
 #include "frame/primitives/row_loops-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -62,6 +63,8 @@ void sharpen(Plane<const T> src, Plane<T> dst, ImgSize size) {
         T* out = dst.row(y);
         std::size_t i = 0;
         for (; i + lanes <= samples; i += lanes) {
+            fetchAhead(out + i, lanes);
+            fetchAhead(below + i, lanes);
             sharpenVector<Kind>(above + i, here + i, below + i, out + i);
         }
         if (i < samples) {

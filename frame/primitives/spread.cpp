@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "frame/fetch_ahead.h"
 #include "frame/primitives/check.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -24,6 +25,7 @@ void spread(Plane<const T> src, Plane<T> dst, T alpha, bool alphaFirst, ImgSize 
     const auto width = static_cast<std::size_t>(size.width);
     const auto opaque = hn::Set(d, alpha);
     const auto step = [&](const T* from, T* to) HWY_ATTR {
+        fetchAhead(to, 4 * lanes);
         const auto gray = hn::LoadU(d, from);
         if (alphaFirst) {
             hn::StoreInterleaved4(opaque, gray, gray, gray, d, to);
