@@ -17,6 +17,7 @@ inline void fetchAhead(const T* from, std::size_t count) {
     constexpr std::uintptr_t kAhead = 2048;  // bytes
     constexpr std::size_t kLine = 64;
     for (std::size_t i = 0; i < count * sizeof(T); i += kLine) {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): a pointer must not leave its picture, an address may
         hwy::Prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(from) + kAhead + i));
     }
 }

@@ -1,6 +1,7 @@
 #include "frame/primitives/convolve.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <iterator>
 
@@ -238,7 +239,7 @@ public:
     explicit RoundedQuotient(std::int64_t divisor)
         : m_sign(divisor < 0 ? -1.0 : 1.0),
           m_divisor(static_cast<double>(std::abs(divisor))),
-          m_half(static_cast<double>(std::abs(divisor) / 2) + 0.5) {}
+          m_half(std::floor(m_divisor / 2) + 0.5) {}
 
     template <class Sum>
     void operator()(const Sum* sums, std::int32_t count, std::uint8_t* out) const {

@@ -26,7 +26,7 @@ protected:
             const int left = static_cast<std::int16_t>(static_cast<std::uint8_t>(bytes[at]) |
                                                        static_cast<std::uint8_t>(bytes[at + 1]) << 8U);
             if (std::abs(left) > than) {
-                return static_cast<double>((at - begin) / 4) / media::kSoundRate;
+                return static_cast<double>(at - begin) / (4 * media::kSoundRate);
             }
         }
         return -1.0;
