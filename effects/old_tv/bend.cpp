@@ -4,9 +4,8 @@
 #define HWY_TARGET_INCLUDE "effects/old_tv/bend.cpp"
 #include "hwy/foreach_target.h"
 
+#include "frame/layout.h"
 #include "frame/primitives/row_loops-inl.h"
-#include "frame/rows.h"
-#include "frame/scratch_block.h"
 
 // Shared by all instruction sets.
 #ifndef LUMISET_OLD_TV_BEND_TYPES
@@ -21,9 +20,13 @@ struct BentSide {
     const float* scale;
     const float* cosine;
 };
+struct BentSides {
+    BentSide topAndBottom;
+    BentSide leftAndRight;
+};
 
-/// Pixels that are worked on together, so that their taps stay in the nearest cache.
-constexpr std::int32_t kBlock = 256;
+/// Pixels before and behind a row that may be read with it: a vector of them each.
+constexpr std::int32_t kMargin = HWY_MAX_BYTES / 4;
 
 }  // namespace
 }  // namespace lumiset
@@ -33,192 +36,234 @@ HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
 
-/// Where the pixels of a row come from: the byte offset of the first of two taps, and the share of the second.
-struct Taps {
-    HWY_ALIGN std::int32_t offset[kBlock];
-    HWY_ALIGN float share[kBlock];
+using Pixels = hn::ScalableTag<std::uint32_t>;
+using Places = hn::RebindToSigned<Pixels>;
+using Shares = hn::RebindToFloat<Pixels>;
+
+/// What the pixels of a row are made from: two taps, `step` bytes apart, with a share of the second.
+template <bool kTopAndBottom>
+class Line {
+public:
+    /// Of the pixels of row `y`; `first` is the first pixel of the line that the place 0 stands on.
+    Line(const BentSide& side, const std::uint8_t* first, std::int32_t step, std::int32_t pixelBytes, std::int32_t last,
+         std::int32_t y)
+        : m_side(side), m_first(first), m_step(step), m_pixelBytes(pixelBytes), m_last(last), m_y(y) {}
+
+    /// Share of pixel `x` that the bent picture covers.
+    [[nodiscard]] float coverage(std::int32_t x) const {
+        const auto limited = [](float v) HWY_ATTR { return v < 0.0F ? 0.0F : v < 1.0F ? v : 1.0F; };
+        const auto across = static_cast<float>(kTopAndBottom ? m_y : x);
+        const float inset = m_side.inset[place(x)];
+        const float cosine = m_side.cosine[place(x)];
+        return limited(1.0F + (across - inset) * cosine) *
+               limited(1.0F + (static_cast<float>(m_last) - inset - across) * cosine);
+    }
+    /// True where it covers nothing of a vector of pixels from `x` on.
+    [[nodiscard]] HWY_INLINE bool isOutside(std::int32_t x) const {
+        const Shares d;
+        const auto inset = side(m_side.inset, x);
+        const auto cosine = side(m_side.cosine, x);
+        const auto from = hn::Sub(across(x), inset);
+        const auto to = hn::Sub(hn::Sub(hn::Set(d, static_cast<float>(m_last)), inset), across(x));
+        const auto least = hn::Mul(hn::Min(from, to), cosine);
+        return hn::AllTrue(d, hn::Le(hn::Add(hn::Set(d, 1.0F), least), hn::Zero(d)));
+    }
+
+    /// Makes a vector of pixels from `x` on.
+    HWY_INLINE void draw(std::int32_t x, std::uint8_t* to) const {
+        const Places di;
+        const Pixels d;
+        const hn::Repartition<std::uint8_t, Pixels> dBytes;
+        const Taps taps = tapsFrom(x);
+        // Curves are smooth, so the taps of neighbours nearly always follow each other in memory, with a few breaks
+        // where they go on in another row or a pixel further. A vector is put together from as many plain loads.
+        const auto start = kTopAndBottom ? taps.offset : hn::Sub(taps.offset, hn::ShiftLeft<2>(hn::Iota(di, 0)));
+        HWY_ALIGN std::int32_t starts[HWY_MAX_BYTES / 4];
+        hn::Store(start, di, starts);
+        const std::uint8_t* base = m_first + (kTopAndBottom ? 4 * static_cast<std::ptrdiff_t>(x) : 0);
+        const auto pixelsAt = [&](std::int32_t offset)
+                                  HWY_ATTR { return hn::BitCast(d, hn::LoadU(dBytes, base + offset)); };
+        const auto startsAt = [&](std::int32_t offset) HWY_ATTR { return hn::Eq(start, hn::Set(di, offset)); };
+        const std::int32_t first = starts[0];
+        fetchNext(base + first, to);
+        const std::int32_t last = starts[hn::Lanes(di) - 1];
+        const auto isFirst = startsAt(first);
+        auto a = hn::IfThenElse(hn::RebindMask(d, isFirst), pixelsAt(first), pixelsAt(last));
+        auto b = hn::IfThenElse(hn::RebindMask(d, isFirst), pixelsAt(first + m_step), pixelsAt(last + m_step));
+        auto others = hn::Not(hn::Or(isFirst, startsAt(last)));
+        while (HWY_UNLIKELY(!hn::AllFalse(di, others))) {
+            const std::int32_t next = starts[hn::FindFirstTrue(di, others)];
+            const auto here = startsAt(next);
+            a = hn::IfThenElse(hn::RebindMask(d, here), pixelsAt(next), a);
+            b = hn::IfThenElse(hn::RebindMask(d, here), pixelsAt(next + m_step), b);
+            others = hn::AndNot(here, others);
+        }
+        hn::StoreU(mixed(hn::BitCast(dBytes, a), hn::BitCast(dBytes, b), taps.share), dBytes, to);
+    }
+    HWY_INLINE void draw(std::int32_t x, float* to) const {
+        const hn::FixedTag<float, 4> d;
+        const Taps taps = tapsFrom(x);
+        HWY_ALIGN std::int32_t offset[HWY_MAX_BYTES / 4];
+        HWY_ALIGN float share[HWY_MAX_BYTES / 4];
+        hn::Store(taps.offset, Places(), offset);
+        hn::Store(taps.share, Shares(), share);
+        const std::uint8_t* base = m_first + (kTopAndBottom ? 16 * static_cast<std::ptrdiff_t>(x) : 0);
+        for (std::size_t i = 0; i < hn::Lanes(Shares()); ++i) {
+            const std::uint8_t* at = base + offset[i] + (kTopAndBottom ? 16 * i : 0);
+            if (i % 4 == 0) {
+                fetchNext(at, to + 4 * i);
+            }
+            const auto a = hn::LoadU(d, reinterpret_cast<const float*>(at));
+            const auto b = hn::LoadU(d, reinterpret_cast<const float*>(at + m_step));
+            hn::StoreU(hn::Add(a, hn::Mul(hn::Sub(b, a), hn::Set(d, share[i]))), d, to + 4 * i);
+        }
+    }
+
+private:
+    /// Byte offsets of the first taps, from the pixel's column where that is its own, and shares of the second ones.
+    struct Taps {
+        hn::Vec<Places> offset;
+        hn::Vec<Shares> share;
+    };
+
+    /// Asks for memory that the processor does not fetch ahead by itself: lines of the picture run across its rows, and
+    /// what is drawn is only written. The rows that the next line comes to are some below, or else in the cache.
+    template <class Sample>
+    HWY_INLINE void fetchNext(const std::uint8_t* from, const Sample* to) const {
+        if constexpr (kTopAndBottom) {
+            hwy::Prefetch(from + 6 * static_cast<std::ptrdiff_t>(m_step));
+        } else {
+            fetchAhead(to, 64 / sizeof(Sample));
+        }
+    }
+    [[nodiscard]] std::int32_t place(std::int32_t x) const { return kTopAndBottom ? x : m_y; }
+    /// One of the side's arrays at the places of pixels from `x` on.
+    [[nodiscard]] HWY_INLINE hn::Vec<Shares> side(const float* values, std::int32_t x) const {
+        return kTopAndBottom ? hn::LoadU(Shares(), values + x) : hn::Set(Shares(), values[m_y]);
+    }
+    [[nodiscard]] HWY_INLINE hn::Vec<Shares> across(std::int32_t x) const {
+        return kTopAndBottom ? hn::Set(Shares(), static_cast<float>(m_y))
+                             : hn::ConvertTo(Shares(), hn::Add(hn::Set(Places(), x), hn::Iota(Places(), 0)));
+    }
+
+    [[nodiscard]] HWY_INLINE Taps tapsFrom(std::int32_t x) const {
+        const Shares d;
+        const Places di;
+        const auto end = hn::Set(d, static_cast<float>(m_last));
+        const auto position = hn::Min(
+            hn::Max(hn::Mul(hn::Sub(across(x), side(m_side.inset, x)), side(m_side.scale, x)), hn::Zero(d)), end);
+        const auto tap = hn::Min(hn::ConvertTo(di, position), hn::Set(di, m_last - 1));
+        return {hn::Mul(tap, hn::Set(di, kTopAndBottom ? m_step : m_pixelBytes)),
+                hn::Sub(position, hn::ConvertTo(d, tap))};
+    }
+
+    /// (a * (256 - share) + b * share + 128) / 256 of each byte, shares in 256ths.
+    static HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, Pixels>> mixed(
+        hn::Vec<hn::Repartition<std::uint8_t, Pixels>> a, hn::Vec<hn::Repartition<std::uint8_t, Pixels>> b,
+        hn::Vec<Shares> shares) {
+        const Shares df;
+        const hn::Repartition<std::uint16_t, Pixels> d16;
+        const auto share = hn::ConvertTo(Places(), hn::Add(hn::Mul(shares, hn::Set(df, 256.0F)), hn::Set(df, 0.5F)));
+        const auto pair = hn::BitCast(d16, hn::Or(share, hn::ShiftLeft<16>(share)));
+        const auto half = hn::Set(d16, 128);
+        const auto low = hn::Set(d16, 0x00FF);
+        const auto x = hn::BitCast(d16, a);
+        const auto y = hn::BitCast(d16, b);
+        // 256 a + (b - a) share + 128, which 16 bits hold.
+        const auto even =
+            hn::Add(hn::Add(hn::ShiftLeft<8>(x), half), hn::Mul(hn::Sub(hn::And(y, low), hn::And(x, low)), pair));
+        const auto odd = hn::Add(hn::Add(hn::AndNot(low, x), half),
+                                 hn::Mul(hn::Sub(hn::ShiftRight<8>(y), hn::ShiftRight<8>(x)), pair));
+        return hn::BitCast(hn::Repartition<std::uint8_t, Pixels>(),
+                           hn::Or(hn::ShiftRight<8>(even), hn::AndNot(low, odd)));
+    }
+
+    const BentSide& m_side;
+    const std::uint8_t* m_first;
+    std::int32_t m_step;
+    std::int32_t m_pixelBytes;
+    std::int32_t m_last;
+    std::int32_t m_y;
 };
 
-using Pixels = hn::ScalableTag<std::uint32_t>;
-
-/// A vector of pixels at `src` + `offsets`. Curves are smooth, so these nearly always follow each other, but for one
-/// place where they go on from another row or a pixel further: then two plain loads hold them. Not tried for a vector
-/// that passes the row's end.
-template <bool kTopAndBottom>
-HWY_INLINE hn::Vec<Pixels> fetch(const std::uint8_t* src, const std::int32_t* offsets, bool insideRow) {
-    const Pixels d;
-    const hn::RebindToSigned<Pixels> di;
-    const hn::Repartition<std::uint8_t, Pixels> dBytes;
-    constexpr std::int32_t kPixelBytes = 4;
-    const auto lanes = static_cast<std::int32_t>(hn::Lanes(d));
-    const std::int32_t first = offsets[0];
-    const std::int32_t last = offsets[lanes - 1] - kPixelBytes * (lanes - 1);
-    const auto all = hn::Load(di, offsets);
-    const auto following = [&](std::int32_t start) HWY_ATTR {
-        return hn::RebindMask(d, hn::Eq(all, hn::Add(hn::ShiftLeft<2>(hn::Iota(di, 0)), hn::Set(di, start))));
-    };
-    const auto fromFirst = following(first);
-    // Where a row stands still at its ends, pixels in a line would lie outside it.
-    if (insideRow && (kTopAndBottom || last >= first) && hn::AllTrue(d, hn::Or(fromFirst, following(last)))) {
-        return hn::IfThenElse(fromFirst, hn::BitCast(d, hn::LoadU(dBytes, src + first)),
-                              hn::BitCast(d, hn::LoadU(dBytes, src + last)));
-    }
-    HWY_ALIGN std::uint32_t pixels[HWY_MAX_BYTES / 4];
-    for (std::int32_t i = 0; i < lanes; ++i) {
-        std::memcpy(pixels + i, src + offsets[i], sizeof *pixels);
-    }
-    return hn::Load(d, pixels);
-}
-
-/// Interpolates a row of pixels between two taps `step` bytes apart; `count` is at most a block.
-template <bool kTopAndBottom>
-void interpolate(const std::uint8_t* src, std::int32_t step, Taps& taps, std::int32_t count, std::uint8_t* dst) {
-    const Pixels d32;
-    const hn::Repartition<std::uint16_t, Pixels> d16;
-    const hn::RebindToFloat<Pixels> df;
-    const hn::RebindToSigned<Pixels> di32;
-    const hn::Repartition<std::uint8_t, Pixels> dBytes;
-    const auto lanes = static_cast<std::int32_t>(hn::Lanes(d32));
-    const auto bytes = hn::Set(d16, 0x00FF);
-    const auto half = hn::Set(d16, 128);
-    const auto whole = hn::Set(d16, 256);
-    // A last vector takes the last pixel again and again.
-    for (std::int32_t i = count; i % lanes != 0; ++i) {
-        taps.offset[i] = taps.offset[count - 1];
-    }
-    for (std::int32_t i = 0; i < count; i += lanes) {
-        const auto share =
-            hn::ConvertTo(di32, hn::Add(hn::Mul(hn::Load(df, taps.share + i), hn::Set(df, 256.0F)), hn::Set(df, 0.5F)));
-        const auto pair = hn::BitCast(d16, hn::Or(share, hn::ShiftLeft<16>(share)));
-        const auto rest = hn::Sub(whole, pair);
-        const bool insideRow = i + lanes <= count;
-        const auto a = hn::BitCast(d16, fetch<kTopAndBottom>(src, taps.offset + i, insideRow));
-        const auto b = hn::BitCast(d16, fetch<kTopAndBottom>(src + step, taps.offset + i, insideRow));
-        const auto mix = [&](auto x, auto y) HWY_ATTR {
-            return hn::ShiftRight<8>(hn::Add(hn::Add(hn::Mul(x, rest), hn::Mul(y, pair)), half));
-        };
-        const auto even = mix(hn::And(a, bytes), hn::And(b, bytes));
-        const auto odd = mix(hn::ShiftRight<8>(a), hn::ShiftRight<8>(b));
-        const auto result = hn::BitCast(dBytes, hn::Or(even, hn::ShiftLeft<8>(odd)));
-        if (insideRow) {
-            hn::StoreU(result, dBytes, dst + 4 * i);
-        } else {
-            HWY_ALIGN std::uint8_t last[HWY_MAX_BYTES];
-            hn::Store(result, dBytes, last);
-            std::memcpy(dst + 4 * i, last, static_cast<std::size_t>(count - i) * 4);
-        }
-    }
-}
-
-template <bool kTopAndBottom>
-void interpolate(const std::uint8_t* src, std::int32_t step, Taps& taps, std::int32_t count, float* dst) {
-    const hn::FixedTag<float, 4> d4;
-    for (std::int32_t i = 0; i < count; ++i) {
-        const std::uint8_t* at = src + taps.offset[i];
-        const auto a = hn::LoadU(d4, reinterpret_cast<const float*>(at));
-        const auto b = hn::LoadU(d4, reinterpret_cast<const float*>(at + step));
-        hn::StoreU(hn::Add(a, hn::Mul(hn::Sub(b, a), hn::Set(d4, taps.share[i]))), d4, dst + 4 * i);
-    }
-}
-
-/// Taps of the pixels from (x, y) on. A block may run past the row's end: the arrays are that much longer.
-template <bool kTopAndBottom>
-void locate(const Frame& source, const BentSide& side, std::int32_t x, std::int32_t y, Taps& taps) {
-    const hn::ScalableTag<float> df;
-    const hn::RebindToSigned<decltype(df)> di;
-    const auto lanes = static_cast<std::int32_t>(hn::Lanes(df));
-    const std::int32_t last = (kTopAndBottom ? source.Height() : source.Width()) - 1;
-    const auto end = hn::Set(df, static_cast<float>(last));
-    const auto lastTap = hn::Set(di, last - 1);
-    const auto tapBytes = hn::Set(di, kTopAndBottom ? source.Stride() : source.BytesPerPixel());
-    const auto counting = hn::Iota(di, 0);
-    for (std::int32_t i = 0; i < kBlock; i += lanes) {
-        const std::int32_t column = x + i;
-        const auto columns = hn::Add(hn::Set(di, column), counting);
-        const auto across = kTopAndBottom ? hn::Set(df, static_cast<float>(y)) : hn::ConvertTo(df, columns);
-        const auto inset = kTopAndBottom ? hn::LoadU(df, side.inset + column) : hn::Set(df, side.inset[y]);
-        const auto scale = kTopAndBottom ? hn::LoadU(df, side.scale + column) : hn::Set(df, side.scale[y]);
-        const auto position = hn::Min(hn::Max(hn::Mul(hn::Sub(across, inset), scale), hn::Zero(df)), end);
-        const auto tap = hn::Min(hn::ConvertTo(di, position), lastTap);
-        auto offset = hn::Mul(tap, tapBytes);
-        if constexpr (kTopAndBottom) {
-            offset = hn::Add(offset, hn::Mul(columns, hn::Set(di, source.BytesPerPixel())));
-        }
-        hn::Store(offset, di, taps.offset + i);
-        hn::Store(hn::Sub(position, hn::ConvertTo(df, tap)), df, taps.share + i);
-    }
-}
-
-/// Share of the pixel at (x, y) that the bent picture covers.
-template <bool kTopAndBottom>
-float coverage(const BentSide& side, std::int32_t last, std::int32_t x, std::int32_t y) {
-    const std::int32_t place = kTopAndBottom ? x : y;
-    const auto across = static_cast<float>(kTopAndBottom ? y : x);
-    const auto limited = [](float v) HWY_ATTR { return v < 0.0F ? 0.0F : v < 1.0F ? v : 1.0F; };
-    const float inset = side.inset[place];
-    const float cosine = side.cosine[place];
-    return limited(1.0F + (across - inset) * cosine) *
-           limited(1.0F + (static_cast<float>(last) - inset - across) * cosine);
-}
-
-/// Scales the alpha of the row's pixels that are not covered whole, which stand at its ends.
-template <class L, bool kTopAndBottom>
-void fadeEnds(const BentSide& side, std::int32_t last, std::int32_t width, std::int32_t y, typename L::Sample* row) {
+/// Scales the alpha of a pixel that is not covered whole; answers whether it is such a one.
+template <class L>
+bool fade(typename L::Sample* pixel, float cover) {
     constexpr float kWhole = 0.999F;
-    const auto fade = [&](std::int32_t x) HWY_ATTR {
-        const float cover = coverage<kTopAndBottom>(side, last, x, y);
-        if (cover > kWhole) {
-            return false;
-        }
-        typename L::Sample* pixel = row + 4 * static_cast<std::ptrdiff_t>(x);
-        const float alpha = static_cast<float>(pixel[L::kAlpha]) * cover + (L::kIsFloat ? 0.0F : 0.5F);
-        pixel[L::kAlpha] = static_cast<typename L::Sample>(alpha);
-        if (!(pixel[L::kAlpha] > 0)) {
-            std::memset(pixel, 0, 4 * sizeof *pixel);
-        }
-        return true;
-    };
+    if (cover > kWhole) {
+        return false;
+    }
+    const float alpha = static_cast<float>(pixel[L::kAlpha]) * cover + (L::kIsFloat ? 0.0F : 0.5F);
+    pixel[L::kAlpha] = static_cast<typename L::Sample>(alpha);
+    if (!(pixel[L::kAlpha] > 0)) {
+        std::memset(pixel, 0, 4 * sizeof *pixel);
+    }
+    return true;
+}
+
+/// Draws a row of at least a vector of pixels. Those that are not covered whole stand at its ends.
+template <class L, bool kTopAndBottom>
+void drawRow(const Line<kTopAndBottom>& line, std::int32_t width, typename L::Sample* row) {
+    const auto lanes = static_cast<std::int32_t>(hn::Lanes(Pixels()));
+    const auto at = [&](std::int32_t x) HWY_ATTR { return row + 4 * static_cast<std::ptrdiff_t>(x); };
     std::int32_t left = 0;
-    while (left < width && fade(left)) {
+    while (left + lanes <= width && line.isOutside(left)) {
+        left += lanes;
+    }
+    std::int32_t right = width;
+    while (right - lanes > left && line.isOutside(right - lanes)) {
+        right -= lanes;
+    }
+    // The last vector may begin before the end of the one before.
+    for (std::int32_t x = left; x < right; x += lanes) {
+        const std::int32_t first = x + lanes <= width ? x : width - lanes;
+        line.draw(first, at(first));
+    }
+    std::memset(row, 0, 4 * static_cast<std::size_t>(left) * sizeof *row);
+    std::memset(at(right), 0, 4 * static_cast<std::size_t>(width - right) * sizeof *row);
+    while (left < right && fade<L>(at(left), line.coverage(left))) {
         ++left;
     }
-    for (std::int32_t x = width - 1; x > left && fade(x); --x) {
+    for (std::int32_t x = right - 1; x > left && fade<L>(at(x), line.coverage(x)); --x) {
     }
 }
 
-template <bool kTopAndBottom>
-void bend(const Frame& source, Frame& destination, const BentSide& side) {
+template <class L>
+void bendRows(const Frame& source, Frame& destination, const BentSides& sides, std::int32_t first, std::int32_t rows,
+              std::uint8_t* room) {
+    using Sample = typename L::Sample;
     const std::int32_t width = source.Width();
-    const std::int32_t last = (kTopAndBottom ? source.Height() : width) - 1;
-    const std::int32_t step = kTopAndBottom ? source.Stride() : source.BytesPerPixel();
-    visitBands(source.Format(), destination, [&](auto layout, std::int32_t first, std::int32_t rows) {
-        using L = decltype(layout);
-        Taps taps;
-        for (std::int32_t y = first; y < first + rows; ++y) {
-            const std::uint8_t* from = source.PixelAddress(0, kTopAndBottom ? 0 : y, 0);
-            auto* row = destination.row<typename L::Sample>(y);
-            for (std::int32_t x = 0; x < width; x += kBlock) {
-                const std::int32_t count = width - x < kBlock ? width - x : kBlock;
-                locate<kTopAndBottom>(source, side, x, y, taps);
-                interpolate<kTopAndBottom>(from, step, taps, count, row + 4 * static_cast<std::ptrdiff_t>(x));
-            }
-            fadeEnds<L, kTopAndBottom>(side, last, width, y, row);
-        }
-    });
+    const std::int32_t pixelBytes = source.BytesPerPixel();
+    auto* between = reinterpret_cast<Sample*>(room) + 4 * kMargin;
+    for (std::int32_t y = first; y < first + rows; ++y) {
+        drawRow<L>(Line<true>(sides.topAndBottom, source.Data(), source.Stride(), pixelBytes, source.Height() - 1, y),
+                   width, between);
+        drawRow<L>(Line<false>(sides.leftAndRight, reinterpret_cast<const std::uint8_t*>(between), pixelBytes,
+                               pixelBytes, width - 1, y),
+                   width, destination.row<Sample>(y));
+    }
 }
 
 }  // namespace
 
-void bendFrame(const Frame& source, Frame& destination, const BentSide& side, bool topAndBottom) {
-    topAndBottom ? bend<true>(source, destination, side) : bend<false>(source, destination, side);
+void bendFrame(const Frame& source, Frame& destination, const BentSides& sides, std::int32_t first, std::int32_t rows,
+               std::uint8_t* room) {
+    visitLayout(source.Format(), [&](auto layout) {
+        bendRows<decltype(layout)>(source, destination, sides, first, rows, room);
+        return true;
+    });
 }
 
 }  // namespace lumiset::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+
+#include "frame/bands.h"
+#include "frame/scratch_block.h"
 
 namespace lumiset {
 
@@ -229,13 +274,20 @@ namespace {
 /// The bent sides are drawn as straight pieces of this many pixels.
 constexpr std::int32_t kPiece = 8;
 
-/// Places of a side's arrays: blocks of a row read on behind its end.
-std::int64_t roomOf(std::int32_t length) {
-    return std::int64_t{length} + 2 * kBlock;
+Bands bendBands(const MemoryAllocator& allocator, ImgSize size) {
+    constexpr std::int32_t kMostBands = 64;  // each has a row of its own
+    return bandsForThreads(&allocator, size, size.height / kMostBands);
 }
 
-/// Fills the three arrays of a side of `length` pixels whose lines across have `across` pixels.
-void fillSide(std::int32_t length, std::int32_t across, std::int32_t depth, float* inset, float* scale, float* cosine) {
+std::int64_t rowRoom(std::int32_t width, std::int32_t pixelBytes) {
+    return (std::int64_t{width} + 2 * kMargin + 15) / 16 * 16 * pixelBytes;
+}
+
+/// The three arrays of a side of `length` pixels whose lines across have `across` pixels.
+BentSide fillSide(std::int32_t length, std::int32_t across, std::int32_t depth, float* room) {
+    float* inset = room;
+    float* scale = inset + length;
+    float* cosine = scale + length;
     const double end = across - 1;
     const auto bent = [&](std::int32_t at) { return depth - depth * std::sin(std::numbers::pi * at / length); };
     for (std::int32_t from = 0; from < length - 1;) {
@@ -250,28 +302,40 @@ void fillSide(std::int32_t length, std::int32_t across, std::int32_t depth, floa
         }
         from = to;
     }
+    return {inset, scale, cosine};
+}
+
+std::int64_t sideFloats(ImgSize size) {
+    return 3 * (std::int64_t{size.width} + size.height);
 }
 
 }  // namespace
 
-std::int64_t bendScratch(std::int32_t longestSide) {
-    return ScratchBlock::reserveFor(3 * roomOf(longestSide) * static_cast<std::int64_t>(sizeof(float)));
+std::int64_t bendScratch(ImgSize size, std::int32_t pixelBytes, const MemoryAllocator& allocator) {
+    return ScratchBlock::reserveFor(sideFloats(size) * static_cast<std::int64_t>(sizeof(float)) +
+                                    bendBands(allocator, size).count() * rowRoom(size.width, pixelBytes) + 64);
 }
 
-bool bendSides(const Frame& source, Frame& destination, std::int32_t depth, bool topAndBottom,
+bool bendSides(const Frame& source, Frame& destination, std::int32_t topDepth, std::int32_t sideDepth,
                MemoryAllocator& allocator) noexcept {
-    const std::int32_t length = topAndBottom ? source.Width() : source.Height();
-    const std::int32_t across = topAndBottom ? source.Height() : source.Width();
-    const std::int64_t room = roomOf(length);
+    const ImgSize size{source.Width(), source.Height()};
+    const Bands bands = bendBands(allocator, size);
+    const std::int64_t room = rowRoom(size.width, source.BytesPerPixel());
     ScratchBlock block(allocator);
-    block.add<float>(3 * room);
+    block.add<float>(sideFloats(size));
+    block.add<std::uint8_t>(bands.count() * room);
     if (!block.allocate()) {
         return false;
     }
-    auto* inset = block.take<float>(3 * room);
-    std::fill_n(inset, 3 * room, 0.0F);
-    fillSide(length, across, depth, inset, inset + room, inset + 2 * room);
-    HWY_DYNAMIC_DISPATCH(bendFrame)(source, destination, {inset, inset + room, inset + 2 * room}, topAndBottom);
+    auto* floats = block.take<float>(sideFloats(size));
+    auto* rows = block.take<std::uint8_t>(bands.count() * room);
+    std::fill_n(rows, bands.count() * room, std::uint8_t{0});  // what lies beside a row is read and not used
+    const BentSides sides{fillSide(size.width, size.height, topDepth, floats),
+                          fillSide(size.height, size.width, sideDepth, floats + 3 * std::ptrdiff_t{size.width})};
+    runTasks(bands.count() > 1 ? &allocator : nullptr, bands.count(), [&](std::int32_t band) {
+        HWY_DYNAMIC_DISPATCH(bendFrame)
+        (source, destination, sides, bands.first(band), bands.rowsOf(band), rows + band * room);
+    });
     return true;
 }
 

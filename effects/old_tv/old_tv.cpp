@@ -4,23 +4,16 @@
 // and render time (plan.h), so any frame can be rendered alone.
 
 #include <algorithm>
-#include <cmath>
 #include <new>
-#include <optional>
-#include <span>
-#include <utility>
 
 #include "effects/effect.h"
 #include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
 #include "effects/old_tv/passes.h"
+#include "effects/old_tv/picture.h"
 #include "effects/old_tv/plan.h"
-#include "effects/old_tv/steps.h"
 #include "effects/old_tv/tube.h"
-#include "frame/bands.h"
 #include "frame/frame_operations.h"
-#include "frame/image_primitives.h"
-#include "frame/scratch_block.h"
 
 namespace lumiset {
 namespace {
@@ -169,272 +162,37 @@ OldTVSettings readSettings(const ParamReader& params) {
     };
 }
 
-/// Amounts up to this leave their step out.
-constexpr float kOff = 0.001F;
-/// A picture of fewer columns or rows has no tube.
-constexpr std::int32_t kSmallestTube = 16;
-
-/// What happens in a frame, for both renderers.
-struct Events {
-    float time;
-    float cycleTime;  ///< what the bright band runs on
-    std::optional<TearEvent> tear;
-    std::optional<RollEvent> roll;
-    bool hasTube;
-};
-
-Events findEvents(const OldTVSettings& settings, const FrameFacts& facts) {
-    Events events{};
-    events.time = eventTime(facts.timeSeconds);
-    events.cycleTime = events.time;
-    if (settings.frequency > kOff) {
-        events.tear = findTear(settings.frequency, events.time);
-    }
-    // Tiny pictures have no tube, and what rolls and glows on it stays unseen.
-    events.hasTube = facts.width >= kSmallestTube && facts.height >= kSmallestTube;
-    const auto roll = findRoll(settings, facts.height, events.cycleTime);
-    if (events.hasTube) {
-        events.roll = roll;
-    }
-    return events;
-}
-
-/// Steps that move pixels draw from one frame to the other and swap them; the others work in place.
-struct FramePair {
-    Frame* current;
-    Frame* other;
-
-    void swap() { std::swap(current, other); }
-};
-
-/// Grey noise is made in square pixels, so that wide pixels get wide grains; this is its size for a frame.
-ImgSize squareNoiseSize(const RenderContext& context, bool isFloat) {
-    constexpr float kLargest = 32767.0F;
-    const float aspect = PixelAspectScale(context.info, true, false).aspect;
-    if (std::fabs(aspect - 1.0F) < (isFloat ? 0.0001F : 0.001F)) {
-        return {context.width, context.height};
-    }
-    const auto width = static_cast<float>(context.width);
-    const auto height = static_cast<float>(context.height);
-    return {static_cast<std::int32_t>(std::min(aspect < 1.0F ? width / aspect : width, kLargest)),
-            static_cast<std::int32_t>(std::min(aspect < 1.0F ? height : height * aspect, kLargest))};
-}
-
-/// Black-and-white noise about a middle grey, in one part or in several for threads.
-class Static {
-public:
-    Static(Frame& noise, float time, bool cut) : Static(noise, staticSeed(time), cut) {}
-
-    [[nodiscard]] std::int32_t parts() const { return m_parts.count(); }
-    /// First for every part.
-    void prepare(std::int32_t part) {
-        m_parts.measure(part);
-        const std::int32_t first = rowBefore(part);
-        const ImgSize rows{m_noise.Width(), rowBefore(part + 1) - first};
-        if (rows.height == 0) {
-            return;
-        }
-        if (isFloatFormat(m_noise.Format())) {
-            ImgSetFC1(m_noise.row<float>(first), m_noise.Stride(), 0.5F, rows);
-        } else {
-            ImgSet8C1(m_noise.row<std::uint8_t>(first), m_noise.Stride(), 127, rows);
-        }
-    }
-    /// Then for every part.
-    void fill(std::int32_t part) const {
-        if (isFloatFormat(m_noise.Format())) {
-            m_parts.addF(part, m_noise.row<float>(0), m_noise.Stride(), 0.0F, 0.5F);
-        } else {
-            m_parts.add8C1(part, m_noise.Data(), m_noise.Stride(), 0.0F, 127.0F);
-        }
-    }
-
-private:
-    Static(Frame& noise, std::uint32_t seed, bool cut)
-        : m_noise(noise), m_parts(seed, {noise.Width(), noise.Height()}, cut) {}
-    [[nodiscard]] std::int32_t rowBefore(std::int32_t part) const {
-        return static_cast<std::int32_t>(std::int64_t{m_noise.Height()} * part / m_parts.count());
-    }
-
-    Frame& m_noise;
-    GaussParts m_parts;
-};
-
-/// Rows that the first steps work on while they are in the processor's cache.
-std::int32_t cachedRows(const Frame& frame) {
-    constexpr std::int32_t kCachedBytes = 256 * 1024;
-    return std::max(kCachedBytes / std::max(frame.Stride(), 1), 1);
-}
-
-/// Calls `work(y, rows)` for as many rows at a time, from `first` on.
-template <class Work>
-void inCachedRows(const Frame& frame, std::int32_t first, std::int32_t count, const Work& work) {
-    const std::int32_t step = cachedRows(frame);
-    for (std::int32_t y = first; y < first + count; y += step) {
-        work(y, std::min(step, first + count - y));
-    }
-}
-
-Bands pictureParts(const RenderContext& context) {
-    return bandsForThreads(&context.allocator, {context.width, context.height});
-}
-
-/// What the steps take from the reserve.
-std::int64_t scratchBytes(const OldTVSettings& settings, const RenderContext& context, std::int32_t format) {
-    const std::int32_t sampleBytes = BytesPerChannel(format);
-    const ImgSize size{context.width, context.height};
-    const auto image = [](ImgSize of, std::int32_t pixelBytes) {
-        return MemoryAllocator::ReserveForImage(of.width, of.height, pixelBytes);
-    };
-    std::int64_t drawing = ScratchBlock::reserveFor(pictureParts(context).count() * ghostFloats(context.width) *
-                                                    static_cast<std::int64_t>(sizeof(float)));
-    if (settings.noise > kOff) {
-        const ImgSize square = squareNoiseSize(context, isFloatFormat(format));
-        drawing += image(size, sampleBytes) + image(square, sampleBytes) +
-                   ScratchBlock::reserveFor(FrameResizeScratch(square, size, 1, kResizeLinear, context.allocator));
-    }
-    return image(size, formatBytesPerPixel(format)) +
-           std::max(drawing, tubeScratch(settings.softenEdge, context, format));
-}
-
-/// Static, where `noise` is one, and scan lines.
-bool drawOver(Frame& frame, const Frame* noise, const OldTVSettings& settings, const RenderContext& context) {
-    return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t count) {
-        inCachedRows(frame, first, count, [&](std::int32_t y, std::int32_t rows) {
-            if (noise != nullptr) {
-                Frame to;
-                Frame grey;
-                to.WrapSubRect(frame, 0, y, context.width, rows, false);
-                grey.WrapSubRect(*noise, 0, y, context.width, rows, false);
-                addStatic(to, grey, static_cast<std::uint8_t>(settings.noise * 255.0F));
-            }
-            for (std::int32_t row = y; settings.intensity > kOff && row < y + rows; ++row) {
-                darkenRow(frame, row, scanLineFactor(settings, frame.Height(), frame.Height() - 1 - row));
-            }
-        });
-        return true;
-    });
-}
-
-/// Colour, ghost, static and scan lines, which leave every pixel in its row.
-bool drawPicture(const Frame& source, Frame& frame, const OldTVSettings& settings, const RenderContext& context,
-                 float time) {
-    const std::int32_t format = source.Format();
-    const bool hasStatic = settings.noise > kOff;
-    const ImgSize square = squareNoiseSize(context, isFloatFormat(format));
-    const bool isSquare = square.width == context.width && square.height == context.height;
-    const std::int64_t lumaFloats = ghostFloats(context.width);
-    const Bands parts = pictureParts(context);
-    ScratchBlock block(context.allocator);
-    block.add<float>(parts.count() * lumaFloats);
-    Frame noise;
-    Frame squareNoise;
-    const auto allocate = [&](Frame& mask, ImgSize size) {
-        return mask.Allocate(size.width, size.height, BytesPerChannel(format), &context.allocator, MaskFormat(format),
-                             false);
-    };
-    if (!block.allocate() || (hasStatic && (!allocate(noise, {context.width, context.height}) ||
-                                            (!isSquare && !allocate(squareNoise, square))))) {
-        return false;
-    }
-    auto* luma = block.take<float>(parts.count() * lumaFloats);
-    // The height, not the width, measures the ghost's distance: its look depends on it.
-    const auto shift = static_cast<std::int32_t>(settings.ghosting * 0.5F * static_cast<float>(context.height));
-    const auto colorPart = [&](std::int32_t part) {
-        inCachedRows(frame, parts.first(part), parts.rowsOf(part), [&](std::int32_t y, std::int32_t rows) {
-            Frame from;
-            Frame to;
-            from.WrapSubRect(source, 0, y, context.width, rows, false);
-            to.WrapSubRect(frame, 0, y, context.width, rows, false);
-            ColorAdjust(from, to, settings.contrast, settings.brightness, settings.saturation, settings.hue,
-                        settings.tintColor, settings.tint, nullptr);
-            addGhost(to, shift, luma + part * lumaFloats);
-        });
-    };
-    std::optional<Static> made;
-    if (hasStatic) {
-        made.emplace(isSquare ? noise : squareNoise, time, parts.count() > 1);
-    }
-    const std::int32_t others = hasStatic ? made->parts() : 0;
-    const MemoryAllocator* threads = parts.count() > 1 ? &context.allocator : nullptr;
-    runTasks(threads, parts.count() + others, [&](std::int32_t i) {
-        if (i < others) {
-            made->prepare(i);
-        } else {
-            colorPart(i - others);
-        }
-    });
-    runTasks(threads, others, [&](std::int32_t i) { made->fill(i); });
-    if (hasStatic && !isSquare && !FrameResizeInto(squareNoise, noise, kResizeLinear)) {
-        return false;
-    }
-    return drawOver(frame, hasStatic ? &noise : nullptr, settings, context);
-}
-
-void applyTear(FramePair& frames, const TearEvent& tear, const OldTVSettings& settings) {
-    std::array<TearStrip, kTearSteps> strips;
-    const std::size_t count =
-        tearStrips(tear, settings.severity, frames.current->Width(), frames.current->Height(), strips);
-    tearRows(*frames.current, *frames.other, std::span(strips).first(count));
-    frames.swap();
-}
-
-/// The band wraps once at the picture's height.
-void applyBand(Frame& frame, const BrightBand& band) {
-    inBands(frame.Resources(), {frame.Width(), frame.Height()}, [&](std::int32_t first, std::int32_t rows) {
-        for (std::int32_t y = first; y < first + rows; ++y) {
-            for (const std::int32_t at : {y, y + frame.Height()}) {
-                if (at >= band.top && at < band.bottom) {
-                    brightenRow(frame, y, band.gain(at));
-                }
-            }
-        }
-        return true;
-    });
+/// Frames that a render takes from the reserve beside its source and destination.
+std::int64_t scratchBytes(const OldTVSettings& settings, bool bends, const RenderContext& context,
+                          std::int32_t format) {
+    const std::int64_t glass =
+        bends ? MemoryAllocator::ReserveForImage(context.width, context.height, formatBytesPerPixel(format)) : 0;
+    return glass +
+           std::max(pictureScratch(settings, context, format), tubeScratch(settings.softenEdge, context, format));
 }
 
 bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const OldTVSettings settings = readSettings(params);
-    const Events events = findEvents(settings, context);
-    const bool tears = events.tear.has_value();
-    const bool rolls = events.roll.has_value();
-
-    Frame scratch;
-    if (!context.allocator.Reserve(scratchBytes(settings, context, source.Format())) ||
-        !scratch.Allocate(context.width, context.height, source.BytesPerPixel(), &context.allocator, source.Format(),
-                          false)) {
+    const OldTVEvents events = findEvents(settings, context.width, context.height, context.timeSeconds);
+    const bool bends = events.hasTube && settings.curvature != 0.0F;
+    Frame glass;
+    if (!context.allocator.Reserve(scratchBytes(settings, bends, context, source.Format())) ||
+        (bends && !glass.Allocate(context.width, context.height, source.BytesPerPixel(), &context.allocator,
+                                  source.Format(), false))) {
         return false;
     }
-    // These steps swap the frames; the last one shall leave the picture in the destination.
-    const bool hasSurround = settings.opacity >= kOff;
-    FramePair frames{&destination, &scratch};
-    if (tears != (rolls != hasSurround)) {
-        frames.swap();
+    if (!drawPicture(source, bends ? glass : destination, settings, events, context) ||
+        (bends && !bendTube(glass, destination, settings.curvature, context.allocator))) {
+        return false;
     }
-    bool done = drawPicture(source, *frames.current, settings, context, events.time);
-    if (tears) {
-        applyTear(frames, *events.tear, settings);
-    }
-    if (rolls) {
-        rollPicture(*frames.current, *frames.other, *events.roll);
-        frames.swap();
-    }
-    if (events.hasTube) {
-        applyBand(*frames.current, findBand(settings, context.height, events.cycleTime));
-        done = done && bendTube(*frames.current, *frames.other, settings.curvature, context.allocator) &&
-               softenTubeEdge(*frames.current, settings.softenEdge, context);
-    }
-    if (hasSurround) {
-        FrameFillColor(*frames.other, static_cast<std::uint32_t>(settings.opacity * 255.0F) << 24U);
-        FrameAlphaOver(*frames.current, *frames.other, *frames.other, false);
-        frames.swap();
-    }
-    return done && (frames.current == &destination || FrameCopy(*frames.current, destination));
+    const float soften = events.hasTube ? settings.softenEdge : 0.0F;
+    const float opacity = settings.opacity >= kOldTVOff ? settings.opacity : 0.0F;
+    return finishTube(destination, soften, opacity, context);
 }
 
 bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
     const OldTVSettings settings = readSettings(params);
-    const Events events = findEvents(settings, facts);
+    const OldTVEvents events = findEvents(settings, facts.width, facts.height, facts.timeSeconds);
     if (!frame.create(4, kPrograms)) {
         return false;
     }
@@ -450,7 +208,7 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
             program.SetInt("nSizeY", facts.height);
         });
     }
-    if (settings.noise > kOff) {
+    if (settings.noise > kOldTVOff) {
         passes.addStatic(settings, events.time);
     }
     if (settings.intensity > 0.0F) {
@@ -481,7 +239,7 @@ bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& fra
         passes.bendTube(settings.curvature);
         passes.softenEdge(settings.softenEdge, facts);
     }
-    if (settings.opacity >= kOff) {
+    if (settings.opacity >= kOldTVOff) {
         passes.draw(kSurround,
                     [&](ShaderProgram& program) { program.SetFloat4("Color", 0.0F, 0.0F, 0.0F, settings.opacity); });
     }

@@ -9,6 +9,8 @@ namespace {
 
 /// Below this a speed or rate stands still.
 constexpr float kStill = 0.001F;
+/// A picture of fewer columns or rows has no tube.
+constexpr std::int32_t kSmallestTube = 16;
 /// Seconds that the picture takes to roll through once, and the band to travel once, at full speed.
 constexpr float kFullSpeedCycle = 0.3F;
 
@@ -109,6 +111,14 @@ std::optional<RollEvent> findRoll(const OldTVSettings& settings, std::int32_t he
     return RollEvent{upperRow - upper, upperRow, upper + height + bar};
 }
 
+std::int32_t RollEvent::rowAt(std::int32_t y, std::int32_t height) const {
+    if (y >= lowerRow) {
+        return y - lowerRow;
+    }
+    const std::int32_t row = y - upperRow + upperSource;
+    return y >= upperRow && row < height ? row : -1;
+}
+
 BrightBand findBand(const OldTVSettings& settings, std::int32_t height, float time) {
     const float rate = std::fabs(settings.bandRate);
     const auto rows = static_cast<float>(height);
@@ -129,6 +139,30 @@ float BrightBand::gain(std::int32_t y) const {
     const float along = static_cast<float>(y - top) / static_cast<float>(bottom - top);
     const float shade = (std::sin(6.28F * along - 4.71F) + 1.0F) / 2.0F;
     return std::sqrt(std::max(1.0F - shade, 0.0F));
+}
+
+float BrightBand::gainAt(std::int32_t y, std::int32_t height) const {
+    for (const std::int32_t at : {y, y + height}) {
+        if (at >= top && at < bottom) {
+            return gain(at);
+        }
+    }
+    return 0.0F;
+}
+
+OldTVEvents findEvents(const OldTVSettings& settings, std::int32_t width, std::int32_t height, double timeSeconds) {
+    OldTVEvents events{};
+    events.time = eventTime(timeSeconds);
+    events.cycleTime = events.time;
+    if (settings.frequency > kOldTVOff) {
+        events.tear = findTear(settings.frequency, events.time);
+    }
+    events.hasTube = width >= kSmallestTube && height >= kSmallestTube;
+    const auto roll = findRoll(settings, height, events.cycleTime);
+    if (events.hasTube) {
+        events.roll = roll;
+    }
+    return events;
 }
 
 float scanLineFactor(const OldTVSettings& settings, std::int32_t height, std::int32_t rowsBelow) {

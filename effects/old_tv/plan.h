@@ -79,6 +79,9 @@ struct RollEvent {
     std::int32_t upperSource;
     std::int32_t upperRow;
     std::int32_t lowerRow;
+
+    /// The row of a picture of `height` rows that appears at row `y`; -1 for the black bar, where none does.
+    [[nodiscard]] std::int32_t rowAt(std::int32_t y, std::int32_t height) const;
 };
 /// The roll at `time`, if the picture is rolling. `time` becomes the time within the cycles that are not over
 /// yet, which is what the bright band runs on.
@@ -91,8 +94,23 @@ struct BrightBand {
 
     /// How much row `y` of the band is brightened: 0..1.
     [[nodiscard]] float gain(std::int32_t y) const;
+    /// The same for a row of a picture of `height` rows, 0 outside the band.
+    [[nodiscard]] float gainAt(std::int32_t y, std::int32_t height) const;
 };
 BrightBand findBand(const OldTVSettings& settings, std::int32_t height, float time);
+
+/// Amounts up to this leave their step out.
+inline constexpr float kOldTVOff = 0.001F;
+
+/// What happens in a frame, for both renderers.
+struct OldTVEvents {
+    float time;
+    float cycleTime;  ///< what the bright band runs on
+    std::optional<TearEvent> tear;
+    std::optional<RollEvent> roll;
+    bool hasTube;  ///< tiny pictures have none, and what rolls and glows on it stays unseen
+};
+OldTVEvents findEvents(const OldTVSettings& settings, std::int32_t width, std::int32_t height, double timeSeconds);
 
 /// Turns of the scan lines' sine over the picture, times 2 pi: 10 and 200 lines, which the panel shows for Resolution.
 inline constexpr float kFewestScanLineTurns = 62.8F;

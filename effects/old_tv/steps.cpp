@@ -4,6 +4,7 @@
 #define HWY_TARGET_INCLUDE "effects/old_tv/steps.cpp"
 #include "hwy/foreach_target.h"
 
+#include "frame/primitives/pixel_math-inl.h"
 #include "frame/primitives/row_loops-inl.h"
 #include "frame/rows.h"
 
@@ -11,122 +12,161 @@ HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
 
-/// The four samples of as many pixels as a vector of floats has lanes, as floats.
-template <class Sample>
-struct Pixels {
-    using Tag = hn::ScalableTag<float>;
-    using Vector = hn::Vec<Tag>;
-    Vector sample[4];
+/// The colours of as many pixels as a vector of floats has lanes, as floats, and their alpha as it lies in memory.
+template <class L>
+struct Colours {
+    using Sample = typename L::Sample;
+    using Rest = std::conditional_t<L::kIsFloat, VecF, hn::Vec<TagI32>>;
+    VecF red;
+    VecF green;
+    VecF blue;
+    Rest rest;
 
-    static HWY_INLINE Pixels load(const Sample* from) {
-        const Tag df;
-        Pixels pixels;
-        if constexpr (sizeof(Sample) == 1) {
-            const hn::Rebind<std::int32_t, Tag> d32;
-            const auto words = hn::LoadU(d32, reinterpret_cast<const std::int32_t*>(from));
-            const auto bytes = hn::Set(d32, 0xFF);
-            pixels.sample[0] = hn::ConvertTo(df, hn::And(words, bytes));
-            pixels.sample[1] = hn::ConvertTo(df, hn::And(hn::ShiftRight<8>(words), bytes));
-            pixels.sample[2] = hn::ConvertTo(df, hn::And(hn::ShiftRight<16>(words), bytes));
-            pixels.sample[3] = hn::ConvertTo(df, hn::And(hn::ShiftRight<24>(words), bytes));
-        } else {
-            hn::LoadInterleaved4(df, from, pixels.sample[0], pixels.sample[1], pixels.sample[2], pixels.sample[3]);
+    template <int kAt>
+    static HWY_INLINE VecF byteAt(hn::Vec<TagI32> words) {
+        auto v = hn::BitCast(Tag32(), words);
+        if constexpr (kAt > 0) {
+            v = hn::ShiftRight<8 * kAt>(v);
         }
-        return pixels;
+        if constexpr (kAt < 3) {
+            v = hn::And(v, hn::Set(Tag32(), 0xFF));
+        }
+        return hn::ConvertTo(TagF(), hn::BitCast(TagI32(), v));
+    }
+    template <int kAt>
+    static HWY_INLINE hn::Vec<TagI32> toByteAt(VecF v) {
+        return hn::ShiftLeft<8 * kAt>(hn::ConvertTo(TagI32(), v));
+    }
+
+    static HWY_INLINE Colours load(const Sample* from) {
+        if constexpr (L::kIsFloat) {
+            VecF v[4];
+            hn::LoadInterleaved4(TagF(), from, v[0], v[1], v[2], v[3]);
+            return {v[L::kRed], v[L::kGreen], v[L::kBlue], v[L::kAlpha]};
+        } else {
+            const auto words = hn::LoadU(TagI32(), reinterpret_cast<const std::int32_t*>(from));
+            const auto alpha = hn::BitCast(TagI32(), hn::Set(Tag32(), 0xFFU << (8 * L::kAlpha)));
+            return {byteAt<L::kRed>(words), byteAt<L::kGreen>(words), byteAt<L::kBlue>(words), hn::And(words, alpha)};
+        }
     }
     HWY_INLINE void store(Sample* to) const {
-        const Tag df;
-        if constexpr (sizeof(Sample) == 1) {
-            const hn::Rebind<std::int32_t, Tag> d32;
-            const auto low = hn::Or(hn::ConvertTo(d32, sample[0]), hn::ShiftLeft<8>(hn::ConvertTo(d32, sample[1])));
-            const auto high = hn::Or(hn::ConvertTo(d32, sample[2]), hn::ShiftLeft<8>(hn::ConvertTo(d32, sample[3])));
-            hn::StoreU(hn::Or(low, hn::ShiftLeft<16>(high)), d32, reinterpret_cast<std::int32_t*>(to));
+        if constexpr (L::kIsFloat) {
+            VecF v[4];
+            v[L::kRed] = red;
+            v[L::kGreen] = green;
+            v[L::kBlue] = blue;
+            v[L::kAlpha] = rest;
+            hn::StoreInterleaved4(v[0], v[1], v[2], v[3], TagF(), to);
         } else {
-            hn::StoreInterleaved4(sample[0], sample[1], sample[2], sample[3], df, to);
+            const auto words = hn::Or(hn::Or(toByteAt<L::kRed>(red), toByteAt<L::kGreen>(green)),
+                                      hn::Or(toByteAt<L::kBlue>(blue), rest));
+            hn::StoreU(words, TagI32(), reinterpret_cast<std::int32_t*>(to));
         }
     }
+    HWY_INLINE VecF weighted(float r, float g, float b) const {
+        const TagF d;
+        return hn::Add(hn::Add(hn::Mul(hn::Set(d, r), red), hn::Mul(hn::Set(d, g), green)),
+                       hn::Mul(hn::Set(d, b), blue));
+    }
 };
-
-template <class L>
-HWY_INLINE typename Pixels<typename L::Sample>::Vector lumaOf(const Pixels<typename L::Sample>& p) {
-    const hn::ScalableTag<float> df;
-    return hn::Add(
-        hn::Add(hn::Mul(hn::Set(df, 0.299F), p.sample[L::kRed]), hn::Mul(hn::Set(df, 0.587F), p.sample[L::kGreen])),
-        hn::Mul(hn::Set(df, 0.114F), p.sample[L::kBlue]));
-}
 
 /// `luma` has room for twice the width and a vector: the row's brightness, once from `shift` on and wrapped.
 template <class L>
 void ghostRow(typename L::Sample* row, std::int32_t width, std::int32_t shift, float* luma) {
     using Sample = typename L::Sample;
-    const hn::ScalableTag<float> df;
+    const TagF df;
     const auto scale = hn::Set(df, L::kIsFloat ? 1.0F : 255.0F);
     const auto zero = hn::Zero(df);
     const auto alongRow = [&](const auto& step) HWY_ATTR { alongPixels<4>(hn::Lanes(df), width, step, row); };
+    float* own = luma + width;
     alongRow([&](std::size_t x, Sample* at)
-                 HWY_ATTR { hn::StoreU(lumaOf<L>(Pixels<Sample>::load(at)), df, luma + width + x); });
+                 HWY_ATTR { hn::StoreU(Colours<L>::load(at).weighted(0.299F, 0.587F, 0.114F), df, own + x); });
     // The pixel at x sees the brightness at x - shift, which for the row's first pixels lies at its end.
-    std::memcpy(luma + width - shift, luma + 2 * static_cast<std::ptrdiff_t>(width) - shift,
-                static_cast<std::size_t>(shift) * sizeof(float));
-    const float* shifted = luma + width - shift;
+    std::memcpy(own - shift, own + width - shift, static_cast<std::size_t>(shift) * sizeof(float));
+    const float* shifted = own - shift;
     alongRow([&](std::size_t x, Sample* at) HWY_ATTR {
-        auto pixels = Pixels<Sample>::load(at);
-        auto& red = pixels.sample[L::kRed];
-        auto& green = pixels.sample[L::kGreen];
-        auto& blue = pixels.sample[L::kBlue];
-        const auto weighted = [&](float r, float g, float b) HWY_ATTR {
-            return hn::Add(hn::Add(hn::Mul(hn::Set(df, r), red), hn::Mul(hn::Set(df, g), green)),
-                           hn::Mul(hn::Set(df, b), blue));
-        };
-        const auto u = weighted(-0.14713F, -0.28886F, 0.436F);
-        const auto v = weighted(0.615F, -0.51499F, -0.10001F);
-        const auto y = hn::Max(lumaOf<L>(pixels), hn::Mul(hn::Set(df, 0.8F), hn::LoadU(df, shifted + x)));
+        auto pixels = Colours<L>::load(at);
+        const auto u = pixels.weighted(-0.14713F, -0.28886F, 0.436F);
+        const auto v = pixels.weighted(0.615F, -0.51499F, -0.10001F);
+        const auto y = hn::Max(hn::LoadU(df, own + x), hn::Mul(hn::Set(df, 0.8F), hn::LoadU(df, shifted + x)));
         const auto limited = [&](auto value) HWY_ATTR { return hn::Min(hn::Max(value, zero), scale); };
-        red = limited(hn::Add(y, hn::Mul(hn::Set(df, 1.13983F), v)));
-        green = limited(hn::Sub(hn::Sub(y, hn::Mul(hn::Set(df, 0.39465F), u)), hn::Mul(hn::Set(df, 0.5806F), v)));
-        blue = limited(hn::Add(y, hn::Mul(hn::Set(df, 2.03211F), u)));
+        pixels.red = limited(hn::Add(y, hn::Mul(hn::Set(df, 1.13983F), v)));
+        pixels.green =
+            limited(hn::Sub(hn::Sub(y, hn::Mul(hn::Set(df, 0.39465F), u)), hn::Mul(hn::Set(df, 0.5806F), v)));
+        pixels.blue = limited(hn::Add(y, hn::Mul(hn::Set(df, 2.03211F), u)));
         pixels.store(at);
     });
 }
 
-/// With `plus` above 0 colour = min(colour + colour * plus, white), else colour * factor.
-template <class L>
-void scaleRow(typename L::Sample* row, std::int32_t width, float factor, float plus) {
+/// Pixels from `from` to `to`: colour * light, and then min(that + that * gain, white).
+template <class L, bool kBrightens>
+void lightPixels(const typename L::Sample* from, typename L::Sample* to, std::int32_t count, float light, float gain) {
     using Sample = typename L::Sample;
-    const hn::ScalableTag<float> df;
+    const TagF df;
     const auto white = hn::Set(df, L::kIsFloat ? 1.0F : 255.0F);
-    const auto times = hn::Set(df, factor);
-    const auto added = hn::Set(df, plus);
-    const auto step = [&](std::size_t, Sample* at) HWY_ATTR {
-        auto pixels = Pixels<Sample>::load(at);
-        for (const int position : {L::kRed, L::kGreen, L::kBlue}) {
-            auto& value = pixels.sample[position];
-            value = plus > 0.0F ? hn::Min(hn::Add(value, hn::Mul(value, added)), white) : hn::Mul(value, times);
+    const auto times = hn::Set(df, light);
+    const auto added = hn::Set(df, gain);
+    const auto lit = [&](VecF value) HWY_ATTR {
+        auto v = hn::Mul(value, times);
+        if constexpr (kBrightens) {
+            if constexpr (!L::kIsFloat) {
+                v = hn::ConvertTo(df, hn::ConvertTo(TagI32(), v));
+            }
+            v = hn::Min(hn::Add(v, hn::Mul(v, added)), white);
         }
-        pixels.store(at);
+        return v;
     };
-    alongPixels<4>(hn::Lanes(df), width, step, row);
+    const auto step = [&](std::size_t, Sample* out, const Sample* in) HWY_ATTR {
+        auto pixels = Colours<L>::load(in);
+        pixels.red = lit(pixels.red);
+        pixels.green = lit(pixels.green);
+        pixels.blue = lit(pixels.blue);
+        pixels.store(out);
+    };
+    alongPixels<4, 4>(hn::Lanes(df), count, step, to, from);
 }
 
 /// Straight-alpha over of a grey pixel with one opacity. 8-bit products are the scaled product.
-void staticRow8(std::uint8_t* row, const std::uint8_t* noise, std::int32_t width, std::uint32_t opacity, int alphaAt) {
-    for (std::int32_t x = 0; x < width; ++x) {
-        std::uint8_t* pixel = row + 4 * static_cast<std::ptrdiff_t>(x);
-        const std::uint32_t grey = scaledProduct(noise[x], opacity);
-        for (int i = 0; i < 4; ++i) {
-            const std::uint32_t top = i == alphaAt ? opacity : grey;
-            pixel[i] = static_cast<std::uint8_t>(top + scaledProduct(pixel[i], 255 - opacity));
-        }
-    }
+template <class L>
+void staticRow(std::uint8_t* row, const std::uint8_t* noise, std::int32_t width, std::uint8_t opacity) {
+    const Tag32 d;
+    const hn::Rebind<std::uint8_t, Tag32> dNoise;
+    const auto own = hn::Set(Tag16(), opacity);
+    const auto rest = hn::Set(Tag16(), static_cast<std::uint16_t>(255 - opacity));
+    const auto alpha = hn::Set(d, std::uint32_t{opacity} << (8 * L::kAlpha));
+    const auto step = [&](std::size_t, std::uint8_t* to, const std::uint8_t* from) HWY_ATTR {
+        const Vec16 wide = hn::BitCast(Tag16(), hn::PromoteTo(d, hn::LoadU(dNoise, from)));
+        const Vec32 grey = hn::BitCast(d, over255(hn::Mul(wide, own)));
+        const Vec32 twice = hn::Or(grey, hn::ShiftLeft<8>(grey));
+        const Vec32 colours = hn::ShiftLeft<8 * L::kFirstColor>(hn::Or(twice, hn::ShiftLeft<16>(grey)));
+        const Halves below = scaledProducts(split(hn::LoadU(Tag8(), to)), {rest, rest});
+        // The two rounded-down products never pass 255 together.
+        hn::StoreU(hn::Add(hn::BitCast(Tag8(), hn::Or(colours, alpha)), join(below)), Tag8(), to);
+    };
+    alongPixels<4, 1>(hn::Lanes(d), width, step, row, noise);
 }
-void staticRowF(float* row, const float* noise, std::int32_t width, float opacity, int alphaAt) {
+template <class L>
+void staticRow(float* row, const float* noise, std::int32_t width, std::uint8_t opacity) {
+    const hn::FixedTag<float, 4> d;
+    const float share = static_cast<float>(opacity) / 255.0F;
+    const auto own = hn::Set(d, share);
+    const auto rest = hn::Set(d, 1.0F - share);
+    const auto isAlpha = hn::Eq(hn::Iota(d, 0.0F), hn::Set(d, static_cast<float>(L::kAlpha)));
     for (std::int32_t x = 0; x < width; ++x) {
         float* pixel = row + 4 * static_cast<std::ptrdiff_t>(x);
-        const float grey = noise[x] * opacity;
-        for (int i = 0; i < 4; ++i) {
-            const float top = i == alphaAt ? opacity : grey;
-            pixel[i] = top + pixel[i] * (1.0F - opacity);
-        }
+        const auto above = hn::IfThenElse(isAlpha, own, hn::Mul(hn::Set(d, noise[x]), own));
+        hn::StoreU(hn::Add(above, hn::Mul(hn::LoadU(d, pixel), rest)), d, pixel);
+    }
+}
+
+template <class L>
+void show(const typename L::Sample* from, typename L::Sample* to, std::int32_t count, const RowLook& look) {
+    if (look.gain > 0.0F) {
+        lightPixels<L, true>(from, to, count, look.light, look.gain);
+    } else if (look.light != 1.0F) {
+        lightPixels<L, false>(from, to, count, look.light, 0.0F);
+    } else {
+        std::memcpy(to, from, 4 * static_cast<std::size_t>(count) * sizeof *to);
     }
 }
 
@@ -146,20 +186,19 @@ void staticFrame(Frame& frame, const Frame& noise, std::uint8_t opacity) {
     visitRows(
         frame.Format(), frame,
         [&](auto layout, std::int32_t, auto* row, const auto* grey) {
-            using L = decltype(layout);
-            if constexpr (L::kIsFloat) {
-                staticRowF(row, grey, frame.Width(), static_cast<float>(opacity) / 255.0F, L::kAlpha);
-            } else {
-                staticRow8(row, grey, frame.Width(), opacity, L::kAlpha);
-            }
+            staticRow<decltype(layout)>(row, grey, frame.Width(), opacity);
         },
         noise);
 }
 
-void scaleFrameRow(Frame& frame, std::int32_t y, float factor, float plus) {
-    visitLayout(frame.Format(), [&](auto layout) {
+void showFrameRow(const Frame& source, Frame& destination, const RowLook& look) {
+    visitLayout(source.Format(), [&](auto layout) {
         using L = decltype(layout);
-        scaleRow<L>(frame.row<typename L::Sample>(y), frame.Width(), factor, plus);
+        const auto* from = source.row<const typename L::Sample>(0);
+        auto* to = destination.row<typename L::Sample>(0);
+        const std::int32_t left = source.Width() - look.turn;
+        show<L>(from + 4 * static_cast<std::ptrdiff_t>(look.turn), to, left, look);
+        show<L>(from, to + 4 * static_cast<std::ptrdiff_t>(left), look.turn, look);
         return true;
     });
 }
@@ -168,63 +207,26 @@ void scaleFrameRow(Frame& frame, std::int32_t y, float factor, float plus) {
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-#include <algorithm>
-
-#include "frame/frame_operations.h"
-
 namespace lumiset {
 
 HWY_EXPORT(ghostFrame);
 HWY_EXPORT(staticFrame);
-HWY_EXPORT(scaleFrameRow);
+HWY_EXPORT(showFrameRow);
 
 std::int64_t ghostFloats(std::int32_t width) {
     return 2 * std::int64_t{width} + HWY_MAX_BYTES;
 }
 
 void addGhost(Frame& frame, std::int32_t shift, float* luma) noexcept {
-    HWY_DYNAMIC_DISPATCH(ghostFrame)(frame, shift % frame.Width(), luma);
+    HWY_DYNAMIC_DISPATCH(ghostFrame)(frame, shift, luma);
 }
 
 void addStatic(Frame& frame, const Frame& noise, std::uint8_t opacity) noexcept {
     HWY_DYNAMIC_DISPATCH(staticFrame)(frame, noise, opacity);
 }
 
-void brightenRow(Frame& frame, std::int32_t y, float gain) noexcept {
-    HWY_DYNAMIC_DISPATCH(scaleFrameRow)(frame, y, 1.0F, gain);
-}
-
-void darkenRow(Frame& frame, std::int32_t y, float factor) noexcept {
-    HWY_DYNAMIC_DISPATCH(scaleFrameRow)(frame, y, factor, 0.0F);
-}
-
-void tearRows(const Frame& source, Frame& destination, std::span<const TearStrip> strips) noexcept {
-    const std::int32_t width = source.Width();
-    const auto pixel = static_cast<std::size_t>(source.BytesPerPixel());
-    inBands(destination.Resources(), {width, source.Height()}, [&](std::int32_t first, std::int32_t rows) {
-        for (const TearStrip& strip : strips) {
-            const auto left = static_cast<std::size_t>(strip.offset) * pixel;
-            const auto right = static_cast<std::size_t>(width - strip.offset) * pixel;
-            for (std::int32_t y = std::max(strip.top, first); y < std::min(strip.bottom, first + rows); ++y) {
-                std::memcpy(destination.PixelAddress(0, y, 0), source.PixelAddress(strip.offset, y, 0), right);
-                std::memcpy(destination.PixelAddress(width - strip.offset, y, 0), source.PixelAddress(0, y, 0), left);
-            }
-        }
-        return true;
-    });
-}
-
-void rollPicture(const Frame& source, Frame& destination, const RollEvent& roll) noexcept {
-    FrameFillColor(destination, 0xFF000000U);
-    const std::int32_t width = source.Width();
-    const std::int32_t height = source.Height();
-    // Parts that lie wholly outside copy nothing.
-    if (roll.upperSource < height) {
-        FrameCopyRect(source, 0, roll.upperSource, width, height - roll.upperSource, destination, 0, roll.upperRow);
-    }
-    if (roll.lowerRow < height) {
-        FrameCopyRect(source, 0, 0, width, height - roll.lowerRow, destination, 0, roll.lowerRow);
-    }
+void showRow(const Frame& source, Frame& destination, const RowLook& look) noexcept {
+    HWY_DYNAMIC_DISPATCH(showFrameRow)(source, destination, look);
 }
 
 }  // namespace lumiset

@@ -20,13 +20,15 @@ struct TubeSoftness {
 TubeSoftness tubeSoftness(float amount, const FrameFacts& facts);
 
 /// Bends the picture's four sides inwards towards the corners, `curvature` 0..1; outside it becomes transparent.
-/// The picture goes through `scratch`, a frame of the same kind, and comes back. False when there is no memory.
-bool bendTube(Frame& frame, Frame& scratch, float curvature, MemoryAllocator& allocator) noexcept;
+/// `source` and `destination` are two frames of one kind, of at least 16 pixels in each direction. False when there is
+/// no memory.
+bool bendTube(const Frame& source, Frame& destination, float curvature, MemoryAllocator& allocator) noexcept;
 
-/// Softens the picture's alpha inwards from every transparent edge, `amount` 0..1. False when there is no memory.
-bool softenTubeEdge(Frame& frame, float amount, const RenderContext& context) noexcept;
+/// In place: softens the picture's alpha inwards from every transparent edge by `soften`, 0..1, and puts black of
+/// `opacity`, 0..1, behind it. Either is left out at 0. False when there is no memory.
+bool finishTube(Frame& frame, float soften, float opacity, const RenderContext& context) noexcept;
 
 /// What either of the two takes from the allocator's reserve.
-std::int64_t tubeScratch(float softenAmount, const RenderContext& context, std::int32_t format);
+std::int64_t tubeScratch(float soften, const RenderContext& context, std::int32_t format);
 
 }  // namespace lumiset

@@ -205,6 +205,13 @@ bool ColorAdjust(const Frame& source, Frame& destination, float contrast, float 
     }
     float matrix[3][4];
     BuildColorMatrix(contrast, brightness, saturation, hue, tintColor, tintAmount, source.Format(), matrix, true);
+    return FrameColorMatrix(source, destination, matrix);
+}
+
+bool FrameColorMatrix(const Frame& source, Frame& destination, const float matrix[3][4]) noexcept {
+    if (!isColor(source) || !sameFormat(source, destination)) {
+        return false;
+    }
     return isFloat(source) ? adjust<float>(source, destination, matrix[0])
                            : adjust<std::uint8_t>(source, destination, matrix[0]);
 }

@@ -18,9 +18,15 @@ namespace lumiset {
 void BuildColorMatrix(float contrast, float brightness, float saturation, float hue, std::uint32_t tintColor,
                       float tintAmount, std::int32_t format, float matrix[3][4], bool keepOrder) noexcept;
 
-/// Applies that matrix to the common rectangle of two frames of one colour format and keeps alpha. Float colours
-/// are clamped to 0..1. Frames without colour are copied. `source` and `destination` may be one frame. False for
-/// frames that do not fit, and for a setting that is not finite. Needs no scratch memory; `allocator` may be null.
+/// Applies such a matrix, in the order B, G, R, to the common rectangle of two frames of one colour format and keeps
+/// alpha. Float colours are clamped to 0..1. `source` and `destination` may be one frame. False for frames that do not
+/// fit.
+bool FrameColorMatrix(const Frame& source, Frame& destination, const float matrix[3][4]) noexcept;
+
+/// Applies the matrix of these settings to the common rectangle of two frames of one colour format and keeps alpha.
+/// Float colours are clamped to 0..1. Frames without colour are copied. `source` and `destination` may be one frame.
+/// False for frames that do not fit, and for a setting that is not finite. Needs no scratch memory; `allocator` may be
+/// null.
 bool ColorAdjust(const Frame& source, Frame& destination, float contrast, float brightness, float saturation, float hue,
                  std::uint32_t tintColor, float tintAmount, MemoryAllocator* allocator) noexcept;
 

@@ -77,17 +77,17 @@ void startColumns(const BoxJob<T, Sum>& job) {
     }
 }
 
-/// Stores the column sums of windows of row `y`, and moves them on to the next row.
+/// Stores the sums of `count` columns from `first` on of windows of row `y`, and moves them on to the next row.
 template <class T, class Sum>
-void columnsOfRow(const BoxJob<T, Sum>& job, std::int32_t y, Sum* HWY_RESTRICT out) {
-    const std::int32_t count = job.columnCount;
-    Sum* HWY_RESTRICT columns = job.columns;
-    const T* HWY_RESTRICT gone = job.src.row(y);
+void columnsOfRow(const BoxJob<T, Sum>& job, std::int32_t y, std::int32_t first, std::int32_t count,
+                  Sum* HWY_RESTRICT out) {
+    Sum* HWY_RESTRICT columns = job.columns + first;
+    const T* HWY_RESTRICT gone = job.src.row(y) + first;
     std::copy(columns, columns + count, out);
     if (y + 1 == job.size.height) {
         return;
     }
-    const T* HWY_RESTRICT come = job.src.row(y + job.mask.height);
+    const T* HWY_RESTRICT come = job.src.row(y + job.mask.height) + first;
     for (std::int32_t x = 0; x < count; ++x) {
         columns[x] = columns[x] + sample(come[x]) - sample(gone[x]);
     }
@@ -194,14 +194,19 @@ void walkBytes(const ByteBox& job, const Rounding& rounding, std::uint8_t* const
     }
 }
 
-/// The column sums of a block of rows, interleaved; past the last row they stand still.
+/// The column sums of a block of rows, interleaved; past the last row they stand still. So many columns at a time that
+/// what is interleaved stays in the nearest cache until all its rows are in.
 template <class T, class Sum>
 void sumBlock(const BoxJob<T, Sum>& job, std::int32_t y) {
-    for (std::int32_t first = 0; first < kBoxRows<T>; first += kGroupRows) {
-        for (std::int32_t r = 0; r < kGroupRows; ++r) {
-            columnsOfRow(job, std::min(y + first + r, job.size.height - 1), job.rows + r * job.stride);
+    constexpr std::int32_t kColumns = 256;
+    for (std::int32_t x = 0; x < job.columnCount; x += kColumns) {
+        const std::int32_t count = std::min(kColumns, job.columnCount - x);
+        for (std::int32_t first = 0; first < kBoxRows<T>; first += kGroupRows) {
+            for (std::int32_t r = 0; r < kGroupRows; ++r) {
+                columnsOfRow(job, std::min(y + first + r, job.size.height - 1), x, count, job.rows + r * job.stride);
+            }
+            interleave<kBoxRows<T>>(job.rows, job.stride, count, job.interleaved + kBoxRows<T> * x + first);
         }
-        interleave<kBoxRows<T>>(job.rows, job.stride, job.columnCount, job.interleaved + first);
     }
 }
 

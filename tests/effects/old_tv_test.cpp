@@ -189,6 +189,29 @@ TEST_P(OldTVTest, RollShowsBothPartsAndABlackBarBetween) {
     EXPECT_NEAR(result.get(4, 53, kRed), 100.0 * 0.995, 2.5);
 }
 
+TEST_P(OldTVTest, RolledRowsTakeTheirTearsAndLinesAlong) {
+    Picture source(96, 100, {.format = GetParam()});
+    drawTestCard(source);
+    ValueHost host = quietHost();
+    host.values[kNoise].slider = 0.3F;
+    host.values[kIntensity].slider = 0.5F;
+    host.values[kFrequency].slider = 1.0F;
+    host.values[kSeverity].slider = 1.0F;
+    const Picture still = render(host, source, 0.3);
+    host.values[kSpeed].slider = 0.25F;  // rolls as above
+    host.values[kPeriod].slider = 0.0F;
+    host.values[kVerticalBlank].words[0] = 1;
+    const Picture rolled = render(host, source, 0.3);
+    for (std::int32_t y = 0; y < 100; ++y) {
+        const std::int32_t from = y < 48 ? y + 52 : y - 53;
+        for (std::int32_t x = 0; x < 96 && from >= 0; ++x) {
+            for (const Channel channel : {kRed, kGreen, kBlue, kAlpha}) {
+                ASSERT_EQ(rolled.get(x, y, channel), still.get(x, from, channel)) << x << ", " << y;
+            }
+        }
+    }
+}
+
 TEST_P(OldTVTest, BandDoublesAtMostAndLeavesAlpha) {
     Picture source = grey(20, 100, 60);
     ValueHost host = quietHost();
