@@ -74,7 +74,7 @@ TEST(BackgroundTiles, WindowIsTheSeamlessPatternInterpolated) {
     const auto sourceAt = [&](int x, int y) {
         return double{reinterpret_cast<const float*>(source.PixelAddress(x, y, 0))[2]};
     };
-    for (int i = 0; i < kWidth * kHeight * 4; ++i) {
+    for (int i = 0; i < kHeight * source.Stride() / 4; ++i) {
         samples[i] = static_cast<float>(random() % 1000) / 999.0F;
     }
     // One axis of the pattern: both pixels that are mixed, and the share of the first.
