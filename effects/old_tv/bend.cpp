@@ -45,9 +45,8 @@ template <bool kTopAndBottom>
 class Line {
 public:
     /// Of the pixels of row `y`; `first` is the first pixel of the line that the place 0 stands on.
-    Line(const BentSide& side, const std::uint8_t* first, std::int32_t step, std::int32_t pixelBytes, std::int32_t last,
-         std::int32_t y)
-        : m_side(side), m_first(first), m_step(step), m_pixelBytes(pixelBytes), m_last(last), m_y(y) {}
+    Line(const BentSide& side, const std::uint8_t* first, std::int32_t step, std::int32_t last, std::int32_t y)
+        : m_side(side), m_first(first), m_step(step), m_last(last), m_y(y) {}
 
     /// Share of pixel `x` that the bent picture covers.
     [[nodiscard]] float coverage(std::int32_t x) const {
@@ -74,7 +73,7 @@ public:
         const Places di;
         const Pixels d;
         const hn::Repartition<std::uint8_t, Pixels> dBytes;
-        const Taps taps = tapsFrom(x);
+        const Taps taps = tapsFrom<std::uint8_t>(x);
         // Curves are smooth, so the taps of neighbours nearly always follow each other in memory, with a few breaks
         // where they go on in another row or a pixel further. A vector is put together from as many plain loads.
         const auto start = kTopAndBottom ? taps.offset : hn::Sub(taps.offset, hn::ShiftLeft<2>(hn::Iota(di, 0)));
@@ -102,7 +101,7 @@ public:
     }
     HWY_INLINE void draw(std::int32_t x, float* to) const {
         const hn::FixedTag<float, 4> d;
-        const Taps taps = tapsFrom(x);
+        const Taps taps = tapsFrom<float>(x);
         HWY_ALIGN std::int32_t offset[HWY_MAX_BYTES / 4];
         HWY_ALIGN float share[HWY_MAX_BYTES / 4];
         hn::Store(taps.offset, Places(), offset);
@@ -146,14 +145,16 @@ private:
                              : hn::ConvertTo(Shares(), hn::Add(hn::Set(Places(), x), hn::Iota(Places(), 0)));
     }
 
+    template <class Sample>
     [[nodiscard]] HWY_INLINE Taps tapsFrom(std::int32_t x) const {
+        constexpr int kPixelShift = sizeof(Sample) == 1 ? 2 : 4;
         const Shares d;
         const Places di;
         const auto end = hn::Set(d, static_cast<float>(m_last));
         const auto position = hn::Min(
             hn::Max(hn::Mul(hn::Sub(across(x), side(m_side.inset, x)), side(m_side.scale, x)), hn::Zero(d)), end);
         const auto tap = hn::Min(hn::ConvertTo(di, position), hn::Set(di, m_last - 1));
-        return {hn::Mul(tap, hn::Set(di, kTopAndBottom ? m_step : m_pixelBytes)),
+        return {kTopAndBottom ? hn::Mul(tap, hn::Set(di, m_step)) : hn::ShiftLeft<kPixelShift>(tap),
                 hn::Sub(position, hn::ConvertTo(d, tap))};
     }
 
@@ -181,7 +182,6 @@ private:
     const BentSide& m_side;
     const std::uint8_t* m_first;
     std::int32_t m_step;
-    std::int32_t m_pixelBytes;
     std::int32_t m_last;
     std::int32_t m_y;
 };
@@ -228,28 +228,20 @@ void drawRow(const Line<kTopAndBottom>& line, std::int32_t width, typename L::Sa
     }
 }
 
-template <class L>
-void bendRows(const Frame& source, Frame& destination, const BentSides& sides, std::int32_t first, std::int32_t rows,
-              std::uint8_t* room) {
-    using Sample = typename L::Sample;
-    const std::int32_t width = source.Width();
-    const std::int32_t pixelBytes = source.BytesPerPixel();
-    auto* between = reinterpret_cast<Sample*>(room) + 4 * kMargin;
-    for (std::int32_t y = first; y < first + rows; ++y) {
-        drawRow<L>(Line<true>(sides.topAndBottom, source.Data(), source.Stride(), pixelBytes, source.Height() - 1, y),
-                   width, between);
-        drawRow<L>(Line<false>(sides.leftAndRight, reinterpret_cast<const std::uint8_t*>(between), pixelBytes,
-                               pixelBytes, width - 1, y),
-                   width, destination.row<Sample>(y));
-    }
-}
-
 }  // namespace
 
-void bendFrame(const Frame& source, Frame& destination, const BentSides& sides, std::int32_t first, std::int32_t rows,
-               std::uint8_t* room) {
+/// `room` holds a row of pixels between two margins.
+void bendRow(const Frame& source, Frame& destination, const BentSides& sides, std::int32_t y, std::uint8_t* room) {
     visitLayout(source.Format(), [&](auto layout) {
-        bendRows<decltype(layout)>(source, destination, sides, first, rows, room);
+        using L = decltype(layout);
+        using Sample = typename L::Sample;
+        const std::int32_t width = source.Width();
+        const std::int32_t pixelBytes = source.BytesPerPixel();
+        std::uint8_t* between = room + std::ptrdiff_t{kMargin} * pixelBytes;
+        drawRow<L>(Line<true>(sides.topAndBottom, source.Data(), source.Stride(), source.Height() - 1, y), width,
+                   reinterpret_cast<Sample*>(between));
+        drawRow<L>(Line<false>(sides.leftAndRight, between, pixelBytes, width - 1, y), width,
+                   destination.row<Sample>(y));
         return true;
     });
 }
@@ -263,11 +255,12 @@ HWY_AFTER_NAMESPACE();
 #include <numbers>
 
 #include "frame/bands.h"
+#include "frame/frame_operations.h"
 #include "frame/scratch_block.h"
 
 namespace lumiset {
 
-HWY_EXPORT(bendFrame);
+HWY_EXPORT(bendRow);
 
 namespace {
 
@@ -316,7 +309,7 @@ std::int64_t bendScratch(ImgSize size, std::int32_t pixelBytes, const MemoryAllo
                                     bendBands(allocator, size).count() * rowRoom(size.width, pixelBytes) + 64);
 }
 
-bool bendSides(const Frame& source, Frame& destination, std::int32_t topDepth, std::int32_t sideDepth,
+bool bendSides(const Frame& source, Frame& destination, std::int32_t topDepth, std::int32_t sideDepth, Frame* alpha,
                MemoryAllocator& allocator) noexcept {
     const ImgSize size{source.Width(), source.Height()};
     const Bands bands = bendBands(allocator, size);
@@ -333,8 +326,16 @@ bool bendSides(const Frame& source, Frame& destination, std::int32_t topDepth, s
     const BentSides sides{fillSide(size.width, size.height, topDepth, floats),
                           fillSide(size.height, size.width, sideDepth, floats + 3 * std::ptrdiff_t{size.width})};
     runTasks(bands.count() > 1 ? &allocator : nullptr, bands.count(), [&](std::int32_t band) {
-        HWY_DYNAMIC_DISPATCH(bendFrame)
-        (source, destination, sides, bands.first(band), bands.rowsOf(band), rows + band * room);
+        for (std::int32_t y = bands.first(band); y < bands.first(band) + bands.rowsOf(band); ++y) {
+            HWY_DYNAMIC_DISPATCH(bendRow)(source, destination, sides, y, rows + band * room);
+            if (alpha != nullptr) {
+                Frame from;
+                Frame to;
+                from.WrapSubRect(destination, 0, y, size.width, 1, false);
+                to.WrapSubRect(*alpha, 0, y, size.width, 1, false);
+                FrameCopyChannel(from, to, AlphaIndex(source.Format()), 0);
+            }
+        }
     });
     return true;
 }

@@ -162,32 +162,24 @@ OldTVSettings readSettings(const ParamReader& params) {
     };
 }
 
-/// Frames that a render takes from the reserve beside its source and destination.
-std::int64_t scratchBytes(const OldTVSettings& settings, bool bends, const RenderContext& context,
-                          std::int32_t format) {
-    const std::int64_t glass =
-        bends ? MemoryAllocator::ReserveForImage(context.width, context.height, formatBytesPerPixel(format)) : 0;
-    return glass +
-           std::max(pictureScratch(settings, context, format), tubeScratch(settings.softenEdge, context, format));
-}
-
 bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
     const OldTVSettings settings = readSettings(params);
     const OldTVEvents events = findEvents(settings, context.width, context.height, context.timeSeconds);
-    const bool bends = events.hasTube && settings.curvature != 0.0F;
-    Frame glass;
-    if (!context.allocator.Reserve(scratchBytes(settings, bends, context, source.Format())) ||
-        (bends && !glass.Allocate(context.width, context.height, source.BytesPerPixel(), &context.allocator,
-                                  source.Format(), false))) {
+    const std::int32_t format = source.Format();
+    const TubeLook tube{events.hasTube ? settings.curvature : 0.0F, events.hasTube ? settings.softenEdge : 0.0F,
+                        settings.opacity >= kOldTVOff ? settings.opacity : 0.0F};
+    const bool bends = tube.curvature > 0.0F;
+    const std::int64_t frameBytes =
+        bends ? MemoryAllocator::ReserveForImage(context.width, context.height, source.BytesPerPixel()) : 0;
+    Frame flat;
+    if (!context.allocator.Reserve(
+            frameBytes + std::max(pictureScratch(settings, context, format), tubeScratch(tube, context, format))) ||
+        (bends &&
+         !flat.Allocate(context.width, context.height, source.BytesPerPixel(), &context.allocator, format, false))) {
         return false;
     }
-    if (!drawPicture(source, bends ? glass : destination, settings, events, context) ||
-        (bends && !bendTube(glass, destination, settings.curvature, context.allocator))) {
-        return false;
-    }
-    const float soften = events.hasTube ? settings.softenEdge : 0.0F;
-    const float opacity = settings.opacity >= kOldTVOff ? settings.opacity : 0.0F;
-    return finishTube(destination, soften, opacity, context);
+    Frame& picture = bends ? flat : destination;
+    return drawPicture(source, picture, settings, events, context) && drawTube(picture, destination, tube, context);
 }
 
 bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {

@@ -35,7 +35,12 @@ struct Colours {
     }
     template <int kAt>
     static HWY_INLINE hn::Vec<TagI32> toByteAt(VecF v) {
-        return hn::ShiftLeft<8 * kAt>(hn::ConvertTo(TagI32(), v));
+        const Vec32 byte = truncateToByte(v);
+        if constexpr (kAt > 0) {
+            return hn::BitCast(TagI32(), hn::ShiftLeft<8 * kAt>(byte));
+        } else {
+            return hn::BitCast(TagI32(), hn::And(byte, hn::Set(Tag32(), 0xFF)));
+        }
     }
 
     static HWY_INLINE Colours load(const Sample* from) {
@@ -110,7 +115,7 @@ void lightPixels(const typename L::Sample* from, typename L::Sample* to, std::in
         auto v = hn::Mul(value, times);
         if constexpr (kBrightens) {
             if constexpr (!L::kIsFloat) {
-                v = hn::ConvertTo(df, hn::ConvertTo(TagI32(), v));
+                v = hn::Floor(v);
             }
             v = hn::Min(hn::Add(v, hn::Mul(v, added)), white);
         }

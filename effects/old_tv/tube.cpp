@@ -22,86 +22,109 @@ TubeSoftness tubeSoftness(float amount, const FrameFacts& facts) {
 
 namespace {
 
-/// Makes `mask` a margin larger than the frame, and `inside` what of it lies over the frame: its alpha, softened.
-bool softenAlpha(const Frame& frame, TubeSoftness softness, const RenderContext& context, Frame& mask, Frame& inside) {
-    const ImgSize kernel{softness.columns, softness.rows};
-    const ImgSize region{context.width, context.height};
-    const std::int32_t half = kernel.width >> 1;
-    const std::int32_t alpha = AlphaIndex(frame.Format());
-    const bool isFloat = isFloatFormat(frame.Format());
-    // A transparent margin around the picture makes its own border soft too.
-    if (!mask.Allocate(region.width + kernel.width, region.height + kernel.width, BytesPerChannel(frame.Format()),
-                       &context.allocator, MaskFormat(frame.Format()), false) ||
-        !FrameFillColor(mask, 0) || !FrameCopyChannelAt(frame, mask, alpha, 0, half, half)) {
-        return false;
+/// The picture's alpha in a margin as wide as the softening reaches.
+class SoftEdge {
+public:
+    SoftEdge(TubeSoftness softness, const RenderContext& context)
+        : m_size{context.width, context.height},
+          m_kernel{softness.columns, softness.rows},
+          m_allocator(context.allocator) {}
+
+    /// The margin is transparent, so that the picture's own border becomes soft too. False when there is no memory.
+    bool allocate(std::int32_t format) {
+        const std::int32_t margin = m_kernel.width >> 1;
+        if (!m_whole.Allocate(m_size.width + m_kernel.width, m_size.height + m_kernel.width, BytesPerChannel(format),
+                              &m_allocator, MaskFormat(format), false)) {
+            return false;
+        }
+        m_alpha.WrapSubRect(m_whole, margin, margin, m_size.width, m_size.height, false);
+        m_alpha.UseResources(&m_allocator);
+        return FrameFillColor(m_whole, 0);
     }
-    inside.WrapSubRect(mask, half, half, region.width, region.height, false);
-    inside.UseResources(&context.allocator);
-    const auto soften = [&] {
-        const std::int32_t x = kernel.width / 2;
-        const std::int32_t y = kernel.height / 2;
-        return (isFloat
-                    ? ImgBoxInPlaceFC1(inside.row<float>(0), inside.Stride(), region, kernel, x, y, &context.allocator)
-                    : ImgBoxInPlace8C1(inside.Data(), inside.Stride(), region, kernel, x, y, &context.allocator)) ==
+    static std::int64_t scratch(TubeSoftness softness, const RenderContext& context, std::int32_t format) {
+        const ImgSize size{context.width, context.height};
+        return MemoryAllocator::ReserveForImage(size.width + softness.columns, size.height + softness.columns,
+                                                BytesPerChannel(format)) +
+               ScratchBlock::reserveFor(boxInPlaceScratch(size, {softness.columns, softness.rows},
+                                                          isFloatFormat(format), context.allocator));
+    }
+
+    /// A mask to be filled in, and then softened.
+    [[nodiscard]] Frame& alpha() { return m_alpha; }
+    /// Only what a first pass leaves all but opaque stays, so the second fades inwards alone.
+    bool soften() { return filter() && shrink() && filter(); }
+
+private:
+    bool filter() {
+        const std::int32_t x = m_kernel.width / 2;
+        const std::int32_t y = m_kernel.height / 2;
+        return (isFloatFormat(m_alpha.Format())
+                    ? ImgBoxInPlaceFC1(m_alpha.row<float>(0), m_alpha.Stride(), m_size, m_kernel, x, y, &m_allocator)
+                    : ImgBoxInPlace8C1(m_alpha.Data(), m_alpha.Stride(), m_size, m_kernel, x, y, &m_allocator)) ==
                kImgOk;
-    };
-    // Only what the first pass leaves all but opaque stays, so the second fades inwards alone.
-    const auto shrink = [&] {
-        return isFloat ? runPrimitive(inside, region, &ImgThresholdLessFC1, planeOf(inside), 0.99216F, 0.0F)
-                       : runPrimitive(inside, region, &ImgThresholdLess8C1, planeOf(inside), std::uint8_t{253},
-                                      std::uint8_t{0});
-    };
-    return soften() && shrink() && soften();
-}
+    }
+    bool shrink() {
+        return isFloatFormat(m_alpha.Format())
+                   ? runPrimitive(m_alpha, m_size, &ImgThresholdLessFC1, planeOf(m_alpha), 0.99216F, 0.0F)
+                   : runPrimitive(m_alpha, m_size, &ImgThresholdLess8C1, planeOf(m_alpha), std::uint8_t{253},
+                                  std::uint8_t{0});
+    }
+
+    ImgSize m_size;
+    ImgSize m_kernel;
+    MemoryAllocator& m_allocator;
+    Frame m_whole;
+    Frame m_alpha;
+};
 
 }  // namespace
 
-std::int64_t tubeScratch(float soften, const RenderContext& context, std::int32_t format) {
-    const ImgSize size{context.width, context.height};
-    const TubeSoftness softness = tubeSoftness(soften, context);
+std::int64_t tubeScratch(const TubeLook& look, const RenderContext& context, std::int32_t format) {
     const std::int32_t pixelBytes = formatBytesPerPixel(format);
-    const std::int64_t mask =
-        MemoryAllocator::ReserveForImage(size.width + softness.columns, size.height + softness.columns,
-                                         BytesPerChannel(format)) +
-        ScratchBlock::reserveFor(
-            boxInPlaceScratch(size, {softness.columns, softness.rows}, isFloatFormat(format), context.allocator));
-    return std::max(bendScratch(size, pixelBytes, context.allocator),
-                    mask + MemoryAllocator::ReserveForImage(size.width, 1, pixelBytes));
+    return bendScratch({context.width, context.height}, pixelBytes, context.allocator) +
+           SoftEdge::scratch(tubeSoftness(look.soften, context), context, format) +
+           MemoryAllocator::ReserveForImage(context.width, 1, pixelBytes);
 }
 
-bool bendTube(const Frame& source, Frame& destination, float curvature, MemoryAllocator& allocator) noexcept {
-    return bendSides(source, destination, tubeCornerDepth(source.Height(), curvature),
-                     tubeCornerDepth(source.Width(), curvature), allocator);
-}
-
-bool finishTube(Frame& frame, float soften, float opacity, const RenderContext& context) noexcept {
-    if (soften == 0.0F && opacity == 0.0F) {
+bool drawTube(const Frame& picture, Frame& destination, const TubeLook& look, const RenderContext& context) noexcept {
+    const bool softens = look.soften > 0.0F;
+    const bool surrounds = look.opacity > 0.0F;
+    const std::int32_t format = destination.Format();
+    const std::int32_t alpha = AlphaIndex(format);
+    Frame surround;  // a row of it
+    if (surrounds &&
+        (!surround.Allocate(context.width, 1, formatBytesPerPixel(format), &context.allocator, format, false) ||
+         !FrameFillColor(surround, static_cast<std::uint32_t>(look.opacity * 255.0F) << 24U))) {
+        return false;
+    }
+    SoftEdge edge(tubeSoftness(look.soften, context), context);
+    if (softens && !edge.allocate(format)) {
+        return false;
+    }
+    if (look.curvature > 0.0F) {
+        if (!bendSides(picture, destination, tubeCornerDepth(context.height, look.curvature),
+                       tubeCornerDepth(context.width, look.curvature), softens ? &edge.alpha() : nullptr,
+                       context.allocator)) {
+            return false;
+        }
+    } else if (softens && !FrameCopyChannel(destination, edge.alpha(), alpha, 0)) {
+        return false;
+    }
+    if (softens && !edge.soften()) {
+        return false;
+    }
+    if (!softens && !surrounds) {
         return true;
     }
-    Frame surround;  // a row of it
-    if (!surround.Allocate(context.width, 1, frame.BytesPerPixel(), &context.allocator, frame.Format(), false) ||
-        !FrameFillColor(surround, static_cast<std::uint32_t>(opacity * 255.0F) << 24U)) {
-        return false;
-    }
-    Frame mask;
-    Frame inside;
-    if (soften > 0.0F && !softenAlpha(frame, tubeSoftness(soften, context), context, mask, inside)) {
-        return false;
-    }
-    const std::int32_t alpha = AlphaIndex(frame.Format());
     return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t rows) {
         bool done = true;
         for (std::int32_t y = first; y < first + rows; ++y) {
             Frame row;
-            row.WrapSubRect(frame, 0, y, context.width, 1, false);
-            if (soften > 0.0F) {
-                Frame softened;
-                softened.WrapSubRect(inside, 0, y, context.width, 1, false);
-                done = FrameCopyChannel(softened, row, 0, alpha) && done;
-            }
-            if (opacity > 0.0F) {
-                done = FrameAlphaOver(row, surround, row, false) && done;
-            }
+            Frame softened;
+            row.WrapSubRect(destination, 0, y, context.width, 1, false);
+            softened.WrapSubRect(edge.alpha(), 0, y, context.width, 1, false);
+            done = (!softens || FrameCopyChannel(softened, row, 0, alpha)) &&
+                   (!surrounds || FrameAlphaOver(row, surround, row, false)) && done;
         }
         return done;
     });

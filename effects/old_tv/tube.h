@@ -19,16 +19,20 @@ struct TubeSoftness {
 };
 TubeSoftness tubeSoftness(float amount, const FrameFacts& facts);
 
-/// Bends the picture's four sides inwards towards the corners, `curvature` 0..1; outside it becomes transparent.
-/// `source` and `destination` are two frames of one kind, of at least 16 pixels in each direction. False when there is
-/// no memory.
-bool bendTube(const Frame& source, Frame& destination, float curvature, MemoryAllocator& allocator) noexcept;
+/// The glass of a frame; each of its steps is left out at 0.
+struct TubeLook {
+    float curvature;  ///< 0..1
+    float soften;     ///< 0..1
+    float opacity;    ///< 0..1: of the black around the picture
+};
 
-/// In place: softens the picture's alpha inwards from every transparent edge by `soften`, 0..1, and puts black of
-/// `opacity`, 0..1, behind it. Either is left out at 0. False when there is no memory.
-bool finishTube(Frame& frame, float soften, float opacity, const RenderContext& context) noexcept;
+/// Bends the four sides of `picture` inwards towards the corners, outside which it becomes transparent, into
+/// `destination`, softens the alpha there inwards from every transparent edge, and puts black behind it. Two frames of
+/// one kind, of at least 16 pixels in each direction; without curvature they are one frame. False when there is no
+/// memory.
+bool drawTube(const Frame& picture, Frame& destination, const TubeLook& look, const RenderContext& context) noexcept;
 
-/// What either of the two takes from the allocator's reserve.
-std::int64_t tubeScratch(float soften, const RenderContext& context, std::int32_t format);
+/// What it takes from the allocator's reserve.
+std::int64_t tubeScratch(const TubeLook& look, const RenderContext& context, std::int32_t format);
 
 }  // namespace lumiset

@@ -64,18 +64,25 @@ void extractChannelF(Plane<const float> src, Plane<float> dst, ImgSize size) {
 }
 
 void insertChannel8(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, ImgSize size) {
-    const auto last = static_cast<std::size_t>(size.width) - 1;
+    const hn::ScalableTag<std::uint32_t> d;
+    const hn::Rebind<std::uint8_t, decltype(d)> dChannel;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto others = hn::Set(d, 0xFFFFFF00U);
+    const auto width = static_cast<std::size_t>(size.width);
     for (std::int32_t y = 0; y < size.height; ++y) {
         const std::uint8_t* from = src.row(y);
         std::uint8_t* to = dst.row(y);
-#pragma GCC ivdep
-        for (std::size_t x = 0; x < last; ++x) {
-            std::uint32_t pixel;
-            std::memcpy(&pixel, to + 4 * x, sizeof pixel);
-            pixel = (pixel & 0xFFFFFF00U) | from[x];
-            std::memcpy(to + 4 * x, &pixel, sizeof pixel);
+        std::size_t x = 0;
+        // The last pixel's other samples may lie behind the picture.
+        for (; x + lanes < width; x += lanes) {
+            fetchAhead(to + 4 * x, 4 * lanes);
+            auto* words = reinterpret_cast<std::uint32_t*>(to + 4 * x);
+            const auto kept = hn::And(hn::LoadU(d, words), others);
+            hn::StoreU(hn::Or(kept, hn::PromoteTo(d, hn::LoadU(dChannel, from + x))), d, words);
         }
-        to[4 * last] = from[last];
+        for (; x < width; ++x) {
+            to[4 * x] = from[x];
+        }
     }
 }
 void insertChannelF(Plane<const float> src, Plane<float> dst, ImgSize size) {

@@ -67,12 +67,14 @@ HWY_INLINE VecF limitToByte(VecF v) {
 #endif
 }
 
-/// floor(v + 0.5) limited to 0..255, in the lowest byte of each lane; a NaN becomes 0. The top byte is not 0,
-/// the two between are.
-HWY_INLINE Vec32 roundToByte(VecF v) {
-    const VecF whole = hn::Floor(hn::Add(limitToByte(v), hn::Set(TagF(), 0.5F)));
+/// A byte's value v truncated, in the lowest byte of each lane. The top byte is not 0, the two between are.
+HWY_INLINE Vec32 truncateToByte(VecF v) {
     // Above 2^23 the unit of a float is 1: the sum has the number in its lowest bits.
-    return hn::BitCast(Tag32(), hn::Add(whole, hn::Set(TagF(), 8388608.0F)));
+    return hn::BitCast(Tag32(), hn::Add(hn::Floor(v), hn::Set(TagF(), 8388608.0F)));
+}
+/// The same of floor(v + 0.5) limited to 0..255; a NaN becomes 0.
+HWY_INLINE Vec32 roundToByte(VecF v) {
+    return truncateToByte(hn::Add(limitToByte(v), hn::Set(TagF(), 0.5F)));
 }
 
 /// Byte `kIndex` of each pixel of four, as floats.
