@@ -1,5 +1,7 @@
 #include "effects/selective_color/key.h"
 
+#include <bit>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "effects/selective_color/key.cpp"
 #include "hwy/foreach_target.h"
@@ -42,6 +44,15 @@ HWY_INLINE VecI sampleOf(Vec32 pixels) {
     return hn::BitCast(TagI32(), hn::And(v, hn::Set(Tag32(), 0xFF)));
 }
 
+using TagI16 = hn::ScalableTag<std::int16_t>;
+using VecI16 = hn::Vec<TagI16>;
+
+/// Of pixels of two vectors in turn.
+HWY_INLINE VecI16 together(VecI first, VecI second) {
+    return hn::OddEven(hn::BitCast(TagI16(), hn::ShiftLeft<16>(second)), hn::BitCast(TagI16(), first));
+}
+
+/// After the colour differences all numbers fit into 16 bits.
 template <class L>
 class ByteKey {
 public:
@@ -50,72 +61,120 @@ public:
           m_cosine(whole(key.cosine)),
           m_sine(whole(key.sine)),
           m_radius(whole(key.radius)),
-          m_level2(key.keepsWholeWedge ? INT32_MAX : whole(key.level) * whole(key.level)),
+          m_level2(key.keepsWholeWedge ? kMost : bits(whole(key.level) * whole(key.level))),
           m_tangent(whole(key.tangent)),
           m_cotangent(whole(key.cotangent)),
-          m_fade(key.keepsWholeWedge ? 1.0F : key.radius - key.level) {}
+          m_fade(key.keepsWholeWedge ? 1 : key.radius - key.level) {}
 
-    HWY_INLINE VecI operator()(Vec32 pixels) const {
-        const TagI32 d;
-        const TagF dF;
-        const auto sample = [&](VecI v) HWY_ATTR { return hn::ConvertTo(dF, v); };
-        const YCbCr color = toYCbCr(sample(sampleOf<L::kRed>(pixels)), sample(sampleOf<L::kGreen>(pixels)),
-                                    sample(sampleOf<L::kBlue>(pixels)));
-        const VecI alpha = sampleOf<L::kAlpha>(pixels);
-        const VecI y = truncatedThousandths(color.y);
-        const VecI cb = truncatedThousandths(color.cb);
-        const VecI cr = truncatedThousandths(color.cr);
-        const VecI cosine = hn::Set(d, m_cosine);
-        const VecI sine = hn::Set(d, m_sine);
+    /// The masks of two vectors of pixels, in turn.
+    HWY_INLINE Vec16 operator()(Vec32 first, Vec32 second) const {
+        const TagI16 d;
+        const Tag16 dU;
+        const auto unsignedOf = [&](VecI16 v) HWY_ATTR { return hn::BitCast(dU, v); };
+        const Levels a = levelsOf(first);
+        const Levels b = levelsOf(second);
+        const VecI16 y = together(a.y, b.y);
+        const VecI16 cb = together(a.cb, b.cb);
+        const VecI16 cr = together(a.cr, b.cr);
+        const Vec16 alpha = unsignedOf(together(sampleOf<L::kAlpha>(first), sampleOf<L::kAlpha>(second)));
+        const VecI16 cosine = hn::Set(d, m_cosine);
+        const VecI16 sine = hn::Set(d, m_sine);
         // Along the key's direction and across it.
-        const VecI x = toSignedByte(hn::Add(hn::Mul(cb, cosine), hn::Mul(cr, sine)));
-        const VecI z = toSignedByte(hn::Sub(hn::Mul(cr, cosine), hn::Mul(cb, sine)));
+        const VecI16 x = toSignedByte(hn::Add(hn::Mul(cb, cosine), hn::Mul(cr, sine)));
+        const VecI16 z = toSignedByte(hn::Sub(hn::Mul(cr, cosine), hn::Mul(cb, sine)));
 
-        const VecI edge = hn::ShiftRight<4>(hn::Mul(x, hn::Set(d, m_tangent)));
-        const auto outside = hn::Gt(hn::Abs(z), edge);
-        const VecI detour = hn::Min(hn::Abs(hn::ShiftRight<4>(hn::Mul(z, hn::Set(d, m_cotangent)))),
-                                    hn::Set(d, whole(kKeyLargestDetour)));
+        const VecI16 edge = hn::ShiftRight<4>(hn::Mul(x, hn::Set(d, m_tangent)));
+        const auto outside = hn::RebindMask(dU, hn::Gt(hn::Abs(z), edge));
+        const VecI16 detour = hn::Min(hn::Abs(hn::ShiftRight<4>(hn::Mul(z, hn::Set(d, m_cotangent)))),
+                                      hn::Set(d, whole(kKeyLargestDetour)));
         // Six tenths: 39322 / 65536 cuts off the same fraction for every difference of two bytes.
-        const VecI lumaApart = hn::ShiftRight<16>(hn::Mul(hn::Abs(hn::Sub(y, hn::Set(d, m_keyY))), hn::Set(d, 39322)));
-        const VecI along = hn::Sub(x, hn::Set(d, m_radius));
-        const VecI apart2 = hn::Add(hn::Add(hn::Mul(z, z), hn::Mul(along, along)), hn::Mul(lumaApart, lumaApart));
-        const auto isKey = hn::Lt(apart2, hn::Set(d, m_level2));
+        const Vec16 lumaApart = hn::MulHigh(unsignedOf(hn::Abs(hn::Sub(y, hn::Set(d, m_keyY)))), hn::Set(dU, 39322));
+        const auto square = [](Vec16 v) HWY_ATTR { return hn::Mul(v, v); };
+        const Vec16 along = unsignedOf(hn::Abs(hn::Sub(x, hn::Set(d, m_radius))));
+        // Blue and yellow, the furthest apart, have 61728, which fits.
+        const Vec16 apart2 = hn::Add(hn::Add(square(along), square(unsignedOf(hn::Abs(z)))), square(lumaApart));
+        const auto isKey = hn::Lt(apart2, hn::Set(dU, m_level2));
 
-        // The quotient of such small whole numbers never rounds up to the next one.
-        const VecI reach = hn::Max(hn::Sub(x, detour), hn::Zero(d));
-        const VecI faded =
-            hn::ConvertTo(d, hn::Div(hn::ConvertTo(dF, hn::Mul(reach, hn::Set(d, 255))), hn::Set(dF, m_fade)));
-        const VecI value =
-            hn::Min(hn::Max(hn::Add(hn::Sub(hn::Set(d, 255), faded), lumaApart), hn::Zero(d)), hn::Set(d, 255));
-        const VecI inside = hn::IfThenZeroElse(isKey, hn::ShiftRight<8>(hn::Mul(alpha, value)));
+        const Vec16 reach = unsignedOf(hn::Max(hn::Sub(x, detour), hn::Zero(d)));
+        const VecI16 faded = hn::BitCast(d, m_fade.quotient(reach));
+        const VecI16 value = hn::Min(
+            hn::Max(hn::Add(hn::Sub(hn::Set(d, 255), faded), hn::BitCast(d, lumaApart)), hn::Zero(d)), hn::Set(d, 255));
+        const Vec16 inside = hn::IfThenZeroElse(isKey, hn::ShiftRight<8>(hn::Mul(alpha, unsignedOf(value))));
         return hn::IfThenElse(outside, alpha, inside);
     }
 
     void run(const std::uint8_t* src, std::uint8_t* dst, std::int32_t width) const {
-        const TagI32 d;
+        const Tag32 d;
         const hn::Rebind<std::uint8_t, TagI32> d8;
+        const auto half = hn::Lanes(d);
         const auto step = [&](std::size_t, std::uint8_t* out, const std::uint8_t* in) HWY_ATTR {
-            const Vec32 pixels = hn::BitCast(Tag32(), hn::LoadU(Tag8(), in));
-            hn::StoreU(hn::DemoteTo(d8, (*this)(pixels)), d8, out);
+            const auto pixels = [&](std::size_t from) HWY_ATTR { return hn::BitCast(d, hn::LoadU(Tag8(), in + from)); };
+            const auto masks = hn::BitCast(d, (*this)(pixels(0), pixels(4 * half)));
+            const auto store = [&](Vec32 mask, std::uint8_t* to)
+                                   HWY_ATTR { hn::StoreU(hn::DemoteTo(d8, hn::BitCast(TagI32(), mask)), d8, to); };
+            store(hn::And(masks, hn::Set(d, 0xFFFF)), out);
+            store(hn::ShiftRight<16>(masks), out + half);
         };
-        alongPixels<1, 4>(hn::Lanes(d), width, step, dst, src);
+        alongPixels<1, 4>(2 * half, width, step, dst, src);
     }
 
 private:
-    static std::int32_t whole(float v) { return static_cast<std::int32_t>(v); }
-    static HWY_INLINE VecI toSignedByte(VecI sum) {
-        const TagI32 d;
+    struct Levels {
+        VecI y;
+        VecI cb;
+        VecI cr;
+    };
+    /// 255 * n / divisor for n up to 127 and whole divisors up to 127, by a multiplication. The error of the factor,
+    /// less than the divisor, times 255 * n is less than `2^(16 + shift)`, so the quotient never comes out one too
+    /// high.
+    class Fade {
+    public:
+        explicit Fade(float usedDivisor) {
+            const auto divisor = static_cast<std::uint32_t>(usedDivisor);
+            // The factor for 1 would have 17 bits.
+            const std::uint32_t even = divisor == 1 ? 2 : divisor;
+            m_whole = bits(divisor == 1 ? 2 * 255 : 255);
+            m_shift = static_cast<int>(std::bit_width(even - 1)) - 1;
+            m_factor = bits(((std::uint32_t{1} << (16 + m_shift)) + even - 1) / even);
+        }
+        [[nodiscard]] HWY_INLINE Vec16 quotient(Vec16 n) const {
+            const Tag16 d;
+            const Vec16 product = hn::Mul(n, hn::Set(d, m_whole));
+            return hn::ShiftRightSame(hn::MulHigh(product, hn::Set(d, m_factor)), m_shift);
+        }
+
+    private:
+        std::uint16_t m_whole;
+        std::uint16_t m_factor;
+        int m_shift;
+    };
+
+    static constexpr std::uint16_t kMost = 0xFFFF;
+
+    static std::int16_t whole(float v) { return static_cast<std::int16_t>(v); }
+    template <class T>
+    static std::uint16_t bits(T v) {
+        return static_cast<std::uint16_t>(v);
+    }
+    static HWY_INLINE Levels levelsOf(Vec32 pixels) {
+        const auto sample = [](VecI v) HWY_ATTR { return hn::ConvertTo(TagF(), v); };
+        const YCbCr color = toYCbCr(sample(sampleOf<L::kRed>(pixels)), sample(sampleOf<L::kGreen>(pixels)),
+                                    sample(sampleOf<L::kBlue>(pixels)));
+        return {truncatedThousandths(color.y), truncatedThousandths(color.cb), truncatedThousandths(color.cr)};
+    }
+    static HWY_INLINE VecI16 toSignedByte(VecI16 sum) {
+        const TagI16 d;
         return hn::Min(hn::Max(hn::ShiftRight<7>(sum), hn::Set(d, -128)), hn::Set(d, 127));
     }
 
-    std::int32_t m_keyY;
-    std::int32_t m_cosine;
-    std::int32_t m_sine;
-    std::int32_t m_radius;
-    std::int32_t m_level2;
-    std::int32_t m_tangent;
-    std::int32_t m_cotangent;
-    float m_fade;
+    std::int16_t m_keyY;
+    std::int16_t m_cosine;
+    std::int16_t m_sine;
+    std::int16_t m_radius;
+    std::uint16_t m_level2;
+    std::int16_t m_tangent;
+    std::int16_t m_cotangent;
+    Fade m_fade;
 };
 
 /// The same in real numbers.
