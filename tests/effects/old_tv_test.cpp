@@ -77,12 +77,14 @@ TEST_P(OldTVTest, GhostStandsToTheRightAndOnlyBrightens) {
     Picture source = grey(64, 40, 20);
     for (std::int32_t y = 0; y < 40; ++y) {
         source.setPixel(10, y, 200, 200, 200, 255);
+        source.setPixel(60, y, 200, 200, 200, 255);  // its ghost comes in again on the left
     }
     ValueHost host = quietHost();
     host.values[kGhosting].slider = 1.0F;  // 0.5 * 1 * 1; a distance of a quarter of the 40 rows: 10 pixels
     const Picture result = render(host, source, 0.0);
     EXPECT_NEAR(result.get(20, 5, kGreen), 0.8 * 200, 3.0);
     EXPECT_NEAR(result.get(10, 5, kGreen), 200, 3.0);
+    EXPECT_NEAR(result.get(6, 5, kGreen), 0.8 * 200, 3.0);
     EXPECT_NEAR(result.get(30, 5, kGreen), 20, 2.0);
     EXPECT_NEAR(result.get(0, 5, kGreen), 20, 2.0);
 }
@@ -231,6 +233,8 @@ TEST_P(OldTVTest, TubeIsSymmetricWithTransparentCornersAndKeepsTheMiddles) {
     const Picture result = render(host, source, 0.0);
     EXPECT_EQ(result.get(0, 0, kAlpha), 0.0);
     EXPECT_EQ(result.get(159, 119, kAlpha), 0.0);
+    EXPECT_EQ(result.get(20, 0, kAlpha), 0.0);
+    EXPECT_EQ(result.get(139, 0, kAlpha), 0.0);
     // The middle of a side lies on a straight piece of eight pixels, a little inwards.
     EXPECT_NEAR(result.get(80, 0, kAlpha), 255.0, 20.0);
     EXPECT_NEAR(result.get(0, 60, kAlpha), 255.0, 20.0);
@@ -266,6 +270,9 @@ TEST_P(OldTVTest, SoftEdgeFadesInwardsAndSurroundIsBlackOfItsOpacity) {
     EXPECT_NEAR(result.get(0, 0, kAlpha), 127.0, 12.0);
     EXPECT_LT(result.get(0, 0, kRed), 20.0);
     EXPECT_EQ(result.get(100, 50, kAlpha), 255.0);
+    host.values[kSoftenEdge].slider = 0.0F;
+    host.values[kCurvature].slider = 1.0F;
+    EXPECT_NEAR(render(host, source, 0.0).get(0, 0, kAlpha), 127.0, 1.0);
 }
 
 TEST_P(OldTVTest, TinyPicturesHaveNoTubeRollOrBand) {
