@@ -18,6 +18,7 @@
 #include "effects/picture_passes.h"
 #include "effects/selective_color/key.h"
 #include "effects/unit_color.h"
+#include "frame/bands.h"
 #include "frame/filters/repeated_gauss.h"
 #include "frame/frame_operations.h"
 #include "frame/rows.h"
@@ -179,20 +180,43 @@ void showMasks(const Frame& firstMask, const Frame& secondMask, const Choice& fi
     visitRows(destination.Format(), destination, showRow, firstMask, secondMask);
 }
 
-/// Turns the source grey where the mask covers it; its alpha stays.
-bool drain(const Frame& source, Frame& mask, float strength, MemoryAllocator& allocator, Frame& destination) {
+/// Turns the source grey where the mask, or each of two, covers it; its alpha stays. The steps follow each other in
+/// rows few enough to stay in the processor's cache.
+bool drain(const Frame& source, Frame& mask, Frame* otherMask, float strength, const RenderContext& context,
+           Frame& destination) {
+    constexpr std::int32_t kCachedBytes = 128 * 1024;
+    const std::int32_t cachedRows = std::max(kCachedBytes / std::max(source.Stride(), 1), 1);
     const std::int32_t alpha = AlphaIndex(source.Format());
-    Frame luma;
-    if (!luma.Allocate(mask.Width(), mask.Height(), mask.BytesPerPixel(), &allocator, mask.Format(), mask.Flipped())) {
+    Frame brightness;
+    if (otherMask == nullptr && !brightness.Allocate(mask.Width(), mask.Height(), mask.BytesPerPixel(),
+                                                     &context.allocator, mask.Format(), mask.Flipped())) {
         return false;
     }
-    FrameToLuma(source, luma);
-    FrameClampValues(mask, 0.0F, strength);
-    FrameSpreadGrayToColor(luma, destination);
-    FrameCopyChannel(mask, destination, 0, alpha);
-    FrameAlphaOver(destination, source, destination, false);
-    FrameCopyChannel(source, destination, alpha, alpha);
-    return true;
+    // The other mask has served when the brightness is due.
+    const Frame& wholeLuma = otherMask != nullptr ? *otherMask : brightness;
+    return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t count) {
+        for (std::int32_t y = first; y < first + count; y += cachedRows) {
+            const std::int32_t rows = std::min(cachedRows, first + count - y);
+            Frame from;
+            Frame to;
+            Frame cover;
+            Frame luma;
+            from.WrapSubRect(source, 0, y, context.width, rows, false);
+            to.WrapSubRect(destination, 0, y, context.width, rows, false);
+            cover.WrapSubRect(mask, 0, y, context.width, rows, false);
+            luma.WrapSubRect(wholeLuma, 0, y, context.width, rows, false);
+            if (otherMask != nullptr) {
+                FrameMinOf(cover, luma, cover);
+            }
+            FrameToLuma(from, luma);
+            FrameClampValues(cover, 0.0F, strength);
+            FrameSpreadGrayToColor(luma, to);
+            FrameCopyChannel(cover, to, 0, alpha);
+            FrameAlphaOver(to, from, to, false);
+            FrameCopyChannel(from, to, alpha, alpha);
+        }
+        return true;
+    });
 }
 
 bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
@@ -215,10 +239,8 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
                   choices.useSecond ? choices.second : choices.first, destination);
         return true;
     }
-    if (both) {
-        FrameMinOf(first, second, first);
-    }
-    return drain(source, choices.useFirst ? first : second, params.slider(kStrength), context.allocator, destination);
+    return drain(source, choices.useFirst ? first : second, both ? &second : nullptr, params.slider(kStrength), context,
+                 destination);
 }
 
 /// The steps in OpenGL: the masks of both colours, in red and green, go from one temporary to the other. One colour
