@@ -75,4 +75,19 @@ bool inBands(const MemoryAllocator* resources, ImgSize size, const Work& work) {
     return done.load(std::memory_order_relaxed);
 }
 
+/// Likewise for a few rows of `rowBytes` bytes at a time, so few that they stay in the processor's cache from one step
+/// of `work` to the next.
+template <class Work>
+bool inCachedRows(const MemoryAllocator* resources, ImgSize size, std::int32_t rowBytes, const Work& work) {
+    constexpr std::int32_t kCachedBytes = 128 * 1024;
+    const std::int32_t most = std::max(kCachedBytes / std::max(rowBytes, 1), 1);
+    return inBands(resources, size, [&](std::int32_t first, std::int32_t rows) {
+        bool done = true;
+        for (std::int32_t y = first; y < first + rows; y += most) {
+            done = work(y, std::min(most, first + rows - y)) && done;
+        }
+        return done;
+    });
+}
+
 }  // namespace lumiset

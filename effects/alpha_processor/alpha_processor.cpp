@@ -7,6 +7,7 @@
 #include "effects/effect.h"
 #include "effects/effect_list.h"
 #include "effects/gpu_image_ops.h"
+#include "frame/bands.h"
 #include "frame/frame_operations.h"
 #include "gpu/base_effect_helper.h"
 
@@ -136,6 +137,29 @@ protected:
     bool RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept override;
 };
 
+/// Puts the new alpha, in `shape`, into a copy of the source, or shows it.
+bool compose(const Frame& source, const Frame& shape, const Settings& settings, const RenderContext& context,
+             Frame& destination) {
+    const std::int32_t alpha = AlphaIndex(source.Format());
+    const auto work = [&](std::int32_t y, std::int32_t rows) {
+        Frame from;
+        Frame mask;
+        Frame to;
+        from.WrapSubRect(source, 0, y, context.width, rows, false);
+        mask.WrapSubRect(shape, 0, y, context.width, rows, false);
+        to.WrapSubRect(destination, 0, y, context.width, rows, false);
+        if (settings.invert && !FrameInvert(mask, mask)) {
+            return false;
+        }
+        if (settings.testMask) {
+            return FrameSpreadGrayToColor(mask, to);
+        }
+        return FrameCopy(from, to) && FrameCopyChannel(mask, to, 0, alpha) &&
+               (!settings.premultiply || FramePremultiplyAlpha(to, to));
+    };
+    return inCachedRows(&context.allocator, {context.width, context.height}, source.Stride(), work);
+}
+
 bool CAlphaProcessor::Render(const ParamReader& params, const RenderContext& context, const Frame& source,
                              Frame& destination) noexcept {
     const Settings settings = readSettings(params);
@@ -163,18 +187,7 @@ bool CAlphaProcessor::Render(const ParamReader& params, const RenderContext& con
     if (!FrameBlur(other, shape, sizes.blurWidth, sizes.blurHeight, &context.allocator, true)) {
         return false;
     }
-    if (settings.invert) {
-        FrameInvert(shape, shape);
-    }
-    if (settings.testMask) {
-        return FrameSpreadGrayToColor(shape, destination);
-    }
-    FrameCopy(source, destination);
-    FrameCopyChannel(shape, destination, 0, alpha);
-    if (settings.premultiply) {
-        FramePremultiplyAlpha(destination, destination);
-    }
-    return true;
+    return compose(source, shape, settings, context, destination);
 }
 
 bool CAlphaProcessor::RenderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {

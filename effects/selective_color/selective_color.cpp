@@ -184,8 +184,6 @@ void showMasks(const Frame& firstMask, const Frame& secondMask, const Choice& fi
 /// rows few enough to stay in the processor's cache.
 bool drain(const Frame& source, Frame& mask, Frame* otherMask, float strength, const RenderContext& context,
            Frame& destination) {
-    constexpr std::int32_t kCachedBytes = 128 * 1024;
-    const std::int32_t cachedRows = std::max(kCachedBytes / std::max(source.Stride(), 1), 1);
     const std::int32_t alpha = AlphaIndex(source.Format());
     Frame brightness;
     if (otherMask == nullptr && !brightness.Allocate(mask.Width(), mask.Height(), mask.BytesPerPixel(),
@@ -194,29 +192,26 @@ bool drain(const Frame& source, Frame& mask, Frame* otherMask, float strength, c
     }
     // The other mask has served when the brightness is due.
     const Frame& wholeLuma = otherMask != nullptr ? *otherMask : brightness;
-    return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t count) {
-        for (std::int32_t y = first; y < first + count; y += cachedRows) {
-            const std::int32_t rows = std::min(cachedRows, first + count - y);
-            Frame from;
-            Frame to;
-            Frame cover;
-            Frame luma;
-            from.WrapSubRect(source, 0, y, context.width, rows, false);
-            to.WrapSubRect(destination, 0, y, context.width, rows, false);
-            cover.WrapSubRect(mask, 0, y, context.width, rows, false);
-            luma.WrapSubRect(wholeLuma, 0, y, context.width, rows, false);
-            if (otherMask != nullptr) {
-                FrameMinOf(cover, luma, cover);
-            }
-            FrameToLuma(from, luma);
-            FrameClampValues(cover, 0.0F, strength);
-            FrameSpreadGrayToColor(luma, to);
-            FrameCopyChannel(cover, to, 0, alpha);
-            FrameAlphaOver(to, from, to, false);
-            FrameCopyChannel(from, to, alpha, alpha);
+    const auto work = [&](std::int32_t y, std::int32_t rows) {
+        Frame from;
+        Frame to;
+        Frame cover;
+        Frame luma;
+        from.WrapSubRect(source, 0, y, context.width, rows, false);
+        to.WrapSubRect(destination, 0, y, context.width, rows, false);
+        cover.WrapSubRect(mask, 0, y, context.width, rows, false);
+        luma.WrapSubRect(wholeLuma, 0, y, context.width, rows, false);
+        if (otherMask != nullptr) {
+            FrameMinOf(cover, luma, cover);
         }
-        return true;
-    });
+        FrameToLuma(from, luma);
+        FrameClampValues(cover, 0.0F, strength);
+        FrameSpreadGrayToColor(luma, to);
+        FrameCopyChannel(cover, to, 0, alpha);
+        FrameAlphaOver(to, from, to, false);
+        return FrameCopyChannel(from, to, alpha, alpha);
+    };
+    return inCachedRows(&context.allocator, {context.width, context.height}, source.Stride(), work);
 }
 
 bool render(const ParamReader& params, const RenderContext& context, const Frame& source, Frame& destination) noexcept {
