@@ -6,6 +6,7 @@
 #include "effects/corner_mask/corner_mask_gpu.h"
 #include "effects/effect.h"
 #include "effects/effect_list.h"
+#include "frame/bands.h"
 #include "frame/frame_operations.h"
 
 namespace lumiset {
@@ -127,10 +128,18 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
         return false;
     }
     const std::int32_t alpha = AlphaIndex(source.Format());
-    FrameCopyChannel(mask, destination, 0, alpha);
-    FrameAlphaOver(destination, source, destination, false);
-    FrameCopyChannel(source, destination, alpha, alpha);
-    return true;
+    const auto mix = [&](std::int32_t y, std::int32_t rows) {
+        Frame from;
+        Frame cover;
+        Frame to;
+        from.WrapSubRect(source, 0, y, context.width, rows, false);
+        cover.WrapSubRect(mask, 0, y, context.width, rows, false);
+        to.WrapSubRect(destination, 0, y, context.width, rows, false);
+        FrameCopyChannel(cover, to, 0, alpha);
+        FrameAlphaOver(to, from, to, false);
+        return FrameCopyChannel(from, to, alpha, alpha);
+    };
+    return inCachedRows(&context.allocator, {context.width, context.height}, source.Stride(), mix);
 }
 
 bool renderGPU(const ParamReader& params, const FrameFacts& facts, GPUFrame& frame) noexcept {
