@@ -49,7 +49,8 @@ void paint(Frame& frame, std::mt19937& random) {
 
 void Pool::make() const {
     const std::int64_t frameBytes = std::int64_t{m_width} * m_height * formatBytesPerPixel(m_format);
-    const auto count = static_cast<std::size_t>(std::clamp<std::int64_t>(kPoolBytes / frameBytes, 2, 32));
+    const auto count =
+        std::max(m_leastFrames, static_cast<std::size_t>(std::clamp<std::int64_t>(kPoolBytes / frameBytes, 2, 32)));
     std::mt19937 random(static_cast<std::uint32_t>(m_format + 1));
     for (std::size_t n = 0; n < count; ++n) {
         auto frame = std::make_unique<Frame>();

@@ -25,8 +25,8 @@ enum class Content { kNoise, kPicture };
 class Pool {
 public:
     explicit Pool(std::int32_t format, std::int32_t width = kWidth, std::int32_t height = kHeight,
-                  Content content = Content::kNoise)
-        : m_format(format), m_width(width), m_height(height), m_content(content) {}
+                  Content content = Content::kNoise, std::size_t leastFrames = 2)
+        : m_format(format), m_width(width), m_height(height), m_content(content), m_leastFrames(leastFrames) {}
 
     [[nodiscard]] Frame& operator[](std::size_t n) const {
         if (m_frames.empty()) {
@@ -50,6 +50,7 @@ private:
     std::int32_t m_width;
     std::int32_t m_height;
     Content m_content;
+    std::size_t m_leastFrames;
     mutable std::vector<std::unique_ptr<Frame>> m_frames;
 };
 

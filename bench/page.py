@@ -37,13 +37,18 @@ FFMPEG = (
 )
 
 THREADS = """\
-Every effect at its defaults and with its dearest preset. *serial* is the part of one thread's time with which no other
-thread can help; *cutting* is what a frame takes more when it is cut into parts. *memcpys* is one thread's time by that
-of a memcpy of the frame: the fewer they are, the more an effect waits for memory, and the nearer its gain comes to that
-of the memcpy in the first row. The last columns tell how much faster a frame can be at most on 4 to 32 threads: its
-parts, each timed on one thread, are shared out among so many, as if waking threads cost nothing and memory kept up with
-all of them. It does where a machine has as many times this one's bandwidth; where it has not, effects of few memcpys
-stay behind.
+Every effect at its defaults and with its dearest preset. The column behind the gain is that of as many whole frames at
+the same time, each on a thread of its own, which share nothing but the machine. *serial* is the part of one thread's
+time with which no other thread can help; *cutting* is what a frame takes more when it is cut into parts. *memcpys* is
+one thread's time by that of a memcpy of the frame: the fewer they are, the more an effect waits for memory, and the
+nearer its gain comes to that of the memcpy in the first row. The last columns tell how much faster a frame can be at
+most on 4 to 32 threads: its parts, each timed on one thread, are shared out among so many, as if waking threads cost
+nothing and memory kept up with all of them. It does where a machine has as many times this one's bandwidth; where it
+has not, effects of few memcpys stay behind.
+
+A gain below that of whole frames, where cutting costs little, is what threads take from each other's caches. The blurs
+show it: the sums of a column go down the picture and are then read along the rows, half of them by another thread than
+the one that made them.
 """
 
 

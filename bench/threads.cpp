@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -29,22 +30,37 @@ struct Gain {
     bool done = true;
     Best one;
     Best many;
+    Best sideBySide;                                    ///< as many whole frames as there are threads, at the same time
     double whole = std::numeric_limits<double>::max();  ///< of the processor, in milliseconds, on one thread
     FrameParts parts;
 
     [[nodiscard]] double factor() const { return one.milliseconds / many.milliseconds; }
 };
 
+/// Whole frames from the n-th on, at the same time, each on one thread.
+bool renderSideBySide(const FrameWork& work, std::size_t n, std::uint32_t frames, IHostParallel& pool) {
+    std::atomic<bool> done = true;
+    auto frame = [&](std::uint32_t i) {
+        if (!work(n + i, nullptr)) {
+            done = false;
+        }
+    };
+    const auto task = [](void* context, std::uint32_t i) { (*static_cast<decltype(frame)*>(context))(i); };
+    return pool.Run(task, &frame, frames) && done;
+}
+
 /// Turns on one thread and on many; the first, which makes what is kept, does not count.
-Gain measureGain(const FrameWork& work, IHostParallel& pool, int repetitions) {
+Gain measureGain(const FrameWork& work, IHostParallel& pool, const ThreadsOptions& options) {
     Gain gain;
     const auto run = [&](std::size_t n, IHostParallel* threads) { gain.done = work(n, threads) && gain.done; };
     run(0, nullptr);
     run(0, &pool);
-    for (int i = 0; i < repetitions; ++i) {
+    renderSideBySide(work, 0, options.threads, pool);
+    for (int i = 0; i < options.repetitions; ++i) {
         const auto n = static_cast<std::size_t>(i);
         gain.one.measure([&] { run(n, nullptr); });
         gain.many.measure([&] { run(n, &pool); });
+        gain.sideBySide.measure([&] { gain.done = renderSideBySide(work, n, options.threads, pool) && gain.done; });
     }
     PartsMeter meter;
     for (std::size_t n = 0; n < 3; ++n) {
@@ -66,6 +82,7 @@ Row titles(const ThreadsOptions& options, std::int32_t width, std::int32_t heigh
             "1 thread",
             fmt::format("{} threads", options.threads),
             "gain",
+            fmt::format("{} frames", options.threads),
             "serial",
             "cutting",
             "memcpys"};
@@ -76,16 +93,17 @@ Row titles(const ThreadsOptions& options, std::int32_t width, std::int32_t heigh
 }
 
 /// `copy` is that of a frame of the same format.
-Row rowOf(const std::string& name, const Gain& gain, const Gain& copy) {
+Row rowOf(const std::string& name, const Gain& gain, const Gain& copy, std::uint32_t threads) {
     Row row{name,
             fmt::format("{:.2f}", gain.one.milliseconds),
             fmt::format("{:.2f}", gain.many.milliseconds),
             fmt::format("{:.2f}", gain.factor()),
+            fmt::format("{:.2f}", threads * gain.one.milliseconds / gain.sideBySide.milliseconds),
             fmt::format("{:.0f} %", 100 * gain.parts.serial / gain.whole),
             fmt::format("{:+.0f} %", 100 * (gain.parts.total() / gain.whole - 1)),
             fmt::format("{:.1f}", gain.one.milliseconds / copy.one.milliseconds)};
-    for (const std::uint32_t threads : kManyThreads) {
-        row.push_back(fmt::format("{:.1f}", gain.whole / gain.parts.onThreads(threads)));
+    for (const std::uint32_t many : kManyThreads) {
+        row.push_back(fmt::format("{:.1f}", gain.whole / gain.parts.onThreads(many)));
     }
     return row;
 }
@@ -125,9 +143,9 @@ bool measureThreads(const ThreadsOptions& options) {
     bool any = false;
     for (const auto& [format, suffix] : {std::pair{kFormatBgra8, "8"}, std::pair{kFormatBgraFloat, "float"}}) {
         const Pool from(format, width, height, Content::kPicture);
-        const Pool to(format, width, height);
-        const Gain copy = measureGain(copying(from, to), *pool.get(), options.repetitions);
-        table.print(rowOf(fmt::format("memcpy, {}", suffix), copy, copy));
+        const Pool to(format, width, height, Content::kNoise, options.threads);
+        const Gain copy = measureGain(copying(from, to), *pool.get(), options);
+        table.print(rowOf(fmt::format("memcpy, {}", suffix), copy, copy, options.threads));
         for (const auto& subject : subjects) {
             const std::string name = fmt::format("{}, {}", subject->name, suffix);
             if (!std::regex_search(name, wanted)) {
@@ -136,8 +154,8 @@ bool measureThreads(const ThreadsOptions& options) {
             const auto render = [&](std::size_t n, IHostParallel* threads) {
                 return subject->render(from[n], to[n], threads);
             };
-            const Gain gain = measureGain(render, *pool.get(), options.repetitions);
-            table.print(rowOf(name, gain, copy));
+            const Gain gain = measureGain(render, *pool.get(), options);
+            table.print(rowOf(name, gain, copy, options.threads));
             any = true;
             done = done && gain.done;
         }
