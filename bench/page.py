@@ -46,9 +46,8 @@ most on 4 to 32 threads: its parts, each timed on one thread, are shared out amo
 nothing and memory kept up with all of them. It does where a machine has as many times this one's bandwidth; where it
 has not, effects of few memcpys stay behind.
 
-A gain below that of whole frames, where cutting costs little, is what threads take from each other's caches. The blurs
-show it: the sums of a column go down the picture and are then read along the rows, half of them by another thread than
-the one that made them.
+A gain below that of whole frames, where cutting costs little, is lost to what the threads of one frame share. The blurs
+lose most: one pass goes down the columns and the next along the rows, so each thread reads what others have written.
 """
 
 
