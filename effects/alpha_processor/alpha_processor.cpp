@@ -9,6 +9,7 @@
 #include "effects/gpu_image_ops.h"
 #include "frame/bands.h"
 #include "frame/frame_operations.h"
+#include "frame/frame_rows.h"
 #include "gpu/base_effect_helper.h"
 
 namespace lumiset {
@@ -142,12 +143,9 @@ bool compose(const Frame& source, const Frame& shape, const Settings& settings, 
              Frame& destination) {
     const std::int32_t alpha = AlphaIndex(source.Format());
     const auto work = [&](std::int32_t y, std::int32_t rows) {
-        Frame from;
-        Frame mask;
-        Frame to;
-        from.WrapSubRect(source, 0, y, context.width, rows, false);
-        mask.WrapSubRect(shape, 0, y, context.width, rows, false);
-        to.WrapSubRect(destination, 0, y, context.width, rows, false);
+        FrameRows from(source, y, rows);
+        FrameRows mask(shape, y, rows);
+        FrameRows to(destination, y, rows);
         if (settings.invert && !FrameInvert(mask, mask)) {
             return false;
         }

@@ -136,21 +136,21 @@ void gradeRow(const float* src, float* dst, std::int32_t width, const FloatGrade
 void gradeBytes(const Frame& source, Frame& destination, const ByteGrade& grade) {
     const ByteMix mix(grade);
     const std::uint8_t* const curves[3] = {grade.curve.data(), grade.curve.data(), grade.curve.data()};
-    constexpr std::int32_t kCachedBytes = 128 * 1024;  // the curves find these rows in the cache
-    const std::int32_t cachedRows = std::max(kCachedBytes / std::max(destination.Stride(), 1), 1);
-    visitBands(source.Format(), destination, [&](auto layout, std::int32_t first, std::int32_t rows) {
+    visitLayout(source.Format(), [&](auto layout) {
         using L = decltype(layout);
-        if constexpr (!L::kIsFloat) {
-            for (std::int32_t y = first; y < first + rows; y += cachedRows) {
-                const std::int32_t end = std::min(y + cachedRows, first + rows);
-                for (std::int32_t row = y; row < end; ++row) {
-                    mix.run<L>(source.row<std::uint8_t>(row), destination.row<std::uint8_t>(row), destination.Width());
+        const ImgSize size{destination.Width(), destination.Height()};
+        return inCachedRows(
+            destination.Resources(), size, destination.Stride(), [&](std::int32_t first, std::int32_t rows) {
+                if constexpr (!L::kIsFloat) {
+                    for (std::int32_t y = first; y < first + rows; ++y) {
+                        mix.run<L>(source.row<std::uint8_t>(y), destination.row<std::uint8_t>(y), size.width);
+                    }
+                    std::uint8_t* colors = destination.row<std::uint8_t>(first) + L::kFirstColor;
+                    ImgLookup8A4(colors, destination.Stride(), colors, destination.Stride(), curves,
+                                 {size.width, rows});
                 }
-                std::uint8_t* colors = destination.row<std::uint8_t>(y) + L::kFirstColor;
-                ImgLookup8A4(colors, destination.Stride(), colors, destination.Stride(), curves,
-                             {destination.Width(), end - y});
-            }
-        }
+                return true;
+            });
     });
 }
 

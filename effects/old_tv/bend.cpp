@@ -256,6 +256,7 @@ HWY_AFTER_NAMESPACE();
 
 #include "frame/bands.h"
 #include "frame/frame_operations.h"
+#include "frame/frame_rows.h"
 #include "frame/scratch_block.h"
 
 namespace lumiset {
@@ -329,10 +330,8 @@ bool bendSides(const Frame& source, Frame& destination, std::int32_t topDepth, s
         for (std::int32_t y = bands.first(band); y < bands.first(band) + bands.rowsOf(band); ++y) {
             HWY_DYNAMIC_DISPATCH(bendRow)(source, destination, sides, y, rows + band * room);
             if (alpha != nullptr) {
-                Frame from;
-                Frame to;
-                from.WrapSubRect(destination, 0, y, size.width, 1, false);
-                to.WrapSubRect(*alpha, 0, y, size.width, 1, false);
+                FrameRows from(destination, y, 1);
+                FrameRows to(*alpha, y, 1);
                 FrameCopyChannel(from, to, AlphaIndex(source.Format()), 0);
             }
         }

@@ -12,6 +12,7 @@
 #include "effects/old_tv/steps.h"
 #include "frame/bands.h"
 #include "frame/frame_operations.h"
+#include "frame/frame_rows.h"
 #include "frame/image_primitives.h"
 #include "frame/scratch_block.h"
 #include "host/pixel_aspect_scale.h"
@@ -161,19 +162,16 @@ bool drawPicture(const Frame& source, Frame& picture, const OldTVSettings& setti
         line.Wrap(own, width, 1, static_cast<std::int32_t>(scratch.rowBytes), source.BytesPerPixel(), format, false);
         for (std::int32_t y = bands.first(band); y < bands.first(band) + bands.rowsOf(band); ++y) {
             const std::int32_t from = plan.sourceOf(y);
-            Frame shown;
-            shown.WrapSubRect(picture, 0, y, width, 1, false);
+            FrameRows shown(picture, y, 1);
             if (from < 0) {
                 FrameFillColor(shown, 0xFF000000U);
                 continue;
             }
-            Frame row;
-            row.WrapSubRect(source, 0, from, width, 1, false);
+            FrameRows row(source, from, 1);
             FrameColorMatrix(row, line, matrix);
             addGhost(line, shift, luma);
             if (hasStatic) {
-                Frame grey;
-                grey.WrapSubRect(noise, 0, from, width, 1, false);
+                FrameRows grey(noise, from, 1);
                 addStatic(line, grey, opacity);
             }
             showRow(line, shown, plan.lookOf(y));

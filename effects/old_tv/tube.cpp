@@ -4,6 +4,7 @@
 
 #include "effects/old_tv/bend.h"
 #include "frame/frame_operations.h"
+#include "frame/frame_rows.h"
 #include "frame/image_primitives.h"
 #include "frame/operations/operands.h"
 #include "frame/scratch_block.h"
@@ -119,10 +120,8 @@ bool drawTube(const Frame& picture, Frame& destination, const TubeLook& look, co
     return inBands(&context.allocator, {context.width, context.height}, [&](std::int32_t first, std::int32_t rows) {
         bool done = true;
         for (std::int32_t y = first; y < first + rows; ++y) {
-            Frame row;
-            Frame softened;
-            row.WrapSubRect(destination, 0, y, context.width, 1, false);
-            softened.WrapSubRect(edge.alpha(), 0, y, context.width, 1, false);
+            FrameRows row(destination, y, 1);
+            FrameRows softened(edge.alpha(), y, 1);
             done = (!softens || FrameCopyChannel(softened, row, 0, alpha)) &&
                    (!surrounds || FrameAlphaOver(row, surround, row, false)) && done;
         }

@@ -21,6 +21,7 @@
 #include "frame/bands.h"
 #include "frame/filters/repeated_gauss.h"
 #include "frame/frame_operations.h"
+#include "frame/frame_rows.h"
 #include "frame/rows.h"
 
 namespace lumiset {
@@ -193,14 +194,10 @@ bool drain(const Frame& source, Frame& mask, Frame* otherMask, float strength, c
     // The other mask has served when the brightness is due.
     const Frame& wholeLuma = otherMask != nullptr ? *otherMask : brightness;
     const auto work = [&](std::int32_t y, std::int32_t rows) {
-        Frame from;
-        Frame to;
-        Frame cover;
-        Frame luma;
-        from.WrapSubRect(source, 0, y, context.width, rows, false);
-        to.WrapSubRect(destination, 0, y, context.width, rows, false);
-        cover.WrapSubRect(mask, 0, y, context.width, rows, false);
-        luma.WrapSubRect(wholeLuma, 0, y, context.width, rows, false);
+        FrameRows from(source, y, rows);
+        FrameRows to(destination, y, rows);
+        FrameRows cover(mask, y, rows);
+        FrameRows luma(wholeLuma, y, rows);
         if (otherMask != nullptr) {
             FrameMinOf(cover, luma, cover);
         }

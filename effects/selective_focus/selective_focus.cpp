@@ -8,6 +8,7 @@
 #include "effects/effect_list.h"
 #include "frame/bands.h"
 #include "frame/frame_operations.h"
+#include "frame/frame_rows.h"
 
 namespace lumiset {
 namespace {
@@ -129,12 +130,9 @@ bool render(const ParamReader& params, const RenderContext& context, const Frame
     }
     const std::int32_t alpha = AlphaIndex(source.Format());
     const auto mix = [&](std::int32_t y, std::int32_t rows) {
-        Frame from;
-        Frame cover;
-        Frame to;
-        from.WrapSubRect(source, 0, y, context.width, rows, false);
-        cover.WrapSubRect(mask, 0, y, context.width, rows, false);
-        to.WrapSubRect(destination, 0, y, context.width, rows, false);
+        FrameRows from(source, y, rows);
+        FrameRows cover(mask, y, rows);
+        FrameRows to(destination, y, rows);
         FrameCopyChannel(cover, to, 0, alpha);
         FrameAlphaOver(to, from, to, false);
         return FrameCopyChannel(from, to, alpha, alpha);

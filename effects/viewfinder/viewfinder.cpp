@@ -19,6 +19,7 @@
 #include "effects/viewfinder/passes.h"
 #include "frame/bands.h"
 #include "frame/frame_operations.h"
+#include "frame/frame_rows.h"
 #include "frame/scratch_block.h"
 
 namespace lumiset {
@@ -177,10 +178,8 @@ bool makeGrey(const Frame& source, Frame& destination, const ViewfinderSettings&
         const std::int32_t end = parts.first(part) + parts.rowsOf(part);
         for (std::int32_t y = parts.first(part); y < end; y += kGreyRows) {
             const std::int32_t rows = std::min(kGreyRows, end - y);
-            Frame from;
-            Frame to;
-            from.WrapSubRect(source, 0, y, source.Width(), rows, false);
-            to.WrapSubRect(destination, 0, y, source.Width(), rows, false);
+            FrameRows from(source, y, rows);
+            FrameRows to(destination, y, rows);
             FrameToLuma(from, grey);
             FrameSpreadGrayToColor(grey, to);
             if (settings.tint > kNeutral) {
