@@ -23,19 +23,21 @@ struct FrameParts {
     [[nodiscard]] double onThreads(std::uint32_t threads) const;
 };
 
-/// Threads that a frame is divided for, but that are one: it calls the parts in order and times each.
+/// So many threads that a frame is divided for, but that are one: it calls the parts in order and times each.
 class PartsMeter final : public Counted<IHostParallel> {
 public:
+    explicit PartsMeter(std::uint32_t threads) : m_threads(threads) {}
     /// Begins a frame.
     void start();
     /// Ends it.
     [[nodiscard]] FrameParts stop();
 
     Result LUMISET_CALL QueryInterface(const Guid& iid, void** out) noexcept override;
-    std::uint32_t LUMISET_CALL GetThreadCount() noexcept override { return 2; }
+    std::uint32_t LUMISET_CALL GetThreadCount() noexcept override { return m_threads; }
     bool LUMISET_CALL Run(ParallelTask task, void* context, std::uint32_t count) noexcept override;
 
 private:
+    std::uint32_t m_threads;
     FrameParts m_parts;
     double m_last = 0;  ///< the processor's time when the last piece ended
 };

@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <regex>
 #include <string>
@@ -32,7 +34,8 @@ struct Gain {
     Best many;
     Best sideBySide;                                    ///< as many whole frames as there are threads, at the same time
     double whole = std::numeric_limits<double>::max();  ///< of the processor, in milliseconds, on one thread
-    FrameParts parts;
+    FrameParts parts;                                   ///< for `many`
+    std::array<double, std::size(kManyThreads)> onManyThreads{};  ///< milliseconds that the parts allow
 
     [[nodiscard]] double factor() const { return one.milliseconds / many.milliseconds; }
 };
@@ -49,6 +52,22 @@ bool renderSideBySide(const FrameWork& work, std::size_t n, std::uint32_t frames
     return pool.Run(task, &frame, frames) && done;
 }
 
+/// The parts of a frame for so many threads, the best of some turns.
+template <class Run>
+FrameParts measureParts(std::uint32_t threads, const Run& run) {
+    PartsMeter meter(threads);
+    FrameParts parts;
+    for (std::size_t n = 0; n < 3; ++n) {
+        meter.start();
+        run(n, &meter);
+        FrameParts again = meter.stop();
+        if (n == 0 || again.total() < parts.total()) {
+            parts = std::move(again);
+        }
+    }
+    return parts;
+}
+
 /// Turns on one thread and on many; the first, which makes what is kept, does not count.
 Gain measureGain(const FrameWork& work, IHostParallel& pool, const ThreadsOptions& options) {
     Gain gain;
@@ -62,18 +81,14 @@ Gain measureGain(const FrameWork& work, IHostParallel& pool, const ThreadsOption
         gain.many.measure([&] { run(n, &pool); });
         gain.sideBySide.measure([&] { gain.done = renderSideBySide(work, n, options.threads, pool) && gain.done; });
     }
-    PartsMeter meter;
     for (std::size_t n = 0; n < 3; ++n) {
         const double start = processorTime();
         run(n, nullptr);
         gain.whole = std::min(gain.whole, processorTime() - start);
-        meter.start();
-        run(n, &meter);
-        FrameParts again = meter.stop();
-        if (n == 0 || again.total() < gain.parts.total()) {
-            gain.parts = std::move(again);
-        }
     }
+    gain.parts = measureParts(options.threads, run);
+    std::transform(std::begin(kManyThreads), std::end(kManyThreads), gain.onManyThreads.begin(),
+                   [&](std::uint32_t threads) { return measureParts(threads, run).onThreads(threads); });
     return gain;
 }
 
@@ -102,8 +117,8 @@ Row rowOf(const std::string& name, const Gain& gain, const Gain& copy, std::uint
             fmt::format("{:.0f} %", 100 * gain.parts.serial / gain.whole),
             fmt::format("{:+.0f} %", 100 * (gain.parts.total() / gain.whole - 1)),
             fmt::format("{:.1f}", gain.one.milliseconds / copy.one.milliseconds)};
-    for (const std::uint32_t many : kManyThreads) {
-        row.push_back(fmt::format("{:.1f}", gain.whole / gain.parts.onThreads(many)));
+    for (const double many : gain.onManyThreads) {
+        row.push_back(fmt::format("{:.1f}", gain.whole / many));
     }
     return row;
 }

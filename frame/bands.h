@@ -4,6 +4,7 @@
 // computes does not depend on the others: a frame comes out the same whoever renders it.
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -60,6 +61,56 @@ inline Bands bandsForThreads(const MemoryAllocator* resources, ImgSize size, std
     return resources != nullptr && resources->Threads() != nullptr ? bandsOf(size, leastRows, unit)
                                                                    : Bands{size.height, std::max(size.height, 1)};
 }
+
+/// Bands for work that is cheaper where it goes on from the band above than where it begins, and that gives the same
+/// either way: each thread has some bands below each other, and takes of another's last ones when it is done with its
+/// own.
+class BandRuns {
+public:
+    BandRuns(const MemoryAllocator& resources, ImgSize size, std::int32_t unit)
+        : m_resources(resources), m_bands(cut(size, threadsOf(resources), unit)) {
+        const std::int32_t bands = std::max(m_bands.count(), 1);
+        const std::int32_t threads = std::min(threadsOf(resources), bands);
+        m_each = (bands + threads - 1) / threads;
+        m_runs = (bands + m_each - 1) / m_each;
+    }
+
+    /// Tasks, of which each has its own memory.
+    [[nodiscard]] std::int32_t tasks() const { return m_each * m_runs; }
+
+    /// Calls `work(bands, band, task, goesOn)` for all bands; `goesOn` after the same task's call for the band above.
+    template <class Work>
+    void run(const Work& work) const {
+        std::array<std::atomic<bool>, kEach * kMostThreads> taken{};
+        runTasks(&m_resources, tasks(), [&](std::int32_t task) {
+            const std::int32_t first = task % m_runs * m_each;
+            const std::int32_t end = std::min(first + m_each, m_bands.count());
+            const std::int32_t fromLast = task / m_runs;
+            std::int32_t band = fromLast == 0 ? first : first + m_each - fromLast;
+            for (bool goesOn = false; band < end && !taken[static_cast<std::size_t>(band)].exchange(true); ++band) {
+                work(m_bands, band, task, goesOn);
+                goesOn = true;
+            }
+        });
+    }
+
+private:
+    static constexpr std::uint32_t kMostThreads = 64;
+    static constexpr std::int32_t kEach = 4;  ///< bands of a thread
+
+    static std::int32_t threadsOf(const MemoryAllocator& resources) {
+        return static_cast<std::int32_t>(std::min(resources.ThreadCount(), kMostThreads));
+    }
+    static Bands cut(ImgSize size, std::int32_t threads, std::int32_t unit) {
+        return threads > 1 ? bandsOf(size, (size.height - 1) / (kEach * threads) + 1, unit)
+                           : Bands{size.height, std::max(size.height, 1)};
+    }
+
+    const MemoryAllocator& m_resources;
+    Bands m_bands;
+    std::int32_t m_each;  ///< bands of a run, but perhaps of the last
+    std::int32_t m_runs;
+};
 
 /// Calls `work(first, rows)` for bands of the picture, whose results must not depend on how it is cut. True if every
 /// call answered true.

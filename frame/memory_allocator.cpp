@@ -1,5 +1,6 @@
 #include "frame/memory_allocator.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -39,7 +40,11 @@ bool isAcceptedPixelSize(std::int32_t bytesPerPixel) {
 
 MemoryAllocator::MemoryAllocator(IEffectHost* host) noexcept
     : m_host(queryHost<IHostAllocator>(host)), m_threads(queryHost<IHostParallel>(host)) {
-    if (m_threads != nullptr && m_threads->GetThreadCount() < 2) {
+    if (m_threads == nullptr) {
+        return;
+    }
+    m_threadCount = std::max(m_threads->GetThreadCount(), 1U);
+    if (m_threadCount == 1) {
         m_threads->Release();
         m_threads = nullptr;
     }

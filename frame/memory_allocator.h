@@ -42,6 +42,8 @@ public:
 
     /// The host's threads, null without; for `runTasks` (bands.h).
     [[nodiscard]] IHostParallel* Threads() const { return m_threads; }
+    /// How many these are; 1 without.
+    [[nodiscard]] std::uint32_t ThreadCount() const { return m_threadCount; }
 
 private:
     /// Bytes in use, and where the last block of them begins. A block that is freed before a later one is held until
@@ -56,6 +58,7 @@ private:
 
     IHostAllocator* m_host = nullptr;
     IHostParallel* m_threads = nullptr;
+    std::uint32_t m_threadCount = 1;
     std::uint8_t* m_reserve = nullptr;
     std::int64_t m_reserveSize = 0;
     ReserveUse m_reserveUse{0, 0};

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the 8-bit and the float blur share: the picture without its outer ring, its rows, the way through them, and the
-// rows of the ring.
+// What the 8-bit and the float blur share: the picture without its outer ring, its rows and their bands, and the rows
+// of the ring.
 
 #include <algorithm>
 #include <cstddef>
@@ -42,103 +42,29 @@ private:
     std::size_t m_skippedBytes;
 };
 
+inline std::size_t samplesOfRow(const TriangularBlurJob& job) {
+    return static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.channels);
+}
+
 /// Rounds a count up so that what follows begins with a whole vector.
 constexpr std::int64_t wholeVectors(std::int64_t count) {
     return (count + 63) / 64 * 64;
 }
 
-/// Part of the vertical pass: columns of samples, and rows.
-struct BlurStrip {
-    std::size_t first;
-    std::size_t samples;
-    std::int32_t firstRow;
-    std::int32_t endRow;
-};
+/// Rows whose sums are the same task's, counted like `InnerRows`. At the first, the sums are made from as many rows as
+/// the kernel has.
+struct BlurBand {
+    BlurBand(const Bands& bands, std::int32_t band)
+        : first(bands.first(band)), end(bands.first(band) + bands.rowsOf(band)) {}
 
-/// Part of the horizontal pass.
-struct BlurredRows {
     std::int32_t first;
     std::int32_t end;
-    std::int32_t task;  ///< parts that are done at the same time have different ones
-};
-
-/// How a picture is cut for threads. Rows are kept until the parts of the block below them are done, in memory that
-/// should fit a core's own cache: other programs may leave little of a shared one.
-struct BlurParts {
-    std::int32_t tasks;        ///< of the horizontal pass at the same time
-    std::int32_t taskGroups;   ///< groups of rows of each
-    std::size_t stripSamples;  ///< of the vertical pass: whole vectors, so that strips share none
-};
-
-/// The way of a blur through the picture: down the columns into groups of rows in scratch memory, and along these
-/// rows. Without threads a group goes through both passes while it is in the cache. With threads the columns are cut
-/// into strips, since a strip's sums go on from row to row: the strips of a block of rows are done at the same time as
-/// the rows of the block above it.
-class BlurPath {
-public:
-    /// `groupRows` rows go through both passes side by side.
-    BlurPath(const TriangularBlurJob& job, std::int32_t groupRows, const BlurParts& parts,
-             const MemoryAllocator& allocator)
-        : m_rows(InnerRows(job).count()),
-          m_samples(static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.channels)),
-          m_groupRows(groupRows),
-          m_parts(parts),
-          m_threads(bandsForThreads(&allocator, {job.width, job.height}).count() > 1 ? &allocator : nullptr) {}
-
-    /// Parts of the horizontal pass at the same time.
-    [[nodiscard]] std::int32_t tasks() const { return m_threads != nullptr ? m_parts.tasks : 1; }
-    /// Groups of rows that are in memory: those of two blocks.
-    [[nodiscard]] std::int32_t groups() const {
-        return m_threads != nullptr ? 2 * m_parts.tasks * m_parts.taskGroups : 1;
-    }
-    /// Place in memory of the group that begins with row `y`.
-    [[nodiscard]] std::int32_t groupOf(std::int32_t y) const { return y / m_groupRows % groups(); }
-
-    /// Calls `down(BlurStrip)` and `along(BlurredRows)` for all of the picture.
-    template <class Down, class Along>
-    void run(const Down& down, const Along& along) const {
-        if (m_threads == nullptr) {
-            for (std::int32_t y = 0; y < m_rows; y += m_groupRows) {
-                const std::int32_t end = std::min(y + m_groupRows, m_rows);
-                down(BlurStrip{0, m_samples, y, end});
-                along(BlurredRows{y, end, 0});
-            }
-            return;
-        }
-        const std::int32_t taskRows = m_parts.taskGroups * m_groupRows;
-        const std::int32_t blockRows = m_parts.tasks * taskRows;
-        const std::size_t stripSamples = m_parts.stripSamples;
-        const auto strips = static_cast<std::int32_t>((m_samples + stripSamples - 1) / stripSamples);
-        for (std::int32_t y = 0; y < m_rows + blockRows; y += blockRows) {
-            const std::int32_t end = std::min(y + blockRows, m_rows);
-            const std::int32_t stripsHere = y < m_rows ? strips : 0;
-            const std::int32_t above = y - blockRows;
-            const std::int32_t rowsAbove = above < 0 ? 0 : std::min(blockRows, m_rows - above);
-            runTasks(m_threads, stripsHere + (rowsAbove + taskRows - 1) / taskRows, [&](std::int32_t i) {
-                if (i < stripsHere) {
-                    const std::size_t first = static_cast<std::size_t>(i) * stripSamples;
-                    down(BlurStrip{first, std::min(stripSamples, m_samples - first), y, end});
-                } else {
-                    const std::int32_t task = i - stripsHere;
-                    const std::int32_t from = above + task * taskRows;
-                    along(BlurredRows{from, std::min(from + taskRows, above + rowsAbove), task});
-                }
-            });
-        }
-    }
-
-private:
-    std::int32_t m_rows;
-    std::size_t m_samples;
-    std::int32_t m_groupRows;
-    BlurParts m_parts;
-    const MemoryAllocator* m_threads;
 };
 
 /// Fills the rows of the ring from the finished rows inside it; a kept sample is their own.
 template <class Sample>
 void fillRingRows(const TriangularBlurJob& job) {
-    const std::size_t samples = static_cast<std::size_t>(job.width) * static_cast<std::size_t>(job.channels);
+    const std::size_t samples = samplesOfRow(job);
     const std::int32_t ring = edgeRing(job.height);
     const auto fill = [&](std::int32_t y, std::int32_t from) {
         auto* out = reinterpret_cast<Sample*>(job.dst + static_cast<std::ptrdiff_t>(job.dstStride) * y);

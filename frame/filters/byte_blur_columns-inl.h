@@ -19,42 +19,67 @@
 HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 
-/// Runs `work(i, load)` over a row of samples, `load` reading a vector of sums.
-template <class Work>
-HWY_INLINE void alongRow(std::size_t samples, const Work& work) {
-    std::size_t i = 0;
-    for (; i + lanes() <= samples; i += lanes()) {
-        work(i, [](const std::uint8_t* from) HWY_ATTR { return loadSums(from); });
+/// The samples of some vectors of columns of a row.
+template <std::size_t kVectors>
+struct WholeVectors {
+    static constexpr std::size_t kCount = kVectors;
+    HWY_INLINE VSums operator()(const std::uint8_t* row, std::size_t v) const { return loadSums(row + v * lanes()); }
+};
+struct FewSamples {
+    static constexpr std::size_t kCount = 1;
+    HWY_INLINE VSums operator()(const std::uint8_t* row, std::size_t) const { return loadFewSums(row, samples); }
+    std::size_t samples;
+};
+
+/// Sums of columns `i` and following of row `y`, from all rows that it is made of: a row's weight is the number of
+/// times that it is in a running sum from the anchor outwards.
+template <class Load>
+HWY_INLINE void startVectors(const InnerRows& rows, std::int32_t y, std::size_t i, const TriangularKernel& kernel,
+                             std::int32_t bias, const Load& load, const ByteBlurScratch& scratch) {
+    const Sums d;
+    VSums sum[Load::kCount];
+    VSums ahead[Load::kCount];
+    VSums behind[Load::kCount];
+    for (std::size_t v = 0; v < Load::kCount; ++v) {
+        ahead[v] = behind[v] = hn::Zero(d);
+        sum[v] = hn::Set(d, bias);
     }
-    if (i < samples) {
-        work(i, [=](const std::uint8_t* from) HWY_ATTR { return loadFewSums(from, samples - i); });
+    const auto addRow = [&](std::int32_t rowY, auto& running) HWY_ATTR {
+        const std::uint8_t* row = rows.source(rowY) + i;
+        for (std::size_t v = 0; v < Load::kCount; ++v) {
+            running[v] = hn::Add(running[v], load(row, v));
+            sum[v] = hn::Add(sum[v], running[v]);
+        }
+    };
+    for (std::int32_t t = 0; t < kernel.half; ++t) {
+        addRow(y + t, ahead);
+    }
+    const std::int32_t weightsBehind = kernel.half - (kernel.even ? 0 : 1);
+    for (std::int32_t t = 1; t <= weightsBehind; ++t) {
+        addRow(y - t, behind);
+    }
+    const std::uint8_t* last = rows.source(y - weightsBehind - 1) + i;
+    const std::uint8_t* before = rows.source(y - 1) + i;
+    for (std::size_t v = 0; v < Load::kCount; ++v) {
+        behind[v] = hn::Add(behind[v], load(last, v));
+        behind[v] = kernel.even ? hn::Sub(behind[v], load(before, v)) : behind[v];
+        hn::Store(hn::Sub(ahead[v], behind[v]), d, scratch.slopes + i + v * lanes());
+        hn::Store(sum[v], d, scratch.sums + i + v * lanes());
     }
 }
 
-/// Sums of the first row.
-inline void startColumns(const InnerRows& rows, std::size_t samples, const TriangularKernel& kernel, std::int32_t bias,
-                         const ByteBlurScratch& scratch) {
-    const Sums d;
-    const std::size_t stored = hwy::RoundUpTo(samples, 2 * lanes()) * sizeof(std::int32_t);
-    std::memset(scratch.slopes, 0, stored);
-    std::memset(scratch.sums, 0, stored);
-    for (std::int32_t t = 0; t < kernel.half; ++t) {
-        const std::uint8_t* row = rows.source(t);
-        alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
-            const auto all = hn::Add(hn::Load(d, scratch.slopes + i), load(row + i));
-            hn::Store(all, d, scratch.slopes + i);
-            hn::Store(hn::Add(hn::Load(d, scratch.sums + i), all), d, scratch.sums + i);
-        });
+/// Sums of row `y`.
+inline void startColumns(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
+                         std::int32_t bias, const ByteBlurScratch& scratch) {
+    // A line of memory of each row at a time: these rows are many, and far from each other.
+    constexpr std::size_t kVectors = 4;
+    std::size_t i = 0;
+    for (; i + kVectors * lanes() <= samples; i += kVectors * lanes()) {
+        startVectors(rows, y, i, kernel, bias, WholeVectors<kVectors>(), scratch);
     }
-    const std::uint8_t* first = rows.source(0);
-    alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
-        const auto edge = load(first + i);
-        const auto before = hn::Mul(edge, hn::Set(d, kernel.weightBefore()));
-        const auto sum = hn::Add(hn::Load(d, scratch.sums + i), hn::Add(before, hn::Set(d, bias)));
-        hn::Store(sum, d, scratch.sums + i);
-        const auto slope = hn::Load(d, scratch.slopes + i);
-        hn::Store(hn::Sub(slope, hn::Mul(edge, hn::Set(d, kernel.half))), d, scratch.slopes + i);
-    });
+    for (; i < samples; i += lanes()) {
+        startVectors(rows, y, i, kernel, bias, FewSamples{std::min(lanes(), samples - i)}, scratch);
+    }
 }
 
 /// Differences of samples, which fit 16 bits: twice as many a vector.

@@ -21,58 +21,44 @@ HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 namespace {
 
-/// The vertical pass of a strip.
+/// The vertical pass of a group of rows.
 template <bool kEven, class Rounding>
-void blurColumns(const TriangularBlurJob& job, const TriangularKernel& kernel, const Rounding& rounding,
-                 const ByteBlurScratch& all, const BlurPath& path, const BlurStrip& strip) {
-    const InnerRows rows(job, strip.first);
-    ByteBlurScratch scratch = all;
-    scratch.slopes += strip.first;
-    scratch.sums += strip.first;
-    if (strip.firstRow == 0) {
-        startColumns(rows, strip.samples, kernel, rounding.bias, scratch);
+void blurColumns(const TriangularBlurJob& job, std::int32_t y, const TriangularKernel& kernel, const Rounding& rounding,
+                 const ByteBlurScratch& scratch) {
+    const InnerRows rows(job);
+    const std::size_t samples = samplesOfRow(job);
+    auto* out = reinterpret_cast<std::uint32_t*>(scratch.interleaved);
+    if (job.channels == 4) {
+        fourRows<kEven, true>(rows, y, samples, kernel, rounding, scratch, out);
+        return;
     }
-    const bool color = job.channels == 4;
-    const std::int32_t groupRows = kInterleave / job.channels;
-    for (std::int32_t y = strip.firstRow; y < strip.endRow; y += groupRows) {
-        auto* out = reinterpret_cast<std::uint32_t*>(all.group(path.groupOf(y)));
-        if (color) {
-            fourRows<kEven, true>(rows, y, strip.samples, kernel, rounding, scratch, out + strip.first);
-            continue;
-        }
-        std::uint32_t* group[4];
-        for (std::int32_t g = 0; g < 4; ++g) {
-            group[g] = scratch.packed + static_cast<std::ptrdiff_t>(g) * scratch.packedStride + strip.first;
-            fourRows<kEven, false>(rows, y + 4 * g, strip.samples, kernel, rounding, scratch, group[g]);
-        }
-        const Words d;
-        for (std::size_t i = 0; i < strip.samples; i += lanes()) {
-            hn::StoreInterleaved4(hn::Load(d, group[0] + i), hn::Load(d, group[1] + i), hn::Load(d, group[2] + i),
-                                  hn::Load(d, group[3] + i), d, out + 4 * (strip.first + i));
-        }
+    std::uint32_t* group[4];
+    for (std::int32_t g = 0; g < 4; ++g) {
+        group[g] = scratch.packed + static_cast<std::ptrdiff_t>(g) * scratch.packedStride;
+        fourRows<kEven, false>(rows, y + 4 * g, samples, kernel, rounding, scratch, group[g]);
+    }
+    const Words d;
+    for (std::size_t i = 0; i < samples; i += lanes()) {
+        hn::StoreInterleaved4(hn::Load(d, group[0] + i), hn::Load(d, group[1] + i), hn::Load(d, group[2] + i),
+                              hn::Load(d, group[3] + i), d, out + 4 * i);
     }
 }
 
-/// The horizontal pass of some rows.
+/// The horizontal pass of a group of rows, of which those from `end` on are not there.
 template <bool kEven, class Rounding>
-void blurRows(const TriangularBlurJob& job, const TriangularKernel& kernel, const Rounding& rounding,
-              const ByteBlurScratch& scratch, const BlurPath& path, const BlurredRows& part) {
+void blurRows(const TriangularBlurJob& job, std::int32_t y, std::int32_t end, const TriangularKernel& kernel,
+              const Rounding& rounding, const ByteBlurScratch& scratch) {
     const InnerRows rows(job);
-    const PixelStore store(job);
-    const std::int32_t groupRows = kInterleave / job.channels;
-    for (std::int32_t y = part.first; y < part.end; y += groupRows) {
-        RowTargets targets;
-        for (std::int32_t r = 0; r < groupRows; ++r) {
-            targets.src[r] = rows.source(y + r);
-            targets.dst[r] = y + r < part.end ? rows.target(y + r) : scratch.spareRow;
-        }
-        std::uint8_t* columns = scratch.group(path.groupOf(y));
-        spreadEdges(columns, job.width, kernel);
-        if (job.channels == 4) {
-            walkColor<kEven>(columns, job.width, kernel, rounding, store, targets);
-        } else {
-            walkMask<kEven>(columns, job.width, kernel, rounding, targets);
-        }
+    RowTargets targets;
+    for (std::int32_t r = 0; r < kInterleave / job.channels; ++r) {
+        targets.src[r] = rows.source(y + r);
+        targets.dst[r] = y + r < end ? rows.target(y + r) : scratch.spareRow;
+    }
+    spreadEdges(scratch.interleaved, job.width, kernel);
+    if (job.channels == 4) {
+        walkColor<kEven>(scratch.interleaved, job.width, kernel, rounding, PixelStore(job), targets);
+    } else {
+        walkMask<kEven>(scratch.interleaved, job.width, kernel, rounding, targets);
     }
 }
 
@@ -87,18 +73,20 @@ void withKernel(const TriangularKernel& kernel, const std::optional<float>& fact
 
 }  // namespace
 
-void blurByteColumns(const TriangularBlurJob& job, const ByteBlurScratch& scratch, const BlurPath& path,
-                     const BlurStrip& strip) {
-    const TriangularKernel kernel(job.sizeY);
-    withKernel(kernel, scratch.factorY, [&](auto even, const auto& rounding) {
-        blurColumns<decltype(even)::value>(job, kernel, rounding, scratch, path, strip);
-    });
-}
-void blurByteRows(const TriangularBlurJob& job, const ByteBlurScratch& scratch, const BlurPath& path,
-                  const BlurredRows& part) {
-    const TriangularKernel kernel(job.sizeX);
-    withKernel(kernel, scratch.factorX, [&](auto even, const auto& rounding) {
-        blurRows<decltype(even)::value>(job, kernel, rounding, scratch, path, part);
+/// Both passes of a band, whose sums begin anew unless it goes on from the one above.
+void blurByteBand(const TriangularBlurJob& job, const BlurBand& band, bool goesOn, const ByteBlurScratch& scratch) {
+    const TriangularKernel down(job.sizeY);
+    const TriangularKernel along(job.sizeX);
+    withKernel(down, scratch.factorY, [&](auto evenDown, const auto& roundingDown) {
+        if (!goesOn) {
+            startColumns(InnerRows(job), band.first, samplesOfRow(job), down, roundingDown.bias, scratch);
+        }
+        withKernel(along, scratch.factorX, [&](auto evenAlong, const auto& roundingAlong) {
+            for (std::int32_t y = band.first; y < band.end; y += kInterleave / job.channels) {
+                blurColumns<decltype(evenDown)::value>(job, y, down, roundingDown, scratch);
+                blurRows<decltype(evenAlong)::value>(job, y, band.end, along, roundingAlong, scratch);
+            }
+        });
     });
 }
 
@@ -108,45 +96,46 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace lumiset {
 
-HWY_EXPORT(blurByteColumns);
-HWY_EXPORT(blurByteRows);
+HWY_EXPORT(blurByteBand);
 
 bool triangularBlurBytes(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept {
-    constexpr BlurParts kParts{8, 1, 1536};      // narrower strips leave too little of a row to fetch ahead
     constexpr std::int64_t kLargestVector = 64;  // samples, with room for whatever a last vector may touch
+    const TriangularKernel down(job.sizeY);
+    const TriangularKernel along(job.sizeX);
+    // Sums of whole numbers come out the same wherever they began.
+    const BandRuns runs(allocator, {job.width, InnerRows(job).count()}, kInterleave);
+    const std::int64_t tasks = runs.tasks();
     const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
-    const std::int64_t before = TriangularKernel(job.sizeX).half + 1;
+    const std::int64_t before = along.half + 1;
     const std::int64_t interleaved = wholeVectors((2 * before + job.width + 2 * kLargestVector) * kInterleave);
     const std::int64_t packed = job.channels == 1 ? samples : 0;
-    const BlurPath path(job, kInterleave / job.channels, kParts, allocator);
     ScratchBlock block(allocator);
-    block.add<std::int32_t>(samples);
-    block.add<std::int32_t>(samples);
-    block.add<std::uint32_t>(4 * packed);
-    block.add<std::uint8_t>(path.groups() * interleaved);
-    block.add<std::uint8_t>(samples);
+    block.add<std::int32_t>(tasks * samples);
+    block.add<std::int32_t>(tasks * samples);
+    block.add<std::uint32_t>(tasks * 4 * packed);
+    block.add<std::uint8_t>(tasks * interleaved);
+    block.add<std::uint8_t>(tasks * samples);
     if (!block.allocate()) {
         return false;
     }
-    ByteBlurScratch scratch{};
-    scratch.factorX = roundingFactor(TriangularKernel(job.sizeX).divisor);
-    scratch.factorY = roundingFactor(TriangularKernel(job.sizeY).divisor);
-    scratch.slopes = block.take<std::int32_t>(samples);
-    scratch.sums = block.take<std::int32_t>(samples);
-    scratch.packed = block.take<std::uint32_t>(4 * packed);
-    scratch.packedStride = static_cast<std::int32_t>(packed);
-    scratch.interleaved = block.take<std::uint8_t>(path.groups() * interleaved) + (before + 3) / 4 * 4 * kInterleave;
-    scratch.interleavedStride = interleaved;
-    scratch.spareRow = block.take<std::uint8_t>(samples);
-    path.run(
-        [&](const BlurStrip& strip) {
-            HWY_DYNAMIC_DISPATCH(blurByteColumns)
-            (job, scratch, path, strip);
-        },
-        [&](const BlurredRows& part) {
-            HWY_DYNAMIC_DISPATCH(blurByteRows)
-            (job, scratch, path, part);
-        });
+    ByteBlurScratch first{};
+    first.factorX = roundingFactor(along.divisor);
+    first.factorY = roundingFactor(down.divisor);
+    first.slopes = block.take<std::int32_t>(tasks * samples);
+    first.sums = block.take<std::int32_t>(tasks * samples);
+    first.packed = block.take<std::uint32_t>(tasks * 4 * packed);
+    first.packedStride = static_cast<std::int32_t>(packed);
+    first.interleaved = block.take<std::uint8_t>(tasks * interleaved) + (before + 3) / 4 * 4 * kInterleave;
+    first.spareRow = block.take<std::uint8_t>(tasks * samples);
+    runs.run([&](const Bands& bands, std::int32_t band, std::int64_t task, bool goesOn) {
+        ByteBlurScratch scratch = first;
+        scratch.slopes += task * samples;
+        scratch.sums += task * samples;
+        scratch.packed += task * 4 * packed;
+        scratch.interleaved += task * interleaved;
+        scratch.spareRow += task * samples;
+        HWY_DYNAMIC_DISPATCH(blurByteBand)(job, {bands, band}, goesOn, scratch);
+    });
     fillRingRows<std::uint8_t>(job);
     return true;
 }

@@ -1,6 +1,8 @@
 // The float blur, in double sums: single-precision ones leave ghosts of bright pixels behind. A colour row is
 // blurred as it is, four samples for each x; mask rows four at a time, interleaved the same way. Samples that are
-// not finite count as 0, or one of them would spoil the rest of its row.
+// not finite count as 0, or one of them would spoil the rest of its row. Sums of floats tell where they began, so the
+// bands in which they begin anew are the same on any number of threads. Where these are more than the bands, the
+// columns of a band are shared as well: then the whole picture is blurred down before its rows are blurred along.
 
 #include <cstring>
 #include <limits>
@@ -20,21 +22,19 @@
 #define LUMISET_TRIANGULAR_BLUR_FLOATS
 namespace lumiset {
 
-/// Rows after which the sums start anew, so that errors do not add up; so many that it costs little.
-inline std::int32_t rowsOfFloatSums(const TriangularBlurJob& job) {
-    return bandsOf({job.width, InnerRows(job).count()}, 8 * TriangularKernel(job.sizeY).half, 16).rows;
-}
-
 struct FloatBlurScratch {
     double* slopes;      ///< S of each sample of a row
     double* sums;        ///< T of each sample of a row
     float* rows;         ///< four rows after the vertical pass (masks)
-    float* interleaved;  ///< of each group four samples for each x, with columns left of the picture before them
-    float* results;      ///< of each task, as `interleaved`, after the horizontal pass
+    float* interleaved;  ///< four samples for each x, with columns left of the picture before them
+    float* results;      ///< as `interleaved`, after the horizontal pass (masks)
     std::int64_t rowStride;
-    std::int64_t interleavedStride;
+};
 
-    [[nodiscard]] float* group(std::int32_t index) const { return interleaved + index * interleavedStride; }
+/// Columns of samples.
+struct BlurStrip {
+    std::size_t first;
+    std::size_t samples;
 };
 
 }  // namespace lumiset
@@ -51,28 +51,43 @@ using Singles = hn::Rebind<float, Doubles>;
 using FourDoubles = hn::CappedTag<double, 4>;  ///< four lanes where the vectors hold them, else two
 using FourSingles = hn::Rebind<float, FourDoubles>;
 
-template <class D>
-HWY_INLINE hn::Vec<D> loadFinite(D d, const float* from) {
-    const hn::Rebind<float, D> single;
-    const auto value = hn::LoadU(single, from);
-    const auto finite = hn::Le(hn::Abs(value), hn::Set(single, std::numeric_limits<float>::max()));
-    return hn::PromoteTo(d, hn::IfThenElseZero(finite, value));
-}
-
-/// Runs `work(i, load)` over a row of samples, `load` reading a vector of doubles.
-template <class Work>
-HWY_INLINE void alongRow(std::size_t samples, const Work& work) {
-    const Doubles d;
-    std::size_t i = 0;
-    for (; i + hn::Lanes(d) <= samples; i += hn::Lanes(d)) {
-        work(i, [](const float* from) HWY_ATTR { return loadFinite(Doubles(), from); });
+/// The samples of some vectors of columns of a row.
+template <std::size_t kVectors>
+struct WholeVectors {
+    static constexpr std::size_t kCount = kVectors;
+    HWY_INLINE hn::Vec<Singles> load(const float* row, std::size_t v) const {
+        return hn::LoadU(Singles(), row + v * hn::Lanes(Singles()));
     }
-    if (i < samples) {
-        work(i, [=](const float* from) HWY_ATTR {
-            HWY_ALIGN float few[HWY_MAX_BYTES / sizeof(double)] = {};
-            std::memcpy(few, from, (samples - i) * sizeof(float));
-            return loadFinite(Doubles(), few);
-        });
+    HWY_INLINE void store(hn::Vec<Singles> first, float* row) const { hn::StoreU(first, Singles(), row); }
+};
+/// The last samples of a row, fewer than a vector's.
+struct FewSamples {
+    static constexpr std::size_t kCount = 1;
+    static constexpr std::size_t kMost = HWY_MAX_BYTES / sizeof(double);
+    HWY_INLINE hn::Vec<Singles> load(const float* row, std::size_t) const {
+        HWY_ALIGN float few[kMost] = {};
+        std::memcpy(few, row, count * sizeof(float));
+        return hn::Load(Singles(), few);
+    }
+    HWY_INLINE void store(hn::Vec<Singles> all, float* row) const {
+        HWY_ALIGN float few[kMost];
+        hn::Store(all, Singles(), few);
+        std::memcpy(row, few, count * sizeof(float));
+    }
+    std::size_t count;
+};
+
+/// Runs `work(i, part)` over a row of samples, `part` being those from the i-th on: of `kVectors` vectors, at the end
+/// of one.
+template <std::size_t kVectors, class Work>
+HWY_INLINE void alongRow(std::size_t samples, const Work& work) {
+    const std::size_t lanes = hn::Lanes(Singles());
+    std::size_t i = 0;
+    for (; i + kVectors * lanes <= samples; i += kVectors * lanes) {
+        work(i, WholeVectors<kVectors>());
+    }
+    for (; i < samples; i += lanes) {
+        work(i, FewSamples{std::min(lanes, samples - i)});
     }
 }
 
@@ -80,67 +95,121 @@ const float* sourceRow(const InnerRows& rows, std::int32_t y) {
     return reinterpret_cast<const float*>(rows.source(y));
 }
 
-/// Sums of the first row.
-void startColumns(const InnerRows& rows, std::size_t samples, const TriangularKernel& kernel,
-                  const FloatBlurScratch& scratch) {
+/// Sums of some vectors of columns.
+template <std::size_t kVectors>
+struct ColumnSums {
+    hn::Vec<Doubles> slope[kVectors];
+    hn::Vec<Doubles> sum[kVectors];
+};
+
+HWY_INLINE bool isFinite(hn::Vec<Doubles> v) {
     const Doubles d;
-    const std::size_t stored = hwy::RoundUpTo(samples, hn::Lanes(d)) * sizeof(double);
-    std::memset(scratch.slopes, 0, stored);
-    std::memset(scratch.sums, 0, stored);
-    for (std::int32_t t = 0; t < kernel.half; ++t) {
-        const float* row = sourceRow(rows, t);
-        alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
-            const auto all = hn::Add(hn::Load(d, scratch.slopes + i), load(row + i));
-            hn::Store(all, d, scratch.slopes + i);
-            hn::Store(hn::Add(hn::Load(d, scratch.sums + i), all), d, scratch.sums + i);
-        });
+    return hn::AllTrue(d, hn::Le(hn::Abs(v), hn::Set(d, std::numeric_limits<double>::max())));
+}
+template <std::size_t kVectors>
+HWY_INLINE bool isFinite(const ColumnSums<kVectors>& sums) {
+    auto all = hn::Add(sums.slope[0], sums.sum[0]);
+    for (std::size_t v = 1; v < kVectors; ++v) {
+        all = hn::Add(all, hn::Add(sums.slope[v], sums.sum[v]));
     }
-    const float* first = sourceRow(rows, 0);
-    alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
-        const auto edge = load(first + i);
-        const auto before = hn::Mul(edge, hn::Set(d, kernel.weightBefore()));
-        hn::Store(hn::Add(hn::Load(d, scratch.sums + i), before), d, scratch.sums + i);
-        const auto slope = hn::Load(d, scratch.slopes + i);
-        hn::Store(hn::Sub(slope, hn::Mul(edge, hn::Set(d, kernel.half))), d, scratch.slopes + i);
+    return isFinite(all);
+}
+
+/// `add(sample)`, which adds up and subtracts samples, without those that are not finite. They show in what comes out,
+/// since no double is too small for a sum of floats: so each is looked at only then.
+template <class Samples, class Add>
+HWY_INLINE auto addFinite(const Samples& samples, const Add& add) {
+    const auto all =
+        add([&](const float* row, std::size_t v) HWY_ATTR { return hn::PromoteTo(Doubles(), samples.load(row, v)); });
+    if (HWY_LIKELY(isFinite(all))) {
+        return all;
+    }
+    return add([&](const float* row, std::size_t v) HWY_ATTR {
+        const Singles d;
+        const auto value = samples.load(row, v);
+        const auto finite = hn::Le(hn::Abs(value), hn::Set(d, std::numeric_limits<float>::max()));
+        return hn::PromoteTo(Doubles(), hn::IfThenElseZero(finite, value));
     });
 }
 
-/// Sums of row `y`, from all rows that it is made of.
-void startColumnsAt(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
-                    const FloatBlurScratch& scratch) {
-    const Doubles d;
-    const std::int32_t skip = kernel.even ? 1 : 0;
-    alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
-        auto slope = hn::Zero(d);
-        auto sum = hn::Zero(d);
-        for (std::int32_t t = 1 - kernel.half - skip; t < kernel.half; ++t) {
-            const auto v = load(sourceRow(rows, y + t) + i);
-            sum = hn::Add(sum, hn::Mul(v, hn::Set(d, t >= 0 ? kernel.half - t : kernel.half + t + skip)));
-            slope = t >= 0 ? hn::Add(slope, v) : t < -skip ? hn::Sub(slope, v) : slope;
+/// Sums of columns of row `y`, from all rows that it is made of: a row's weight is the number of times that it is in a
+/// running sum from the anchor outwards.
+template <std::size_t kVectors, class Sample>
+HWY_INLINE ColumnSums<kVectors> sumsOfRow(const InnerRows& rows, std::int32_t y, std::size_t i,
+                                          const TriangularKernel& kernel, const Sample& sample) {
+    ColumnSums<kVectors> result;
+    hn::Vec<Doubles> ahead[kVectors];
+    hn::Vec<Doubles> behind[kVectors];
+    for (std::size_t v = 0; v < kVectors; ++v) {
+        ahead[v] = behind[v] = result.sum[v] = hn::Zero(Doubles());
+    }
+    const auto addRow = [&](std::int32_t rowY, auto& running) HWY_ATTR {
+        const float* row = sourceRow(rows, rowY) + i;
+        for (std::size_t v = 0; v < kVectors; ++v) {
+            running[v] = hn::Add(running[v], sample(row, v));
+            result.sum[v] = hn::Add(result.sum[v], running[v]);
         }
-        hn::Store(hn::Sub(slope, load(sourceRow(rows, y - kernel.half - skip) + i)), d, scratch.slopes + i);
-        hn::Store(sum, d, scratch.sums + i);
+    };
+    for (std::int32_t t = 0; t < kernel.half; ++t) {
+        addRow(y + t, ahead);
+    }
+    const std::int32_t weightsBehind = kernel.half - (kernel.even ? 0 : 1);
+    for (std::int32_t t = 1; t <= weightsBehind; ++t) {
+        addRow(y - t, behind);
+    }
+    const float* last = sourceRow(rows, y - weightsBehind - 1) + i;
+    const float* before = sourceRow(rows, y - 1) + i;
+    for (std::size_t v = 0; v < kVectors; ++v) {
+        behind[v] = hn::Add(behind[v], sample(last, v));
+        behind[v] = kernel.even ? hn::Sub(behind[v], sample(before, v)) : behind[v];
+        result.slope[v] = hn::Sub(ahead[v], behind[v]);
+    }
+    return result;
+}
+
+void startColumns(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
+                  const FloatBlurScratch& scratch) {
+    const Doubles d;
+    // A line of memory of each row at a time: these rows are many, and far from each other.
+    alongRow<4>(samples, [&](std::size_t i, const auto& part) HWY_ATTR {
+        constexpr std::size_t kVectors = std::decay_t<decltype(part)>::kCount;
+        const auto sums = addFinite(
+            part, [&](const auto& sample) HWY_ATTR { return sumsOfRow<kVectors>(rows, y, i, kernel, sample); });
+        for (std::size_t v = 0; v < kVectors; ++v) {
+            hn::Store(sums.slope[v], d, scratch.slopes + i + v * hn::Lanes(d));
+            hn::Store(sums.sum[v], d, scratch.sums + i + v * hn::Lanes(d));
+        }
     });
 }
 
 /// Row `y`, and the sums moved on to the next.
+template <bool kEven>
 void blurredRow(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
                 const FloatBlurScratch& scratch, float* out) {
     const float* ahead = sourceRow(rows, y + kernel.half);
     const float* here = sourceRow(rows, y);
-    const float* before = sourceRow(rows, y - (kernel.even ? 1 : 0));
-    const float* behind = sourceRow(rows, y - (kernel.even ? 1 : 0) - kernel.half);
+    const float* before = sourceRow(rows, y - 1);
+    const float* behind = sourceRow(rows, y - (kEven ? 1 : 0) - kernel.half);
     const Doubles d;
     const auto factor = hn::Set(d, 1.0 / kernel.divisor);
-    alongRow(samples, [&](std::size_t i, const auto& load) HWY_ATTR {
+    alongRow<1>(samples, [&](std::size_t i, const auto& part) HWY_ATTR {
+        const auto change = addFinite(part, [&](const auto& sample) HWY_ATTR {
+            const auto middle = sample(here + i, 0);
+            return hn::Sub(hn::Add(sample(ahead + i, 0), sample(behind + i, 0)),
+                           hn::Add(middle, kEven ? sample(before + i, 0) : middle));
+        });
         const auto sum = hn::Load(d, scratch.sums + i);
-        hn::Store(hn::DemoteTo(Singles(), hn::Mul(sum, factor)), Singles(), out + i);
-        const auto change =
-            hn::Sub(hn::Add(load(ahead + i), load(behind + i)), hn::Add(load(here + i), load(before + i)));
+        part.store(hn::DemoteTo(Singles(), hn::Mul(sum, factor)), out + i);
         const auto slope = hn::Add(hn::Load(d, scratch.slopes + i), change);
         hn::Store(slope, d, scratch.slopes + i);
         hn::Store(hn::Add(sum, slope), d, scratch.sums + i);
     });
+}
+
+void rowDown(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
+             const FloatBlurScratch& scratch, float* out) {
+    kernel.even ? blurredRow<true>(rows, y, samples, kernel, scratch, out)
+                : blurredRow<false>(rows, y, samples, kernel, scratch, out);
 }
 
 /// Columns beyond the inner ones take the nearest inner one.
@@ -184,21 +253,19 @@ void walkColumns(const float* columns, std::int32_t width, const TriangularKerne
     }
 }
 
-/// Puts a finished colour row in its place.
-void finishColorRow(const TriangularBlurJob& job, float* pixels, const float* src, float* dst) {
-    const std::size_t samples = 4 * static_cast<std::size_t>(job.width);
+/// Puts the kept samples of a finished colour row in their place, and all in their order.
+void finishColorRow(const TriangularBlurJob& job, const float* src, float* pixels) {
+    const std::size_t samples = samplesOfRow(job);
     if (job.keptSample >= 0) {
         for (std::size_t i = static_cast<std::size_t>(job.keptSample); i < samples; i += 4) {
             pixels[i] = src[i];
         }
     }
-    if (!job.reverseSamples) {
-        std::memcpy(dst, pixels, samples * sizeof(float));
-        return;
-    }
-    const hn::CappedTag<float, 4> d;
-    for (std::size_t i = 0; i < samples; i += 4) {
-        hn::StoreU(hn::Reverse(d, hn::LoadU(d, pixels + i)), d, dst + i);
+    if (job.reverseSamples) {
+        const hn::CappedTag<float, 4> d;
+        for (std::size_t i = 0; i < samples; i += 4) {
+            hn::StoreU(hn::Reverse(d, hn::LoadU(d, pixels + i)), d, pixels + i);
+        }
     }
 }
 
@@ -219,53 +286,78 @@ void separateRows(const float* interleaved, std::size_t width, float* const (&ro
     }
 }
 
+/// Calls `work(y, out)` for the rows of a group, which go along side by side, and brings them together.
+template <class Work>
+void makeGroup(const TriangularBlurJob& job, std::int32_t y, std::int32_t end, const FloatBlurScratch& scratch,
+               const Work& work) {
+    if (job.channels == 4) {
+        work(y, scratch.interleaved);
+        return;
+    }
+    for (std::int32_t r = 0; r < std::min(4, end - y); ++r) {
+        work(y + r, scratch.rows + r * scratch.rowStride);
+    }
+    interleaveRows(scratch.rows, scratch.rowStride, samplesOfRow(job), scratch.interleaved);
+}
+
+/// The horizontal pass of a group of rows.
+void groupAlong(const TriangularBlurJob& job, std::int32_t y, std::int32_t end, const TriangularKernel& kernel,
+                const FloatBlurScratch& scratch) {
+    const InnerRows rows(job);
+    const auto target = [&](std::int32_t r) { return reinterpret_cast<float*>(rows.target(y + r)); };
+    spreadEdges(scratch.interleaved, job.width, kernel.half + 1);
+    if (job.channels == 4) {
+        walkColumns(scratch.interleaved, job.width, kernel, target(0));
+        finishColorRow(job, sourceRow(rows, y), target(0));
+        return;
+    }
+    walkColumns(scratch.interleaved, job.width, kernel, scratch.results);
+    float* const targets[4] = {target(0), target(1), target(2), target(3)};
+    separateRows(scratch.results, samplesOfRow(job), targets, std::min(4, end - y));
+}
+
+constexpr std::int32_t rowsOfGroup(const TriangularBlurJob& job) {
+    return job.channels == 4 ? 1 : 4;
+}
+
 }  // namespace
 
-void blurFloatColumns(const TriangularBlurJob& job, const FloatBlurScratch& all, const BlurPath& path,
-                      const BlurStrip& strip) {
+/// Both passes of a band.
+void blurFloatBand(const TriangularBlurJob& job, const BlurBand& band, const FloatBlurScratch& scratch) {
+    const TriangularKernel down(job.sizeY);
+    const TriangularKernel along(job.sizeX);
+    const InnerRows rows(job);
+    startColumns(rows, band.first, samplesOfRow(job), down, scratch);
+    for (std::int32_t y = band.first; y < band.end; y += rowsOfGroup(job)) {
+        makeGroup(job, y, band.end, scratch,
+                  [&](std::int32_t row, float* out) { rowDown(rows, row, samplesOfRow(job), down, scratch, out); });
+        groupAlong(job, y, band.end, along, scratch);
+    }
+}
+
+/// The vertical pass of some columns of a band, into the destination.
+void blurFloatStrip(const TriangularBlurJob& job, const BlurBand& band, const BlurStrip& strip,
+                    const FloatBlurScratch& all) {
     const TriangularKernel kernel(job.sizeY);
     const InnerRows rows(job, strip.first * sizeof(float));
     FloatBlurScratch scratch = all;
     scratch.slopes += strip.first;
     scratch.sums += strip.first;
-    scratch.rows += strip.first;
-    const std::int32_t startRows = rowsOfFloatSums(job);
-    const std::int32_t groupRows = job.channels == 4 ? 1 : 4;
-    for (std::int32_t y = strip.firstRow; y < strip.endRow; y += groupRows) {
-        if (y == 0) {
-            startColumns(rows, strip.samples, kernel, scratch);
-        } else if (y % startRows == 0) {
-            startColumnsAt(rows, y, strip.samples, kernel, scratch);
-        }
-        float* out = all.group(path.groupOf(y));
-        if (groupRows == 1) {
-            blurredRow(rows, y, strip.samples, kernel, scratch, out + strip.first);
-            continue;
-        }
-        for (std::int32_t r = 0; r < 4; ++r) {
-            blurredRow(rows, y + r, strip.samples, kernel, scratch, scratch.rows + r * scratch.rowStride);
-        }
-        interleaveRows(scratch.rows, scratch.rowStride, strip.samples, out + 4 * strip.first);
+    startColumns(rows, band.first, strip.samples, kernel, scratch);
+    for (std::int32_t y = band.first; y < band.end; ++y) {
+        rowDown(rows, y, strip.samples, kernel, scratch, reinterpret_cast<float*>(rows.target(y)) + strip.first);
     }
 }
 
-void blurFloatRows(const TriangularBlurJob& job, const FloatBlurScratch& scratch, const BlurPath& path,
-                   const BlurredRows& part) {
+/// The horizontal pass of rows that are in the destination.
+void blurFloatRows(const TriangularBlurJob& job, const BlurBand& band, const FloatBlurScratch& scratch) {
     const TriangularKernel kernel(job.sizeX);
     const InnerRows rows(job);
-    const auto target = [&](std::int32_t y) { return reinterpret_cast<float*>(rows.target(y)); };
-    float* results = scratch.results + part.task * scratch.interleavedStride;
-    const std::int32_t groupRows = job.channels == 4 ? 1 : 4;
-    for (std::int32_t y = part.first; y < part.end; y += groupRows) {
-        float* columns = scratch.group(path.groupOf(y));
-        spreadEdges(columns, job.width, kernel.half + 1);
-        walkColumns(columns, job.width, kernel, results);
-        if (groupRows == 1) {
-            finishColorRow(job, results, sourceRow(rows, y), target(y));
-        } else {
-            float* const targets[4] = {target(y), target(y + 1), target(y + 2), target(y + 3)};
-            separateRows(results, static_cast<std::size_t>(job.width), targets, std::min(4, part.end - y));
-        }
+    for (std::int32_t y = band.first; y < band.end; y += rowsOfGroup(job)) {
+        makeGroup(job, y, band.end, scratch, [&](std::int32_t row, float* out) {
+            std::memcpy(out, rows.target(row), samplesOfRow(job) * sizeof(float));
+        });
+        groupAlong(job, y, band.end, kernel, scratch);
     }
 }
 
@@ -275,43 +367,70 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace lumiset {
 
-HWY_EXPORT(blurFloatColumns);
+HWY_EXPORT(blurFloatBand);
+HWY_EXPORT(blurFloatStrip);
 HWY_EXPORT(blurFloatRows);
 
 bool triangularBlurFloats(const TriangularBlurJob& job, MemoryAllocator& allocator) noexcept {
-    constexpr BlurParts kParts{16, 4, 768};      // narrower strips leave too little of a row to fetch ahead
     constexpr std::int64_t kLargestVector = 16;  // samples
+    constexpr std::int32_t kBandReach = 4;       // so few bands that making their first sums takes little of the time
+    constexpr std::size_t kStripSamples = 768;   // whole vectors, so that strips share none
+    const ImgSize size{job.width, InnerRows(job).count()};
+    const Bands bands = bandsOf(size, kBandReach * TriangularKernel(job.sizeY).half, 4);
+    const Bands manyBands = bandsOf(size, 1, 4);
+    const bool inStrips =
+        static_cast<std::uint32_t>(bands.count()) < allocator.ThreadCount() && bands.count() < manyBands.count();
+    const Bands& rowBands = inStrips ? manyBands : bands;
+    const bool atOnce = allocator.ThreadCount() > 1;
+    const std::int64_t tasks = atOnce ? rowBands.count() : 1;
     const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = (TriangularKernel(job.sizeX).half + 4) / 4 * 4;
     const std::int64_t interleaved = wholeVectors(4 * (2 * before + job.width + kLargestVector));
     const std::int64_t rows = job.channels == 1 ? 4 * samples : 0;
-    const BlurPath path(job, job.channels == 4 ? 1 : 4, kParts, allocator);
+    const std::int64_t results = job.channels == 1 ? interleaved : 0;
     ScratchBlock block(allocator);
-    block.add<double>(samples);
-    block.add<double>(samples);
-    block.add<float>(rows);
-    block.add<float>(path.groups() * interleaved);
-    block.add<float>(path.tasks() * interleaved);
+    block.add<double>(tasks * samples);
+    block.add<double>(tasks * samples);
+    block.add<float>(tasks * rows);
+    block.add<float>(tasks * interleaved);
+    block.add<float>(tasks * results);
     if (!block.allocate()) {
         return false;
     }
-    FloatBlurScratch scratch{};
-    scratch.slopes = block.take<double>(samples);
-    scratch.sums = block.take<double>(samples);
-    scratch.rows = block.take<float>(rows);
-    scratch.rowStride = samples;
-    scratch.interleaved = block.take<float>(path.groups() * interleaved) + 4 * before;
-    scratch.results = block.take<float>(path.tasks() * interleaved);
-    scratch.interleavedStride = interleaved;
-    path.run(
-        [&](const BlurStrip& strip) {
-            HWY_DYNAMIC_DISPATCH(blurFloatColumns)
-            (job, scratch, path, strip);
-        },
-        [&](const BlurredRows& part) {
-            HWY_DYNAMIC_DISPATCH(blurFloatRows)
-            (job, scratch, path, part);
+    FloatBlurScratch first{};
+    first.slopes = block.take<double>(tasks * samples);
+    first.sums = block.take<double>(tasks * samples);
+    first.rows = block.take<float>(tasks * rows);
+    first.rowStride = samples;
+    first.interleaved = block.take<float>(tasks * interleaved) + 4 * before;
+    first.results = block.take<float>(tasks * results);
+    const auto scratchOf = [&](std::int64_t task) {
+        FloatBlurScratch scratch = first;
+        scratch.slopes += task * samples;
+        scratch.sums += task * samples;
+        scratch.rows += task * rows;
+        scratch.interleaved += task * interleaved;
+        scratch.results += task * results;
+        return scratch;
+    };
+    if (inStrips) {
+        const std::size_t rowSamples = samplesOfRow(job);
+        const auto strips = static_cast<std::int32_t>((rowSamples + kStripSamples - 1) / kStripSamples);
+        runTasks(&allocator, bands.count() * strips, [&](std::int32_t i) {
+            const std::int32_t band = i / strips;
+            const std::size_t column = static_cast<std::size_t>(i % strips) * kStripSamples;
+            HWY_DYNAMIC_DISPATCH(blurFloatStrip)
+            (job, {bands, band}, {column, std::min(kStripSamples, rowSamples - column)}, scratchOf(band));
         });
+    }
+    runTasks(&allocator, rowBands.count(), [&](std::int32_t band) {
+        const FloatBlurScratch scratch = scratchOf(atOnce ? band : 0);
+        if (inStrips) {
+            HWY_DYNAMIC_DISPATCH(blurFloatRows)(job, {rowBands, band}, scratch);
+        } else {
+            HWY_DYNAMIC_DISPATCH(blurFloatBand)(job, {rowBands, band}, scratch);
+        }
+    });
     fillRingRows<float>(job);
     return true;
 }
