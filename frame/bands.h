@@ -1,7 +1,8 @@
 #pragma once
 
-// One piece of work on the host's threads. Work is cut by sizes alone, never by the number of threads, and what a part
-// computes does not depend on the others: a frame comes out the same whoever renders it.
+// One piece of work on the host's threads. Work is cut by sizes alone, and by the number of threads only where it gives
+// the same however it is cut; what a part computes does not depend on the others. So a frame comes out the same whoever
+// renders it.
 
 #include <algorithm>
 #include <array>

@@ -21,11 +21,11 @@ namespace lumiset::HWY_NAMESPACE {
 
 /// The samples of some vectors of columns of a row.
 template <std::size_t kVectors>
-struct WholeVectors {
+struct WholeByteVectors {
     static constexpr std::size_t kCount = kVectors;
     HWY_INLINE VSums operator()(const std::uint8_t* row, std::size_t v) const { return loadSums(row + v * lanes()); }
 };
-struct FewSamples {
+struct FewBytes {
     static constexpr std::size_t kCount = 1;
     HWY_INLINE VSums operator()(const std::uint8_t* row, std::size_t) const { return loadFewSums(row, samples); }
     std::size_t samples;
@@ -75,10 +75,10 @@ inline void startColumns(const InnerRows& rows, std::int32_t y, std::size_t samp
     constexpr std::size_t kVectors = 4;
     std::size_t i = 0;
     for (; i + kVectors * lanes() <= samples; i += kVectors * lanes()) {
-        startVectors(rows, y, i, kernel, bias, WholeVectors<kVectors>(), scratch);
+        startVectors(rows, y, i, kernel, bias, WholeByteVectors<kVectors>(), scratch);
     }
     for (; i < samples; i += lanes()) {
-        startVectors(rows, y, i, kernel, bias, FewSamples{std::min(lanes(), samples - i)}, scratch);
+        startVectors(rows, y, i, kernel, bias, FewBytes{std::min(lanes(), samples - i)}, scratch);
     }
 }
 
