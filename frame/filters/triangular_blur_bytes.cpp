@@ -103,7 +103,7 @@ bool triangularBlurBytes(const TriangularBlurJob& job, MemoryAllocator& allocato
     const TriangularKernel down(job.sizeY);
     const TriangularKernel along(job.sizeX);
     // Sums of whole numbers come out the same wherever they began.
-    const BandRuns runs(allocator, {job.width, InnerRows(job).count()}, kInterleave);
+    const BandRuns runs(allocator, {job.width, InnerRows(job).count()}, kInterleave / job.channels);
     const std::int64_t tasks = runs.tasks();
     const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = along.half + 1;

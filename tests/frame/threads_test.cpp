@@ -1,9 +1,14 @@
 // Frame operations on many of the host's threads: the same bytes as on one, for every format and instruction set.
 
+#include <algorithm>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "frame/bands.h"
 #include "frame/filters/repeated_gauss.h"
 #include "frame/frame_operations.h"
 #include "frame/primitives/box.h"
@@ -55,6 +60,7 @@ auto resize(std::int32_t mode, double factor) {
 const Operation kOperations[] = {
     {"blur, odd", blur(9, 31, true)},
     {"blur, even, alpha kept", blur(30, 6, false)},
+    {"blur, tall", blur(5, 90, true)},
     {"blur, large", blur(400, 300, true)},
     {"dilate",
      [](const Frame& src, Frame& dst, MemoryAllocator& memory) { return FrameDilate(src, dst, 23, 17, &memory); }},
@@ -109,6 +115,57 @@ TEST(FrameOperations, AreTheSameOnAnyNumberOfThreads) {
             }
         }
     });
+}
+
+/// The first task of each thread comes last.
+class LateThreads final : public HostThreads {
+public:
+    using HostThreads::HostThreads;
+    bool LUMISET_CALL Run(ParallelTask task, void* context, std::uint32_t count) noexcept override {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            task(context, (i + GetThreadCount()) % count);
+        }
+        return true;
+    }
+};
+
+TEST(BandRuns, TakeEveryBandOnce) {
+    const auto check = [](HostThreads& host, std::int32_t height, bool late) {
+        SCOPED_TRACE(testing::Message() << height << " rows, " << host.GetThreadCount() << " threads, late " << late);
+        test::ValueHost offering;
+        offering.offers = &host;
+        MemoryAllocator memory(&offering);
+        const BandRuns runs(memory, {3840, height}, 16);
+        std::vector<std::atomic<int>> calls(static_cast<std::size_t>(height));
+        std::vector<std::int32_t> taskOf(static_cast<std::size_t>(height), -1);
+        std::atomic<int> wrong = 0;
+        std::atomic<int> begun = 0;
+        std::atomic<int> all = 0;
+        runs.run([&](const Bands& bands, std::int32_t band, std::int32_t task, bool goesOn) {
+            const auto first = static_cast<std::size_t>(bands.first(band));
+            for (std::int32_t y = 0; y < bands.rowsOf(band); ++y) {
+                ++calls[first + static_cast<std::size_t>(y)];
+                taskOf[first + static_cast<std::size_t>(y)] = task;
+            }
+            begun += goesOn ? 0 : 1;
+            all = bands.count();
+            wrong += task >= runs.tasks() || (goesOn && (first == 0 || taskOf[first - 1] != task)) ? 1 : 0;
+        });
+        EXPECT_EQ(wrong, 0);
+        EXPECT_TRUE(std::all_of(calls.begin(), calls.end(), [](const auto& n) { return n == 1; }));
+        // Threads that are late find all but their first band taken.
+        EXPECT_TRUE(!late || begun == all) << begun << " of " << all;
+    };
+    for (const auto& [height, threads] : {std::pair{1, 2U}, {40, 3U}, {1077, 2U}, {1077, 7U}, {2160, 500U}}) {
+        HostThreads together(threads);
+        check(together, height, false);
+        HostThreads backwards(threads, true);
+        check(backwards, height, false);
+    }
+    LateThreads two(2);
+    check(two, 1077, true);
+    LateThreads four(4);
+    check(four, 2160, true);
 }
 
 }  // namespace

@@ -11,9 +11,12 @@ namespace lumiset::test {
 
 /// A host's threads: as many as told, new ones for each piece of work. With `backwards` all calls come on the caller's,
 /// the last one first: what depends on their order shows.
-class HostThreads final : public IHostParallel {
+class HostThreads : public IHostParallel {
 public:
     explicit HostThreads(std::uint32_t count, bool backwards = false) : m_count(count), m_backwards(backwards) {}
+    HostThreads(const HostThreads&) = delete;
+    HostThreads& operator=(const HostThreads&) = delete;
+    virtual ~HostThreads() = default;
 
     [[nodiscard]] int references() const { return m_references; }
     [[nodiscard]] int runs() const { return m_runs; }
