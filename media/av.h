@@ -5,6 +5,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/csp.h>
 #include <libavutil/display.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/mastering_display_metadata.h>

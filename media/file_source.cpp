@@ -1,5 +1,6 @@
 #include "media/file_source.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -78,6 +79,7 @@ private:
     void describe(const AVFrame& first);
     void describeLength();
     void collectSideData(const AVFrame& first);
+    void settlePrimaries();
     void findDisplayMatrix(const AVFrame& first);
     void noticeLosses(const AVFrame& frame);
     void seekBefore(std::int64_t wanted);
@@ -162,6 +164,32 @@ void FileSource::collectSideData(const AVFrame& first) {
             m_format.sideData.push_back({inStream, {bytes, bytes + size}});
         }
     }
+    const AVCodecID codec = m_decoder->stream()->codecpar->codec_id;
+    if (codec == AV_CODEC_ID_PNG || codec == AV_CODEC_ID_APNG) {
+        settlePrimaries();
+    }
+}
+
+// The decoder of PNG files hands on the primaries of their samples (cHRM) as if they were those of the display on which
+// a film was graded. A profile counts before them, and sRGB's are what pictures are taken for.
+void FileSource::settlePrimaries() {
+    std::vector<SideData>& all = m_format.sideData;
+    const auto ofType = [&](int type) {
+        return std::find_if(all.begin(), all.end(), [=](const SideData& side) { return side.type == type; });
+    };
+    const auto primaries = ofType(AV_PKT_DATA_MASTERING_DISPLAY_METADATA);
+    if (primaries == all.end()) {
+        return;
+    }
+    const auto& told = *reinterpret_cast<const AVMasteringDisplayMetadata*>(primaries->bytes.data());
+    const auto point = [](const AVRational* xy) { return AVCIExy{xy[0], xy[1]}; };
+    const AVColorPrimariesDesc gamut{
+        {told.white_point[0], told.white_point[1]},
+        {point(told.display_primaries[0]), point(told.display_primaries[1]), point(told.display_primaries[2])}};
+    if (ofType(AV_PKT_DATA_ICC_PROFILE) == all.end() && av_csp_primaries_id_from_desc(&gamut) != AVCOL_PRI_BT709) {
+        m_lost.insert("choice of colour primaries (cHRM)");
+    }
+    all.erase(ofType(AV_PKT_DATA_MASTERING_DISPLAY_METADATA));
 }
 
 // What belongs to single pictures, which no effect could keep true and no sink takes.

@@ -1,5 +1,13 @@
 // What files tell beside their samples is kept, or a sentence tells that it is not.
 
+extern "C" {
+#include <libavutil/crc.h>
+}
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
 #include "media/av.h"
 #include "media/still_details.h"
 #include "media/tiff_directory.h"
@@ -115,6 +123,50 @@ TEST_F(MediaDetails, HdrIsToldAndItsDataKept) {
     EXPECT_TRUE(mentions(writeOne(path("a.png"), format, picture), "HDR (PQ)"));
 }
 
+std::vector<std::uint8_t> smallProfile() {
+    std::vector<std::uint8_t> profile(132);
+    profile[3] = 132;
+    profile[8] = 4;
+    std::copy_n("mntrRGB XYZ ", 12, profile.begin() + 12);
+    std::copy_n("acsp", 4, profile.begin() + 36);
+    return profile;
+}
+
+// A PNG file that tells where its white, red, green and blue are, in hundred-thousandths.
+void writeWithPrimaries(const std::string& path, const VideoFormat& format, const Picture& picture,
+                        const std::vector<std::uint32_t>& xy) {
+    writeOne(path, format, picture);
+    std::vector<std::uint8_t> chunk = {0, 0, 0, 32, 'c', 'H', 'R', 'M'};
+    const auto add = [&](std::uint32_t n) {
+        for (const int shift : {24, 16, 8, 0}) {
+            chunk.push_back(static_cast<std::uint8_t>(n >> shift));
+        }
+    };
+    std::for_each(xy.begin(), xy.end(), add);
+    const AVCRC* table = av_crc_get_table(AV_CRC_32_IEEE_LE);
+    add(~av_crc(table, ~0U, chunk.data() + 4, chunk.size() - 4));
+    std::string file{std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
+    file.insert(8 + 25, std::string(chunk.begin(), chunk.end()));  // behind the signature and the header
+    std::ofstream(path, std::ios::binary) << file;
+}
+
+TEST_F(MediaDetails, PrimariesAreToldWhereTheyMatter) {
+    const Picture picture = flatPicture(64, 48, 100, 120, 140);
+    VideoFormat format = formatOf(picture, false);
+    const std::vector<std::uint32_t> usual = {31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000};
+    const std::vector<std::uint32_t> wide = {31270, 32900, 68000, 32000, 26500, 69000, 15000, 6000};
+    const auto notesOf = [&](const std::vector<std::uint32_t>& xy) {
+        writeWithPrimaries(path("p.png"), format, picture, xy);
+        const auto source = openSource(path("p.png"));
+        EXPECT_EQ(sideDataOf(source->format(), AV_PKT_DATA_MASTERING_DISPLAY_METADATA), nullptr);
+        return source->notes();
+    };
+    EXPECT_TRUE(notesOf(usual).empty());
+    EXPECT_TRUE(mentions(notesOf(wide), "primaries"));
+    format.sideData.push_back({AV_PKT_DATA_ICC_PROFILE, smallProfile()});
+    EXPECT_TRUE(notesOf(wide).empty());
+}
+
 // A maker, an orientation that says upright, and below them an exposure of 3/500 s, which is another number with its
 // bytes the wrong way round.
 const std::vector<std::uint8_t> kExif = {'M',  'M',  0,    42,   0,   0,   0,   8,   0, 3,                            //
@@ -139,11 +191,7 @@ TEST_F(MediaDetails, OfStillsGoFromFileToFile) {
     VideoFormat format = formatOf(picture, false);
     format.details.dotsPerInch = 300;
     format.details.exif = kExif;
-    std::vector<std::uint8_t> profile(132);
-    profile[3] = 132;
-    profile[8] = 4;
-    std::copy_n("mntrRGB XYZ ", 12, profile.begin() + 12);
-    std::copy_n("acsp", 4, profile.begin() + 36);
+    const std::vector<std::uint8_t> profile = smallProfile();
     format.sideData.push_back({AV_PKT_DATA_ICC_PROFILE, profile});
     const Picture clear = colorPatches(16, 16, true);
     // The last one is written from what the one before it tells.
