@@ -47,7 +47,9 @@ nothing and memory kept up with all of them. It does where a machine has as many
 has not, effects of few memcpys stay behind.
 
 A gain below that of whole frames, where cutting costs little, is lost to what the threads of one frame share. The blurs
-lose most: one pass goes down the columns and the next along the rows, so each thread reads what others have written.
+pay for cutting instead: a band goes down the columns and along the rows on one thread, and its sums begin with as many
+rows as the blur is high. In 8 bits there are about as many bands as threads; in floats, where beginning shows in the
+last digits, they are few and always the same, and more threads than bands share the columns of a band as well.
 """
 
 

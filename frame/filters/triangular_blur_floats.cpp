@@ -126,13 +126,15 @@ bool triangularBlurFloats(const TriangularBlurJob& job, MemoryAllocator& allocat
     constexpr std::int64_t kLargestVector = 16;  // samples
     constexpr std::int32_t kBandReach = 4;       // so few bands that making their first sums takes little of the time
     constexpr std::size_t kStripSamples = 768;   // whole vectors, so that strips share none
+    constexpr std::int32_t kMostBands = 64;      // each has its own memory
     const ImgSize size{job.width, InnerRows(job).count()};
-    const bool atOnce = allocator.ThreadCount() > 1;
-    const Bands bands = bandsOf(size, kBandReach * TriangularKernel(job.sizeY).half, 4);
-    const Bands manyBands = bandsOf(size, 1, 4);
+    const std::int32_t leastRows = (size.height + kMostBands - 1) / kMostBands;
+    const Bands bands = bandsOf(size, std::max(kBandReach * TriangularKernel(job.sizeY).half, leastRows), 4);
+    const Bands manyBands = bandsOf(size, leastRows, 4);
     const bool inStrips =
         static_cast<std::uint32_t>(bands.count()) < allocator.ThreadCount() && bands.count() < manyBands.count();
     const Bands& rowBands = inStrips ? manyBands : bands;
+    const bool atOnce = allocator.ThreadCount() > 1;
     const std::int64_t tasks = atOnce ? rowBands.count() : 1;
     const std::int64_t samples = wholeVectors(std::int64_t{job.width} * job.channels + kLargestVector);
     const std::int64_t before = (TriangularKernel(job.sizeX).half + 4) / 4 * 4;
