@@ -8,6 +8,7 @@
 #define LUMISET_BYTE_BLUR_COLUMNS_INL_H
 #endif
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -15,70 +16,35 @@
 #include "frame/filters/blur_rows.h"
 #include "frame/filters/byte_blur_scratch.h"
 #include "frame/filters/byte_blur_sums-inl.h"
+#include "frame/filters/column_sums-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace lumiset::HWY_NAMESPACE {
 
-/// The samples of some vectors of columns of a row.
-template <std::size_t kVectors>
-struct WholeByteVectors {
-    static constexpr std::size_t kCount = kVectors;
-    HWY_INLINE VSums operator()(const std::uint8_t* row, std::size_t v) const { return loadSums(row + v * lanes()); }
-};
-struct FewBytes {
-    static constexpr std::size_t kCount = 1;
-    HWY_INLINE VSums operator()(const std::uint8_t* row, std::size_t) const { return loadFewSums(row, samples); }
-    std::size_t samples;
-};
-
-/// Sums of columns `i` and following of row `y`, from all rows that it is made of: a row's weight is the number of
-/// times that it is in a running sum from the anchor outwards.
-template <class Load>
-HWY_INLINE void startVectors(const InnerRows& rows, std::int32_t y, std::size_t i, const TriangularKernel& kernel,
-                             std::int32_t bias, const Load& load, const ByteBlurScratch& scratch) {
-    const Sums d;
-    VSums sum[Load::kCount];
-    VSums ahead[Load::kCount];
-    VSums behind[Load::kCount];
-    for (std::size_t v = 0; v < Load::kCount; ++v) {
-        ahead[v] = behind[v] = hn::Zero(d);
-        sum[v] = hn::Set(d, bias);
-    }
-    const auto addRow = [&](std::int32_t rowY, auto& running) HWY_ATTR {
-        const std::uint8_t* row = rows.source(rowY) + i;
-        for (std::size_t v = 0; v < Load::kCount; ++v) {
-            running[v] = hn::Add(running[v], load(row, v));
-            sum[v] = hn::Add(sum[v], running[v]);
-        }
-    };
-    for (std::int32_t t = 0; t < kernel.half; ++t) {
-        addRow(y + t, ahead);
-    }
-    const std::int32_t weightsBehind = kernel.half - (kernel.even ? 0 : 1);
-    for (std::int32_t t = 1; t <= weightsBehind; ++t) {
-        addRow(y - t, behind);
-    }
-    const std::uint8_t* last = rows.source(y - weightsBehind - 1) + i;
-    const std::uint8_t* before = rows.source(y - 1) + i;
-    for (std::size_t v = 0; v < Load::kCount; ++v) {
-        behind[v] = hn::Add(behind[v], load(last, v));
-        behind[v] = kernel.even ? hn::Sub(behind[v], load(before, v)) : behind[v];
-        hn::Store(hn::Sub(ahead[v], behind[v]), d, scratch.slopes + i + v * lanes());
-        hn::Store(sum[v], d, scratch.sums + i + v * lanes());
-    }
-}
-
 /// Sums of row `y`.
 inline void startColumns(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
                          std::int32_t bias, const ByteBlurScratch& scratch) {
-    // A line of memory of each row at a time: these rows are many, and far from each other.
+    const Sums d;
     constexpr std::size_t kVectors = 4;
+    const auto keep = [&](const auto& sums, std::size_t v, std::size_t i) HWY_ATTR {
+        hn::Store(sums.slope[v], d, scratch.slopes + i);
+        hn::Store(hn::Add(sums.sum[v], hn::Set(d, bias)), d, scratch.sums + i);
+    };
     std::size_t i = 0;
     for (; i + kVectors * lanes() <= samples; i += kVectors * lanes()) {
-        startVectors(rows, y, i, kernel, bias, WholeByteVectors<kVectors>(), scratch);
+        const auto sums = sumsAtRow<kVectors>(d, kernel, y, [&](std::int32_t row, std::size_t v) HWY_ATTR {
+            return loadSums(rows.source(row) + i + v * lanes());
+        });
+        for (std::size_t v = 0; v < kVectors; ++v) {
+            keep(sums, v, i + v * lanes());
+        }
     }
     for (; i < samples; i += lanes()) {
-        startVectors(rows, y, i, kernel, bias, FewBytes{std::min(lanes(), samples - i)}, scratch);
+        const std::size_t few = std::min(lanes(), samples - i);
+        keep(sumsAtRow<1>(d, kernel, y,
+                          [&](std::int32_t row, std::size_t)
+                              HWY_ATTR { return loadFewSums(rows.source(row) + i, few); }),
+             0, i);
     }
 }
 

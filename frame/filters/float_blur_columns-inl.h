@@ -16,6 +16,7 @@
 #include <type_traits>
 
 #include "frame/filters/blur_rows.h"
+#include "frame/filters/column_sums-inl.h"
 #include "frame/filters/float_blur_scratch.h"
 #include "frame/filters/triangular_kernel.h"
 #include "hwy/highway.h"
@@ -72,19 +73,12 @@ inline const float* sourceRow(const InnerRows& rows, std::int32_t y) {
     return reinterpret_cast<const float*>(rows.source(y));
 }
 
-/// Sums of some vectors of columns.
-template <std::size_t kVectors>
-struct FloatColumnSums {
-    hn::Vec<Doubles> slope[kVectors];
-    hn::Vec<Doubles> sum[kVectors];
-};
-
 HWY_INLINE bool isFinite(hn::Vec<Doubles> v) {
     const Doubles d;
     return hn::AllTrue(d, hn::Le(hn::Abs(v), hn::Set(d, std::numeric_limits<double>::max())));
 }
 template <std::size_t kVectors>
-HWY_INLINE bool isFinite(const FloatColumnSums<kVectors>& sums) {
+HWY_INLINE bool isFinite(const KernelSums<Doubles, kVectors>& sums) {
     auto all = hn::Add(sums.slope[0], sums.sum[0]);
     for (std::size_t v = 1; v < kVectors; ++v) {
         all = hn::Add(all, hn::Add(sums.slope[v], sums.sum[v]));
@@ -109,49 +103,17 @@ HWY_INLINE auto addFinite(const Samples& samples, const Add& add) {
     });
 }
 
-/// Sums of columns of row `y`, from all rows that it is made of: a row's weight is the number of times that it is in a
-/// running sum from the anchor outwards.
-template <std::size_t kVectors, class Sample>
-HWY_INLINE FloatColumnSums<kVectors> sumsOfRow(const InnerRows& rows, std::int32_t y, std::size_t i,
-                                               const TriangularKernel& kernel, const Sample& sample) {
-    FloatColumnSums<kVectors> result;
-    hn::Vec<Doubles> ahead[kVectors];
-    hn::Vec<Doubles> behind[kVectors];
-    for (std::size_t v = 0; v < kVectors; ++v) {
-        ahead[v] = behind[v] = result.sum[v] = hn::Zero(Doubles());
-    }
-    const auto addRow = [&](std::int32_t rowY, auto& running) HWY_ATTR {
-        const float* row = sourceRow(rows, rowY) + i;
-        for (std::size_t v = 0; v < kVectors; ++v) {
-            running[v] = hn::Add(running[v], sample(row, v));
-            result.sum[v] = hn::Add(result.sum[v], running[v]);
-        }
-    };
-    for (std::int32_t t = 0; t < kernel.half; ++t) {
-        addRow(y + t, ahead);
-    }
-    const std::int32_t weightsBehind = kernel.half - (kernel.even ? 0 : 1);
-    for (std::int32_t t = 1; t <= weightsBehind; ++t) {
-        addRow(y - t, behind);
-    }
-    const float* last = sourceRow(rows, y - weightsBehind - 1) + i;
-    const float* before = sourceRow(rows, y - 1) + i;
-    for (std::size_t v = 0; v < kVectors; ++v) {
-        behind[v] = hn::Add(behind[v], sample(last, v));
-        behind[v] = kernel.even ? hn::Sub(behind[v], sample(before, v)) : behind[v];
-        result.slope[v] = hn::Sub(ahead[v], behind[v]);
-    }
-    return result;
-}
-
+/// Sums of row `y`.
 inline void startColumns(const InnerRows& rows, std::int32_t y, std::size_t samples, const TriangularKernel& kernel,
                          const FloatBlurScratch& scratch) {
     const Doubles d;
-    // A line of memory of each row at a time: these rows are many, and far from each other.
     alongRow<4>(samples, [&](std::size_t i, const auto& part) HWY_ATTR {
         constexpr std::size_t kVectors = std::decay_t<decltype(part)>::kCount;
-        const auto sums = addFinite(
-            part, [&](const auto& sample) HWY_ATTR { return sumsOfRow<kVectors>(rows, y, i, kernel, sample); });
+        const auto sums = addFinite(part, [&](const auto& sample) HWY_ATTR {
+            return sumsAtRow<kVectors>(d, kernel, y, [&](std::int32_t row, std::size_t v) HWY_ATTR {
+                return sample(sourceRow(rows, row) + i, v);
+            });
+        });
         for (std::size_t v = 0; v < kVectors; ++v) {
             hn::Store(sums.slope[v], d, scratch.slopes + i + v * hn::Lanes(d));
             hn::Store(sums.sum[v], d, scratch.sums + i + v * hn::Lanes(d));
