@@ -182,6 +182,9 @@ void FileSource::settlePrimaries() {
         return;
     }
     const auto& told = *reinterpret_cast<const AVMasteringDisplayMetadata*>(primaries->bytes.data());
+    if (told.has_luminance != 0 || told.has_primaries == 0) {
+        return;  // a display's after all
+    }
     const auto point = [](const AVRational* xy) { return AVCIExy{xy[0], xy[1]}; };
     const AVColorPrimariesDesc gamut{
         {told.white_point[0], told.white_point[1]},
@@ -189,7 +192,7 @@ void FileSource::settlePrimaries() {
     if (ofType(AV_PKT_DATA_ICC_PROFILE) == all.end() && av_csp_primaries_id_from_desc(&gamut) != AVCOL_PRI_BT709) {
         m_lost.insert("choice of colour primaries (cHRM)");
     }
-    all.erase(ofType(AV_PKT_DATA_MASTERING_DISPLAY_METADATA));
+    all.erase(primaries);
 }
 
 // What belongs to single pictures, which no effect could keep true and no sink takes.
